@@ -1,0 +1,56 @@
+# What every target of the project shares: language level, warnings, sanitizers, output folders.
+
+option(SIGNALSCOPE_WERROR "Treat compiler warnings as errors" OFF)
+option(SIGNALSCOPE_BENCHMARKS "Build the benchmarks (needs Google Benchmark)" OFF)
+option(SIGNALSCOPE_FUZZ "Build the libFuzzer targets (needs clang)" OFF)
+set(SIGNALSCOPE_SANITIZE "" CACHE STRING "Sanitizers for the whole build, e.g. address,undefined")
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release)
+endif()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_AUTOMOC ON)
+
+# Built programs stand as they will be installed, so that the relative paths between the
+# analyzer and its sibling programs hold in the build tree as well.
+set(SIGNALSCOPE_STAGE "${CMAKE_BINARY_DIR}/stage")
+set(SIGNALSCOPE_BIN_DIR "${SIGNALSCOPE_STAGE}/SignalScope/bin")
+set(SIGNALSCOPE_BURNER_DIR "${SIGNALSCOPE_STAGE}/Burner/bin")
+
+add_library(keo_warnings INTERFACE)
+add_library(keo::warnings ALIAS keo_warnings)
+if(MSVC)
+    target_compile_options(keo_warnings INTERFACE /W4 $<$<BOOL:${SIGNALSCOPE_WERROR}>:/WX>)
+else()
+    target_compile_options(keo_warnings INTERFACE
+        -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+        $<$<BOOL:${SIGNALSCOPE_WERROR}>:-Werror>)
+endif()
+# No "signals", "slots" and "emit" macros: the records have fields called signals, so the code says
+# Q_SIGNALS, Q_SLOTS and Q_EMIT.
+target_compile_definitions(keo_warnings INTERFACE QT_NO_FOREACH QT_NO_KEYWORDS
+                           QT_NO_URL_CAST_FROM_STRING)
+
+if(SIGNALSCOPE_SANITIZE)
+    add_compile_options(-fsanitize=${SIGNALSCOPE_SANITIZE} -fno-omit-frame-pointer
+                        -fno-sanitize-recover=all -O1)
+    add_link_options(-fsanitize=${SIGNALSCOPE_SANITIZE})
+endif()
+if(SIGNALSCOPE_FUZZ)
+    # Coverage everywhere, the fuzzing main only in the fuzz targets themselves.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+    add_link_options(-fsanitize=fuzzer-no-link)
+endif()
+
+# One static library of a subsystem: keo_add_library(config SOURCES ... LINK keo::base Qt6::Core)
+# gives keo_config and the alias keo::config. LINK is public: it is what the folder may know.
+function(keo_add_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    add_library(keo_${name} STATIC ${ARG_SOURCES})
+    add_library(keo::${name} ALIAS keo_${name})
+    target_include_directories(keo_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(keo_${name} PUBLIC ${ARG_LINK} PRIVATE keo::warnings)
+endfunction()

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "cmdpack.h"
+
+#include <QList>
+#include <QMap>
+#include <QMutex>
+#include <QObject>
+#include <QPair>
+#include <QString>
+
+#include <functional>
+
+namespace KEO {
+
+class JtagClient;
+
+/// One cable server. Copied by value; the order of a list of these is the order of the cables.
+struct JtagConnection
+{
+    QString name;                 ///< cable name, shown to the user
+    QString serverName;           ///< local socket name
+    int port = 0;                 ///< carried, not used
+    int cable = 0;                ///< cable number of the programmer tool
+    int channel = 0;              ///< channel of the programmer tool
+    JtagClient *client = nullptr; ///< null until connected; the session owns it
+};
+
+/// Takes the one reply to a command.
+using JtagTask = std::function<void(const CmdPack &)>;
+/// Takes replies until it sets `*done`.
+using JtagDataTask = std::function<void(const CmdPack &, bool *done)>;
+
+/// The connections to all cable servers that answered, the current one among them, and the tasks
+/// that wait for replies. GUI thread; only connecting blocks. There is no time-out on a reply: a
+/// task waits until the reply, clearTasks or disconnectAll.
+class JtagSession final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The process-wide session, made on first use and never deleted.
+    static JtagSession *instance();
+
+    /// Tries each record with connectServer(record, 5000), in order; returns the ones that failed.
+    QList<JtagConnection> connectServers(const QList<JtagConnection> &records);
+    /// Up to 65 attempts of \a msecs each, 30 ms apart.
+    bool connectServer(const JtagConnection &record, int msecs);
+    [[nodiscard]] bool hasConnection() const;
+    /// Makes the first connection of that name current; false, and no change, if there is none.
+    bool selectCable(const QString &name);
+    /// Sends \a pack to the current cable (nowhere if none is selected). With a task, the packet
+    /// carries a request id and the reply runs the task once.
+    void sendCommand(CmdPack pack, JtagTask task = {});
+    /// The same with the table of data requests. selectCable must have succeeded before.
+    void sendDataCommand(CmdPack pack, JtagDataTask task);
+    /// Cable name and `cable * 2 + channel` of each connection.
+    [[nodiscard]] QList<QPair<QString, int>> availableCables() const;
+    /// Forgets all tasks; replies still on their way are dropped.
+    void clearTasks();
+    /// Drops all connections and tasks.
+    void disconnectAll();
+
+public Q_SLOTS:
+    void dataReturned(CmdPack data);
+
+private:
+    JtagSession() = default;
+
+    QMutex m_taskMutex;
+    QMutex m_dataTaskMutex;
+    QMap<unsigned int, JtagTask> m_tasks;
+    QMap<unsigned int, JtagDataTask> m_dataTasks;
+    JtagClient *m_current = nullptr; // borrowed from m_connections
+    QList<JtagConnection> m_connections;
+};
+
+} // namespace KEO

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cstdio>
+
+/// Base of all test classes: a warning that no test announced with QTest::ignoreMessage fails the
+/// test function that provoked it.
+class QuietTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(QStringLiteral(".*"))); }
+};
+
+/// Runs a test class with a socket and temporary directory of its own, so that tests run side by
+/// side and never meet a server of another test. The path is short because a local socket's name
+/// has to fit in about 100 bytes.
+template <typename Test, typename Application>
+int runTest(int argc, char **argv)
+{
+    QTemporaryDir sockets(QStringLiteral("/tmp/keo-XXXXXX"));
+    if (!sockets.isValid()) {
+        std::fputs("no temporary directory for the test's sockets\n", stderr);
+        return 1;
+    }
+    qputenv("TMPDIR", sockets.path().toLocal8Bit());
+    Application application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("keo-test"));
+    Test test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+/// The main function of a test without widgets. End the file with `#include "tst_name.moc"`.
+#define KEO_TEST_MAIN(Test)                                                                        \
+    int main(int argc, char **argv)                                                                \
+    {                                                                                              \
+        return runTest<Test, QCoreApplication>(argc, argv);                                        \
+    }
