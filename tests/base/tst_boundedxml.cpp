@@ -178,6 +178,5 @@ void tst_BoundedXml::writtenTextComesBack()
     QCOMPARE(document->documentElement().text(), expected);
 }
 
-Q_DECLARE_METATYPE(KEO::XmlLimits)
 KEO_TEST_MAIN(tst_BoundedXml)
 #include "tst_boundedxml.moc"
