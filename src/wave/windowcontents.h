@@ -1,0 +1,90 @@
+#pragma once
+
+#include "layoutnode.h"
+#include "signalelement.h"
+
+#include <QBitArray>
+#include <QList>
+#include <QMap>
+#include <QString>
+
+class QDomDocument;
+class QDomElement;
+
+namespace WaveMonitor {
+
+/// What one viewer shows: the captured signals, the rows that show them, and the trigger. Owns all
+/// three, tells nobody of changes, and knows no widget. Samples are implicitly shared, so handing
+/// them out copies nothing.
+///
+/// The XML form is an element `Window` with the children `TriggerPosition` (sample index as decimal
+/// text), `Signals` (one `Signal` an element, ascending id, attributes name, id and text, its text
+/// one character "0" or "1" a sample) and `Layout` (one `Node` a row, see the layout nodes; a bus
+/// holds the nodes of its members). Readers reject nothing: what is missing reads as empty or 0, a
+/// number that does not parse as 0, an unknown format as hexadecimal. Writers leave characters out
+/// that XML cannot hold.
+class WindowContents final
+{
+public:
+    WindowContents();
+    WindowContents(const WindowContents &) = delete;
+    WindowContents &operator=(const WindowContents &) = delete;
+    ~WindowContents();
+
+    /// By id. A copy of the map shares everything with it.
+    [[nodiscard]] const QMap<int, SignalElement> &signalMap() const { return m_signals; }
+    /// Null when no element has that id. Valid until the elements next change.
+    [[nodiscard]] const SignalElement *signal(int id) const;
+    /// Takes the user's name away from an element; nothing happens when there is none.
+    void clearSignalText(int id);
+    /// Length of the longest signal in samples, 0 without signals.
+    [[nodiscard]] qsizetype maxDataLength() const;
+
+    /// The root of the rows; its children are free to be rearranged in place.
+    [[nodiscard]] LayoutNode &layout() { return *m_layout; }
+    [[nodiscard]] const LayoutNode &layout() const { return *m_layout; }
+    /// The row's own text, else the element's, else the element's name.
+    [[nodiscard]] QString displayName(const SignalLayoutNode &row) const;
+
+    [[nodiscard]] int triggerPosition() const { return m_triggerPosition; } ///< sample index
+    /// Also makes the trigger's sample the shown one.
+    void setTriggerPosition(int sample);
+    /// The sample whose values stand beside the names.
+    [[nodiscard]] int shownSample() const { return m_shownSample; }
+    void setShownSample(int sample) { m_shownSample = sample; }
+
+    /// Adds a signal, or replaces the one with its id, and appends a row for it.
+    SignalLayoutNode &addSignal(const SignalElement &signal);
+    /// Adds the signals of \a bus and appends one bus row for all of them.
+    BusLayoutNode &addBus(const BusElement &bus);
+    /// Gives the signal with id i the samples \a data[i]. False, and no change, unless there are as
+    /// many arrays as signals.
+    bool updateData(const QList<QBitArray> &data);
+    /// Drops all signals and rows. The trigger stays.
+    void clear();
+    /// Drops all rows.
+    void clearLayout();
+
+    /// The name for a new bus over top-level rows \a selected, given in row order: made of the
+    /// signals' names if no bus is among them and they follow one another (see
+    /// WaveMonitor::defaultBusName), else a numbered group name that no other top-level bus uses.
+    [[nodiscard]] QString newBusName(const QList<const LayoutNode *> &selected) const;
+
+    /// A new element `Window`, attached to nothing.
+    [[nodiscard]] QDomElement writeWindow(QDomDocument &document) const;
+    /// Replaces signals, rows and, if the element has one, the trigger. A window without `Layout`
+    /// shows every signal in a row of its own. False, and no change, for any other element.
+    bool readWindow(const QDomElement &window);
+    /// A new element `Layout`, attached to nothing.
+    [[nodiscard]] QDomElement writeLayout(QDomDocument &document) const;
+    /// Replaces the rows. A null element leaves none.
+    void readLayout(const QDomElement &layout);
+
+private:
+    QMap<int, SignalElement> m_signals;
+    std::unique_ptr<LayoutNode> m_layout;
+    int m_triggerPosition = 0;
+    int m_shownSample = 0;
+};
+
+} // namespace WaveMonitor

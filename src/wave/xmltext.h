@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QBitArray>
+#include <QString>
+
+class QDomElement;
+
+namespace WaveMonitor {
+
+/// \a text without the characters that XML cannot hold (control characters other than tab and line
+/// ends, half surrogate pairs, U+FFFE and U+FFFF): a file with one of them could not be read again.
+[[nodiscard]] QString storableText(const QString &text);
+
+/// Text and CDATA directly inside \a element, joined. Child elements count for nothing.
+[[nodiscard]] QString ownText(const QDomElement &element);
+
+/// One character a sample, "0" or "1", sample 0 first.
+[[nodiscard]] QString sampleText(const QBitArray &samples);
+
+/// Reads back what sampleText wrote from the text directly inside \a element: as many samples as
+/// there are characters, and every character but "1" is 0.
+[[nodiscard]] QBitArray readSamples(const QDomElement &element);
+
+} // namespace WaveMonitor
