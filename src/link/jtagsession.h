@@ -10,6 +10,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 
 namespace KEO {
 
@@ -33,7 +34,9 @@ using JtagDataTask = std::function<void(const CmdPack &, bool *done)>;
 
 /// The connections to all cable servers that answered, the current one among them, and the tasks
 /// that wait for replies. GUI thread; only connecting blocks. There is no time-out on a reply: a
-/// task waits until the reply, clearTasks or disconnectAll.
+/// task waits until the reply, clearTasks or disconnectAll. Replies that no task waits for, replies
+/// of a cable that is not current, and packets sent without a connection are dropped with a line in
+/// the debug log. A task may call anything of the session: no lock is held while it runs.
 class JtagSession final : public QObject
 {
     Q_OBJECT
@@ -44,34 +47,46 @@ public:
 
     /// Tries each record with connectServer(record, 5000), in order; returns the ones that failed.
     QList<JtagConnection> connectServers(const QList<JtagConnection> &records);
-    /// Up to 65 attempts of \a msecs each, 30 ms apart.
+    /// Up to 65 attempts of \a msecs each, 30 ms apart: about 2 s for a name that nobody answers
+    /// on. A connection is appended to the list; the server's later death does not take it out
+    /// again.
     bool connectServer(const JtagConnection &record, int msecs);
     [[nodiscard]] bool hasConnection() const;
     /// Makes the first connection of that name current; false, and no change, if there is none.
     bool selectCable(const QString &name);
     /// Sends \a pack to the current cable (nowhere if none is selected). With a task, the packet
-    /// carries a request id and the reply runs the task once.
+    /// carries a "request_id", the smallest that is free, and the reply runs the task once.
     void sendCommand(CmdPack pack, JtagTask task = {});
-    /// The same with the table of data requests. selectCable must have succeeded before.
+    /// The same with "data_request_id" and the table of data requests, whose ids count apart. The
+    /// id stays taken until the task says that it is done. selectCable must have succeeded before.
     void sendDataCommand(CmdPack pack, JtagDataTask task);
     /// Cable name and `cable * 2 + channel` of each connection.
     [[nodiscard]] QList<QPair<QString, int>> availableCables() const;
     /// Forgets all tasks; replies still on their way are dropped.
     void clearTasks();
-    /// Drops all connections and tasks.
+    /// Drops all connections and tasks. The clients, idle from now on, stay children of the
+    /// session.
     void disconnectAll();
 
 public Q_SLOTS:
+    /// Runs the task that waits for \a data; a packet with both ids counts as a "request_id" reply.
+    /// The task gets the packet without the id it was found by.
     void dataReturned(CmdPack data);
 
 private:
     JtagSession() = default;
 
+    void send(const CmdPack &pack);
+    void runTask(CmdPack reply);
+    void runDataTask(CmdPack reply);
+
+    // The mutexes guard the tables, are never held together and never while a task runs or is
+    // destroyed. An entry without a task marks a free id.
     QMutex m_taskMutex;
     QMutex m_dataTaskMutex;
     QMap<unsigned int, JtagTask> m_tasks;
-    QMap<unsigned int, JtagDataTask> m_dataTasks;
-    JtagClient *m_current = nullptr; // borrowed from m_connections
+    QMap<unsigned int, std::shared_ptr<const JtagDataTask>> m_dataTasks;
+    JtagClient *m_current = nullptr; // borrowed, a child of the session like all clients
     QList<JtagConnection> m_connections;
 };
 

@@ -1,0 +1,223 @@
+#include "jtagsession.h"
+
+#include "jtagclient.h"
+#include "linklog.h"
+
+#include <QMutexLocker>
+#include <QThread>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+namespace KEO {
+
+namespace {
+
+constexpr int kConnectTime = 5000; // ms
+constexpr int kConnectRetries = 64;
+constexpr int kRetryPause = 30; // ms
+
+const QString kRequestId = QStringLiteral("request_id");
+const QString kDataRequestId = QStringLiteral("data_request_id");
+
+/// The smallest id that no task waits under. The keys ascend, so the first that is not the next
+/// number leaves a gap.
+template <typename Task>
+unsigned int freeId(const QMap<unsigned int, Task> &tasks)
+{
+    unsigned int id = 0;
+    for (auto entry = tasks.cbegin(); entry != tasks.cend(); ++entry, ++id) {
+        if (entry.key() != id || !entry.value())
+            break;
+    }
+    return id;
+}
+
+template <typename Task>
+unsigned int store(QMutex &mutex, QMap<unsigned int, Task> &tasks, Task task)
+{
+    const QMutexLocker lock(&mutex);
+    const unsigned int id = freeId(tasks);
+    tasks[id] = std::move(task);
+    return id;
+}
+
+/// Empties a table. The tasks die after the lock is gone: what they captured may call back.
+template <typename Task>
+void clear(QMutex &mutex, QMap<unsigned int, Task> &tasks)
+{
+    QMap<unsigned int, Task> old;
+    const QMutexLocker lock(&mutex);
+    old.swap(tasks);
+}
+
+/// Takes the id out of a reply; nothing if it is no number.
+std::optional<unsigned int> takeId(CmdPack &reply, const QString &key)
+{
+    bool isNumber = false;
+    const unsigned int id = reply.take(key).toUInt(&isNumber);
+    return isNumber ? std::optional(id) : std::nullopt;
+}
+
+} // namespace
+
+JtagSession *JtagSession::instance()
+{
+    static auto *const session = new JtagSession;
+    return session;
+}
+
+QList<JtagConnection> JtagSession::connectServers(const QList<JtagConnection> &records)
+{
+    QList<JtagConnection> failed;
+    for (const JtagConnection &record : records) {
+        if (!connectServer(record, kConnectTime))
+            failed.append(record);
+    }
+    return failed;
+}
+
+bool JtagSession::connectServer(const JtagConnection &record, int msecs)
+{
+    auto client = std::make_unique<JtagClient>(this);
+    const auto connectOnce = [&] {
+        client->connectToServer(record.serverName, QIODevice::ReadWrite);
+        return client->waitForConnected(msecs);
+    };
+    bool connected = connectOnce();
+    for (int retry = 0; !connected && retry < kConnectRetries; ++retry) {
+        client->abort(); // an attempt that timed out is still under way
+        QThread::msleep(kRetryPause);
+        connected = connectOnce();
+    }
+    if (!connected) {
+        qCDebug(lcLink) << "no connection to" << record.serverName << client->errorString();
+        return false;
+    }
+    m_connections.append(record);
+    m_connections.last().client = client.release(); // the session is its parent
+    return true;
+}
+
+bool JtagSession::hasConnection() const
+{
+    return !m_connections.isEmpty();
+}
+
+bool JtagSession::selectCable(const QString &name)
+{
+    const auto connection =
+        std::find_if(m_connections.cbegin(), m_connections.cend(),
+                     [&](const JtagConnection &candidate) { return candidate.name == name; });
+    if (connection == m_connections.cend())
+        return false;
+    if (m_current)
+        disconnect(m_current, &JtagClient::cmdReceived, this, &JtagSession::dataReturned);
+    m_current = connection->client;
+    if (m_current)
+        connect(m_current, &JtagClient::cmdReceived, this, &JtagSession::dataReturned);
+    return true;
+}
+
+void JtagSession::sendCommand(CmdPack pack, JtagTask task)
+{
+    if (task)
+        pack[kRequestId] = store(m_taskMutex, m_tasks, std::move(task));
+    send(pack);
+}
+
+void JtagSession::sendDataCommand(CmdPack pack, JtagDataTask task)
+{
+    if (task) {
+        pack[kDataRequestId] = store(m_dataTaskMutex, m_dataTasks,
+                                     std::make_shared<const JtagDataTask>(std::move(task)));
+    }
+    send(pack);
+}
+
+void JtagSession::send(const CmdPack &pack)
+{
+    if (!m_current) {
+        qCDebug(lcLink, "packet lost: no cable was selected yet");
+        return;
+    }
+    m_current->sendPack(pack);
+}
+
+QList<QPair<QString, int>> JtagSession::availableCables() const
+{
+    QList<QPair<QString, int>> cables;
+    cables.reserve(m_connections.size());
+    for (const JtagConnection &connection : m_connections)
+        cables.append({connection.name, connection.cable * 2 + connection.channel});
+    return cables;
+}
+
+void JtagSession::clearTasks()
+{
+    clear(m_taskMutex, m_tasks);
+    clear(m_dataTaskMutex, m_dataTasks);
+}
+
+void JtagSession::disconnectAll()
+{
+    const QList<JtagConnection> connections = std::exchange(m_connections, {});
+    for (const JtagConnection &connection : connections)
+        connection.client->disconnectFromServer();
+    clearTasks();
+}
+
+void JtagSession::dataReturned(CmdPack data)
+{
+    if (data.contains(kRequestId))
+        runTask(std::move(data));
+    else if (data.contains(kDataRequestId))
+        runDataTask(std::move(data));
+    else
+        qCDebug(lcLink) << "packet without an id dropped:" << data.keys();
+}
+
+// In both, an id that is not in the table stays out of it: a server must not be able to fill it.
+
+void JtagSession::runTask(CmdPack reply)
+{
+    const std::optional<unsigned int> id = takeId(reply, kRequestId);
+    JtagTask task;
+    {
+        const QMutexLocker lock(&m_taskMutex);
+        const auto entry = id ? m_tasks.find(*id) : m_tasks.end();
+        if (entry != m_tasks.end())
+            task = std::exchange(entry.value(), {});
+    }
+    if (!task) {
+        qCDebug(lcLink, "reply dropped: no task waits for it");
+        return;
+    }
+    task(reply);
+}
+
+void JtagSession::runDataTask(CmdPack reply)
+{
+    const std::optional<unsigned int> id = takeId(reply, kDataRequestId);
+    std::shared_ptr<const JtagDataTask> task;
+    {
+        const QMutexLocker lock(&m_dataTaskMutex);
+        task = id ? m_dataTasks.value(*id) : nullptr;
+    }
+    if (!task) {
+        qCDebug(lcLink, "data reply dropped: no task waits for it");
+        return;
+    }
+    bool done = false;
+    (*task)(reply, &done);
+    if (!done)
+        return;
+    const QMutexLocker lock(&m_dataTaskMutex);
+    const auto entry = m_dataTasks.find(*id);
+    // The task may have cleared the table, and another one may wait under the same id by now.
+    if (entry != m_dataTasks.end() && entry.value() == task)
+        entry.value().reset();
+}
+
+} // namespace KEO

@@ -1,0 +1,7 @@
+#include "linklog.h"
+
+namespace KEO {
+
+Q_LOGGING_CATEGORY(lcLink, "keo.link", QtInfoMsg)
+
+} // namespace KEO

@@ -1,0 +1,93 @@
+#include "serverlauncher.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QLoggingCategory>
+#include <QProcess>
+
+namespace KEO {
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcServers, "keo.servers", QtInfoMsg)
+
+constexpr int kStartTime = 5000; // ms
+constexpr int kEndTime = 3000;   // ms
+
+QString executablePath(const QString &directory, const QString &name)
+{
+#ifdef Q_OS_WIN
+    const QString suffix = QStringLiteral(".exe");
+#else
+    const QString suffix;
+#endif
+    return directory + QLatin1Char('/') + name + suffix;
+}
+
+std::unique_ptr<QProcess> startServer(const QString &path)
+{
+    auto process = std::make_unique<QProcess>();
+    // Nobody reads what a server prints, so it must not gather in memory.
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process->start(path, {QStringLiteral("-local")}, QIODevice::ReadWrite);
+    if (process->waitForStarted(kStartTime))
+        return process;
+    qCDebug(lcServers) << "server not started:" << path << process->errorString();
+    return nullptr;
+}
+
+} // namespace
+
+QList<ServerRow> serverTable()
+{
+    return {
+        {QStringLiteral("chainserver"),
+         {QStringLiteral("Tarno USB Cable(FT2CH)"), QStringLiteral("keo1"), 36545, 1, 0}},
+        {QStringLiteral("chainserver_lpt"),
+         {QStringLiteral("Parallel Port(LPT)"), QStringLiteral("keo"), 36546, 2, 0}},
+        {QStringLiteral("chainserver_lk7"),
+         {QStringLiteral("LK7"), QStringLiteral("keolk7"), 36547, 0, 0}},
+    };
+}
+
+QString defaultServerDirectory()
+{
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                           QStringLiteral("/../../Burner/bin"));
+}
+
+QList<JtagConnection> launchServers(ServerProcesses &processes, const QString &directory,
+                                    const QList<ServerRow> &rows)
+{
+    QList<JtagConnection> started;
+    for (const ServerRow &row : rows) {
+        Q_ASSERT(!processes.contains(row.connection.name));
+        std::unique_ptr<QProcess> process = startServer(executablePath(directory, row.executable));
+        if (!process)
+            continue;
+        processes.emplace(row.connection.name, std::move(process));
+        started.append(row.connection);
+    }
+    return started;
+}
+
+void stopServer(ServerProcesses &processes, const QString &cable)
+{
+    const auto entry = processes.find(cable);
+    if (entry == processes.end())
+        return;
+    entry->second->kill();
+    entry->second->waitForFinished(kEndTime);
+    processes.erase(entry);
+}
+
+void killServers(ServerProcesses &processes)
+{
+    for (const auto &[cable, process] : processes)
+        process->kill();
+    while (!processes.empty())
+        stopServer(processes, processes.begin()->first);
+}
+
+} // namespace KEO

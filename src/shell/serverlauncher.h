@@ -1,0 +1,48 @@
+#pragma once
+
+#include <link/jtagsession.h>
+
+#include <QList>
+#include <QString>
+
+#include <map>
+#include <memory>
+
+class QProcess;
+
+namespace KEO {
+
+/// A cable server as the program knows it before it runs.
+struct ServerRow
+{
+    QString executable; ///< file name without directory and without the platform's suffix
+    JtagConnection connection;
+};
+
+/// The running servers by cable name. A process enters only after it has started.
+using ServerProcesses = std::map<QString, std::unique_ptr<QProcess>>;
+
+/// All cable servers, in the order in which they start and in which users see their cables.
+[[nodiscard]] QList<ServerRow> serverTable();
+
+/// Where the servers stand beside the installed program. Needs the application object.
+[[nodiscard]] QString defaultServerDirectory();
+
+/// Starts the servers of \a rows from \a directory one after the other, waiting up to 5000 ms for
+/// each, and returns the records of those that started, without a client, in the same order. A
+/// server that does not start is left out, its reason in the debug log. \a processes must not hold
+/// any of the cables yet.
+///
+/// A server's standard input stays an open pipe, whose end tells it that this program is gone; its
+/// standard output is discarded, its standard error is this program's own.
+[[nodiscard]] QList<JtagConnection>
+launchServers(ServerProcesses &processes, const QString &directory = defaultServerDirectory(),
+              const QList<ServerRow> &rows = serverTable());
+
+/// Takes the server of \a cable out of \a processes, kills it and waits up to 3000 ms for its end.
+void stopServer(ServerProcesses &processes, const QString &cable);
+
+/// The same for all servers.
+void killServers(ServerProcesses &processes);
+
+} // namespace KEO
