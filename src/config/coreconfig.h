@@ -33,6 +33,8 @@ struct SignalNames
 /// The names in flat order: a single signal's own, a bus's members one after the other. The length
 /// of the list is the number of bits that the signals take.
 QStringList flatSignalNames(const QList<SignalEntry> &signals);
+/// The length of that list, without the list.
+qsizetype signalBits(const QList<SignalEntry> &signals);
 
 /// A trigger port: the signals that a match unit compares. No signals means that the design leaves
 /// the port unconnected.
@@ -49,17 +51,17 @@ struct TriggerPort
 /// Sets one condition on a trigger port; `M0` to `M15` in trigger expressions.
 struct MatchUnit
 {
-    CoreConfig *core = nullptr;   ///< owner
-    int index = 0;                ///< 0 to 15
-    bool enabled = false;         ///< the unit takes part in triggering
-    int match_type = 0;           ///< see matchTypeText
-    int func = 0;                 ///< see matchFunctionText
-    bool counter_enable = false;  ///< the core has a match counter for this unit
-    int counter_width = 2;        ///< bits
-    int counter = 2;              ///< matches
-    bool countinuous = false;     ///< matches must follow one another (spelled as in the file)
-    QString value0;               ///< one character a port bit: 0 1 X R F B N; minimum of a range
-    QString value1;               ///< maximum of a range
+    CoreConfig *core = nullptr;     ///< owner
+    int index = 0;                  ///< 0 to 15
+    bool enabled = false;           ///< the unit takes part in triggering
+    int match_type = 0;             ///< see matchTypeText
+    int func = 0;                   ///< see matchFunctionText
+    bool counter_enable = false;    ///< the core has a match counter for this unit
+    int counter_width = 2;          ///< bits
+    int counter = 2;                ///< matches
+    bool countinuous = false;       ///< matches must follow one another (spelled as in the file)
+    QString value0;                 ///< one character a port bit: 0 1 X R F B N; minimum of a range
+    QString value1;                 ///< maximum of a range
     TriggerPort *trigger = nullptr; ///< a port of the same core, borrowed; may be null
 
     /// The unit is enabled and compares a port that has signals: it takes a place in the core.
@@ -72,6 +74,8 @@ struct CoreConfig
 {
     static constexpr int kPorts = 16;
     static constexpr int kUnits = 16;
+    static constexpr int kMinRegisterWidth = 16;
+    static constexpr int kMaxCounterWidth = 1024;
 
     explicit CoreConfig(int coreIndex = 0);
     CoreConfig(const CoreConfig &) = delete; // ports and units point back here
@@ -87,11 +91,11 @@ struct CoreConfig
     int capture_amount = 1024; ///< samples in a window
     int trigger_pos = 0;       ///< samples before the trigger in a window
     int window_num = 1;        ///< windows
-    std::vector<std::unique_ptr<TriggerPort>> triggers;  ///< kPorts records, record i has index i
-    std::vector<std::unique_ptr<MatchUnit>> matchUnits;  ///< kUnits records, record i has index i
-    QStringList expressions;         ///< tokens M0 to M15 ! & ^ | ( ) without blanks
-    QList<bool> expressionEnabled;   ///< empty, or a flag for each expression; never stored
-    QList<SignalEntry> signals;   ///< captured signals
+    std::vector<std::unique_ptr<TriggerPort>> triggers; ///< kPorts records, record i has index i
+    std::vector<std::unique_ptr<MatchUnit>> matchUnits; ///< kUnits records, record i has index i
+    QStringList expressions;       ///< tokens M0 to M15 ! & ^ | ( ) without blanks
+    QList<bool> expressionEnabled; ///< empty, or a flag for each expression; never stored
+    QList<SignalEntry> signals;    ///< captured signals
     QString module_name = QStringLiteral("dut");
 
     /// Its length is the number of captured bits.
@@ -112,7 +116,10 @@ struct CoreConfig
     bool applySignalNames(const QMap<int, SignalNames> &table);
     /// Width in bits of the core's registers, which is also the distance in bits from one row of
     /// the capture memory to the next: at least 16, and enough for every counter in use, every
-    /// port, and a captured row with its marker bit.
+    /// port, and a captured row with its marker bit. A counter is loaded with 32 bits at most; a
+    /// width beyond kMaxCounterWidth is a broken description and counts as kMaxCounterWidth, so
+    /// that one number in a file can't make every register word megabytes long. Signals are bounded
+    /// where a description is read.
     [[nodiscard]] int requiredRegisterWidth() const;
 };
 

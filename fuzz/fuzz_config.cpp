@@ -1,0 +1,37 @@
+// Bytes as a standard core description: whatever loads must come back the same from what is saved.
+
+#include <config/coretext.h>
+#include <config/standardconfig.h>
+
+#include <QLoggingCategory>
+
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    QLoggingCategory::setFilterRules(QStringLiteral("keo.*=false"));
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArrayView bytes(data, qsizetype(size));
+    bool ok = false;
+    const KEO::CoreList cores =
+        KEO::loadStandardConfig(QString::fromLatin1(bytes), nullptr, &ok, nullptr);
+    if (!ok && !cores.empty())
+        std::abort();
+    const QByteArray saved = KEO::saveStandardConfig(cores).toLatin1();
+    const KEO::CoreList again =
+        KEO::loadStandardConfig(QString::fromLatin1(saved), nullptr, &ok, nullptr);
+    if (!ok || coreText(again) != coreText(cores)) {
+        qDebug().noquote() << saved;
+        std::abort();
+    }
+    for (const auto &core : cores) {
+        if (core->requiredRegisterWidth() < KEO::CoreConfig::kMinRegisterWidth)
+            std::abort();
+    }
+    return 0;
+}

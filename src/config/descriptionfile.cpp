@@ -1,0 +1,7 @@
+#include "descriptionfile.h"
+
+namespace KEO {
+
+Q_LOGGING_CATEGORY(lcConfig, "keo.config")
+
+} // namespace KEO

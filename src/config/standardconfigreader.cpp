@@ -1,0 +1,227 @@
+#include "standardconfig.h"
+
+#include "descriptionfile.h"
+#include "signallist.h"
+#include "versioncompare.h"
+
+#include <base/boundedxml.h>
+#include <base/wholefile.h>
+
+#include <QCoreApplication>
+#include <QDomDocument>
+
+namespace KEO {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+struct Text
+{
+    Q_DECLARE_TR_FUNCTIONS(KEO::StandardConfig)
+};
+
+struct Description
+{
+    CoreList cores;
+    QString id;
+};
+
+int number(const QDomElement &element, const QString &attribute)
+{
+    return element.attribute(attribute).toInt();
+}
+
+bool flag(const QDomElement &element, const QString &attribute)
+{
+    return number(element, attribute) != 0;
+}
+
+/// Calls \a read with each child element of that name, in document order.
+template <typename Read>
+void forEachChild(const QDomElement &parent, const QString &name, Read read)
+{
+    for (QDomElement child = parent.firstChildElement(name); !child.isNull();
+         child = child.nextSiblingElement(name))
+        read(child);
+}
+
+void readAttributes(const QDomElement &element, CoreConfig &core)
+{
+    core.index = number(element, u"index"_s);
+    core.sample_clock = element.attribute(u"sample_clock"_s);
+    core.trig_type = number(element, u"trig_type"_s);
+    core.storage_depth = number(element, u"storage_depth"_s);
+    core.window_num = number(element, u"window_num"_s);
+    core.capture_amount = number(element, u"capture_amount"_s);
+    core.trigger_pos = number(element, u"trigger_pos"_s);
+    core.module_name = element.attribute(u"module_name"_s, core.module_name);
+}
+
+/// Fills the ports and gives the signals of all `Trigger` elements one after the other; a port that
+/// several elements name counts each time. Stops soon after kMaxCapturedBits.
+QList<SignalEntry> readTriggers(const QDomElement &triggers, CoreConfig &core)
+{
+    QList<SignalEntry> concatenated;
+    qsizetype bits = 0;
+    forEachChild(triggers, u"Trigger"_s, [&](const QDomElement &element) {
+        TriggerPort *port = core.triggerByIndex(number(element, u"index"_s));
+        if (!port)
+            return;
+        const QDomElement signalList = element.firstChildElement(u"SignalList"_s);
+        if (!signalList.isNull())
+            port->signals = readSignalList(signalList);
+        if (bits > kMaxCapturedBits)
+            return;
+        concatenated += port->signals;
+        bits += signalBits(port->signals);
+    });
+    return concatenated;
+}
+
+void readMatchUnit(const QDomElement &element, const CoreConfig &core)
+{
+    MatchUnit *unit = core.matchUnitByIndex(number(element, u"index"_s));
+    if (!unit)
+        return;
+    unit->enabled = flag(element, u"enabled"_s);
+    unit->match_type = number(element, u"match_type"_s);
+    unit->counter_enable = flag(element, u"counter_enable"_s);
+    unit->counter_width = number(element, u"counter_width"_s);
+    unit->counter = number(element, u"counter"_s);
+    unit->countinuous = flag(element, u"countinuous"_s);
+    unit->func = number(element, u"func"_s);
+    unit->value0 = element.attribute(u"value0"_s);
+    unit->value1 = element.attribute(u"value1"_s);
+    const QString port = element.attribute(u"trigger"_s);
+    unit->trigger = port.isEmpty() ? nullptr : core.triggerByIndex(port.toInt());
+}
+
+/// "Match[3]", as the tool flow writes a unit, becomes "M3".
+QString normalizedExpression(QString text)
+{
+    return text.remove(u"atch["_s).remove(u']').toUpper();
+}
+
+void readExpressions(const QDomElement &expressions, CoreConfig &core)
+{
+    core.dynamic = expressions.attribute(u"type"_s) == u"Dynamic" ? 1 : 0;
+    forEachChild(expressions, u"Expression"_s, [&](const QDomElement &element) {
+        core.expressions += normalizedExpression(element.text());
+    });
+}
+
+std::unique_ptr<CoreConfig> readCore(const QDomElement &element)
+{
+    auto core = std::make_unique<CoreConfig>(0);
+    readAttributes(element, *core);
+    const QList<SignalEntry> ports = readTriggers(element.firstChildElement(u"Triggers"_s), *core);
+    const int captureFromTrigger = number(element, u"capture_from_trigger"_s);
+    if (captureFromTrigger == 0)
+        core->signals = readSignalList(element.firstChildElement(u"SignalList"_s));
+    else if (captureFromTrigger == 1)
+        core->signals = ports;
+    forEachChild(element.firstChildElement(u"MatchUnits"_s), u"MatchUnit"_s,
+                 [&](const QDomElement &unit) { readMatchUnit(unit, *core); });
+    readExpressions(element.firstChildElement(u"Expressions"_s), *core);
+    return core;
+}
+
+Result<Description> readDescription(const QDomDocument &document)
+{
+    const QDomElement root = document.documentElement();
+    Description description;
+    qsizetype bits = 0;
+    for (QDomElement element = root.firstChildElement(u"KoCore"_s); !element.isNull();
+         element = element.nextSiblingElement(u"KoCore"_s)) {
+        if (description.cores.size() == kMaxCores)
+            return Error{Error::Limit,
+                         Text::tr("The description has more than %1 cores.").arg(kMaxCores)};
+        description.cores.push_back(readCore(element));
+        bits += signalBits(description.cores.back()->signals);
+        if (bits > kMaxCapturedBits)
+            return Error{Error::Limit,
+                         Text::tr("The cores capture more than %1 signals.").arg(kMaxCapturedBits)};
+    }
+    description.id = root.firstChildElement(u"KEO_ID"_s).text();
+    return description;
+}
+
+bool isAtMost(const QString &version, const QString &newest)
+{
+    return (compareVersions(version, newest) & (LowerVersion | EqualVersion)) != 0;
+}
+
+/// Throws CompareException at a version that is not made of numbers.
+Result<Description> readVersioned(const QDomDocument &document)
+{
+    const QDomElement version = document.documentElement().firstChildElement(u"Version"_s);
+    if (version.isNull())
+        return Error{Error::Format, Text::tr("Unknown Keo Version.")};
+    if (isAtMost(version.text(), u"2.0"_s))
+        return readDescription(document);
+    if (isAtMost(version.text(), u"3.0"_s)) // the place where 3.0 would part from 2.0
+        return readDescription(document);
+    return Error{Error::Format, Text::tr("The version of Keo config file is too high.")};
+}
+
+Result<Description> parseDescription(const QString &text)
+{
+    if (text.isEmpty())
+        return Description{};
+    const Result<QDomDocument> document = parseBoundedXml(text, kDescriptionLimits);
+    if (!document)
+        return document.error();
+    try {
+        return readVersioned(*document);
+    } catch (const CompareException &exception) {
+        return Error{Error::Format, exception.message()};
+    }
+}
+
+CoreList deliver(Result<Description> description, QString *idOut, bool *okOut, QString *errorOut)
+{
+    const bool ok = bool(description);
+    const QString error = ok ? QString() : description.error().message;
+    if (!ok)
+        qCDebug(lcConfig).noquote() << "Core description refused:" << error;
+    if (okOut)
+        *okOut = ok;
+    if (errorOut)
+        *errorOut = error;
+    if (idOut)
+        *idOut = ok ? description->id : QString();
+    return ok ? std::move(description->cores) : CoreList();
+}
+
+/// A byte order mark is no content, and as Latin-1 it would be text before the document.
+QByteArrayView withoutByteOrderMark(QByteArrayView bytes)
+{
+    constexpr QByteArrayView mark("\xEF\xBB\xBF");
+    return bytes.startsWith(mark) ? bytes.sliced(mark.size()) : bytes;
+}
+
+} // namespace
+
+CoreList loadStandardConfigFile(const QString &path, QString *idOut, bool *okOut, QString *errorOut)
+{
+    const Result<QByteArray> bytes = readWholeFile(path, kMaxDescriptionSize, LineEnds::Native);
+    if (bytes)
+        return deliver(parseDescription(QString::fromLatin1(withoutByteOrderMark(*bytes))), idOut,
+                       okOut, errorOut);
+    if (bytes.error().kind == Error::Limit)
+        return deliver(bytes.error(), idOut, okOut, errorOut);
+    qCDebug(lcConfig).noquote() << bytes.error().message;
+    return deliver(Error{Error::File, Text::tr("Open file failed.")}, idOut, okOut, errorOut);
+}
+
+CoreList loadStandardConfig(const QString &text, QString *idOut, bool *okOut, QString *errorOut)
+{
+    return deliver(parseDescription(text), idOut, okOut, errorOut);
+}
+
+CoreList readCoreElements(const QDomDocument &document, QString *idOut)
+{
+    return deliver(readDescription(document), idOut, nullptr, nullptr);
+}
+
+} // namespace KEO

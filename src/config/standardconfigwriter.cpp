@@ -1,0 +1,122 @@
+#include "standardconfig.h"
+
+#include "descriptionfile.h"
+#include "signallist.h"
+
+#include <base/wholefile.h>
+#include <base/xmltext.h>
+
+#include <QXmlStreamWriter>
+
+namespace KEO {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+void writeNumber(QXmlStreamWriter &xml, const QString &name, int value)
+{
+    xml.writeAttribute(name, QString::number(value));
+}
+
+void writeFlag(QXmlStreamWriter &xml, const QString &name, bool value)
+{
+    xml.writeAttribute(name, value ? u"1"_s : u"0"_s);
+}
+
+void writeText(QXmlStreamWriter &xml, const QString &name, const QString &value)
+{
+    xml.writeAttribute(name, xmlSafeText(value));
+}
+
+void writeTrigger(QXmlStreamWriter &xml, const TriggerPort &port)
+{
+    xml.writeStartElement(u"Trigger"_s);
+    writeNumber(xml, u"index"_s, port.index);
+    if (!port.signals.isEmpty())
+        writeSignalList(xml, port.signals);
+    xml.writeEndElement();
+}
+
+void writeMatchUnit(QXmlStreamWriter &xml, const MatchUnit &unit)
+{
+    xml.writeStartElement(u"MatchUnit"_s);
+    writeNumber(xml, u"index"_s, unit.index);
+    writeFlag(xml, u"enabled"_s, unit.enabled);
+    writeNumber(xml, u"match_type"_s, unit.match_type);
+    writeFlag(xml, u"counter_enable"_s, unit.counter_enable);
+    writeNumber(xml, u"counter_width"_s, unit.counter_width);
+    writeNumber(xml, u"counter"_s, unit.counter);
+    writeFlag(xml, u"countinuous"_s, unit.countinuous);
+    writeNumber(xml, u"func"_s, unit.func);
+    writeText(xml, u"value0"_s, unit.value0);
+    writeText(xml, u"value1"_s, unit.value1);
+    if (unit.trigger)
+        writeNumber(xml, u"trigger"_s, unit.trigger->index);
+    xml.writeEndElement();
+}
+
+void writeExpressions(QXmlStreamWriter &xml, const CoreConfig &core)
+{
+    xml.writeStartElement(u"Expressions"_s);
+    xml.writeAttribute(u"type"_s, core.dynamic ? u"Dynamic"_s : u"Static"_s);
+    for (const QString &expression : core.expressions) {
+        xml.writeStartElement(u"Expression"_s);
+        writeXmlContent(xml, expression);
+        xml.writeEndElement();
+    }
+    xml.writeEndElement();
+}
+
+void writeCore(QXmlStreamWriter &xml, const CoreConfig &core)
+{
+    xml.writeStartElement(u"KoCore"_s);
+    writeNumber(xml, u"index"_s, core.index);
+    writeText(xml, u"sample_clock"_s, core.sample_clock);
+    writeNumber(xml, u"trig_type"_s, core.trig_type);
+    writeNumber(xml, u"storage_depth"_s, core.storage_depth);
+    writeNumber(xml, u"window_num"_s, core.window_num);
+    writeNumber(xml, u"capture_amount"_s, core.capture_amount);
+    writeNumber(xml, u"trigger_pos"_s, core.trigger_pos);
+    writeText(xml, u"module_name"_s, core.module_name);
+    writeSignalList(xml, core.signals);
+    xml.writeStartElement(u"Triggers"_s);
+    for (const auto &port : core.triggers)
+        writeTrigger(xml, *port);
+    xml.writeEndElement();
+    xml.writeStartElement(u"MatchUnits"_s);
+    for (const auto &unit : core.matchUnits)
+        writeMatchUnit(xml, *unit);
+    xml.writeEndElement();
+    writeExpressions(xml, core);
+    xml.writeEndElement();
+}
+
+} // namespace
+
+QString saveStandardConfig(const CoreList &cores)
+{
+    QString document;
+    QXmlStreamWriter xml(&document);
+    xml.setAutoFormatting(true);
+    xml.setAutoFormattingIndent(4);
+    xml.writeStartDocument(u"1"_s);
+    xml.writeStartElement(u"KEO_CONFIG"_s);
+    xml.writeTextElement(u"Version"_s, u"3.0"_s);
+    xml.writeTextElement(u"Mode"_s, u"Standard"_s);
+    for (const auto &core : cores)
+        writeCore(xml, *core);
+    xml.writeEndElement();
+    xml.writeEndDocument();
+    return latin1XmlDocument(document);
+}
+
+bool saveStandardConfigFile(const CoreList &cores, const QString &path)
+{
+    const std::optional<Error> error =
+        writeWholeFile(path, saveStandardConfig(cores).toLatin1(), LineEnds::Native);
+    if (error)
+        qCDebug(lcConfig).noquote() << error->message;
+    return !error;
+}
+
+} // namespace KEO

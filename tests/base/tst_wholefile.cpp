@@ -1,0 +1,90 @@
+#include <base/wholefile.h>
+
+#include <support/testmain.h>
+
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#endif
+
+using namespace KEO;
+
+class tst_WholeFile : public QuietTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_directory.isValid()); }
+    void refusesToRead_data();
+    void refusesToRead();
+    void replacesAFile();
+    void keepsTheOldFileWhenTheDiskIsFull();
+
+private:
+    QString path(const char *name) const { return m_directory.filePath(QLatin1String(name)); }
+    QTemporaryDir m_directory;
+};
+
+void tst_WholeFile::refusesToRead_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("kind");
+    QTest::newRow("missing") << path("missing") << int(Error::File);
+    QTest::newRow("directory") << m_directory.path() << int(Error::File);
+    QVERIFY(!writeWholeFile(path("large"), QByteArray(11, 'x'), LineEnds::AsTheyAre));
+    QTest::newRow("too large") << path("large") << int(Error::Limit);
+#ifdef Q_OS_UNIX
+    QCOMPARE(mkfifo(qPrintable(path("pipe")), 0600), 0);
+    QTest::newRow("pipe") << path("pipe") << int(Error::File);
+    QTest::newRow("device") << QStringLiteral("/dev/zero") << int(Error::File);
+#endif
+}
+
+void tst_WholeFile::refusesToRead()
+{
+    QFETCH(QString, path);
+    const Result<QByteArray> content = readWholeFile(path, 10, LineEnds::AsTheyAre);
+    QVERIFY(!content);
+    QTEST(int(content.error().kind), "kind");
+    QVERIFY2(content.error().message.contains(path), qPrintable(content.error().message));
+}
+
+void tst_WholeFile::replacesAFile()
+{
+    QVERIFY(!writeWholeFile(path("f"), "longer content", LineEnds::AsTheyAre));
+    QVERIFY(!writeWholeFile(path("f"), "a\r\nb\n", LineEnds::AsTheyAre));
+    const Result<QByteArray> bytes = readWholeFile(path("f"), 10, LineEnds::AsTheyAre);
+    QVERIFY(bytes);
+    QCOMPARE(*bytes, QByteArray("a\r\nb\n"));
+    const Result<QByteArray> text = readWholeFile(path("f"), 10, LineEnds::Native);
+    QVERIFY(text);
+    QCOMPARE(*text, QByteArray("a\nb\n"));
+    QVERIFY(writeWholeFile(path("no/such/directory"), "x", LineEnds::AsTheyAre));
+}
+
+// A limit on the file size stands for the full disk: write() takes the bytes, the flush fails.
+void tst_WholeFile::keepsTheOldFileWhenTheDiskIsFull()
+{
+#ifdef Q_OS_UNIX
+    QVERIFY(!writeWholeFile(path("kept"), "old", LineEnds::AsTheyAre));
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit tight = before;
+    tight.rlim_cur = 1000;
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &tight), 0);
+    const auto small = writeWholeFile(path("kept"), QByteArray(2000, 'x'), LineEnds::AsTheyAre);
+    const auto large = writeWholeFile(path("kept"), QByteArray(200'000, 'x'), LineEnds::AsTheyAre);
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
+    QVERIFY(small);
+    QVERIFY(large);
+    QCOMPARE(*readWholeFile(path("kept"), 10, LineEnds::AsTheyAre), QByteArray("old"));
+    QCOMPARE(QDir(m_directory.path()).entryList({QStringLiteral("kept*")}).size(), 1);
+#else
+    QSKIP("needs a limit on the file size");
+#endif
+}
+
+KEO_TEST_MAIN(tst_WholeFile)
+#include "tst_wholefile.moc"

@@ -1,0 +1,324 @@
+#include "coretext.h"
+
+#include <config/standardconfig.h>
+
+#include <support/testmain.h>
+
+#include <QDomDocument>
+#include <QFile>
+
+using namespace KEO;
+
+class tst_StandardConfig : public QuietTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readsAToolFlowFile();
+    void readerRules_data();
+    void readerRules();
+    void versions_data();
+    void versions();
+    void writesTheFormat();
+    void saveAndLoad();
+    void bytesSurvive();
+    void refused_data();
+    void refused();
+    void filesThatCannotBeRead();
+    void filesThatCannotBeWritten();
+
+private:
+    QTemporaryDir m_directory;
+};
+
+namespace {
+
+/// One core element inside a document of \a version.
+QString document(const QString &core, const QString &version = QStringLiteral("3.0"))
+{
+    return QStringLiteral("<KEO_CONFIG><Version>%1</Version>%2</KEO_CONFIG>").arg(version, core);
+}
+
+SignalEntry single(const char *name, const char *text = "")
+{
+    return {QString::fromUtf8(name), QString::fromUtf8(text), {}};
+}
+
+/// A core whose every field differs from its default and from its neighbours.
+std::unique_ptr<CoreConfig> fullCore()
+{
+    auto core = std::make_unique<CoreConfig>(3);
+    core->sample_clock = QStringLiteral("clk & \"more\"");
+    core->trig_type = 1;
+    core->dynamic = 1;
+    core->storage_depth = 4096;
+    core->window_num = 4;
+    core->capture_amount = 256;
+    core->trigger_pos = -7;
+    core->module_name = QStringLiteral("caf\u00e9 \u20ac");
+    SignalEntry bus = single("data[1:0]", "Data");
+    bus.members = {single("data[1]"), single("data[0]", "low")};
+    core->signals = {single("a<0>", "a\tb"), bus, single("  "), single("\r\nx")};
+    core->triggers[0]->signals = {bus};
+    core->triggers[15]->signals = {single("z")};
+    MatchUnit &unit = *core->matchUnits[2];
+    unit.enabled = true;
+    unit.match_type = 5;
+    unit.func = 7;
+    unit.counter_enable = true;
+    unit.counter_width = 12;
+    unit.counter = 345;
+    unit.countinuous = true;
+    unit.value0 = QStringLiteral("0X");
+    unit.value1 = QStringLiteral("RF");
+    unit.trigger = core->triggers[15].get();
+    core->expressions = QStringList{QStringLiteral("M0&!M2"), QString(), QStringLiteral("M1|M2")};
+    core->expressionEnabled = {true, false, true};
+    core->active = 1;
+    return core;
+}
+
+QByteArray fileBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+void tst_StandardConfig::readsAToolFlowFile()
+{
+    QString id;
+    QString error = QStringLiteral("left over");
+    bool ok = false;
+    const CoreList cores = loadStandardConfigFile(
+        QStringLiteral(KEO_SOURCE_DIR "/fuzz/corpus/config/toolflow.keo"), &id, &ok, &error);
+    QVERIFY2(ok, qPrintable(error));
+    QCOMPARE(error, QString());
+    QCOMPARE(id, QStringLiteral("0x5A3C"));
+    QCOMPARE(cores.size(), 2);
+
+    const CoreConfig &core = *cores[0];
+    QCOMPARE(core.storage_depth, 2048);
+    QCOMPARE(core.window_num, 2);
+    QCOMPARE(core.trigger_pos, 16);
+    QCOMPARE(core.module_name, QStringLiteral("uart_top"));
+    QCOMPARE(core.signals.size(), 3);
+    QCOMPARE(core.signals[1].name, QStringLiteral("rx_data[7:0]"));
+    QCOMPARE(core.signals[1].members.size(), 8);
+    // The bytes of another encoding stay single characters.
+    QCOMPARE(core.signals[2].text, QString::fromLatin1("Z\xC3\xA4hler"));
+    QCOMPARE(core.portsWithSignals().size(), 2); // port 16 is skipped
+    QCOMPARE(core.expressions.join(u' '), QStringLiteral("M0&!M3 M0|M3"));
+    QCOMPARE(core.dynamic, 1);
+    const MatchUnit *range = core.matchUnitByIndex(3);
+    QVERIFY(range->enabled);
+    QCOMPARE(range->trigger, core.triggerByIndex(3));
+    QCOMPARE(range->value1, QStringLiteral("10"));
+    QCOMPARE(core.matchUnitByIndex(0)->counter_width, 0); // absent is 0, not the default
+    QCOMPARE(core.matchUnitByIndex(4)->match_type, 0);
+    QCOMPARE(core.matchUnitByIndex(4)->trigger, nullptr);
+    QCOMPARE(core.matchUnitByIndex(5)->trigger, nullptr);
+
+    QCOMPARE(cores[1]->module_name, QStringLiteral("dut"));
+    QCOMPARE(cores[1]->flatSignalNames().join(u' '), QStringLiteral("b a"));
+    QCOMPARE(cores[1]->dynamic, 0);
+}
+
+void tst_StandardConfig::readerRules_data()
+{
+    QTest::addColumn<QString>("core");
+    QTest::addColumn<QString>("expected"); // one line of coreText
+    const QString bus = QStringLiteral("<KoCore><SignalList><Bus %1><Signal>m</Signal><Other/>"
+                                       "</Bus><Odd/><Signal>s</Signal></SignalList></KoCore>");
+    QTest::newRow("bus of the tool flow")
+        << bus.arg(QStringLiteral("name='n'")) << R"(captured "n"/""{"m"/""} "s"/"")";
+    QTest::newRow("bus with both names") << bus.arg(QStringLiteral("name='n' restorename='r'"))
+                                         << R"(captured "r"/"n"{"m"/""} "s"/"")";
+    QTest::newRow("bus with an empty old name")
+        << bus.arg(QStringLiteral("name='n' restorename=''"))
+        << R"(captured "n"/""{"m"/""} "s"/"")";
+
+    const QString source =
+        QStringLiteral("<KoCore capture_from_trigger='%1'><SignalList><Signal>own</Signal>"
+                       "</SignalList><Triggers><Trigger index='1'><SignalList><Signal>p</Signal>"
+                       "</SignalList></Trigger><Trigger index='1'/></Triggers></KoCore>");
+    QTest::newRow("captures its own list") << source.arg(0) << R"(captured "own"/"")";
+    QTest::newRow("captures what triggers, each time it is named")
+        << source.arg(1) << R"(captured "p"/"" "p"/"")";
+    QTest::newRow("captures nothing") << source.arg(2) << "captured ";
+
+    QTest::newRow("absent numbers are 0")
+        << QStringLiteral("<KoCore index='-1'/>") << R"(core -1 "" 0 0 0 0 0 0 "dut")";
+    QTest::newRow("malformed numbers are 0, an empty module name counts")
+        << QStringLiteral("<KoCore index='16' storage_depth='1e3' window_num='0x2' "
+                          "capture_amount='99999999999' module_name=''/>")
+        << R"(core 16 "" 0 0 0 0 0 0 "")";
+    QTest::newRow("only the bracket form is rewritten")
+        << QStringLiteral("<KoCore><Expressions type='dynamic'><Expression>Match[1] &amp; MATCH[2]"
+                          "</Expression><Odd>M9</Odd></Expressions></KoCore>")
+        << R"(expressions "M1 & MATCH[2")";
+}
+
+void tst_StandardConfig::readerRules()
+{
+    QFETCH(QString, core);
+    QFETCH(QString, expected);
+    const CoreList cores = loadStandardConfig(document(core));
+    QCOMPARE(cores.size(), 1);
+    const QStringList text = coreText(cores);
+    QVERIFY2(text.contains(expected), qPrintable(text.join(u'\n') + "\nlacks\n" + expected));
+}
+
+void tst_StandardConfig::versions_data()
+{
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<QString>("error");
+    for (const char *good : {"1", "2.0", "2.5", "3", "3.0", "", "\n 3.0 \n"})
+        QTest::addRow("'%s'", good) << QString(good) << QString();
+    QTest::newRow("3.0.1") << "3.0.1"
+                           << "The version of Keo config file is too high.";
+    QTest::newRow("4 with letters behind") << "4.x"
+                                           << "The version of Keo config file is too high.";
+    QTest::newRow("letters") << "three"
+                             << "Invalid Keo config file.";
+}
+
+void tst_StandardConfig::versions()
+{
+    QFETCH(QString, version);
+    QFETCH(QString, error);
+    bool ok = false;
+    QString message;
+    const CoreList cores =
+        loadStandardConfig(document(QStringLiteral("<KoCore/>"), version), nullptr, &ok, &message);
+    QCOMPARE(message, error);
+    QCOMPARE(ok, error.isEmpty());
+    QCOMPARE(cores.size(), error.isEmpty() ? 1 : 0);
+}
+
+// Other programs read the file: names, order and layout are compared with a file in hand.
+void tst_StandardConfig::writesTheFormat()
+{
+    CoreList cores;
+    cores.push_back(fullCore());
+    const QString path = m_directory.filePath(QStringLiteral("saved.keo"));
+    QVERIFY(saveStandardConfigFile(cores, path));
+    QCOMPARE(QString::fromLatin1(fileBytes(path)).split(u'\n'),
+             QString::fromLatin1(
+                 fileBytes(QStringLiteral(KEO_SOURCE_DIR "/fuzz/corpus/config/saved.keo")))
+                 .split(u'\n'));
+}
+
+void tst_StandardConfig::saveAndLoad()
+{
+    CoreList cores;
+    cores.push_back(fullCore());
+    cores.push_back(std::make_unique<CoreConfig>(0));
+    const QString path = m_directory.filePath(QStringLiteral("again.zeo"));
+    QVERIFY(saveStandardConfigFile(cores, path));
+    bool ok = false;
+    QString id = QStringLiteral("left over");
+    const CoreList loaded = loadStandardConfigFile(path, &id, &ok);
+    QVERIFY(ok);
+    QCOMPARE(id, QString());
+    QCOMPARE(coreText(loaded), coreText(cores));
+    QCOMPARE(loaded[0]->active, 0);
+    QVERIFY(loaded[0]->expressionEnabled.isEmpty());
+}
+
+void tst_StandardConfig::bytesSurvive()
+{
+    QByteArray name;
+    for (int byte = 0x20; byte < 0x100; ++byte)
+        name += char(byte);
+    name.replace('&', "").replace('<', "");
+    const QString path = m_directory.filePath(QStringLiteral("bytes.keo"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("\xEF\xBB\xBF<?xml version='1.0' encoding='utf-8'?>\r\n"
+               "<KEO_CONFIG><Version>3.0</Version><KoCore><SignalList><Signal>" +
+               name + "</Signal></SignalList></KoCore></KEO_CONFIG>");
+    file.close();
+    const CoreList cores = loadStandardConfigFile(path);
+    QCOMPARE(cores.size(), 1);
+    QCOMPARE(cores[0]->flatSignalNames(), QStringList{QString::fromLatin1(name)});
+    QVERIFY(saveStandardConfigFile(cores, path));
+    QVERIFY(fileBytes(path).contains(name.mid(name.indexOf('?'))));
+}
+
+void tst_StandardConfig::refused_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("error"); // a pattern
+    const auto repeated = [](const char *text, int times) {
+        return QString::fromLatin1(text).repeated(times);
+    };
+    QTest::newRow("no version") << QStringLiteral("<KEO_CONFIG><KoCore/></KEO_CONFIG>")
+                                << "^Unknown Keo Version\\.$";
+    QTest::newRow("no markup") << QStringLiteral("hello") << "^.+ at 1:\\d+$";
+    QTest::newRow("cut off behind a core")
+        << document(QStringLiteral("<KoCore/>")).chopped(5) << "^.+ at 1:\\d+$";
+    QTest::newRow("100,000 nested elements")
+        << repeated("<KoCore>", 100'000) << "64 deep at 1:\\d+";
+    QTest::newRow("entities") << QStringLiteral("<!DOCTYPE a [<!ENTITY b 'c'>]>") +
+                                     document(QStringLiteral("<KoCore/>"))
+                              << "must not declare anything at 1:13$";
+    QTest::newRow("a million elements")
+        << document(repeated("<a/>", 1'000'000)) << "more than 500000 elements";
+    QTest::newRow("257 cores") << document(repeated("<KoCore/>", 257)) << "more than 256 cores";
+    QTest::newRow("few elements for many signals")
+        << document(
+               QStringLiteral("<KoCore capture_from_trigger='1'><Triggers><Trigger><SignalList>") +
+               repeated("<Signal/>", 100'000) + QStringLiteral("</SignalList></Trigger>") +
+               repeated("<Trigger/>", 100'000) + QStringLiteral("</Triggers></KoCore>"))
+        << "capture more than 65536 signals";
+    QTest::newRow("many signals over all cores")
+        << document((QStringLiteral("<KoCore><SignalList>") + repeated("<Signal/>", 20'000) +
+                     QStringLiteral("</SignalList></KoCore>"))
+                        .repeated(4))
+        << "capture more than 65536 signals";
+}
+
+void tst_StandardConfig::refused()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, error);
+    QString id = QStringLiteral("left over");
+    QString message;
+    bool ok = true;
+    QVERIFY(loadStandardConfig(text, &id, &ok, &message).empty());
+    QVERIFY(!ok);
+    QCOMPARE(id, QString());
+    QVERIFY2(QRegularExpression(error).match(message).hasMatch(), qPrintable(message));
+}
+
+void tst_StandardConfig::filesThatCannotBeRead()
+{
+    bool ok = true;
+    QString message;
+    QVERIFY(loadStandardConfigFile(m_directory.path(), nullptr, &ok, &message).empty());
+    QVERIFY(!ok);
+    QCOMPARE(message, QStringLiteral("Open file failed."));
+
+    QFile file(m_directory.filePath(QStringLiteral("f.keo")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QVERIFY(loadStandardConfigFile(file.fileName(), nullptr, &ok, &message).empty());
+    QVERIFY(ok); // an empty file is no error
+    QCOMPARE(message, QString());
+
+    QVERIFY(file.resize(qint64(1) << 30));
+    QVERIFY(loadStandardConfigFile(file.fileName(), nullptr, &ok, &message).empty());
+    QVERIFY(!ok);
+    QVERIFY2(message.contains(QStringLiteral("16777216 bytes")), qPrintable(message));
+}
+
+void tst_StandardConfig::filesThatCannotBeWritten()
+{
+    CoreList cores;
+    QVERIFY(!saveStandardConfigFile(cores, m_directory.path()));
+    QVERIFY(!saveStandardConfigFile(cores, m_directory.filePath(QStringLiteral("no/where.keo"))));
+}
+
+KEO_TEST_MAIN(tst_StandardConfig)
+#include "tst_standardconfig.moc"
