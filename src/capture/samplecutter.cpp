@@ -1,0 +1,199 @@
+#include "samplecutter.h"
+
+#include <config/coreconfig.h>
+
+#include <QtEndian>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace KEO {
+
+namespace {
+
+/// The sections as one bit string, the bits of a byte from its lowest up as in QBitArray. Clear
+/// bits stand around it, so that 64 bits can be read wherever at least one of them is inside.
+class RawBits final
+{
+public:
+    RawBits(const QList<QBitArray> &sections, qsizetype clearBitsBefore)
+        : m_first((clearBitsBefore + 7) / 8 * 8), m_end(m_first)
+    {
+        qsizetype size = 0;
+        for (const QBitArray &section : sections)
+            size += section.size();
+        m_bytes.resize(size_t((m_first + size) / 8 + kGuardBytes));
+        for (const QBitArray &section : sections)
+            append(section);
+    }
+
+    qsizetype size() const { return m_end - m_first; }
+    bool bit(qsizetype position) const { return word(position) & 1; }
+    /// 64 bits from \a position on, the first one lowest. Positions below 0 reach into the clear
+    /// bits in front.
+    quint64 word(qsizetype position) const
+    {
+        const size_t at = size_t(m_first + position);
+        const uchar *bytes = m_bytes.data() + at / 8;
+        const int shift = int(at % 8);
+        const quint64 low = qFromLittleEndian<quint64>(bytes) >> shift;
+        return shift == 0 ? low : low | quint64(bytes[8]) << (64 - shift);
+    }
+
+private:
+    static constexpr qsizetype kGuardBytes = 24;
+
+    void append(const QBitArray &section)
+    {
+        const uchar *source = reinterpret_cast<const uchar *>(section.bits());
+        const qsizetype sourceBytes = (section.size() + 7) / 8;
+        uchar *target = m_bytes.data() + m_end / 8;
+        const int shift = int(m_end % 8);
+        m_end += section.size();
+        if (shift == 0) {
+            std::copy(source, source + sourceBytes, target);
+            return;
+        }
+        for (qsizetype i = 0; i < sourceBytes; ++i) {
+            target[i] |= uchar(source[i] << shift);
+            target[i + 1] = uchar(source[i] >> (8 - shift));
+        }
+    }
+
+    std::vector<uchar> m_bytes;
+    qsizetype m_first; // bit positions in m_bytes
+    qsizetype m_end;
+};
+
+/// The rows of a window, numbered from the end of the raw bits.
+class Rows final
+{
+public:
+    Rows(const RawBits &raw, const CaptureGeometry &geometry)
+        : m_raw(raw),
+          m_width(geometry.columns + 1),
+          m_stride(geometry.registerWidth),
+          m_count(std::min<qint64>(geometry.captureAmount, (raw.size() + m_stride - 1) / m_stride))
+    {
+    }
+
+    qsizetype count() const { return m_count; }
+    bool isMarked(qsizetype row) const { return m_raw.bit(start(row)); }
+    /// 64 bits of a row from \a column on; past the last column stand bits of other rows.
+    quint64 word(qsizetype row, qsizetype column) const { return m_raw.word(start(row) + column); }
+
+private:
+    qsizetype start(qsizetype row) const { return m_raw.size() - row * m_stride - m_width; }
+
+    const RawBits &m_raw;
+    qsizetype m_width;
+    qsizetype m_stride;
+    qsizetype m_count;
+};
+
+/// The first marked row. A mark in row 0 says as little as none: the row before it is the last one.
+qsizetype markedRow(const Rows &rows)
+{
+    for (qsizetype row = 0; row < rows.count(); ++row) {
+        if (rows.isMarked(row))
+            return row == 0 ? rows.count() : row;
+    }
+    return rows.count();
+}
+
+/// The row before \a row in the ring.
+qsizetype previousRow(qsizetype row, qsizetype count)
+{
+    return (row == 0 ? count : row) - 1;
+}
+
+qsizetype oldestRow(const Rows &rows, const CaptureGeometry &geometry)
+{
+    const qsizetype count = rows.count();
+    qsizetype row = previousRow(markedRow(rows) - 1, count);
+    if (geometry.dynamic)
+        row = previousRow(row, count);
+    const qint64 offset = (row - geometry.triggerPosition) % count;
+    return offset < 0 ? offset + count : offset;
+}
+
+using BitBlock = std::array<quint64, 64>;
+
+/// Swaps rows and columns of a 64 x 64 block: bit j of word i becomes bit i of word j. Halves the
+/// squares that change places in each round, from 32 x 32 down to single bits.
+void transpose(BitBlock &block)
+{
+    quint64 mask = 0x00000000FFFFFFFF;
+    for (size_t side = 32; side != 0; side /= 2, mask ^= mask << side) {
+        for (size_t i = 0; i < block.size(); i = (i + side + 1) & ~side) {
+            const quint64 swapped = ((block[i] >> side) ^ block[i + side]) & mask;
+            block[i] ^= swapped << side;
+            block[i + side] ^= swapped;
+        }
+    }
+}
+
+/// Samples of up to 64 columns from \a firstColumn of a row on, as words of 64 samples each.
+class ColumnGroup final
+{
+public:
+    ColumnGroup(const Rows &rows, qsizetype oldest, qsizetype firstColumn, qsizetype columns)
+        : m_wordsPerColumn((rows.count() + 63) / 64), m_words(size_t(columns * m_wordsPerColumn))
+    {
+        qsizetype row = oldest;
+        qsizetype left = rows.count();
+        for (qsizetype word = 0; word < m_wordsPerColumn; ++word) {
+            BitBlock block = {};
+            for (qsizetype i = 0; i < std::min<qsizetype>(left, 64); ++i) {
+                block[size_t(i)] = rows.word(row, firstColumn);
+                row = row + 1 == rows.count() ? 0 : row + 1;
+            }
+            left -= 64;
+            transpose(block);
+            for (qsizetype c = 0; c < columns; ++c)
+                m_words[size_t(c * m_wordsPerColumn + word)] = qToLittleEndian(block[size_t(c)]);
+        }
+    }
+
+    QBitArray samples(qsizetype column, qsizetype count) const
+    {
+        const quint64 *words = m_words.data() + column * m_wordsPerColumn;
+        return QBitArray::fromBits(reinterpret_cast<const char *>(words), count);
+    }
+
+private:
+    qsizetype m_wordsPerColumn;
+    std::vector<quint64> m_words;
+};
+
+} // namespace
+
+CaptureGeometry captureGeometry(const CoreConfig &core)
+{
+    return {core.flatSignalNames().size(), core.requiredRegisterWidth(), core.capture_amount,
+            core.trigger_pos, core.dynamic != 0};
+}
+
+QList<QBitArray> cutSamples(const QList<QBitArray> &sections, const CaptureGeometry &geometry)
+{
+    if (geometry.columns <= 0 || geometry.registerWidth <= geometry.columns)
+        return {};
+    const RawBits raw(sections, geometry.columns + 1);
+    const Rows rows(raw, geometry);
+    if (rows.count() <= 0)
+        return {};
+
+    const qsizetype oldest = oldestRow(rows, geometry);
+    QList<QBitArray> samples;
+    samples.reserve(geometry.columns);
+    for (qsizetype first = 0; first < geometry.columns; first += 64) {
+        const qsizetype columns = std::min<qsizetype>(geometry.columns - first, 64);
+        const ColumnGroup group(rows, oldest, first + 1, columns);
+        for (qsizetype c = 0; c < columns; ++c)
+            samples.append(group.samples(c, rows.count()));
+    }
+    return samples;
+}
+
+} // namespace KEO

@@ -1,0 +1,228 @@
+#include "expression.h"
+
+#include <QStringView>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <functional>
+#include <optional>
+#include <span>
+#include <vector>
+
+// Truth tables work on the characters of a stored text, apart from the dialog's check on tokens:
+// the two conversions differ for texts that the dialog would refuse, and both forms are kept.
+
+namespace KEO {
+
+namespace {
+
+constexpr int kMaxVariables = 16; // as many as a core has match units
+
+/// Words of 64 table entries that all values on the stack may take together. It bounds the memory
+/// for a text that piles up values by the hundred thousand.
+constexpr qsizetype kStackWords = 4 * 1024 * 1024;
+
+bool isVariable(QChar c)
+{
+    return c >= u'A' && c <= u'Z';
+}
+
+int rankOf(QChar c)
+{
+    switch (c.unicode()) {
+    case u'!':
+        return 4;
+    case u'&':
+        return 3;
+    case u'^':
+        return 2;
+    case u'|':
+        return 1;
+    default:
+        return 0;
+    }
+}
+
+/// One letter for each unit, from the highest number down, so that M1 is not found inside M10.
+QString unitsToLetters(QString text)
+{
+    QChar letter = u'A';
+    for (int unit = kMaxVariables - 1; unit >= 0; --unit) {
+        const QString name = QLatin1Char('M') + QString::number(unit);
+        if (!text.contains(name))
+            continue;
+        text.replace(name, QString(letter));
+        letter = QChar(letter.unicode() + 1);
+    }
+    return text;
+}
+
+/// The text in postfix order, or nothing when a ")" finds no "(" on a stack that is in use.
+std::optional<QString> toPostfix(const QString &text)
+{
+    QString output;
+    output.reserve(text.size());
+    QString stack;
+    const auto popToOutput = [&] {
+        output.append(stack.back());
+        stack.chop(1);
+    };
+    for (const QChar c : text) {
+        if (isVariable(c)) {
+            output.append(c);
+        } else if (stack.isEmpty() || c == u'(') {
+            stack.append(c);
+        } else if (c == u')') {
+            while (!stack.isEmpty() && stack.back() != u'(')
+                popToOutput();
+            if (stack.isEmpty())
+                return std::nullopt;
+            stack.chop(1);
+        } else {
+            while (!stack.isEmpty() && rankOf(stack.back()) >= rankOf(c))
+                popToOutput();
+            stack.append(c);
+        }
+    }
+    while (!stack.isEmpty())
+        popToOutput();
+    return output;
+}
+
+/// The greatest number of values that the evaluation stacks up, or nothing when an operator lacks
+/// an operand or the evaluation does not end with one value. It needs no values to tell.
+std::optional<qsizetype> stackDepth(QStringView postfix)
+{
+    qsizetype values = 0;
+    qsizetype deepest = 0;
+    for (const QChar c : postfix) {
+        if (isVariable(c) || c == u'0' || c == u'1') {
+            deepest = std::max(deepest, ++values);
+        } else if (c == u'!') {
+            if (values < 1)
+                return std::nullopt;
+        } else if (c == u'&' || c == u'|' || c == u'^') {
+            if (values < 2)
+                return std::nullopt;
+            --values;
+        }
+    }
+    if (values != 1)
+        return std::nullopt;
+    return deepest;
+}
+
+/// Table entries 64 at a time: entry i is bit i % 64 of word i / 64. The word of a variable that is
+/// bit \a bit of the entry's position.
+quint64 variableWord(int bit, qsizetype word)
+{
+    static constexpr std::array<quint64, 6> kInsideWord = {0xAAAAAAAAAAAAAAAA, 0xCCCCCCCCCCCCCCCC,
+                                                           0xF0F0F0F0F0F0F0F0, 0xFF00FF00FF00FF00,
+                                                           0xFFFF0000FFFF0000, 0xFFFFFFFF00000000};
+    if (bit < int(kInsideWord.size()))
+        return kInsideWord[size_t(bit)];
+    return (word >> (bit - int(kInsideWord.size()))) & 1 ? ~quint64(0) : 0;
+}
+
+/// A stack of values, each of which is a run of words of the table.
+class ValueStack final
+{
+public:
+    ValueStack(qsizetype depth, qsizetype wordsPerValue)
+        : m_words(size_t(depth * wordsPerValue)), m_wordsPerValue(size_t(wordsPerValue))
+    {
+    }
+
+    std::span<quint64> push() { return value(m_size++); }
+    std::span<quint64> top() { return value(m_size - 1); }
+    /// Replaces the two topmost values by one.
+    template <typename Operation>
+    void combine(Operation operation)
+    {
+        const std::span<quint64> right = top();
+        --m_size;
+        const std::span<quint64> left = top();
+        std::transform(left.begin(), left.end(), right.begin(), left.begin(), operation);
+    }
+    void clear() { m_size = 0; }
+
+private:
+    std::span<quint64> value(size_t index)
+    {
+        return {m_words.data() + index * m_wordsPerValue, m_wordsPerValue};
+    }
+
+    std::vector<quint64> m_words;
+    size_t m_wordsPerValue;
+    size_t m_size = 0;
+};
+
+/// Leaves the words of the table from \a firstWord on as the one value of \a stack.
+void evaluate(QStringView postfix, int variables, qsizetype firstWord, ValueStack &stack)
+{
+    stack.clear();
+    for (const QChar c : postfix) {
+        if (isVariable(c)) {
+            const int bit = variables - 1 - (c.unicode() - u'A');
+            qsizetype word = firstWord;
+            for (quint64 &entries : stack.push())
+                entries = variableWord(bit, word++);
+        } else if (c == u'0' || c == u'1') {
+            std::ranges::fill(stack.push(), c == u'1' ? ~quint64(0) : 0);
+        } else if (c == u'!') {
+            for (quint64 &entries : stack.top())
+                entries = ~entries;
+        } else if (c == u'&') {
+            stack.combine(std::bit_and<>());
+        } else if (c == u'|') {
+            stack.combine(std::bit_or<>());
+        } else if (c == u'^') {
+            stack.combine(std::bit_xor<>());
+        }
+    }
+}
+
+QString tableOf(QStringView postfix, int variables, qsizetype depth)
+{
+    const qsizetype entries = qsizetype(1) << variables;
+    const qsizetype words = (entries + 63) / 64;
+    const qsizetype block =
+        std::bit_floor(size_t(std::clamp<qsizetype>(kStackWords / depth, 1, words)));
+    ValueStack stack(depth, block);
+    QString table(entries, Qt::Uninitialized);
+    QChar *out = table.data();
+    for (qsizetype first = 0; first < words; first += block) {
+        evaluate(postfix, variables, first, stack);
+        const std::span<quint64> result = stack.top();
+        const qsizetype end = std::min(entries, (first + block) * 64);
+        for (qsizetype i = first * 64; i < end; ++i)
+            out[i] = (result[size_t(i / 64 - first)] >> (i % 64)) & 1 ? u'1' : u'0';
+    }
+    return table;
+}
+
+} // namespace
+
+QString expressionTruthTable(const QString &text)
+{
+    const QString letters = unitsToLetters(text);
+    quint32 named = 0; // bit k: the letter 'A' + k
+    for (const QChar c : letters) {
+        if (isVariable(c))
+            named |= quint32(1) << (c.unicode() - u'A');
+    }
+    const int variables = std::popcount(named);
+    if (variables > kMaxVariables)
+        return QString(qsizetype(1) << kMaxVariables, u'x');
+    const QString impossible(qsizetype(1) << variables, u'x');
+    if (named != (quint32(1) << variables) - 1)
+        return impossible;
+    const std::optional<QString> postfix = toPostfix(letters);
+    if (!postfix)
+        return impossible;
+    const std::optional<qsizetype> depth = stackDepth(*postfix);
+    return depth ? tableOf(*postfix, variables, *depth) : impossible;
+}
+
+} // namespace KEO

@@ -1,0 +1,236 @@
+#include <capture/samplecutter.h>
+
+#include <config/coreconfig.h>
+
+#include <support/testmain.h>
+
+#include <QRandomGenerator>
+
+#include <limits>
+
+using namespace KEO;
+
+namespace {
+
+/// The same, one bit after the other.
+QList<QBitArray> cutBitByBit(const QList<QBitArray> &sections, const CaptureGeometry &geometry)
+{
+    std::vector<bool> raw;
+    for (const QBitArray &section : sections) {
+        for (qsizetype i = 0; i < section.size(); ++i)
+            raw.push_back(section.testBit(i));
+    }
+    const qint64 width = geometry.columns + 1;
+    std::vector<std::vector<bool>> rows;
+    for (qint64 top = qint64(raw.size()) - 1;
+         top >= 0 && qint64(rows.size()) < geometry.captureAmount; top -= geometry.registerWidth) {
+        std::vector<bool> row;
+        for (qint64 i = top - width + 1; i <= top; ++i)
+            row.push_back(i >= 0 && raw[size_t(i)]);
+        rows.push_back(row);
+    }
+    const qint64 n = qint64(rows.size());
+    if (n == 0)
+        return {};
+    qint64 p = 0;
+    while (p < n && !rows[size_t(p)][0])
+        ++p;
+    if (p == 0)
+        p = n;
+    p -= 1;
+    for (int steps = geometry.dynamic ? 2 : 1; steps > 0; --steps) {
+        if (p == 0)
+            p = n;
+        p -= 1;
+    }
+    qint64 start = p - geometry.triggerPosition;
+    while (start < 0)
+        start += n;
+    QList<QBitArray> samples;
+    for (qint64 column = 1; column < width; ++column) {
+        QBitArray bits(n);
+        for (qint64 i = 0; i < n; ++i)
+            bits.setBit(i, rows[size_t((start + i) % n)][size_t(column)]);
+        samples.append(bits);
+    }
+    return samples;
+}
+
+/// Random bits in sections as a core delivers them, with markers only in the rows given.
+QList<QBitArray> randomSections(const CaptureGeometry &geometry, const QList<qint64> &marked,
+                                QRandomGenerator &random)
+{
+    const qint64 rows = geometry.captureAmount;
+    const qint64 total = rows * geometry.registerWidth;
+    std::vector<quint32> noise(size_t(total / 32 + 1));
+    random.fillRange(noise.data(), qsizetype(noise.size()));
+    QBitArray raw = QBitArray::fromBits(reinterpret_cast<const char *>(noise.data()), total);
+    for (qint64 row = 0; row < rows; ++row)
+        raw.clearBit(total - row * geometry.registerWidth - geometry.columns - 1);
+    for (const qint64 row : marked)
+        raw.setBit(total - row * geometry.registerWidth - geometry.columns - 1);
+
+    QList<QBitArray> sections;
+    const qint64 sectionBits = std::min<qint64>(rows, 128) * geometry.registerWidth;
+    for (qint64 first = 0; first < total; first += sectionBits) {
+        QBitArray section(std::min(sectionBits, total - first));
+        for (qint64 i = 0; i < section.size(); ++i)
+            section.setBit(i, raw.testBit(first + i));
+        sections.append(section);
+    }
+    return sections;
+}
+
+} // namespace
+
+class tst_SampleCutter : public QuietTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void rowsInOrder();
+    void everyMarkerRow_data();
+    void everyMarkerRow();
+    void randomShapes();
+    void largeWindow();
+    void shortRawData();
+    void hostileGeometry_data();
+    void hostileGeometry();
+    void geometryOfCore();
+};
+
+/// Eight rows of three columns in 16 bits whose columns count 0 to 7, as a core wrote them: the
+/// trigger in memory row 5, the marker two rows on in row 7, three samples before the trigger.
+void tst_SampleCutter::rowsInOrder()
+{
+    QBitArray raw(8 * 16);
+    for (int row = 0; row < 8; ++row) {
+        const int end = (8 - row) * 16; // row 0 stands last
+        for (int column = 0; column < 3; ++column)
+            raw.setBit(end - 3 + column, (row >> column) & 1);
+        raw.setBit(end - 4, row == 7);
+    }
+    const QList<QBitArray> samples = cutSamples({raw}, {3, 16, 8, 3, false});
+    QCOMPARE(samples.size(), 3);
+    QList<int> values;
+    for (int i = 0; i < 8; ++i)
+        values += samples[0].testBit(i) + 2 * samples[1].testBit(i) + 4 * samples[2].testBit(i);
+    QCOMPARE(values, QList<int>({2, 3, 4, 5, 6, 7, 0, 1})); // 5 is sample 3
+}
+
+void tst_SampleCutter::everyMarkerRow_data()
+{
+    QTest::addColumn<bool>("dynamic");
+    QTest::newRow("static") << false;
+    QTest::newRow("dynamic") << true;
+}
+
+void tst_SampleCutter::everyMarkerRow()
+{
+    QFETCH(const bool, dynamic);
+    QRandomGenerator random(4);
+    for (const qint64 rows : {1, 2, 3, 33, 64}) {
+        for (const qint64 position : {qint64(0), rows / 2, rows}) {
+            const CaptureGeometry geometry{15, 16, rows, position, dynamic};
+            QList<QList<qint64>> markers = {{}, {0, rows - 1}, {rows / 3, rows / 2}};
+            for (qint64 row = 0; row < rows; ++row)
+                markers.push_back(QList<qint64>{row});
+            for (const QList<qint64> &marked : std::as_const(markers)) {
+                const QList<QBitArray> sections = randomSections(geometry, marked, random);
+                QCOMPARE(cutSamples(sections, geometry), cutBitByBit(sections, geometry));
+            }
+        }
+    }
+}
+
+void tst_SampleCutter::randomShapes()
+{
+    QRandomGenerator random(8);
+    for (int round = 0; round < 300; ++round) {
+        CaptureGeometry geometry;
+        geometry.registerWidth = random.bounded(16, 301);
+        geometry.columns = random.bounded(1, int(geometry.registerWidth));
+        geometry.captureAmount = random.bounded(32, 700);
+        geometry.triggerPosition = random.bounded(0, int(geometry.captureAmount));
+        geometry.dynamic = round % 2;
+        QList<qint64> marked;
+        for (int i = random.bounded(3); i > 0; --i)
+            marked.append(random.bounded(int(geometry.captureAmount)));
+        const QList<QBitArray> sections = randomSections(geometry, marked, random);
+        QCOMPARE(cutSamples(sections, geometry), cutBitByBit(sections, geometry));
+    }
+}
+
+void tst_SampleCutter::largeWindow()
+{
+    QRandomGenerator random(15);
+    const CaptureGeometry geometry{70, 71, 65'536, 65'536 - 9, true};
+    const QList<QBitArray> sections = randomSections(geometry, {12'345}, random);
+    QCOMPARE(sections.size(), 512);
+    QCOMPARE(cutSamples(sections, geometry), cutBitByBit(sections, geometry));
+}
+
+/// Replies that were cut short give fewer rows, and a last row of which only the end is there.
+void tst_SampleCutter::shortRawData()
+{
+    QRandomGenerator random(16);
+    const CaptureGeometry geometry{30, 37, 64, 20, false};
+    const QBitArray full = randomSections(geometry, {11}, random).first();
+    for (qsizetype size = 0; size < full.size(); size += 7) {
+        QBitArray cut = full;
+        cut.truncate(size);
+        const QList<QBitArray> sections = {cut, QBitArray(), QBitArray(size % 5, true)};
+        QCOMPARE(cutSamples(sections, geometry), cutBitByBit(sections, geometry));
+    }
+}
+
+void tst_SampleCutter::hostileGeometry_data()
+{
+    QTest::addColumn<qint64>("columns");
+    QTest::addColumn<qint64>("width");
+    QTest::addColumn<qint64>("amount");
+    QTest::addColumn<qint64>("position");
+    QTest::addColumn<qsizetype>("rows");
+
+    constexpr qint64 kMost = std::numeric_limits<int>::max();
+    constexpr qint64 kLeast = std::numeric_limits<int>::min();
+    QTest::newRow("no columns") << qint64(0) << qint64(16) << qint64(32) << qint64(0)
+                                << qsizetype(0);
+    QTest::newRow("no width") << qint64(3) << qint64(0) << qint64(32) << qint64(0) << qsizetype(0);
+    QTest::newRow("overlap") << qint64(16) << qint64(16) << qint64(32) << qint64(0) << qsizetype(0);
+    QTest::newRow("no amount") << qint64(3) << qint64(16) << qint64(0) << qint64(0) << qsizetype(0);
+    QTest::newRow("negative amount")
+        << qint64(3) << qint64(16) << kLeast << qint64(0) << qsizetype(0);
+    QTest::newRow("huge amount") << qint64(3) << qint64(16) << kMost << qint64(5) << qsizetype(6);
+    QTest::newRow("position beyond the window")
+        << qint64(3) << qint64(16) << qint64(4) << kMost << qsizetype(4);
+    QTest::newRow("negative position")
+        << qint64(3) << qint64(16) << qint64(4) << kLeast << qsizetype(4);
+}
+
+void tst_SampleCutter::hostileGeometry()
+{
+    QFETCH(const qint64, columns);
+    QFETCH(const qint64, width);
+    QFETCH(const qint64, amount);
+    QFETCH(const qint64, position);
+    QFETCH(const qsizetype, rows);
+    const QList<QBitArray> samples =
+        cutSamples({QBitArray(96, true)}, {columns, width, amount, position, true});
+    QCOMPARE(samples.size(), rows == 0 ? 0 : columns);
+    for (const QBitArray &bits : samples)
+        QCOMPARE(bits, QBitArray(rows, true));
+}
+
+void tst_SampleCutter::geometryOfCore()
+{
+    CoreConfig core;
+    core.signals = {{"a", {}, {}}, {"b", {}, {{"b0", {}, {}}, {"b1", {}, {}}}}};
+    core.capture_amount = 256;
+    core.trigger_pos = 17;
+    core.dynamic = 1;
+    QCOMPARE(captureGeometry(core), (CaptureGeometry{3, 16, 256, 17, true}));
+}
+
+KEO_TEST_MAIN(tst_SampleCutter)
+#include "tst_samplecutter.moc"
