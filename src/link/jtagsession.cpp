@@ -105,6 +105,11 @@ bool JtagSession::hasConnection() const
     return !m_connections.isEmpty();
 }
 
+bool JtagSession::isCurrentConnected() const
+{
+    return m_current && m_current->state() == QLocalSocket::ConnectedState;
+}
+
 bool JtagSession::selectCable(const QString &name)
 {
     const auto connection =
