@@ -1,8 +1,8 @@
 #!/bin/sh
 # Exports random samples with export_capture and with sigrok-cli in turn, and prints the median times
 # of each (whole processes; on a busy machine only the processor time is fair to both), their ratio,
-# and what the writers need in memory. First it lets other
-# programs read a smaller export back, and compares every value with the input.
+# and what the writers need in memory. First it lets other programs read smaller exports back, and
+# compares every value with the input.
 #
 #   against_sigrok.sh EXPORT_CAPTURE [RUNS]
 #

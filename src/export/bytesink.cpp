@@ -2,8 +2,6 @@
 
 #include <QIODevice>
 
-#include <algorithm>
-
 namespace KEO {
 
 namespace {

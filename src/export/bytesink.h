@@ -3,8 +3,8 @@
 #include <QByteArrayView>
 #include <QString>
 
+#include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <memory>
 
 class QIODevice;
@@ -42,9 +42,7 @@ public:
             appendLong(bytes);
             return;
         }
-        char *to = room(bytes.size());
-        std::memcpy(to, bytes.data(), size_t(bytes.size()));
-        taken(to + bytes.size());
+        taken(std::copy(bytes.begin(), bytes.end(), room(bytes.size())));
     }
     void appendText(const QString &text) { append(QByteArrayView(text.toUtf8())); }
     void appendNumber(qint64 number)

@@ -8,6 +8,7 @@
 #include <array>
 #include <bit>
 #include <charconv>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <utility>
