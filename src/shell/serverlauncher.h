@@ -3,12 +3,11 @@
 #include <link/jtagsession.h>
 
 #include <QList>
+#include <QProcess>
 #include <QString>
 
 #include <map>
 #include <memory>
-
-class QProcess;
 
 namespace KEO {
 
