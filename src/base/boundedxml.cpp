@@ -13,6 +13,9 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
+/// An attribute is a node with a text node of its own and a place in a hash.
+constexpr int kNodesOfAttribute = 3;
+
 struct Text
 {
     Q_DECLARE_TR_FUNCTIONS(KEO::BoundedXml)
@@ -112,7 +115,7 @@ std::optional<Error> checkStream(const QString &text, const XmlLimits &limits)
         const QXmlStreamReader::TokenType token = reader.readNext();
         nodes += 1;
         if (token == QXmlStreamReader::StartElement) {
-            nodes += reader.attributes().size();
+            nodes += kNodesOfAttribute * reader.attributes().size();
             depth += 1;
         } else if (token == QXmlStreamReader::EndElement) {
             nodes -= 1;

@@ -17,7 +17,7 @@ struct XmlLimits
     qsizetype maxSize = 256 * 1024 * 1024; ///< characters of the document, or bytes before decoding
     int maxDepth = 256;                    ///< elements inside one another
     int maxAttributes = 256;               ///< of one tag
-    int maxNodes = 1'000'000;              ///< elements, attributes, texts, comments and the like
+    int maxNodes = 1'000'000; ///< elements, texts, comments and the like; an attribute counts as 3
 };
 
 /// Reads \a text into a tree, once a pass without a tree has shown that it is well-formed and

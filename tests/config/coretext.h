@@ -27,14 +27,6 @@ inline QString value(const QList<KEO::SignalEntry> &signals)
     return entries.join(u' ');
 }
 
-inline QString value(const QStringList &texts)
-{
-    QStringList quoted;
-    for (const QString &text : texts)
-        quoted += value(text);
-    return quoted.join(u' ');
-}
-
 template <typename... Values>
 QString line(const char *name, const Values &...values)
 {
@@ -60,7 +52,8 @@ inline QStringList coreText(const KEO::CoreConfig &core)
                       unit->func, unit->counter_enable, unit->counter_width, unit->counter,
                       unit->countinuous, unit->value0, unit->value1,
                       unit->trigger ? unit->trigger->index : -1);
-    lines += line("expressions", core.expressions);
+    for (const QString &expression : core.expressions)
+        lines += line("expression", expression);
     return lines;
 }
 
