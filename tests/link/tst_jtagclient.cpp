@@ -6,6 +6,7 @@
 #include <QBitArray>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 using namespace KEO;
 
@@ -187,7 +188,8 @@ void tst_JtagClient::receiverRunsAnEventLoop()
     connect(m_client.get(), &JtagClient::cmdReceived, this, [&](const CmdPack &pack) {
         if (pack.value("N") != 1)
             return;
-        m_server->write(numbered(2)); // not there yet when the first was read
+        // Later than any pass that was due when the first one came.
+        QTimer::singleShot(50, this, [this] { m_server->write(numbered(2)); });
         nextCameInside = QTest::qWaitFor([this] { return m_numbers.contains(2); });
     });
     m_server->write(numbered(1));

@@ -32,13 +32,11 @@ private Q_SLOTS:
     void hostileIds_data();
     void hostileIds();
     void sameCableTwice();
-    void otherCable();
     void clearedTasks();
     void deadServer();
 
     void taskSends();
     void taskDisconnects();
-    void taskSelectsAnotherCable();
     void doneAfterClearing();
     void capturesThatCallBack();
 
@@ -168,12 +166,15 @@ void tst_JtagSession::selecting()
 {
     connectBoth();
     QVERIFY(!m_session.selectCable("First")); // and the first one stays
-    m_session.sendCommand({{"CMD", "CLOSE"}});
-    QTRY_COMPARE(m_first->packets().size(), 1);
+    QCOMPARE(request([this](const CmdPack &) { m_calls << "request"; }), 0u);
     QVERIFY(m_session.selectCable("second"));
     m_session.sendCommand({{"CMD", "CLOSE"}});
     QTRY_COMPARE(m_second->packets().size(), 1);
     QCOMPARE(m_first->packets().size(), 1);
+    replyAndWait({{"request_id", 0u}}); // of the cable that was left
+    QCOMPARE(m_calls, QStringList());
+    m_second->reply({{"request_id", 0u}}); // whoever is current may answer
+    QTRY_COMPARE(m_calls, QStringList{"request"});
 }
 
 void tst_JtagSession::requestIds()
@@ -273,17 +274,6 @@ void tst_JtagSession::sameCableTwice()
     QCOMPARE(m_calls, QStringList{"data"});
 }
 
-void tst_JtagSession::otherCable()
-{
-    connectBoth();
-    request([this](const CmdPack &) { m_calls << "request"; });
-    QVERIFY(m_session.selectCable("second"));
-    replyAndWait({{"request_id", 0u}});
-    QCOMPARE(m_calls, QStringList());
-    m_second->reply({{"request_id", 0u}}); // whoever is current may answer
-    QTRY_COMPARE(m_calls, QStringList{"request"});
-}
-
 void tst_JtagSession::clearedTasks()
 {
     connectBoth();
@@ -345,20 +335,6 @@ void tst_JtagSession::taskDisconnects()
     QTest::qWait(20);
     QCOMPARE(m_calls.size(), 1);
     m_session.sendCommand({{"CMD", "CLOSE"}}); // goes nowhere
-}
-
-void tst_JtagSession::taskSelectsAnotherCable()
-{
-    connectBoth();
-    request([this](const CmdPack &) {
-        QVERIFY(m_session.selectCable("second"));
-        m_session.sendCommand({{"CMD", "CLOSE"}});
-    });
-    dataRequest([this](const CmdPack &, bool *) { m_calls << "data"; });
-    replyAndWait({{"request_id", 0u}});
-    replyAndWait({{"data_request_id", 0u}}); // of the cable that was left
-    QTRY_COMPARE(m_second->packets().size(), 1);
-    QCOMPARE(m_calls, QStringList());
 }
 
 void tst_JtagSession::doneAfterClearing()

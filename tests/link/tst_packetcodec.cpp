@@ -9,9 +9,13 @@ using namespace KEO;
 
 namespace {
 
+/// The bytes of a hexadecimal text in which "#" begins a comment.
 QByteArray hex(const char *text)
 {
-    return QByteArray::fromHex(text);
+    QByteArray digits;
+    for (const QByteArray &line : QByteArray(text).split('\n'))
+        digits += line.first(line.contains('#') ? line.indexOf('#') : line.size());
+    return QByteArray::fromHex(digits);
 }
 
 QBitArray bits(qsizetype size, std::initializer_list<qsizetype> set)
@@ -61,140 +65,69 @@ void tst_PacketCodec::frames_data()
     QTest::newRow("OPEN") << CmdPack{{"CMD", "OPEN"},
                                      {"CHAIN", QVariantList{0, -2}},
                                      {"request_id", 0u}}
-                          << hex("00000069" // 105 bytes follow
-                                 "00000003" // entries
-                                 "00000014"
-                                 "0072006500710075006500730074005f00690064" // request_id
-                                 "00000003"
-                                 "00"
-                                 "00000000" // UInt 0
-                                 "00000006"
-                                 "0043004d0044" // CMD
-                                 "0000000a"
-                                 "00"
-                                 "00000008"
-                                 "004f00500045004e" // OPEN
-                                 "0000000a"
-                                 "0043004800410049004e" // CHAIN
-                                 "00000009"
-                                 "00"
-                                 "00000002" // two values
-                                 "00000002"
-                                 "00"
-                                 "00000000" // Int 0
-                                 "00000002"
-                                 "00"
-                                 "fffffffe"); // Int -2
-
+                          << hex(R"(
+            00000069  00000003                                # 105 bytes follow, 3 entries
+            00000014  0072006500710075006500730074005f00690064 # request_id
+                      00000003 00 00000000                     # UInt 0
+            00000006  0043004d0044                             # CMD
+                      0000000a 00 00000008 004f00500045004e    # String OPEN
+            0000000a  0043004800410049004e                     # CHAIN
+                      00000009 00 00000002                     # List of two
+                      00000002 00 00000000                     # Int 0
+                      00000002 00 fffffffe                     # Int -2
+            )");
     QTest::newRow("WRITE of 33 bits")
         << CmdPack{{"CMD", "WRITE"}, {"OPRATE", "WRITE_REGISTOR"}, {"DATA", bits(33, {0, 9, 32})}}
-        << hex("00000070" // 112 bytes follow
-               "00000003" // entries
-               "0000000c"
-               "004f00500052004100540045" // OPRATE
-               "0000000a"
-               "00"
-               "0000001c"                 // String of 28 bytes
-               "00570052004900540045005f" // WRITE_
-               "0052004500470049005300540"
-               "04f0052" // REGISTOR
-               "00000008"
-               "0044004100540041" // DATA
-               "0000000d"
-               "00"
-               "00000021"
-               "0102000001" // BitArray, 33 bits in 5 bytes
-               "00000006"
-               "0043004d0044" // CMD
-               "0000000a"
-               "00"
-               "0000000a"
-               "00570052004900540045"); // WRITE
-
+        << hex(R"(
+            00000070  00000003                             # 112 bytes follow, 3 entries
+            0000000c  004f00500052004100540045             # OPRATE
+                      0000000a 00 0000001c                 # String of 28 bytes
+                      00570052004900540045005f             # WRITE_
+                      00520045004700490053 0054004f0052    # REGISTOR
+            00000008  0044004100540041                     # DATA
+                      0000000d 00 00000021 01 02 00 00 01  # BitArray, 33 bits in 5 bytes
+            00000006  0043004d0044                         # CMD
+                      0000000a 00 0000000a 00570052004900540045 # String WRITE
+            )");
     QTest::newRow("READ_RAM") << CmdPack{{"CMD", "READ"},        {"OPRATE", "READ_RAM"},
                                          {"SIZE", 4129},         {"SECTION", 2},
                                          {"SECTION_COUNT", 3},   {"WINDOW", 1},
                                          {"data_request_id", 7u}}
-                              << hex("000000e3" // 227 bytes follow
-                                     "00000007" // entries
-                                     "0000001e"
-                                     "0064006100740061005f"                     // data_
-                                     "0072006500710075006500730074005f00690064" // request_id
-                                     "00000003"
-                                     "00"
-                                     "00000007" // UInt 7
-                                     "0000000c"
-                                     "00570049004e0044004f0057" // WINDOW
-                                     "00000002"
-                                     "00"
-                                     "00000001" // Int 1
-                                     "00000008"
-                                     "00530049005a0045" // SIZE
-                                     "00000002"
-                                     "00"
-                                     "00001021" // Int 4129
-                                     "0000001a"
-                                     "00530045004300540049004f004e" // SECTION
-                                     "005f0043004f0055004e0054"     // _COUNT
-                                     "00000002"
-                                     "00"
-                                     "00000003" // Int 3
-                                     "0000000e"
-                                     "00530045004300540049004f004e" // SECTION
-                                     "00000002"
-                                     "00"
-                                     "00000002" // Int 2
-                                     "0000000c"
-                                     "004f00500052004100540045" // OPRATE
-                                     "0000000a"
-                                     "00"
-                                     "00000010"                         // String
-                                     "0052004500410044005f00520041004d" // READ_RAM
-                                     "00000006"
-                                     "0043004d0044" // CMD
-                                     "0000000a"
-                                     "00"
-                                     "00000008"
-                                     "0052004500410044"); // READ
-
-    QTest::newRow("CLOSE") << CmdPack{{"CMD", "CLOSE"}}
-                           << hex("00000021" // 33 bytes follow
-                                  "00000001" // entries
-                                  "00000006"
-                                  "0043004d0044" // CMD
-                                  "0000000a"
-                                  "00"
-                                  "0000000a"
-                                  "0043004c004f00530045"); // CLOSE
-
-    QTest::newRow("nothing") << CmdPack{}
-                             << hex("00000004"
-                                    "00000000");
-
+                              << hex(R"(
+            000000e3  00000007                                     # 227 bytes follow, 7 entries
+            0000001e  0064006100740061005f                         # data_
+                      0072006500710075006500730074005f00690064     # request_id
+                      00000003 00 00000007                         # UInt 7
+            0000000c  00570049004e0044004f0057                     # WINDOW
+                      00000002 00 00000001                         # Int 1
+            00000008  00530049005a0045                             # SIZE
+                      00000002 00 00001021                         # Int 4129
+            0000001a  00530045004300540049004f004e                 # SECTION
+                      005f0043004f0055004e0054                     # _COUNT
+                      00000002 00 00000003                         # Int 3
+            0000000e  00530045004300540049004f004e                 # SECTION
+                      00000002 00 00000002                         # Int 2
+            0000000c  004f00500052004100540045                     # OPRATE
+                      0000000a 00 00000010                         # String of 16 bytes
+                      0052004500410044005f00520041004d             # READ_RAM
+            00000006  0043004d0044                                 # CMD
+                      0000000a 00 00000008 0052004500410044        # String READ
+            )");
+    QTest::newRow("CLOSE") << CmdPack{{"CMD", "CLOSE"}} << hex(R"(
+            00000021  00000001                                   # 33 bytes follow, 1 entry
+            00000006  0043004d0044                               # CMD
+                      0000000a 00 0000000a 0043004c004f00530045  # String CLOSE
+            )");
+    QTest::newRow("nothing") << CmdPack{} << hex("00000004 00000000");
     QTest::newRow("null text and empty values")
         << CmdPack{{"A", QString()}, {"B", QString("")}, {"C", QBitArray()}, {"D", QVariantList()}}
-        << hex("00000040" // 64 bytes follow
-               "00000004" // entries
-               "00000002"
-               "0044"
-               "00000009"
-               "00"
-               "00000000" // D, list of nothing
-               "00000002"
-               "0043"
-               "0000000d"
-               "00"
-               "00000000" // C, no bits
-               "00000002"
-               "0042"
-               "0000000a"
-               "00"
-               "00000000" // B, ""
-               "00000002"
-               "0041"
-               "0000000a"
-               "00"
-               "ffffffff"); // A, null string
+        << hex(R"(
+            00000040  00000004                            # 64 bytes follow, 4 entries
+            00000002  0044  00000009 00 00000000          # D, list of nothing
+            00000002  0043  0000000d 00 00000000          # C, no bits
+            00000002  0042  0000000a 00 00000000          # B, text of nothing
+            00000002  0041  0000000a 00 ffffffff          # A, null text
+            )");
 }
 
 void tst_PacketCodec::frames()
@@ -238,41 +171,18 @@ void tst_PacketCodec::wellFormed_data()
     QTest::addColumn<QByteArray>("payload");
     QTest::addColumn<CmdPack>("pack");
 
-    QTest::newRow("any order of keys") << hex("00000003"
-                                              "00000002"
-                                              "0042"
-                                              "0000000200"
-                                              "00000002"
-                                              "00000002"
-                                              "0043"
-                                              "0000000200"
-                                              "00000003"
-                                              "00000002"
-                                              "0041"
-                                              "0000000200"
-                                              "00000001")
-                                       << CmdPack{{"A", 1}, {"B", 2}, {"C", 3}};
-    QTest::newRow("the later of equal keys counts") << hex("00000002"
-                                                           "00000002"
-                                                           "0041"
-                                                           "0000000200"
-                                                           "00000001"
-                                                           "00000002"
-                                                           "0041"
-                                                           "0000000300"
-                                                           "00000002")
-                                                    << CmdPack{{"A", 2u}};
-    QTest::newRow("bytes behind the last entry") << oneEntry(hex("0000000200"
-                                                                 "00000001")) +
-                                                        "rest"
-                                                 << CmdPack{{"A", 1}};
-    QTest::newRow("null flag set") << oneEntry(hex("0000000201"
-                                                   "00000005"))
-                                   << CmdPack{{"A", 5}};
-    QTest::newRow("padding of a bit array set") << oneEntry(hex("0000000d00"
-                                                                "00000003"
-                                                                "fd"))
-                                                << CmdPack{{"A", bits(3, {0, 2})}};
+    QTest::newRow("any order of keys")
+        << hex("00000003 00000002 0042 0000000200 00000002 00000002 0043 0000000200 00000003 "
+               "00000002 0041 0000000200 00000001")
+        << CmdPack{{"A", 1}, {"B", 2}, {"C", 3}};
+    QTest::newRow("the later of equal keys counts")
+        << hex("00000002 00000002 0041 0000000200 00000001 00000002 0041 0000000300 00000002")
+        << CmdPack{{"A", 2u}};
+    QTest::newRow("bytes behind the last entry")
+        << oneEntry(hex("0000000200 00000001")) + "rest" << CmdPack{{"A", 1}};
+    QTest::newRow("null flag set") << oneEntry(hex("0000000201 00000005")) << CmdPack{{"A", 5}};
+    QTest::newRow("padding of a bit array set")
+        << oneEntry(hex("0000000d00 00000003 fd")) << CmdPack{{"A", bits(3, {0, 2})}};
     QTest::newRow("lists as deep as allowed")
         << oneEntry(nested(kMaxListDepth))
         << CmdPack{{"A", QVariantList{QVariant(
@@ -295,55 +205,25 @@ void tst_PacketCodec::hostile_data()
     QTest::addColumn<QByteArray>("payload");
 
     QTest::newRow("no bytes at all") << QByteArray();
-    QTest::newRow("more entries than bytes") << hex("ffffffff"
-                                                    "00000002"
-                                                    "0041");
-    QTest::newRow("one entry too few") << hex("00000002"
-                                              "00000002"
-                                              "0041"
-                                              "0000000200"
-                                              "00000001");
-    QTest::newRow("key of odd length") << hex("00000001"
-                                              "00000003"
-                                              "004100"
-                                              "0000000200"
-                                              "00000001");
-    QTest::newRow("text of odd length") << oneEntry(hex("0000000a00"
-                                                        "00000003"
-                                                        "004100"));
-    QTest::newRow("text beyond the frame") << oneEntry(hex("0000000a00"
-                                                           "fffffffe"
-                                                           "0041"));
-    QTest::newRow("bits beyond the frame") << oneEntry(hex("0000000d00"
-                                                           "00000011"
-                                                           "ffff"));
-    QTest::newRow("2^32 - 1 bits") << oneEntry(hex("0000000d00"
-                                                   "ffffffff"
-                                                   "ff"));
-    QTest::newRow("list count beyond the frame") << oneEntry(hex("0000000900"
-                                                                 "00000002"
-                                                                 "0000000200"
-                                                                 "00000001"));
-    QTest::newRow("list count of 2^32 - 1") << oneEntry(hex("0000000900"
-                                                            "ffffffff"
-                                                            "0000000200"
-                                                            "00000001"));
-    QTest::newRow("list of bad values") << oneEntry(hex("0000000900"
-                                                        "00000001"
-                                                        "0000000400"
-                                                        "00000001"));
+    QTest::newRow("more entries than bytes") << hex("ffffffff 00000002 0041");
+    QTest::newRow("one entry too few") << hex("00000002 00000002 0041 0000000200 00000001");
+    QTest::newRow("key of odd length") << hex("00000001 00000003 004100 0000000200 00000001");
+    QTest::newRow("text of odd length") << oneEntry(hex("0000000a00 00000003 004100"));
+    QTest::newRow("text beyond the frame") << oneEntry(hex("0000000a00 fffffffe 0041"));
+    QTest::newRow("bits beyond the frame") << oneEntry(hex("0000000d00 00000011 ffff"));
+    QTest::newRow("2^32 - 1 bits") << oneEntry(hex("0000000d00 ffffffff ff"));
+    QTest::newRow("list count beyond the frame")
+        << oneEntry(hex("0000000900 00000002 0000000200 00000001"));
+    QTest::newRow("list count of 2^32 - 1")
+        << oneEntry(hex("0000000900 ffffffff 0000000200 00000001"));
+    QTest::newRow("list of bad values") << oneEntry(hex("0000000900 00000001 0000000400 00000001"));
     QTest::newRow("one list too deep") << oneEntry(nested(kMaxListDepth + 1));
     QTest::newRow("20,000 lists deep") << oneEntry(nested(20'000));
-    QTest::newRow("type 4215 with a huge count") << oneEntry(hex("0000107700"
-                                                                 "ffffffff"));
-    QTest::newRow("no type") << oneEntry(hex("0000000001"
-                                             "00000000"));
-    QTest::newRow("type that is none of the link's") << oneEntry(hex("0000000c00"
-                                                                     "00000000"));
-    QTest::newRow("user type with a name") << oneEntry(hex("0000007f00"
-                                                           "00000008"
-                                                           "514f626a65637400"
-                                                           "00000000"));
+    QTest::newRow("type 4215 with a huge count") << oneEntry(hex("0000107700 ffffffff"));
+    QTest::newRow("no type") << oneEntry(hex("0000000001 00000000"));
+    QTest::newRow("type that is none of the link's") << oneEntry(hex("0000000c00 00000000"));
+    QTest::newRow("user type with a name")
+        << oneEntry(hex("0000007f00 00000008 514f626a65637400 00000000"));
 }
 
 void tst_PacketCodec::hostile()
@@ -354,23 +234,9 @@ void tst_PacketCodec::hostile()
 
 void tst_PacketCodec::truncation()
 {
-    const QByteArray payload = hex("00000003"
-                                   "00000002"
-                                   "0043"
-                                   "0000000a00"
-                                   "00000004"
-                                   "00410042"
-                                   "00000002"
-                                   "0042"
-                                   "0000000d00"
-                                   "00000009"
-                                   "ff01"
-                                   "00000002"
-                                   "0041"
-                                   "0000000900"
-                                   "00000001"
-                                   "0000000300"
-                                   "00000001");
+    const QByteArray payload =
+        hex("00000003 00000002 0043 0000000a00 00000004 00410042 00000002 0042 0000000d00 00000009 "
+            "ff01 00000002 0041 0000000900 00000001 0000000300 00000001");
     QVERIFY(decodePayload(payload));
     for (qsizetype size = 0; size < payload.size(); ++size)
         QVERIFY2(!decodePayload(payload.first(size)), qPrintable(QString::number(size)));
