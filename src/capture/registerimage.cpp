@@ -180,7 +180,7 @@ private:
 
 MatchUnitWords encodeMatchUnitValue(const MatchUnit &unit)
 {
-    const qsizetype width = unit.trigger ? unit.trigger->flatSignalNames().size() : 0;
+    const qsizetype width = unit.trigger ? signalBits(unit.trigger->signals) : 0;
     const QString first = unit.value0.rightJustified(width, u'0', true);
     const QString second = unit.value1.rightJustified(width, u'0', true);
     MatchUnitWords words{QBitArray(width), QBitArray(width), QBitArray(width)};

@@ -171,7 +171,7 @@ private:
 
 CaptureGeometry captureGeometry(const CoreConfig &core)
 {
-    return {core.flatSignalNames().size(), core.requiredRegisterWidth(), core.capture_amount,
+    return {signalBits(core.signals), core.requiredRegisterWidth(), core.capture_amount,
             core.trigger_pos, core.dynamic != 0};
 }
 

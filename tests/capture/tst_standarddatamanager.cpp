@@ -1,0 +1,647 @@
+#include "fakeserver.h"
+
+#include <capture/standarddatamanager.h>
+#include <link/jtagsession.h>
+
+#include <support/testmain.h>
+
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <limits>
+#include <memory>
+
+using namespace KEO;
+
+namespace {
+
+/// A core with one captured signal: 16-bit registers.
+std::unique_ptr<CoreConfig> makeCore(int index, int amount, int windows = 1)
+{
+    auto core = std::make_unique<CoreConfig>(index);
+    core->signals = {{QStringLiteral("s"), {}, {}}};
+    core->capture_amount = amount;
+    core->window_num = windows;
+    core->expressions = QStringList{QStringLiteral("M0")};
+    return core;
+}
+
+/// A manager behind a server of its own, with the signals written down and every window fetched.
+struct Rig
+{
+    explicit Rig(std::vector<std::unique_ptr<CoreConfig>> cores = {})
+    {
+        session.connectServer({"cable", server.name()}, 1000);
+        session.selectCable("cable");
+        manager->setCores(std::move(cores));
+        auto *source = manager.get();
+        QObject::connect(source, &KeoStandardDataManager::statusChanged, &context,
+                         [this](bool busy) {
+                             events += busy ? QStringLiteral("busy") : QStringLiteral("idle");
+                         });
+        QObject::connect(
+            source, &KeoStandardDataManager::triggerComplete, &context,
+            [this](int result) { events += QStringLiteral("complete %1").arg(result); });
+        QObject::connect(source, &KeoStandardDataManager::readRamComplete, &context,
+                         [this](int core, int window) {
+                             events += QStringLiteral("ram %1 %2").arg(core).arg(window);
+                             if (fetch)
+                                 windows += manager->rawWindow(window);
+                         });
+    }
+    ~Rig()
+    {
+        manager.reset();
+        session.disconnectAll();
+        QCoreApplication::processEvents();
+    }
+
+    static std::vector<std::unique_ptr<CoreConfig>> one(std::unique_ptr<CoreConfig> core)
+    {
+        std::vector<std::unique_ptr<CoreConfig>> cores;
+        cores.push_back(std::move(core));
+        return cores;
+    }
+
+    /// Starts the first core without waiting for the timer's first tick.
+    void run()
+    {
+        manager->start({0});
+        manager->checkState();
+    }
+    bool isOver() const { return events.value(events.size() - 1).startsWith(u"complete"); }
+    CaptureState state() const { return manager->state(); }
+
+    JtagSession &session = *JtagSession::instance();
+    FakeServer server;
+    QObject context;
+    std::unique_ptr<KeoStandardDataManager> manager = std::make_unique<KeoStandardDataManager>();
+    QStringList events;
+    bool fetch = true;
+    QList<QList<QBitArray>> windows;
+};
+
+/// The rows that the server stores for a section.
+QBitArray storedSection(int window, int section, qsizetype size)
+{
+    QBitArray bits(size);
+    for (qsizetype i = 0; i < size; ++i)
+        bits.setBit(i, FakeServer::storedBit(window, section, i));
+    return bits;
+}
+
+/// The events without the status that every poll repeats.
+QStringList withoutRepeats(const QStringList &events)
+{
+    QStringList kept;
+    for (const QString &event : events) {
+        if (kept.isEmpty() || event != kept.last() || event != u"busy")
+            kept += event;
+    }
+    return kept;
+}
+
+const QString kSelect = QStringLiteral("WRITE_REGISTOR 1");
+const QString kReadSelect = QStringLiteral("WRITE_START_REG 011010000000000000000");
+const QString kStart0 = QStringLiteral("WRITE_START_REG 010010000000000000000");
+
+} // namespace
+
+class tst_StandardDataManager : public QuietTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void packetsOfARun();
+    void coresAndWindows();
+    void autoRun();
+    void forceTrigger();
+    void forceSeveralCores();
+    void stopInEveryState_data();
+    void stopInEveryState();
+    void receiversMayDoAnything_data();
+    void receiversMayDoAnything();
+    void failedOpen();
+    void hostileSections_data();
+    void hostileSections();
+    void hostilePolls_data();
+    void hostilePolls();
+    void repliesOfAnEarlierRun();
+    void replyOfAnEarlierRound();
+    void hostileNumbers_data();
+    void hostileNumbers();
+    void load();
+    void timeout();
+};
+
+/// A dynamic core without units: five setting words and a truth table with one entry.
+void tst_StandardDataManager::packetsOfARun()
+{
+    Rig rig(Rig::one(makeCore(3, 64)));
+    rig.manager->cores()[0]->dynamic = 1;
+    rig.server.busyPolls = 1;
+    rig.manager->openDevice({0, 13});
+    rig.manager->start({0, 1, -1}); // there is no core at the other positions
+    rig.manager->start({0});        // not while a run is going on
+    QTRY_VERIFY_WITH_TIMEOUT(rig.isOver(), 5000);
+    QTRY_COMPARE(rig.server.lastLine(), QStringLiteral("CLOSE"));
+
+    const QString zeros(16, u'0');
+    const QString write = QStringLiteral("WRITE_REGISTOR 01001");
+    const QStringList expected = {"OPEN",
+                                  "WRITE_REGISTOR 10011",
+                                  write + "0000000000100000" + zeros,
+                                  write + "0000000000100001" + "0000000000111111",
+                                  write + "0000000000100010" + "0000000000111100", // 64 - 0 - 4
+                                  write + "0000000000100011" + zeros,
+                                  write + "1010101100000000" + zeros, // M0 has no slot: never
+                                  kStart0 + "0000000000000001",
+                                  "WRITE_REGISTOR 10011", // the first poll selects
+                                  kReadSelect,
+                                  "READ_START_REG 16",
+                                  kReadSelect, // the second one does not
+                                  "READ_START_REG 16",
+                                  "BRUST_READ 0011100000000000000000000000001000000 0 0 1",
+                                  "READ_RAM 1057 0 0 1", // 16 * 64 + 33
+                                  "CLOSE"};
+    QCOMPARE(rig.server.log, expected);
+    QCOMPARE(rig.events, QStringList({"busy", "busy", "busy", "busy", "busy", "ram 3 0", "idle",
+                                      "complete 0"}));
+    QCOMPARE(rig.windows, (QList<QList<QBitArray>>{{storedSection(0, 0, 16 * 64)}}));
+    QCOMPARE(rig.manager->cores()[0]->active, 2);
+}
+
+void tst_StandardDataManager::coresAndWindows()
+{
+    auto cores = Rig::one(makeCore(9, 200, 3)); // one section of 128 rows, stride 1024 / 4
+    cores.push_back(makeCore(5, 32));           // not started
+    cores.push_back(makeCore(7, 300));          // two sections
+    Rig rig(std::move(cores));
+    QStringList progress;
+    connect(rig.manager.get(), &KeoStandardDataManager::sectionRead, this,
+            [&](int core, int window, int read, int all) {
+                progress +=
+                    QStringLiteral("%1/%2 %3 of %4").arg(core).arg(window).arg(read).arg(all);
+            });
+    rig.manager->start({2, 0});
+    QCOMPARE(rig.manager->activeCores().size(), 2);
+    QTRY_VERIFY_WITH_TIMEOUT(rig.isOver(), 8000);
+
+    QCOMPARE(withoutRepeats(rig.events),
+             QStringList({"busy", "ram 9 0", "ram 9 1", "busy", "ram 9 2", "busy", "ram 7 0",
+                          "idle", "complete 0"}));
+    QCOMPARE(progress,
+             QStringList({"9/0 1 of 1", "9/1 1 of 1", "9/2 1 of 1", "7/0 1 of 2", "7/0 2 of 2"}));
+    QStringList addresses;
+    for (const QString &line : rig.server.logged("BRUST_READ"))
+        addresses += QString::number(line.mid(16, 16).toInt(nullptr, 2)) + line.mid(48);
+    QCOMPARE(addresses, QStringList({"0 0 0 1", "256 1 0 1", "512 2 0 1", "0 0 0 2", "128 0 1 2"}));
+    // Programmed in the order asked for, polled in the order of the description.
+    QCOMPARE(rig.server.logged(kSelect),
+             QStringList({kSelect + "0111", kSelect + "1001", kSelect + "1001", kSelect + "0111"}));
+    QCOMPARE(rig.windows.size(), 4);
+    QCOMPARE(rig.windows[3],
+             QList<QBitArray>({storedSection(0, 1, 16 * 128), storedSection(0, 0, 16 * 128)}));
+    QCOMPARE(rig.manager->cores()[1]->active, 0);
+}
+
+void tst_StandardDataManager::autoRun()
+{
+    Rig rig(Rig::one(makeCore(0, 32)));
+    rig.manager->cores()[0]->dynamic = 1;
+    rig.manager->setAutorun(0);
+    rig.manager->start({0});
+    QTRY_COMPARE_WITH_TIMEOUT(rig.windows.size(), 3, 8000);
+    QCOMPARE(rig.manager->autorun(), 3);
+    QCOMPARE(rig.state(), CaptureState::Armed);
+    QTRY_COMPARE(rig.server.logged(kStart0).size(), 4);
+    // The settings go out in every round, the truth table once.
+    QCOMPARE(rig.server.logged("WRITE_REGISTOR 010010000000000100001").size(), 4);
+    QCOMPARE(rig.server.logged("WRITE_REGISTOR 010011010101100000000").size(), 1);
+    QVERIFY(rig.server.logged("CLOSE").isEmpty());
+
+    rig.manager->stop();
+    QCOMPARE(rig.manager->autorun(), -1);
+    QTRY_COMPARE(rig.server.lastLine(), QStringLiteral("CLOSE"));
+    QCOMPARE(rig.events.mid(rig.events.size() - 2), QStringList({"idle", "complete 0"}));
+}
+
+void tst_StandardDataManager::forceTrigger()
+{
+    Rig rig(Rig::one(makeCore(6, 300)));
+    rig.server.busyPolls = 1'000'000;
+    rig.manager->start({0});
+    QTRY_VERIFY(!rig.server.logged("READ_START_REG").isEmpty());
+    rig.server.log.clear();
+    rig.manager->forceTrigger();
+    QTRY_COMPARE(rig.server.log.mid(0, 2),
+                 QStringList({kSelect + "0110", kStart0 + "0000000000000011"}));
+    QCOMPARE(rig.state(), CaptureState::Armed);
+
+    rig.server.busyPolls = 0;
+    connect(rig.manager.get(), &KeoStandardDataManager::sectionRead, this, [&] {
+        rig.server.log.clear();
+        rig.manager->forceTrigger(); // too late to ask
+    });
+    QTRY_VERIFY(rig.isOver());
+    QVERIFY(rig.server.logged(kStart0).isEmpty());
+}
+
+/// Forcing leaves the last core selected, while the first one is still to be polled and read.
+void tst_StandardDataManager::forceSeveralCores()
+{
+    auto cores = Rig::one(makeCore(1, 32));
+    cores.push_back(makeCore(2, 32));
+    Rig rig(std::move(cores));
+    rig.server.busyPolls = 1'000'000;
+    rig.manager->start({0, 1});
+    QTRY_VERIFY(!rig.server.logged("READ_START_REG").isEmpty());
+    rig.server.log.clear();
+    rig.manager->forceTrigger();
+    rig.manager->checkState();
+    QTRY_COMPARE(rig.server.logged("READ_START_REG").size(), 1);
+    QCOMPARE(rig.server.logged(kSelect),
+             QStringList({kSelect + "0001", kSelect + "0010", kSelect + "0001"}));
+}
+
+void tst_StandardDataManager::stopInEveryState_data()
+{
+    QTest::addColumn<CaptureState>("state");
+    QTest::addColumn<int>("disarmed");
+    QTest::newRow("idle") << CaptureState::Idle << 0;
+    QTest::newRow("armed") << CaptureState::Armed << 2;
+    QTest::newRow("reading") << CaptureState::Reading << 1;
+    QTest::newRow("read complete") << CaptureState::ReadComplete << 1;
+}
+
+void tst_StandardDataManager::stopInEveryState()
+{
+    QFETCH(const CaptureState, state);
+    QFETCH(const int, disarmed);
+    auto cores = Rig::one(makeCore(0, 512));
+    cores.push_back(makeCore(1, 512));
+    Rig rig(std::move(cores));
+    rig.server.busyPolls = state == CaptureState::Armed ? 1'000'000 : 0;
+    if (state == CaptureState::Reading) {
+        // The user's click, while the event loop runs between two sections.
+        connect(rig.manager.get(), &KeoStandardDataManager::sectionRead, this,
+                [&] { QTimer::singleShot(0, rig.manager.get(), &KeoStandardDataManager::stop); });
+    }
+    if (state != CaptureState::Idle) {
+        rig.manager->start({0, 1});
+        QTRY_COMPARE(rig.state(), state);
+    }
+    if (state == CaptureState::Armed)
+        QTRY_VERIFY(!rig.server.logged("READ_START_REG").isEmpty());
+    if (state != CaptureState::Reading)
+        rig.manager->stop();
+    QTRY_VERIFY(rig.isOver());
+    QCOMPARE(rig.state(), CaptureState::Idle);
+    QCOMPARE(rig.events.mid(rig.events.size() - 2), QStringList({"idle", "complete 0"}));
+    QTRY_COMPARE(rig.server.lastLine(), QStringLiteral("CLOSE"));
+    QCOMPARE(rig.server.logged(kStart0 + "0000000000000000").size(), disarmed);
+    QVERIFY(rig.manager->rawWindow(0).isEmpty());
+
+    // Nothing goes on afterwards, whatever still arrives.
+    const QStringList events = rig.events;
+    const qsizetype packets = rig.server.log.size();
+    QTest::qWait(550);
+    QCOMPARE(rig.events, events);
+    QCOMPARE(rig.server.log.size(), packets);
+}
+
+void tst_StandardDataManager::receiversMayDoAnything_data()
+{
+    QTest::addColumn<QByteArray>("where");
+    QTest::addColumn<QByteArray>("what");
+    for (const char *where : {"status", "section", "ram", "complete", "loop"}) {
+        for (const char *what : {"stop", "release", "delete", "restart"})
+            QTest::addRow("%s in %s", what, where) << QByteArray(where) << QByteArray(what);
+    }
+}
+
+/// In the middle of a run with two windows of two sections something happens once, inside a signal
+/// or in the event loop between two sections.
+void tst_StandardDataManager::receiversMayDoAnything()
+{
+    QFETCH(const QByteArray, where);
+    QFETCH(const QByteArray, what);
+    Rig rig(Rig::one(makeCore(0, 256, 2)));
+    bool happened = false;
+    const auto act = [&] {
+        if (std::exchange(happened, true))
+            return;
+        if (what == "stop" || what == "restart")
+            rig.manager->stop();
+        if (what == "restart") {
+            rig.run(); // and a box keeps an event loop going until the next read is under way
+            QVERIFY(QTest::qWaitFor([&] { return rig.state() == CaptureState::Reading; }));
+        }
+        if (what == "release")
+            rig.manager->release();
+        if (what == "delete")
+            rig.manager.reset();
+    };
+    const auto *manager = rig.manager.get();
+    if (where == "status") {
+        connect(manager, &KeoStandardDataManager::statusChanged, this, [&] {
+            if (rig.manager && rig.state() == CaptureState::Reading)
+                act();
+        });
+    } else if (where == "section") {
+        connect(manager, &KeoStandardDataManager::sectionRead, this, act);
+    } else if (where == "ram") {
+        connect(manager, &KeoStandardDataManager::readRamComplete, this, act);
+    } else if (where == "complete") {
+        connect(manager, &KeoStandardDataManager::triggerComplete, this, act);
+    } else {
+        rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
+            if (request.contains("SECTION"))
+                QTimer::singleShot(0, this, act);
+            return FakeServer::Replies{reply};
+        };
+    }
+    rig.run();
+    QTRY_VERIFY_WITH_TIMEOUT(happened, 5000);
+    if (what == "restart") {
+        const auto completed = [&] { return rig.events.count(QStringLiteral("complete 0")); };
+        QTRY_COMPARE_WITH_TIMEOUT(completed(), where == "complete" ? 3 : 2, 5000);
+        // The second run is whole, and nothing of the first one is in it.
+        QCOMPARE(rig.windows.last(),
+                 QList<QBitArray>({storedSection(1, 1, 16 * 128), storedSection(1, 0, 16 * 128)}));
+        // Two windows of two sections, and no read that a loop of the first run still sends.
+        QTRY_COMPARE(rig.server.lastLine(), QStringLiteral("CLOSE"));
+        const qsizetype begin = rig.server.log.lastIndexOf(QStringLiteral("CLOSE"), -2);
+        QCOMPARE(rig.server.log.mid(begin).filter("READ_RAM").size(), 4);
+        return;
+    }
+    const QStringList events = rig.events;
+    QTest::qWait(300);
+    QCOMPARE(rig.events, events);
+    if (what != "delete")
+        QCOMPARE(rig.state(), CaptureState::Idle);
+}
+
+void tst_StandardDataManager::failedOpen()
+{
+    Rig rig(Rig::one(makeCore(0, 32)));
+    rig.server.openResult = -20;
+    rig.manager->openDevice({0});
+    rig.manager->start({0});
+    QTRY_VERIFY(rig.events.contains(QStringLiteral("complete -20")));
+    QCOMPARE(rig.events, QStringList({"busy", "idle", "complete 0", "complete -20"}));
+    QTRY_COMPARE(rig.server.lastLine(), QStringLiteral("CLOSE"));
+}
+
+void tst_StandardDataManager::hostileSections_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("value"); // of the first section's reply; invalid removes the key
+    QTest::addColumn<int>("copies");     // of that reply
+    QTest::addColumn<QStringList>("windows"); // bits of the sections of each window handed out
+
+    const QVariant keep;
+    const auto row = [&](const char *name, const char *key, const QVariant &value, int copies,
+                         const QStringList &windows) {
+        QTest::newRow(name) << QString::fromLatin1(key) << value << copies << windows;
+    };
+    const QStringList whole = {"2048 2048"};
+    row("window beyond", "WINDOW", 1, 1, {});
+    row("negative window", "WINDOW", -1, 1, {});
+    row("no window", "WINDOW", keep, 1, {});
+    row("window is no number", "WINDOW", "x", 1, {});
+    row("count reached early", "SECTION_COUNT", 1, 1, {"2048", "2048 2048"});
+    row("count 0", "SECTION_COUNT", 0, 1, whole);
+    row("count negative", "SECTION_COUNT", -2, 1, whole);
+    row("count too large", "SECTION_COUNT", 99, 1, whole);
+    row("no data", "DATA", keep, 1, {"2048 0"});
+    row("empty data", "DATA", QBitArray(), 1, {"2048 0"});
+    row("data is no bits", "DATA", "1111", 1, {"2048 0"});
+    row("less than the filling", "DATA", QBitArray(33), 1, {"2048 0"});
+    row("short data", "DATA", QBitArray(133), 1, {"2048 100"});
+    row("giant data", "DATA", QBitArray(50'000'000), 1, whole);
+    row("doubled reply", "OTHER", 1, 2, whole);
+    row("doubled a hundred times", "OTHER", 1, 100, whole);
+}
+
+void tst_StandardDataManager::hostileSections()
+{
+    QFETCH(const QString, key);
+    QFETCH(const QVariant, value);
+    QFETCH(const int, copies);
+    QFETCH(const QStringList, windows);
+    Rig rig(Rig::one(makeCore(0, 256)));
+    rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
+        if (request["OPRATE"] != QStringLiteral("READ_RAM") || request["SECTION"] != 0)
+            return FakeServer::Replies{reply};
+        QVariantMap hostile = reply;
+        if (value.isValid())
+            hostile[key] = value;
+        else
+            hostile.remove(key);
+        return FakeServer::Replies(copies, hostile);
+    };
+    rig.run();
+    QTRY_COMPARE(rig.server.logged("READ_START_REG").size(), 1);
+    if (windows.isEmpty()) { // like a lost reply: the run waits for the user
+        QTRY_COMPARE(rig.server.logged("READ_RAM").size(), 2);
+        QTest::qWait(200);
+        QCOMPARE(rig.state(), CaptureState::Reading);
+        rig.manager->stop();
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(rig.isOver(), 5000);
+
+    QStringList sizes;
+    for (const QList<QBitArray> &sections : std::as_const(rig.windows)) {
+        QStringList ofWindow;
+        for (const QBitArray &section : sections)
+            ofWindow += QString::number(section.size());
+        sizes += ofWindow.join(u' ');
+    }
+    if (windows.size() <= 1)
+        QCOMPARE(sizes, windows);
+    else
+        QCOMPARE(sizes.first(), windows.first()); // what follows depends on who is first
+}
+
+void tst_StandardDataManager::hostilePolls_data()
+{
+    QTest::addColumn<QVariant>("data");
+    QTest::addColumn<bool>("triggers");
+    QTest::newRow("missing") << QVariant() << false;
+    QTest::newRow("no bits") << QVariant(QBitArray()) << false;
+    QTest::newRow("no bit array") << QVariant(0) << false;
+    QTest::newRow("one bit set") << QVariant(QBitArray(70'000, true)) << false;
+    QTest::newRow("shorter") << QVariant(QBitArray(1)) << true;
+    QTest::newRow("longer") << QVariant(QBitArray(70'000)) << true;
+}
+
+void tst_StandardDataManager::hostilePolls()
+{
+    QFETCH(const QVariant, data);
+    QFETCH(const bool, triggers);
+    Rig rig(Rig::one(makeCore(0, 32)));
+    bool hostile = true;
+    rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
+        QVariantMap changed = reply;
+        if (request["OPRATE"] == QStringLiteral("READ_START_REG") &&
+            std::exchange(hostile, false)) {
+            changed.remove("DATA");
+            if (data.isValid())
+                changed["DATA"] = data;
+        }
+        return FakeServer::Replies(2, changed); // the second one finds the run reading
+    };
+    rig.run();
+    QTRY_VERIFY_WITH_TIMEOUT(rig.isOver(), 5000);
+    QCOMPARE(rig.server.logged("READ_START_REG").size(), triggers ? 1 : 2); // else polled again
+    QCOMPARE(rig.windows.size(), 1);
+}
+
+/// A server keeps a reply back until the next run uses the same id again. It must not be taken for
+/// an answer of that run.
+void tst_StandardDataManager::repliesOfAnEarlierRun()
+{
+    Rig rig(Rig::one(makeCore(0, 256)));
+    FakeServer::Replies kept;
+    rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
+        if (!request.contains("SECTION"))
+            return FakeServer::Replies{reply};
+        kept += reply;
+        return FakeServer::Replies{};
+    };
+    rig.run();
+    QTRY_COMPARE(kept.size(), 2);
+    rig.manager->stop();
+    for (const QVariantMap &reply : std::as_const(kept))
+        rig.server.send(reply);
+    QTest::qWait(50);
+    rig.server.busyPolls = 1'000'000;
+    rig.run();
+    QTRY_COMPARE(rig.server.logged("READ_START_REG").size(), 2);
+    for (const QVariantMap &reply : std::as_const(kept))
+        rig.server.send(reply);
+    QTest::qWait(50);
+    QCOMPARE(rig.state(), CaptureState::Armed);
+    QVERIFY(rig.windows.isEmpty());
+}
+
+/// In an Auto run the tasks of a round stay when the next one begins.
+void tst_StandardDataManager::replyOfAnEarlierRound()
+{
+    Rig rig(Rig::one(makeCore(0, 256)));
+    QVariantMap kept;
+    rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
+        QVariantMap early = reply;
+        if (request["OPRATE"] == QStringLiteral("READ_RAM")) {
+            if (request["SECTION"] == 1) {
+                kept = reply;
+                return FakeServer::Replies{};
+            }
+            early["SECTION_COUNT"] = 1; // ends the round
+            rig.server.busyPolls = 1'000'000;
+            QTimer::singleShot(100, &rig.context, [&rig, early] { rig.server.send(early); });
+            return FakeServer::Replies{};
+        }
+        return FakeServer::Replies{early};
+    };
+    rig.manager->setAutorun(0);
+    rig.run();
+    QTRY_COMPARE(rig.windows.size(), 1);
+    QTRY_VERIFY(!kept.isEmpty());
+    rig.server.send(kept);
+    QTest::qWait(50);
+    QCOMPARE(rig.state(), CaptureState::Armed);
+    QCOMPARE(rig.windows.size(), 1);
+}
+
+void tst_StandardDataManager::hostileNumbers_data()
+{
+    QTest::addColumn<int>("amount");
+    QTest::addColumn<int>("windows");
+    QTest::addColumn<int>("depth");
+    QTest::addColumn<int>("reads");
+
+    constexpr int kMost = std::numeric_limits<int>::max();
+    constexpr int kLeast = std::numeric_limits<int>::min();
+    QTest::newRow("no amount") << 0 << 1 << 1024 << 0;
+    QTest::newRow("no amount in many windows") << 0 << kMost << 1024 << 0;
+    QTest::newRow("negative amount") << kLeast << kMost << 1024 << 0;
+    QTest::newRow("no window") << 32 << 0 << 1024 << 0;
+    QTest::newRow("negative windows") << 32 << kLeast << 1024 << 0;
+    QTest::newRow("no depth") << 32 << 2 << 0 << 2;
+    QTest::newRow("negative depth") << 32 << 2 << kLeast << 2;
+    QTest::newRow("more windows than rows") << 32 << kMost << 1024 << 3;
+    QTest::newRow("huge amount") << kMost << 2 << kMost << 3;
+}
+
+void tst_StandardDataManager::hostileNumbers()
+{
+    QFETCH(const int, amount);
+    QFETCH(const int, windows);
+    QFETCH(const int, depth);
+    QFETCH(const int, reads);
+    Rig rig(Rig::one(makeCore(0, amount, windows)));
+    rig.manager->cores()[0]->storage_depth = depth;
+    rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
+        if (request["OPRATE"] == QStringLiteral("READ_RAM") &&
+            rig.server.logged("READ_RAM").size() == reads) {
+            QTimer::singleShot(0, rig.manager.get(), &KeoStandardDataManager::stop);
+        }
+        return FakeServer::Replies{reply};
+    };
+    rig.run();
+    QTRY_COMPARE(rig.server.logged("READ_START_REG").size(), 1);
+    if (reads == 0) {
+        QTRY_COMPARE(rig.state(), CaptureState::Reading);
+        rig.manager->stop();
+    }
+    QTRY_VERIFY(rig.isOver());
+    QVERIFY(rig.server.logged("READ_RAM").size() >= reads);
+}
+
+void tst_StandardDataManager::load()
+{
+    QTemporaryDir directory;
+    const auto write = [&](const QString &name, const QByteArray &content) {
+        QFile file(directory.filePath(name));
+        return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+    };
+    const QByteArray description =
+        "<KEO_CONFIG><Version>3.0</Version><KoCore index=\"2\"/><KEO_ID>1A2B</KEO_ID></KEO_CONFIG>";
+    QVERIFY(write("a.zeo", description) && write("b.keo", description) &&
+            write("c.KEO", description) && write("d.zeo", "<KEO_CONFIG/>"));
+
+    KeoStandardDataManager manager;
+    QString id;
+    QVERIFY(manager.load(directory.filePath("a.zeo"), id));
+    QVERIFY(manager.isZeo());
+    QCOMPARE(id, QStringLiteral("1A2B"));
+    QVERIFY(manager.coreByIndex(2) == manager.cores()[0].get() && !manager.coreByIndex(0));
+    QVERIFY(!manager.load(directory.filePath("none.keo"), id));
+    QVERIFY(manager.isZeo());
+    QCOMPARE(manager.cores().size(), size_t(1));
+    QVERIFY(manager.load(directory.filePath("b.keo"), id));
+    QVERIFY(!manager.isZeo());
+    QVERIFY(manager.load(directory.filePath("c.KEO"), id)); // says nothing about the form
+    QVERIFY(!manager.isZeo());
+    QVERIFY(!manager.load(directory.filePath("d.zeo"), id));
+    QVERIFY(manager.cores().empty());
+}
+
+void tst_StandardDataManager::timeout()
+{
+    Rig rig(Rig::one(makeCore(0, 32)));
+    QStringList shown;
+    rig.manager->setErrorBox([&](const QString &title, const QString &text) {
+        shown += {title, text};
+        QCOMPARE(rig.state(), CaptureState::Idle);
+    });
+    rig.manager->start({0});
+    rig.manager->onTimeout();
+    QCOMPARE(shown, QStringList({"Error", "ERROR: No response was reveived from Chainserver, the "
+                                          "server probably timed out."}));
+}
+
+KEO_TEST_MAIN(tst_StandardDataManager)
+#include "tst_standarddatamanager.moc"
