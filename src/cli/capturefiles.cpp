@@ -1,0 +1,89 @@
+#include "capturefiles.h"
+
+#include <config/coreconfig.h>
+#include <export/csvwriter.h>
+#include <export/prnwriter.h>
+#include <export/vcdwriter.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QTemporaryFile>
+
+namespace KEO {
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("CaptureFiles", text);
+}
+
+// All signals and buses, as the export dialog offers first.
+constexpr int kPrnAll = 0;
+
+QString extension(ExportFormat format)
+{
+    switch (format) {
+    case ExportFormat::Csv:
+        return QStringLiteral("csv");
+    case ExportFormat::Vcd:
+        return QStringLiteral("vcd");
+    case ExportFormat::Prn:
+        return QStringLiteral("prn");
+    }
+    Q_UNREACHABLE();
+}
+
+bool write(const QString &path, const CaptureOptions &options, ExportFormat format,
+           const CoreConfig &core, const WaveMonitor::WindowContents &contents)
+{
+    const ClockPeriod &period = options.period;
+    switch (format) {
+    case ExportFormat::Csv:
+        return writeCsv(path, period.unit, period.number, contents);
+    case ExportFormat::Vcd:
+        return writeVcd(path, core.module_name, core.sample_clock, core.trig_type == 1,
+                        QStringLiteral("ps"), period.picoseconds(), core.trigger_pos, contents);
+    case ExportFormat::Prn:
+        return writePrn(path, period.unit, period.number, contents, kPrnAll);
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
+Result<QString> prepareDirectory(const QString &path)
+{
+    if (!QDir().mkpath(path))
+        return Error{Error::File, tr("The folder %1 can not be made.").arg(path)};
+    QTemporaryFile probe(path + QStringLiteral("/.signalscope-XXXXXX"));
+    if (!probe.open())
+        return Error{
+            Error::File,
+            tr("No file can be written to the folder %1: %2").arg(path, probe.errorString())};
+    return path;
+}
+
+QString exportPath(const CaptureOptions &options, const CaptureLabel &label, ExportFormat format)
+{
+    const QString round = label.round > 0 ? u'_' + QString::number(label.round) : QString();
+    return QStringLiteral("%1/%2%3_core%4_window%5.%6")
+        .arg(options.directory, options.baseName, round, QString::number(label.core),
+             QString::number(label.window), extension(format));
+}
+
+Result<QStringList> writeCapture(const CaptureOptions &options, const CaptureLabel &label,
+                                 const CoreConfig &core,
+                                 const WaveMonitor::WindowContents &contents)
+{
+    QStringList paths;
+    for (const ExportFormat format : options.formats) {
+        const QString path = exportPath(options, label, format);
+        if (!write(path, options, format, core, contents))
+            return Error{Error::File, tr("The file %1 can not be written.").arg(path)};
+        paths.append(path);
+    }
+    return paths;
+}
+
+} // namespace KEO

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "captureoptions.h"
+
+#include <base/result.h>
+
+#include <QStringList>
+
+namespace WaveMonitor {
+class WindowContents;
+}
+
+namespace KEO {
+
+struct CoreConfig;
+
+/// Where one captured window belongs.
+struct CaptureLabel
+{
+    int core = 0; ///< as the data manager counts
+    int window = 0;
+    int round = 0; ///< 1 and up in an Auto run, else 0
+};
+
+/// Makes the export folder if it is missing and checks that files can be made in it.
+Result<QString> prepareDirectory(const QString &path);
+
+/// Path of an export: `<directory>/<base>[_<round>]_core<core>_window<window>.<format>`.
+QString exportPath(const CaptureOptions &options, const CaptureLabel &label, ExportFormat format);
+
+/// Writes one window in each format asked for and returns the paths; stops at the first file that
+/// cannot be written. An existing file is overwritten.
+Result<QStringList> writeCapture(const CaptureOptions &options, const CaptureLabel &label,
+                                 const CoreConfig &core,
+                                 const WaveMonitor::WindowContents &contents);
+
+} // namespace KEO

@@ -1,0 +1,225 @@
+#include "captureoptions.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <cmath>
+
+namespace KEO {
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("CaptureOptions", text);
+}
+
+Error usage(const QString &message)
+{
+    return {Error::Usage, message};
+}
+
+struct Declarations
+{
+    QCommandLineOption device{"device", tr("Device model, as the tool flow names it."), "NAME"};
+    QCommandLineOption cable{"cable", tr("Cable to use; default the first that answers."), "NAME"};
+    QCommandLineOption core{"core", tr("Core to capture, repeatable; default the first."), "N"};
+    QCommandLineOption chain{
+        "chain", tr("Instruction codes of the JTAG chain, 0 for the target; default 0."), "LIST"};
+    QCommandLineOption forceAfter{"force-after", tr("Force the trigger after S seconds."), "S"};
+    QCommandLineOption timeout{"timeout", tr("Give up after S seconds."), "S"};
+    QCommandLineOption rounds{"auto", tr("Capture N rounds, each exported under its own number."),
+                              "N"};
+    QCommandLineOption format{"format", tr("Export as csv, vcd or prn, repeatable; default vcd."),
+                              "FORMAT"};
+    QCommandLineOption out{"out", tr("Folder of the exports, made if missing; default here."),
+                           "DIR"};
+    QCommandLineOption name{
+        "name", tr("Base name of the exports, letters, digits and _; default FILE's."), "BASE"};
+    QCommandLineOption period{"period", tr("Clock period, in us, ns or ps; default 1us."), "10ns"};
+    QCommandLineOption listCables{"list-cables", tr("List the cables that answer.")};
+    QCommandLineOption json{"json", tr("Print one JSON document on standard output.")};
+    QCommandLineOption quiet{"quiet", tr("No progress on standard error.")};
+    QCommandLineOption help{{"h", "help"}, tr("Show this help.")};
+    QCommandLineOption version{{"v", "version"}, tr("Show the version.")};
+
+    [[nodiscard]] QList<QCommandLineOption> all() const
+    {
+        return {device, cable, core,   chain,      forceAfter, timeout, rounds, format,
+                out,    name,  period, listCables, json,       quiet,   help,   version};
+    }
+};
+
+// Times beyond a day are taken for a slip of the unit.
+constexpr double kMaxSeconds = 86400;
+
+Result<qint64> milliseconds(const QString &option, const QString &text)
+{
+    bool ok = false;
+    const double seconds = text.toDouble(&ok);
+    if (!ok || !std::isfinite(seconds) || seconds <= 0 || seconds > kMaxSeconds)
+        return usage(
+            tr("--%1 takes seconds above 0 and up to 86400, not \"%2\".").arg(option, text));
+    return qint64(std::ceil(seconds * 1000));
+}
+
+Result<QList<int>> numberList(const QString &option, const QStringList &texts, int maximum)
+{
+    QList<int> numbers;
+    for (const QString &text : texts) {
+        bool ok = false;
+        const int number = text.trimmed().toInt(&ok);
+        if (!ok || number < 0 || number > maximum)
+            return usage(tr("--%1 takes numbers from 0 to %2, not \"%3\".")
+                             .arg(option, QString::number(maximum), text));
+        numbers.append(number);
+    }
+    return numbers;
+}
+
+Result<QList<ExportFormat>> formatList(const QStringList &texts)
+{
+    QList<ExportFormat> formats;
+    for (const QString &text : texts) {
+        ExportFormat format;
+        if (text == "csv")
+            format = ExportFormat::Csv;
+        else if (text == "vcd")
+            format = ExportFormat::Vcd;
+        else if (text == "prn")
+            format = ExportFormat::Prn;
+        else
+            return usage(tr("--format takes csv, vcd or prn, not \"%1\".").arg(text));
+        if (!formats.contains(format))
+            formats.append(format);
+    }
+    return formats;
+}
+
+Result<ClockPeriod> clockPeriod(const QString &text, const QList<ExportFormat> &formats)
+{
+    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,7})(us|ns|ps)$"));
+    const auto match = pattern.match(text);
+    if (!match.hasMatch() || match.captured(1).toInt() < 1)
+        return usage(tr("--period takes 1 to 9999999 and us, ns or ps, such as 10ns, not \"%1\".")
+                         .arg(text));
+    const ClockPeriod period{match.captured(1).toInt(), match.captured(2)};
+    // The clock of a VCD changes in the middle of a sample, in whole picoseconds.
+    if (formats.contains(ExportFormat::Vcd) && period.picoseconds() < 2)
+        return usage(tr("--period must be at least 2ps for the vcd format."));
+    return period;
+}
+
+QString wordCharacters(QString name)
+{
+    static const QRegularExpression other(QStringLiteral("\\W"));
+    return name.replace(other, QStringLiteral("_"));
+}
+
+} // namespace
+
+qint64 ClockPeriod::picoseconds() const
+{
+    if (unit == "us")
+        return qint64(number) * 1000000;
+    return unit == "ns" ? qint64(number) * 1000 : number;
+}
+
+Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
+{
+    const Declarations declared;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        tr("Captures from an on-chip logic analyzer without a window: loads the core description "
+           "FILE (.keo or .zeo), arms its cores through a cable server, waits for the trigger, "
+           "reads the samples and exports them.\n\nExit status: 0 captured, 2 usage, 3 no server, "
+           "4 timed out, 5 the device refused, 6 a file could not be read or written, 130 stopped "
+           "by Ctrl-C."));
+    parser.addOptions(declared.all());
+    parser.addPositionalArgument("FILE", tr("Core description to capture with."));
+    CaptureOptions options;
+    if (!parser.parse(arguments))
+        return usage(parser.errorText());
+    if (parser.isSet(declared.help)) {
+        options.task = CaptureOptions::Task::ShowHelp;
+        options.helpText = parser.helpText();
+        return options;
+    }
+    if (parser.isSet(declared.version)) {
+        options.task = CaptureOptions::Task::ShowVersion;
+        return options;
+    }
+
+    options.json = parser.isSet(declared.json);
+    options.quiet = parser.isSet(declared.quiet);
+    options.cable = parser.value(declared.cable);
+    const QStringList files = parser.positionalArguments();
+    if (parser.isSet(declared.listCables)) {
+        if (!files.isEmpty())
+            return usage(tr("--list-cables takes no FILE."));
+        options.task = CaptureOptions::Task::ListCables;
+        return options;
+    }
+    if (files.size() != 1)
+        return usage(files.isEmpty() ? tr("FILE is missing.") : tr("Only one FILE is taken."));
+    if (!files.first().endsWith(".keo") && !files.first().endsWith(".zeo"))
+        return usage(tr("FILE must end in .keo or .zeo: %1").arg(files.first()));
+    options.file = QFileInfo(files.first()).absoluteFilePath();
+    options.device = parser.value(declared.device);
+
+    const auto cores = numberList("core", parser.values(declared.core), 15);
+    if (!cores)
+        return cores.error();
+    for (const int core : *cores) {
+        if (!options.cores.contains(core))
+            options.cores.append(core);
+    }
+    if (parser.isSet(declared.chain)) {
+        const auto chain = numberList("chain", parser.value(declared.chain).split(u','), 65535);
+        if (!chain)
+            return chain.error();
+        options.chain = *chain;
+    }
+    for (const auto &[option, name, target] :
+         {std::tuple(&declared.forceAfter, "force-after", &options.forceAfter),
+          std::tuple(&declared.timeout, "timeout", &options.timeout)}) {
+        if (!parser.isSet(*option))
+            continue;
+        const auto time = milliseconds(QString::fromLatin1(name), parser.value(*option));
+        if (!time)
+            return time.error();
+        *target = *time;
+    }
+    if (parser.isSet(declared.rounds)) {
+        bool ok = false;
+        const int rounds = parser.value(declared.rounds).toInt(&ok);
+        if (!ok || rounds < 1)
+            return usage(tr("--auto takes a number of rounds from 1, not \"%1\".")
+                             .arg(parser.value(declared.rounds)));
+        options.autoRounds = rounds;
+    }
+    if (parser.isSet(declared.format)) {
+        const auto formats = formatList(parser.values(declared.format));
+        if (!formats)
+            return formats.error();
+        options.formats = *formats;
+    }
+    if (parser.isSet(declared.period)) {
+        const auto period = clockPeriod(parser.value(declared.period), options.formats);
+        if (!period)
+            return period.error();
+        options.period = *period;
+    }
+    options.directory = QDir(parser.value(declared.out)).absolutePath();
+    options.baseName = parser.isSet(declared.name)
+                           ? parser.value(declared.name)
+                           : wordCharacters(QFileInfo(options.file).completeBaseName());
+    if (options.baseName.isEmpty() || options.baseName != wordCharacters(options.baseName))
+        return usage(tr("--name takes letters, digits and _, not \"%1\".").arg(options.baseName));
+    return options;
+}
+
+} // namespace KEO

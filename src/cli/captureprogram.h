@@ -1,0 +1,68 @@
+#pragma once
+
+#include "cableaccess.h"
+#include "captureoptions.h"
+#include "exitstatus.h"
+#include "progressreport.h"
+
+#include <base/result.h>
+#include <capture/standarddatamanager.h>
+
+#include <QJsonArray>
+#include <QObject>
+
+class QTimer;
+
+namespace KEO {
+
+/// One run of the capture program: reaches a cable, arms the cores, exports what arrives. Exported
+/// paths go to standard output as they are written, or all together as one JSON document; progress
+/// and errors go to standard error.
+class CaptureProgram final : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit CaptureProgram(CaptureOptions options, QObject *parent = nullptr);
+
+    /// Runs the event loop until the task is done.
+    ExitStatus run();
+
+private:
+    ExitStatus listCables();
+    ExitStatus capture();
+
+    // Preparation; an error's kind decides the exit status.
+    Result<QList<int>> loadCores();
+    Result<QList<int>> chooseCores() const;
+
+    void startCapture(const QList<int> &cores);
+    void rearmTimers();
+    void onReadRamComplete(int core, int window);
+    void onSectionRead(int core, int window, int sectionsRead, int sections);
+    void onTriggerComplete(int resultId);
+    void endIfIncomplete();
+    void end(ExitStatus status, const QString &message = {});
+
+    [[nodiscard]] QString waitingFor() const;
+    [[nodiscard]] bool isAuto() const { return m_options.autoRounds.has_value(); }
+    void printJson() const;
+
+    const CaptureOptions m_options;
+    ProgressReport m_report;
+    CableAccess m_cables;
+    KeoStandardDataManager m_manager;
+    QTimer *m_forceTimer;   // owned by the object tree
+    QTimer *m_timeoutTimer; // owned by the object tree
+    QTimer *m_linkTimer;    // owned by the object tree
+
+    QString m_cable;       // the one in use
+    int m_windowsLeft = 0; // of the whole run, Auto rounds apart
+    int m_round = 0;       // rounds exported so far
+    bool m_ended = false;
+    ExitStatus m_status = ExitStatus::Captured;
+    QString m_message;
+    QJsonArray m_captures;
+};
+
+} // namespace KEO

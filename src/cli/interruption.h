@@ -1,0 +1,37 @@
+#pragma once
+
+#include "exitstatus.h"
+
+#include <QObject>
+
+#include <optional>
+
+class QTimer;
+
+namespace KEO {
+
+/// Turns Ctrl-C (and a polite kill) into a Qt signal, so that a capture can be ended in good order.
+/// One instance at a time.
+class Interruption final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Shields child processes that are started from now on: a terminal sends Ctrl-C to all of
+    /// them, and a server that ends first could not be told to close the device.
+    static void ignoreInChildren();
+
+    explicit Interruption(QObject *parent = nullptr);
+    ~Interruption() override;
+
+    /// The status to exit with once a signal has arrived.
+    static std::optional<ExitStatus> pending();
+
+Q_SIGNALS:
+    void interrupted();
+
+private:
+    QTimer *m_poll; // owned by the object tree
+};
+
+} // namespace KEO

@@ -1,0 +1,129 @@
+#include "progressreport.h"
+
+#include <QTimer>
+
+#include <cstdio>
+
+#ifdef Q_OS_WIN
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace KEO {
+
+namespace {
+
+constexpr int kTerminalTick = 1000;
+constexpr int kPlainTick = 10000;
+constexpr int kBarWidth = 30;
+
+void write(const QString &text)
+{
+    const QByteArray bytes = text.toLocal8Bit();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
+    std::fflush(stderr);
+}
+
+bool isTerminal()
+{
+#ifdef Q_OS_WIN
+    return _isatty(_fileno(stderr)) != 0;
+#else
+    return isatty(fileno(stderr)) != 0;
+#endif
+}
+
+} // namespace
+
+ProgressReport::Style ProgressReport::styleFor(bool quiet)
+{
+    if (quiet)
+        return Style::Quiet;
+    return isTerminal() ? Style::Terminal : Style::Plain;
+}
+
+ProgressReport::ProgressReport(Style style, QObject *parent)
+    : QObject(parent), m_style(style), m_tick(new QTimer(this))
+{
+    m_tick->setInterval(style == Style::Terminal ? kTerminalTick : kPlainTick);
+    connect(m_tick, &QTimer::timeout, this, &ProgressReport::drawWait);
+}
+
+ProgressReport::~ProgressReport()
+{
+    finish();
+}
+
+void ProgressReport::waitFor(const QString &what)
+{
+    if (m_style == Style::Quiet)
+        return;
+    m_what = what;
+    m_lastTenth = -1;
+    m_waiting.start();
+    m_tick->start();
+    drawLine(tr("Waiting for %1").arg(what));
+}
+
+void ProgressReport::drawWait()
+{
+    drawLine(tr("Waiting for %1 (%2 s)").arg(m_what, QString::number(m_waiting.elapsed() / 1000)));
+}
+
+void ProgressReport::readSections(const QString &what, int done, int total)
+{
+    if (m_style == Style::Quiet || total <= 0)
+        return;
+    m_tick->stop();
+    const int percent = int(qint64(done) * 100 / total);
+    if (m_style == Style::Terminal) {
+        const int filled = int(qint64(done) * kBarWidth / total);
+        drawLine(tr("Reading %1 [%2%3] %4 %")
+                     .arg(what, QString(filled, u'#'), QString(kBarWidth - filled, u'.'),
+                          QString::number(percent)));
+        return;
+    }
+    if (percent / 10 == m_lastTenth)
+        return;
+    m_lastTenth = percent / 10;
+    drawLine(tr("Reading %1: %2 %").arg(what, QString::number(percent)));
+}
+
+void ProgressReport::say(const QString &line)
+{
+    if (m_style == Style::Quiet)
+        return;
+    m_tick->stop();
+    m_lastTenth = -1;
+    clearLine();
+    write(line + u'\n');
+}
+
+void ProgressReport::finish()
+{
+    m_tick->stop();
+    m_lastTenth = -1;
+    clearLine();
+}
+
+void ProgressReport::drawLine(const QString &text)
+{
+    if (m_style == Style::Plain) {
+        write(text + u'\n');
+        return;
+    }
+    // Blanks cover what a longer line before left behind.
+    write(u'\r' + text.leftJustified(m_lineLength));
+    m_lineLength = int(text.size());
+}
+
+void ProgressReport::clearLine()
+{
+    if (m_lineLength == 0)
+        return;
+    write(u'\r' + QString(m_lineLength, u' ') + u'\r');
+    m_lineLength = 0;
+}
+
+} // namespace KEO

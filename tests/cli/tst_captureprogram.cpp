@@ -1,0 +1,324 @@
+// The capture program as a script meets it: a process with arguments, files, output and an exit
+// status, against the simulated board.
+
+#include <support/testdesign.h>
+#include <support/testmain.h>
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLocalSocket>
+#include <QProcess>
+
+#include <csignal>
+
+namespace {
+
+const QString kProgram = QStringLiteral(KEO_BIN_DIR "/signalscope-capture");
+const QString kServer = QStringLiteral(KEO_BURNER_DIR "/chainserver");
+
+struct Outcome
+{
+    int status = -1;
+    QString output;
+    QString errors;
+};
+
+Outcome finished(QProcess &process)
+{
+    if (!process.waitForFinished(60000)) {
+        process.kill();
+        process.waitForFinished();
+    }
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+bool isListening(const QString &server)
+{
+    QLocalSocket socket;
+    socket.connectToServer(server);
+    return socket.waitForConnected(1000);
+}
+
+QStringList lines(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll()).split(u'\n');
+}
+
+} // namespace
+
+class tst_CaptureProgram : public QuietTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void writesEveryFormat();
+    void tellsResultsAsJson();
+    void endsWithItsStatus_data();
+    void endsWithItsStatus();
+    void forcesTheTrigger();
+    void numbersTheRounds();
+    void capturesBothCoresOfTheExample();
+    void usesAServerThatRuns();
+    void noticesADeadServer();
+    void stopsOnCtrlC();
+    void findsNoServer();
+    void listsCables();
+
+private:
+    Outcome run(const QStringList &arguments);
+    QString file(const QString &name) const { return m_directory->filePath(name); }
+    void board(const TestDesign &design);
+
+    std::unique_ptr<QTemporaryDir> m_directory;
+};
+
+void tst_CaptureProgram::init()
+{
+    QuietTest::init();
+    m_directory = std::make_unique<QTemporaryDir>();
+}
+
+void tst_CaptureProgram::board(const TestDesign &design)
+{
+    design.write(m_directory->path());
+    qputenv("SIGNALSCOPE_BOARD", file("board.json").toLocal8Bit());
+}
+
+Outcome tst_CaptureProgram::run(const QStringList &arguments)
+{
+    QProcess process;
+    process.setWorkingDirectory(m_directory->path());
+    process.start(kProgram, arguments);
+    return finished(process);
+}
+
+void tst_CaptureProgram::writesEveryFormat()
+{
+    TestDesign design;
+    design.windows = 2;
+    board(design);
+    const Outcome outcome =
+        run({"--device", "KR-A", "--format", "csv", "--format", "vcd", "--format", "prn", "--out",
+             "new/folder", "--name", "run", "--period", "10ns", "design.keo"});
+    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
+    QStringList expected;
+    for (const char *window : {"0", "1"}) {
+        for (const char *format : {"csv", "vcd", "prn"})
+            expected.append(
+                file(QStringLiteral("new/folder/run_core0_window%1.%2")
+                         .arg(QString::fromLatin1(window), QString::fromLatin1(format))));
+    }
+    QCOMPARE(outcome.output.split(u'\n', Qt::SkipEmptyParts), expected);
+    QVERIFY(outcome.errors.contains("Waiting for the trigger of core 0"));
+    QVERIFY(outcome.errors.contains("Reading core 0 window 1"));
+
+    // The row of sample i stands at (i + 1) * period; the bus is the first column.
+    const QStringList csv = lines(expected.first());
+    const qsizetype first = csv.indexOf(QRegularExpression("^0, X.*"));
+    QVERIFY(csv.contains("time unit: ns, count[15:0], count[15], count[14], count[13], count[12], "
+                         "count[11], count[10], count[9], count[8], count[7], count[6], count[5], "
+                         "count[4], count[3], count[2], count[1], count[0], noise_0, noise_1, "
+                         "noise_2, noise_3, noise_4, noise_5, noise_6, noise_7,"));
+    const qint64 trigger = design.firstTrigger(design.position);
+    for (int sample = 0; sample < design.amount; ++sample) {
+        const QStringList cells = csv.at(first + 1 + sample).split(", ");
+        QCOMPARE(cells.at(0).toInt(), (sample + 1) * 10);
+        QCOMPARE(cells.at(1).toInt(nullptr, 16), int(trigger - design.position + sample));
+        QCOMPARE(cells.at(18).at(0).digitValue(),
+                 int(design.level(16, trigger - design.position + sample)));
+    }
+    QVERIFY(lines(expected.at(1)).contains("$comment Sample 16 (Trigger) $end"));
+    QVERIFY(lines(expected.at(1)).contains("  1 ps"));
+    QVERIFY(
+        lines(expected.at(2)).constFirst().startsWith("time unit: ns\tcount[15:0]\t/count[15]"));
+}
+
+void tst_CaptureProgram::tellsResultsAsJson()
+{
+    board(TestDesign());
+    const Outcome outcome = run({"--device", "KR-A", "--json", "--quiet", "design.keo"});
+    QCOMPARE(outcome.status, 0);
+    QCOMPARE(outcome.errors, QString());
+    const QJsonObject document = QJsonDocument::fromJson(outcome.output.toUtf8()).object();
+    QCOMPARE(document["status"].toInt(-1), 0);
+    QCOMPARE(document["cable"].toString(), "Tarno USB Cable(FT2CH)");
+    const QJsonArray captures = document["captures"].toArray();
+    QCOMPARE(captures.size(), 1);
+    QCOMPARE(captures.first()["samples"].toInt(), 256);
+    QCOMPARE(captures.first()["trigger_position"].toInt(), 16);
+    QVERIFY(QFile::exists(captures.first()["files"].toArray().first().toString()));
+}
+
+void tst_CaptureProgram::endsWithItsStatus_data()
+{
+    QTest::addColumn<QString>("change"); // of the board or the folder
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("words");
+
+    QTest::newRow("unknown option") << "" << QStringList{"--fast", "design.keo"} << 2 << "fast";
+    QTest::newRow("unknown cable")
+        << "" << QStringList{"--cable", "USB", "design.keo"} << 2 << "\"USB\"";
+    QTest::newRow("no such core") << "" << QStringList{"--core", "3", "design.keo"} << 2
+                                  << "core 3";
+    QTest::newRow("Auto with windows")
+        << "windows" << QStringList{"--auto", "2", "design.keo"} << 2 << "one window";
+    QTest::newRow("trigger never comes")
+        << "quiet" << QStringList{"--timeout", "0.7", "design.keo"} << 4 << "the trigger of core 0";
+    QTest::newRow("no bitstream") << "blank" << QStringList{"design.keo"} << 5
+                                  << "Device does not load fs file yet.";
+    QTest::newRow("chain does not fit")
+        << "" << QStringList{"--chain", "0,8", "design.keo"} << 5 << "Open device failed.";
+    QTest::newRow("unknown result")
+        << "result" << QStringList{"design.keo"} << 5 << "Unknown device error ID77.";
+    QTest::newRow("no such file") << "" << QStringList{"other.keo"} << 6 << "other.keo";
+    QTest::newRow("no XML") << "text" << QStringList{"design.keo"} << 6 << "design.keo";
+    QTest::newRow("no folder can be made")
+        << "" << QStringList{"--out", "board.json/x", "design.keo"} << 6 << "board.json/x";
+    QTest::newRow("export is a folder")
+        << "folder" << QStringList{"design.keo"} << 6 << "design_core0_window0.vcd";
+}
+
+void tst_CaptureProgram::endsWithItsStatus()
+{
+    QFETCH(QString, change);
+    QFETCH(QStringList, arguments);
+    QFETCH(int, status);
+    QFETCH(QString, words);
+    TestDesign design;
+    design.windows = change == "windows" ? 2 : 1;
+    design.fires = change != "quiet";
+    design.programmed = change != "blank";
+    if (change == "result")
+        design.faults = R"([{"at": "OPEN", "nth": 1, "do": "result", "value": 77}])";
+    board(design);
+    if (change == "folder")
+        QDir(m_directory->path()).mkdir("design_core0_window0.vcd");
+    if (change == "text") {
+        QFile description(file("design.keo"));
+        QVERIFY(description.open(QIODevice::WriteOnly) && description.write("no XML") > 0);
+    }
+    const Outcome outcome = run(QStringList{"--device", "KR-A"} + arguments);
+    QVERIFY2(outcome.status == status, qPrintable(outcome.errors));
+    QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
+    QCOMPARE(outcome.output, QString());
+}
+
+void tst_CaptureProgram::forcesTheTrigger()
+{
+    TestDesign design;
+    design.fires = false;
+    board(design);
+    const Outcome outcome =
+        run({"--device", "KR-A", "--force-after", "0.6", "--format", "csv", "design.keo"});
+    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
+    QVERIFY(outcome.errors.contains("Forcing the trigger."));
+    // Wherever it was forced, the samples are a piece of the stimulus without a gap.
+    const QStringList csv = lines(file("design_core0_window0.csv"));
+    const qsizetype first = csv.indexOf(QRegularExpression("^0, X.*")) + 1;
+    const int start = csv.at(first).split(", ").at(1).toInt(nullptr, 16);
+    for (int sample = 0; sample < design.amount; ++sample)
+        QCOMPARE(csv.at(first + sample).split(", ").at(1).toInt(nullptr, 16),
+                 (start + sample) % TestDesign::kLength);
+}
+
+void tst_CaptureProgram::numbersTheRounds()
+{
+    board(TestDesign());
+    const Outcome outcome = run({"--device", "KR-A", "--auto", "3", "design.keo"});
+    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
+    QCOMPARE(outcome.output.split(u'\n', Qt::SkipEmptyParts),
+             (QStringList{file("design_1_core0_window0.vcd"), file("design_2_core0_window0.vcd"),
+                          file("design_3_core0_window0.vcd")}));
+    for (const QString &path : outcome.output.split(u'\n', Qt::SkipEmptyParts))
+        QVERIFY(lines(path).contains("$comment Sample 16 (Trigger) $end"));
+}
+
+void tst_CaptureProgram::capturesBothCoresOfTheExample()
+{
+    const QString example = QStringLiteral(KEO_SOURCE_DIR "/examples/uart_fifo");
+    qputenv("SIGNALSCOPE_BOARD", (example + "/board.json").toLocal8Bit());
+    const Outcome outcome =
+        run({"--device", "KR-C", "--core", "0", "--core", "1", example + "/uart_fifo.keo"});
+    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
+    QVERIFY(outcome.output.contains("uart_fifo_core0_window0.vcd"));
+    QVERIFY(outcome.output.contains("uart_fifo_core1_window1.vcd"));
+}
+
+void tst_CaptureProgram::usesAServerThatRuns()
+{
+    board(TestDesign());
+    QProcess server;
+    server.start(kServer, {"-local"});
+    QVERIFY(server.waitForStarted());
+    QTRY_VERIFY(isListening("keo1"));
+    for (int time = 0; time < 2; ++time)
+        QCOMPARE(run({"--device", "KR-A", "design.keo"}).status, 0);
+    QVERIFY(isListening("keo1"));
+    server.closeWriteChannel();
+    QVERIFY(server.waitForFinished());
+}
+
+void tst_CaptureProgram::noticesADeadServer()
+{
+    TestDesign design;
+    design.faults = R"([{"at": "READ_RAM", "nth": 2, "do": "die"}])";
+    board(design);
+    const Outcome outcome = run({"--device", "KR-A", "design.keo"});
+    QCOMPARE(outcome.status, 3);
+    QVERIFY(outcome.errors.contains("went away"));
+}
+
+void tst_CaptureProgram::stopsOnCtrlC()
+{
+    TestDesign design;
+    design.fires = false;
+    board(design);
+    QProcess process;
+    process.setWorkingDirectory(m_directory->path());
+    process.start(kProgram, {"--device", "KR-A", "design.keo"});
+    QVERIFY(process.waitForStarted());
+    QString errors;
+    QTRY_VERIFY((errors += process.readAllStandardError()).contains("Waiting for the trigger"));
+    QVERIFY(isListening("keo1"));
+    ::kill(pid_t(process.processId()), SIGINT);
+    const Outcome outcome = finished(process);
+    QCOMPARE(outcome.status, 130);
+    QVERIFY(!isListening("keo1"));
+    QVERIFY(outcome.errors.contains("Capture Stopped!"));
+}
+
+void tst_CaptureProgram::findsNoServer()
+{
+    board(TestDesign());
+    // A copy without servers beside it.
+    QVERIFY(QDir(m_directory->path()).mkpath("SignalScope/bin"));
+    const QString copy = file("SignalScope/bin/signalscope-capture");
+    QVERIFY(QFile::copy(kProgram, copy));
+    for (const QStringList &arguments : {QStringList{"design.keo"}, QStringList{"--list-cables"}}) {
+        QProcess process;
+        process.setWorkingDirectory(m_directory->path());
+        process.start(copy, arguments);
+        QCOMPARE(finished(process).status, 3);
+    }
+}
+
+void tst_CaptureProgram::listsCables()
+{
+    board(TestDesign());
+    const Outcome outcome = run({"--list-cables"});
+    QCOMPARE(outcome.status, 0);
+    QCOMPARE(outcome.output, "Tarno USB Cable(FT2CH)\nParallel Port(LPT)\nLK7\n");
+}
+
+KEO_TEST_MAIN(tst_CaptureProgram)
+#include "tst_captureprogram.moc"
