@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+
+class QAction;
+class QTabWidget;
+class QToolBar;
+class QWidget;
+
+namespace KEO {
+
+/// One kind of project as the project manager drives it. A project object lives as long as the
+/// program and is opened and closed many times; at most one is open.
+///
+/// The getters reach what the project may use of the main window. The project manager sets them
+/// before setupProject; closeProject clears them, and a project that is closed touches none of it.
+class AnalyzerProject : public QObject
+{
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+    /// A capture is going on.
+    [[nodiscard]] virtual bool isBusy() const = 0;
+    /// Builds the widgets, the first time, and puts them into the main window, each time.
+    virtual void setupProject(QWidget *mainWindow) = 0;
+    /// Takes everything out of the main window again. During a capture it asks \a askStop whether
+    /// the capture may be stopped; without it, or on no, it returns false and stays open.
+    virtual bool closeProject(QWidget *parent, const std::function<bool()> &askStop) = 0;
+    /// Opens a configuration or project file. Reports its errors itself.
+    virtual bool openFile(const QString &path) = 0;
+    /// Takes over the device that the command line named; each may be empty.
+    virtual void setDevice(const QString &family, const QString &device, const QString &fsFile) = 0;
+
+    std::function<QTabWidget *()> tabWidgetGetter;
+    std::function<QToolBar *()> toolBarGetter;
+    std::function<QAction *()> openActionGetter;
+};
+
+} // namespace KEO
