@@ -137,6 +137,7 @@ std::optional<Packet> Cable::handle(int client, const Packet &packet,
 {
     const QString command = packet.value(kCommand).toString();
     if (command == QStringLiteral("OPEN")) {
+        m_notOpenReported = false;
         const int result = forcedResult ? *forcedResult : openResult(client, packet);
         if (result == Opened)
             m_holder = client;
@@ -189,7 +190,7 @@ void Cable::write(int client, const Packet &packet)
 {
     const QVariant data = packet.value(kData);
     if (m_holder != client)
-        m_report(QStringLiteral("a write, and the device isn't open"));
+        reportNotOpen(QStringLiteral("a write"));
     else if (data.typeId() != QMetaType::QBitArray)
         m_report(QStringLiteral("a write without bits"));
     else if (m_device)
@@ -201,7 +202,7 @@ Packet Cable::read(int client, const Packet &packet)
     QBitArray bits;
     const int size = packet.value(kSize).toInt();
     if (m_holder != client)
-        m_report(QStringLiteral("a read, and the device isn't open"));
+        reportNotOpen(QStringLiteral("a read"));
     else if (size < 1 || size > kMaxReadBits)
         m_report(QStringLiteral("a read of %1 bits").arg(size));
     else if (m_device)
@@ -209,6 +210,16 @@ Packet Cable::read(int client, const Packet &packet)
     Packet reply{{kData, bits}};
     copyKeys(packet, reply, {"request_id", "data_request_id", "WINDOW", "SECTION_COUNT"});
     return reply;
+}
+
+// A program that does not wait for the reply to "OPEN" sends a whole register image to a device
+// that refused: one line tells it all.
+void Cable::reportNotOpen(const QString &packet)
+{
+    if (!m_notOpenReported)
+        m_report(packet +
+                 QStringLiteral(", and the device isn't open; more of these go unreported"));
+    m_notOpenReported = true;
 }
 
 } // namespace Sim

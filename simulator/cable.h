@@ -44,11 +44,13 @@ private:
     [[nodiscard]] int openResult(int client, const Packet &packet) const;
     void write(int client, const Packet &packet);
     Packet read(int client, const Packet &packet);
+    void reportNotOpen(const QString &packet);
 
     CableSetup m_setup;
     CoreModel::Report m_report;
     std::unique_ptr<DeviceModel> m_device;
     std::optional<int> m_holder; ///< client that has the device open
+    bool m_notOpenReported = false;
 };
 
 } // namespace Sim
