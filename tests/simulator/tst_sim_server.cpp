@@ -41,6 +41,7 @@ public:
         environment.insert(QStringLiteral("SIGNALSCOPE_BOARD"), board);
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral(KEO_BURNER_DIR "/") + program, arguments);
+        process.waitForStarted(kPatienceMs); // brings state() up to date as well
     }
 
     ~ServerProcess()
