@@ -174,6 +174,8 @@ Result<QList<int>> CaptureProgram::loadCores()
         m_report.say(tr("No --device given: if the model is one that needs a longer capture of a "
                         ".keo design, the trigger is shown one sample off."));
     m_manager.setDeviceName(m_options.device);
+    for (const auto &core : m_manager.cores())
+        core->ensureExpressionFlags(); // nobody chooses among them here
     return chooseCores();
 }
 

@@ -102,6 +102,12 @@ MatchUnit *CoreConfig::matchUnitByIndex(int unitIndex) const
     return recordByIndex(matchUnits, unitIndex);
 }
 
+void CoreConfig::ensureExpressionFlags()
+{
+    if (expressionEnabled.isEmpty())
+        expressionEnabled.fill(true, expressions.size());
+}
+
 void CoreConfig::setExpression(const QString &expression, int position)
 {
     if (position >= 0 && position < expressions.size())

@@ -107,6 +107,8 @@ struct CoreConfig
     /// The record with that `index`, or null. Borrowed.
     [[nodiscard]] TriggerPort *triggerByIndex(int portIndex) const;
     [[nodiscard]] MatchUnit *matchUnitByIndex(int unitIndex) const;
+    /// Puts every expression in force if none has a flag yet, as after a load.
+    void ensureExpressionFlags();
     /// Replaces expression \a position; does nothing outside the list.
     void setExpression(const QString &expression, int position);
     /// The signal or bus member at \a position of the flat order; an empty entry past the end.
