@@ -14,6 +14,13 @@ target_sources(keo_wave PRIVATE
 
 # Wave view, ruler, widget (V2)
 target_sources(keo_wave PRIVATE
+    popupmenu.cpp popupmenu.h
+    rulerview.cpp rulerview.h
+    scaleruler.cpp scaleruler.h
+    timesliderdata.cpp timesliderdata.h
+    timeslideritem.cpp timeslideritem.h
+    waveview.cpp waveview.h
+    waveviewactions.cpp waveviewactions.h
 )
 
 # Tree model and view (V3)

@@ -2,7 +2,6 @@
 
 #include "localized.h"
 #include "notificationcenter.h"
-#include "timesliderdata.h"
 
 #include <QGraphicsView>
 #include <QList>
@@ -73,17 +72,29 @@ private Q_SLOTS:
     void zoomOut();
 
 private:
+    /// What the scene still has to catch up with. Rows come and go in bursts, one event each.
+    enum class Pending { Nothing, Relayout, Rebuild };
+
+    void catchUpLater(Pending what);
+    void catchUp();
     void addItems();
     void relayoutItems();
     void removeAllItems();
+    void fitScene(const QList<QGraphicsItem *> &items);
+    void takeMarkers(const QObject &ruler);
+    void setMasks(const QRect &left, const QRect &right);
+    void drawTrigger() const;
+    void drawMarkers() const;
+    void drawMasks() const;
 
-    QRect m_leftMask;  ///< viewport pixels, empty when no region is being chosen
-    QRect m_rightMask; ///< viewport pixels
-    QList<TimeSliderData *> m_timeMarkers; ///< borrowed from the ruler
+    QRect m_leftMask;         ///< viewport pixels, empty when no region is being chosen
+    QRect m_rightMask;        ///< viewport pixels
+    QList<int> m_timeMarkers; ///< samples of the markers, taken when told: a handle may die sooner
     DataSourceProtocol *m_dataSource = nullptr;
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present mouse mode
     std::unique_ptr<ContextMenuDelegate> m_contextMenu;
     qreal m_zoomRate = 1.0;
+    Pending m_pending = Pending::Nothing;
 };
 
 } // namespace WaveMonitor
