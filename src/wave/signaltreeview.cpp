@@ -256,7 +256,9 @@ void SignalTreeView::dragMoveEvent(QDragMoveEvent *event)
         event->setDropAction(Qt::IgnoreAction);
         event->ignore();
     } else {
-        event->acceptProposedAction();
+        event->setDropAction(event->possibleActions() & Qt::MoveAction ? Qt::MoveAction
+                                                                       : event->proposedAction());
+        event->accept();
     }
 }
 

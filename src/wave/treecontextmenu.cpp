@@ -1,11 +1,11 @@
 #include "treecontextmenu.h"
 
 #include "dataformat.h"
+#include "popupmenu.h"
 #include "signaltreemodel.h"
 
 #include <QIcon>
 #include <QPixmap>
-#include <QPointer>
 
 #include <algorithm>
 #include <array>
@@ -105,14 +105,10 @@ void SignalTreeView::ContextMenuDelegate::run(const QPoint &globalPosition)
     checkChosen(selected);
     enableActions(selected);
 
-    // A child of the view, so that it closes when the view goes while it shows.
-    const QPointer<QMenu> menu = new QMenu(m_view);
-    menu->addActions({&m_ungroupAction, &m_groupAction, &m_renameAction, &m_restoreAction,
-                      &m_reverseAction, &m_separator});
-    menu->addMenu(&m_formatMenu);
-    menu->addMenu(&m_colorMenu);
-    menu->exec(globalPosition);
-    delete menu;
+    runMenu(m_view,
+            {&m_ungroupAction, &m_groupAction, &m_renameAction, &m_restoreAction, &m_reverseAction,
+             &m_separator, m_formatMenu.menuAction(), m_colorMenu.menuAction()},
+            globalPosition);
 }
 
 void SignalTreeView::ContextMenuDelegate::checkChosen(const QModelIndexList &selected)
