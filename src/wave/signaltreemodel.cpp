@@ -2,6 +2,7 @@
 
 #include "rowtext.h"
 #include "signaltreeview.h"
+#include "timesliderdata.h"
 
 #include <QDomDocument>
 #include <QDomElement>

@@ -230,25 +230,29 @@ void SignalTreeView::startDrag(Qt::DropActions actions)
     }
     m_actionDelegate = std::make_unique<DragDropDelegate>(this, signalModel());
     QTreeView::startDrag(actions);
-    m_actionDelegate.reset(); // dropped, dropped elsewhere or given up
+}
+
+/// Nothing but this view's own rows can be dropped here. A drag that ended elsewhere leaves its
+/// delegate behind, so a row dragged over from another viewer must not be taken for it.
+bool SignalTreeView::isOwnDrag(const QDropEvent &event) const
+{
+    return m_actionDelegate && (!event.source() || event.source() == this);
 }
 
 void SignalTreeView::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (!m_actionDelegate) {
-        event->ignore(); // nothing but this view's own rows can be dropped here
+    event->ignore();
+    if (!isOwnDrag(*event))
         return;
-    }
     m_actionDelegate->dragEnter(event);
     QTreeView::dragEnterEvent(event);
 }
 
 void SignalTreeView::dragMoveEvent(QDragMoveEvent *event)
 {
-    if (!m_actionDelegate) {
-        event->ignore();
+    event->ignore();
+    if (!isOwnDrag(*event))
         return;
-    }
     m_actionDelegate->dragMove(event);
     const bool refused = event->dropAction() == Qt::IgnoreAction;
     QTreeView::dragMoveEvent(event); // scrolls at the edges, and has an opinion of its own
@@ -273,10 +277,9 @@ void SignalTreeView::dropEvent(QDropEvent *event)
 {
     stopAutoScroll();
     setState(NoState);
-    if (!m_actionDelegate) {
-        event->ignore();
+    event->ignore();
+    if (!isOwnDrag(*event))
         return;
-    }
     m_actionDelegate->drop(event);
     m_actionDelegate.reset();
     event->accept();

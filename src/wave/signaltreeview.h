@@ -62,6 +62,7 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] SignalTreeModel *signalModel() const;
+    [[nodiscard]] bool isOwnDrag(const QDropEvent &event) const;
 
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present drag, null when idle
     std::unique_ptr<ContextMenuDelegate> m_contextMenu;
