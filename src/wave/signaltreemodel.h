@@ -113,15 +113,17 @@ public:
     void itemPressed(QGraphicsItem *item) override;
 
 private:
+    enum class EmptyBus { Keep, Dissolve };
+
     [[nodiscard]] QModelIndex indexOf(const LayoutNode *node) const;
+    [[nodiscard]] QList<LayoutNode *> nodesOf(const QModelIndexList &indexes) const;
     QList<QGraphicsItem *> recalculateWaveItems();
     [[nodiscard]] QString groupingObstacle(const QList<const LayoutNode *> &nodes) const;
     void groupNodes(const QList<const LayoutNode *> &nodes);
     LayoutNode::List takeRows(int first, int last);
-    QModelIndexList moveBefore(LayoutNode *anchor, LayoutNode *parent,
-                               const QModelIndexList &moved);
+    QModelIndexList moveBefore(LayoutNode *anchor, LayoutNode *parent, const QModelIndexList &moved,
+                               EmptyBus emptyBus);
     void moveNode(LayoutNode *node, LayoutNode *parent, const LayoutNode *anchor);
-    void dissolveEmptyBus(const QModelIndex &bus);
     void showMarkerSample(const QObject &ruler);
     void updateViewport();
 

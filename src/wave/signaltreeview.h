@@ -32,7 +32,7 @@ public:
     void setDomain(const quint64 &domain) override;
     [[nodiscard]] QSize sizeHint() const override;
 
-    /// The name cells of the selected rows, in row order; rows of one parent stay together.
+    /// The name cells of the selected rows, ascending by row (rows of several parents mixed).
     [[nodiscard]] QModelIndexList selectedRows() const;
     /// Selects exactly the rows of \a indexes, in one step.
     void selectOnly(const QModelIndexList &indexes);

@@ -27,4 +27,13 @@ target_sources(keo_wave PRIVATE
 
 # Tree model and view (V3)
 target_sources(keo_wave PRIVATE
+    dragdropdelegate.cpp dragdropdelegate.h
+    rowtext.cpp rowtext.h
+    signalheaderview.cpp signalheaderview.h
+    signaltreeitemdelegate.cpp signaltreeitemdelegate.h
+    signaltreemodel.cpp signaltreemodel.h
+    signaltreeview.cpp signaltreeview.h
+    treecontextmenu.cpp treecontextmenu.h
+    treeproxystyle.cpp treeproxystyle.h
+    waveviewdatasource.cpp waveviewdatasource.h
 )
