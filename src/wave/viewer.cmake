@@ -21,6 +21,8 @@ target_sources(keo_wave PRIVATE
     timeslideritem.cpp timeslideritem.h
     waveview.cpp waveview.h
     waveviewactions.cpp waveviewactions.h
+    #wavemonitorwidget.cpp wavemonitorwidget.h
+    windowstate.h
 )
 
 # Tree model and view (V3)

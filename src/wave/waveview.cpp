@@ -267,27 +267,20 @@ void WaveView::fitScene(const QList<QGraphicsItem *> &items)
     scene()->setSceneRect(0.0, 0.0, scene()->sceneRect().width(), height);
 }
 
-void WaveView::catchUpLater(Pending what)
+// Rows come and go in bursts, one event each. The first event of a burst finds the rows as the last
+// one left them, so whatever stands in the queue before the call posted here has been dealt with.
+void WaveView::refresh(Fresh what)
 {
-    const bool queued = m_pending != Pending::Nothing;
-    m_pending = std::max(m_pending, what);
-    if (!queued)
-        QMetaObject::invokeMethod(
-            this, [this] { catchUp(); }, Qt::QueuedConnection);
-}
-
-void WaveView::catchUp()
-{
-    switch (std::exchange(m_pending, Pending::Nothing)) {
-    case Pending::Nothing:
-        break;
-    case Pending::Relayout:
-        relayoutItems();
-        break;
-    case Pending::Rebuild:
+    if (what <= m_fresh)
+        return;
+    m_fresh = what;
+    QMetaObject::invokeMethod(
+        this, [this] { m_fresh = Fresh::Nothing; }, Qt::QueuedConnection);
+    if (what == Fresh::Items) {
         removeAllItems();
         addItems();
-        break;
+    } else {
+        relayoutItems();
     }
 }
 
@@ -320,17 +313,17 @@ QString WaveView::handleEvents(Notification *e)
         break;
     case EvCollapsed:
     case EvExpanded:
-        catchUpLater(Pending::Relayout);
+        refresh(Fresh::Layout);
         break;
     case EvRemoveAllItems:
-        m_pending = Pending::Nothing; // whatever was asked before is overtaken
+        m_fresh = Fresh::Nothing;
         removeAllItems();
         break;
     case EvAddAllItems:
         addItems();
         break;
     case EvStructureChanged:
-        catchUpLater(Pending::Rebuild);
+        refresh(Fresh::Items);
         break;
     default:
         break;

@@ -72,11 +72,10 @@ private Q_SLOTS:
     void zoomOut();
 
 private:
-    /// What the scene still has to catch up with. Rows come and go in bursts, one event each.
-    enum class Pending { Nothing, Relayout, Rebuild };
+    /// How far the scene has caught up with the rows.
+    enum class Fresh { Nothing, Layout, Items };
 
-    void catchUpLater(Pending what);
-    void catchUp();
+    void refresh(Fresh what);
     void addItems();
     void relayoutItems();
     void removeAllItems();
@@ -94,7 +93,7 @@ private:
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present mouse mode
     std::unique_ptr<ContextMenuDelegate> m_contextMenu;
     qreal m_zoomRate = 1.0;
-    Pending m_pending = Pending::Nothing;
+    Fresh m_fresh = Fresh::Nothing; ///< with all changes of events that are still queued
 };
 
 } // namespace WaveMonitor
