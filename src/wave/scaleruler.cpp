@@ -30,22 +30,17 @@ void drawLabels(QPainter *painter, int first, int last, int major)
     const QTransform scaled = painter->transform();
     painter->setTransform(QTransform(1.0, scaled.m12(), scaled.m13(), scaled.m21(), 1.0,
                                      scaled.m23(), scaled.m31(), scaled.m32(), scaled.m33()));
-    const QFontMetrics metrics(rulerFont());
+    const QFontMetrics metrics = painter->fontMetrics();
     const int firstLabel = (first + major - 1) / major * major;
     for (int i = firstLabel; i < last; i += major) {
         const QString text = QString::number(i);
-        QRectF place = metrics.boundingRect(text);
-        place.moveTopLeft({i * CLOCK_PITCH * scaled.m11() + kLabelGap, 0.0});
-        painter->drawText(place, text, QTextOption());
+        const QPointF place(i * CLOCK_PITCH * scaled.m11() + kLabelGap, 0.0);
+        painter->drawText(QRectF(place, metrics.size(Qt::TextSingleLine, text)), text,
+                          QTextOption());
     }
 }
 
 } // namespace
-
-QFont rulerFont()
-{
-    return QFont(QStringLiteral("Courier New"), 9);
-}
 
 TickSpacing tickSpacing(qreal zoom)
 {

@@ -1,12 +1,8 @@
 #pragma once
 
-#include <QFont>
 #include <QGraphicsItem>
 
 namespace WaveMonitor {
-
-/// Font of the numbers at the markers; the scale measures its labels with it.
-QFont rulerFont();
 
 /// How far apart the ticks of the scale stand, in samples.
 struct TickSpacing

@@ -1,8 +1,7 @@
 #include "timeslideritem.h"
 
-#include "scaleruler.h"
-
 #include <QCursor>
+#include <QFont>
 #include <QFontMetrics>
 #include <QPainter>
 #include <QPen>
@@ -17,9 +16,14 @@ namespace {
 
 constexpr int kFlagHeight = 15; // pixels
 
+QFont numberFont()
+{
+    return QFont(QStringLiteral("Courier New"), 9);
+}
+
 QRectF boundsFor(int clock)
 {
-    const QFontMetrics metrics(rulerFont());
+    const QFontMetrics metrics(numberFont());
     const int width = std::max(10, metrics.horizontalAdvance(QString::number(clock)));
     const int height = metrics.height() + kFlagHeight;
     return {0.0, qreal(-height), qreal(width), qreal(height)};
@@ -57,7 +61,7 @@ void TimeSliderItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *, 
     painter->setBrush(m_active ? Qt::red : Qt::darkGray);
     painter->drawPath(m_path);
 
-    const QFont font = rulerFont();
+    const QFont font = numberFont();
     const QString text = QString::number(m_clock);
     QRectF place = QFontMetrics(font).boundingRect(text);
     place.moveTop(-kFlagHeight - place.height());

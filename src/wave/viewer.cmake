@@ -21,7 +21,7 @@ target_sources(keo_wave PRIVATE
     timeslideritem.cpp timeslideritem.h
     waveview.cpp waveview.h
     waveviewactions.cpp waveviewactions.h
-    #wavemonitorwidget.cpp wavemonitorwidget.h
+    wavemonitorwidget.cpp wavemonitorwidget.h
     windowstate.h
 )
 

@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QGraphicsScene>
 #include <QImage>
+#include <QPainter>
 #include <QScrollBar>
 
 #include <memory>
@@ -88,6 +89,7 @@ private Q_SLOTS:
 
     void ticks_data();
     void ticks();
+    void labelsAreWhole();
     void plantsMarkers();
     void offersNothingOnTheScaleOrWithoutSamples();
     void dragsMarkersFromSampleToSample();
@@ -190,6 +192,36 @@ void tst_RulerView::ticks()
             QVERIFY2(!isWhite(x, kTop + 17) && !isWhite(x, kTop + 14),
                      qPrintable(QString::number(x)));
     }
+}
+
+// The number right of a tick, beside the same number drawn with all the room it wants.
+void tst_RulerView::labelsAreWhole()
+{
+    m_ruler->setClocks(1000);
+    const auto sender = newSender(kDomain, 1.0 / 16, 0);
+    zoomAndScroll(*m_ruler, sender.get());
+    const QRect room(200 * 50 / 16 + 2, kTop, 40, 14); // beside the tick of sample 200
+    const QImage label = m_ruler->viewport()->grab(room).toImage();
+
+    QImage expected(room.size(), label.format());
+    expected.fill(QColor(0x555555));
+    QPainter painter(&expected);
+    painter.setFont(m_ruler->font());
+    painter.setPen(Qt::white);
+    painter.drawText(QPointF(2, painter.fontMetrics().ascent()), QStringLiteral("200"));
+    painter.end();
+    const auto inked = [](const QImage &image) {
+        QSet<int> columns;
+        for (int x = 0; x < image.width(); ++x) {
+            for (int y = 0; y < image.height(); ++y) {
+                if (image.pixelColor(x, y).red() > 0x90)
+                    columns.insert(x);
+            }
+        }
+        return columns;
+    };
+    QVERIFY(inked(expected).size() > 10);
+    QCOMPARE(inked(label).size(), inked(expected).size());
 }
 
 void tst_RulerView::plantsMarkers()
