@@ -579,10 +579,8 @@ void tst_SignalTreeView::modelMayGoFirst()
     select(QStringLiteral("a"));
     beginDrag();
     m_tester.reset();
-    m_model.reset();
-    QCoreApplication::processEvents();
-    QCOMPARE(menu().texts, QStringList());
-    QVERIFY(!picture().isNull());
+    m_model.reset(); // as in a widget that destroys its children in order
+    QVERIFY(m_view->selectedRows().isEmpty());
 }
 
 int main(int argc, char **argv)
