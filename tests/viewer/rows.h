@@ -25,13 +25,15 @@ inline QBitArray countingSamples(int id, int samples = kRowSamples)
     return data;
 }
 
-/// Adds rows to a model; signals get ids from 0 in the order of the text.
+/// Adds rows to a model; signals get ids from 0 in the order of the text, and
+/// one called "long" twice the samples.
 inline void addRows(WaveMonitor::SignalTreeModel &model, QString rows)
 {
     int id = int(model.signalMap().size());
     const auto element = [&id](const QString &name) {
         const int own = id++;
-        return WaveMonitor::SignalElement{own, name, {}, countingSamples(own)};
+        const int samples = name == QLatin1String("long") ? 2 * kRowSamples : kRowSamples;
+        return WaveMonitor::SignalElement{own, name, {}, countingSamples(own, samples)};
     };
     rows.replace(QLatin1Char(')'), QLatin1String(" )"));
     QStringList words = rows.split(QLatin1Char(' '), Qt::SkipEmptyParts);
