@@ -46,6 +46,8 @@ struct Viewer
         listener.take();
     }
 
+    ~Viewer() { listener.take(); } // delivers what is queued, which owns memory
+
     void showItems()
     {
         const QList<QGraphicsItem *> shown = scene.items();
