@@ -388,6 +388,8 @@ void tst_WaveMonitorWidget::restoresItsState()
     Viewer viewer(32, state.get());
     viewer.fill();
     viewer.widget->restoreState(nullptr);
+    const WindowState withoutLayout;
+    viewer.widget->restoreState(&withoutLayout);
     QCOMPARE(viewer.model->rowCount(), 26);
     viewer.widget->restoreState(state.get());
     viewer.settle();
