@@ -23,7 +23,7 @@ if [ $# -gt 0 ]; then
 fi
 echo "Capturing both cores of $example on the simulated board ..."
 files=$("$program" --device KR-C --core 0 --core 1 --format vcd --format csv --format prn \
-    --period 20ns --out capture "$example/uart_fifo.keo") ||
+    --period 20ns --out capture --picture capture/uart_fifo.png "$example/uart_fifo.keo") ||
     die "the capture failed with status $?, see the message above"
 echo "Written:"
 printf '%s\n' "$files" | sed 's/^/  /'

@@ -34,6 +34,13 @@ QString extension(ExportFormat format)
     Q_UNREACHABLE();
 }
 
+QString suffix(const CaptureLabel &label)
+{
+    const QString round = label.round > 0 ? u'_' + QString::number(label.round) : QString();
+    return QStringLiteral("%1_core%2_window%3")
+        .arg(round, QString::number(label.core), QString::number(label.window));
+}
+
 bool write(const QString &path, const CaptureOptions &options, ExportFormat format,
            const CoreConfig &core, const WaveMonitor::WindowContents &contents)
 {
@@ -66,10 +73,16 @@ Result<QString> prepareDirectory(const QString &path)
 
 QString exportPath(const CaptureOptions &options, const CaptureLabel &label, ExportFormat format)
 {
-    const QString round = label.round > 0 ? u'_' + QString::number(label.round) : QString();
-    return QStringLiteral("%1/%2%3_core%4_window%5.%6")
-        .arg(options.directory, options.baseName, round, QString::number(label.core),
-             QString::number(label.window), extension(format));
+    return QStringLiteral("%1/%2%3.%4")
+        .arg(options.directory, options.baseName, suffix(label), extension(format));
+}
+
+QString picturePath(const CaptureOptions &options, const CaptureLabel &label, bool only)
+{
+    if (only)
+        return options.picture;
+    const qsizetype dot = options.picture.lastIndexOf(u'.');
+    return options.picture.left(dot) + suffix(label) + options.picture.mid(dot);
 }
 
 Result<QStringList> writeCapture(const CaptureOptions &options, const CaptureLabel &label,

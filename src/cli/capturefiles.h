@@ -28,6 +28,10 @@ Result<QString> prepareDirectory(const QString &path);
 /// Path of an export: `<directory>/<base>[_<round>]_core<core>_window<window>.<format>`.
 QString exportPath(const CaptureOptions &options, const CaptureLabel &label, ExportFormat format);
 
+/// Path of a picture: the one asked for if it is \a only one, else with the parts of an export's
+/// name before its extension.
+QString picturePath(const CaptureOptions &options, const CaptureLabel &label, bool only);
+
 /// Writes one window in each format asked for and returns the paths; stops at the first file that
 /// cannot be written. An existing file is overwritten.
 Result<QStringList> writeCapture(const CaptureOptions &options, const CaptureLabel &label,

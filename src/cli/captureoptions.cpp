@@ -40,6 +40,8 @@ struct Declarations
     QCommandLineOption name{
         "name", tr("Base name of the exports, letters, digits and _; default FILE's."), "BASE"};
     QCommandLineOption period{"period", tr("Clock period, in us, ns or ps; default 1us."), "10ns"};
+    QCommandLineOption picture{"picture", tr("Draw the capture, zoomed to fit."), "FILE.png"};
+    QCommandLineOption size{"size", tr("Size of the picture in pixels; default 1280x720."), "WxH"};
     QCommandLineOption listCables{"list-cables", tr("List the cables that answer.")};
     QCommandLineOption json{"json", tr("Print one JSON document on standard output.")};
     QCommandLineOption quiet{"quiet", tr("No progress on standard error.")};
@@ -111,6 +113,21 @@ Result<ClockPeriod> clockPeriod(const QString &text, const QList<ExportFormat> &
     if (formats.contains(ExportFormat::Vcd) && period.picoseconds() < 2)
         return usage(tr("--period must be at least 2ps for the vcd format."));
     return period;
+}
+
+// Small enough for any viewer of PNG files, large enough for a wall.
+constexpr int kMaxPictureSide = 16384;
+
+Result<QSize> pictureSize(const QString &text)
+{
+    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,5})x([0-9]{1,5})$"));
+    const auto match = pattern.match(text);
+    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
+    if (size.width() < 200 || size.height() < 100 || size.width() > kMaxPictureSide ||
+        size.height() > kMaxPictureSide)
+        return usage(tr("--size takes WxH from 200x100 to %1x%1 pixels, not \"%2\".")
+                         .arg(QString::number(kMaxPictureSide), text));
+    return size;
 }
 
 QString wordCharacters(QString name)
@@ -212,6 +229,20 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         if (!period)
             return period.error();
         options.period = *period;
+    }
+    if (parser.isSet(declared.picture)) {
+        const QString picture = parser.value(declared.picture);
+        if (!picture.endsWith(QStringLiteral(".png"), Qt::CaseInsensitive))
+            return usage(tr("--picture takes a file that ends in .png, not \"%1\".").arg(picture));
+        options.picture = QFileInfo(picture).absoluteFilePath();
+    }
+    if (parser.isSet(declared.size)) {
+        if (options.picture.isEmpty())
+            return usage(tr("--size goes with --picture."));
+        const auto size = pictureSize(parser.value(declared.size));
+        if (!size)
+            return size.error();
+        options.pictureSize = *size;
     }
     options.directory = QDir(parser.value(declared.out)).absolutePath();
     options.baseName = parser.isSet(declared.name)

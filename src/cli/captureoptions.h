@@ -3,6 +3,7 @@
 #include <base/result.h>
 
 #include <QList>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 
@@ -41,6 +42,8 @@ struct CaptureOptions
     QString directory;                              ///< absolute path
     QString baseName;                               ///< word characters only
     ClockPeriod period;
+    QString picture;              ///< PNG file, absolute path; empty: none
+    QSize pictureSize{1280, 720}; ///< pixels
     bool json = false;
     bool quiet = false;
     QString helpText; ///< set for ShowHelp

@@ -1,6 +1,5 @@
 #include "captureprogram.h"
 
-#include "capturefiles.h"
 #include "interruption.h"
 
 #include <config/standardconfig.h>
@@ -59,9 +58,10 @@ QString refusal(int resultId)
 
 } // namespace
 
-CaptureProgram::CaptureProgram(CaptureOptions options, QObject *parent)
+CaptureProgram::CaptureProgram(CaptureOptions options, PictureWriter drawPicture, QObject *parent)
     : QObject(parent),
       m_options(std::move(options)),
+      m_drawPicture(std::move(drawPicture)),
       m_report(ProgressReport::styleFor(m_options.quiet)),
       m_forceTimer(new QTimer(this)),
       m_timeoutTimer(new QTimer(this)),
@@ -216,7 +216,8 @@ Result<QList<int>> CaptureProgram::chooseCores() const
 void CaptureProgram::startCapture(const QList<int> &cores)
 {
     for (const int position : cores)
-        m_windowsLeft += m_manager.cores()[size_t(position)]->window_num;
+        m_windows += m_manager.cores()[size_t(position)]->window_num;
+    m_windowsLeft = m_windows;
     QVariantList chain;
     for (const int code : m_options.chain)
         chain.append(code);
@@ -279,9 +280,7 @@ void CaptureProgram::onReadRamComplete(int core, int window)
     }
     ++m_round;
     const CaptureLabel label{core, window, isAuto() ? m_round : 0};
-    WaveMonitor::WindowContents contents;
-    fillWindow(contents, config, elements);
-    const Result<QStringList> written = writeCapture(m_options, label, config, contents);
+    const Result<QStringList> written = writeFiles(label, config, elements);
     if (!written) {
         end(ExitStatus::FileError, written.error().message);
         return;
@@ -310,6 +309,22 @@ void CaptureProgram::onReadRamComplete(int core, int window)
         end(ExitStatus::Captured);
     else
         rearmTimers();
+}
+
+Result<QStringList>
+CaptureProgram::writeFiles(const CaptureLabel &label, const CoreConfig &core,
+                           const QList<WaveMonitor::SignalElement> &elements) const
+{
+    WaveMonitor::WindowContents contents;
+    fillWindow(contents, core, elements);
+    Result<QStringList> written = writeCapture(m_options, label, core, contents);
+    if (!written || m_options.picture.isEmpty())
+        return written;
+    const QString path = picturePath(m_options, label, m_windows == 1 && !isAuto());
+    if (!m_drawPicture(path, m_options.pictureSize, core, label.window, elements))
+        return Error{Error::File, tr("The picture %1 can not be written.").arg(path)};
+    written->append(path);
+    return written;
 }
 
 void CaptureProgram::onTriggerComplete(int resultId)

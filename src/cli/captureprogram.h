@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cableaccess.h"
+#include "capturefiles.h"
 #include "captureoptions.h"
 #include "exitstatus.h"
 #include "progressreport.h"
@@ -8,8 +9,13 @@
 #include <base/result.h>
 #include <capture/standarddatamanager.h>
 
+#include <wave/signalelement.h>
+
 #include <QJsonArray>
 #include <QObject>
+#include <QSize>
+
+#include <functional>
 
 class QTimer;
 
@@ -23,7 +29,15 @@ class CaptureProgram final : public QObject
     Q_OBJECT
 
 public:
-    explicit CaptureProgram(CaptureOptions options, QObject *parent = nullptr);
+    /// Draws a captured window as the viewer shows it into a PNG file; false if that can't be
+    /// written. Handed in, since it needs widgets and this class does without.
+    using PictureWriter =
+        std::function<bool(const QString &path, QSize size, const CoreConfig &core, int window,
+                           const QList<WaveMonitor::SignalElement> &elements)>;
+
+    /// \a drawPicture is needed when the options ask for a picture.
+    explicit CaptureProgram(CaptureOptions options, PictureWriter drawPicture = {},
+                            QObject *parent = nullptr);
 
     /// Runs the event loop until the task is done.
     ExitStatus run();
@@ -39,6 +53,8 @@ private:
     void startCapture(const QList<int> &cores);
     void rearmTimers();
     void onReadRamComplete(int core, int window);
+    Result<QStringList> writeFiles(const CaptureLabel &label, const CoreConfig &core,
+                                   const QList<WaveMonitor::SignalElement> &elements) const;
     void onSectionRead(int core, int window, int sectionsRead, int sections);
     void onTriggerComplete(int resultId);
     void endIfIncomplete();
@@ -49,6 +65,7 @@ private:
     void printJson() const;
 
     const CaptureOptions m_options;
+    const PictureWriter m_drawPicture;
     ProgressReport m_report;
     CableAccess m_cables;
     KeoStandardDataManager m_manager;
@@ -57,7 +74,8 @@ private:
     QTimer *m_linkTimer;    // owned by the object tree
 
     QString m_cable;       // the one in use
-    int m_windowsLeft = 0; // of the whole run, Auto rounds apart
+    int m_windows = 0;     // of the whole run, Auto rounds apart
+    int m_windowsLeft = 0; // those that have not arrived yet
     int m_round = 0;       // rounds exported so far
     bool m_ended = false;
     ExitStatus m_status = ExitStatus::Captured;

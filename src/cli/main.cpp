@@ -1,20 +1,44 @@
 #include "captureoptions.h"
+#include "capturepicture.h"
 #include "captureprogram.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <memory>
+
+namespace {
+
+QStringList argumentList(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
+}
+
+// Only a picture needs the toolkit's widgets, and it is drawn without a display.
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool draws)
+{
+    if (!draws)
+        return std::make_unique<QCoreApplication>(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QApplication>(argc, argv);
+}
+
+} // namespace
 
 int main(int argc, char **argv)
 {
-    QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("signalscope-capture"));
-
-    const auto options = KEO::parseCaptureOptions(QCoreApplication::arguments());
+    // Read before the application takes out what it knows itself.
+    const auto options = KEO::parseCaptureOptions(argumentList(argc, argv));
     if (!options) {
         std::fprintf(stderr, "signalscope-capture: %s\nTry --help.\n",
                      qPrintable(options.error().message));
         return int(KEO::ExitStatus::Usage);
     }
-    return int(KEO::CaptureProgram(*options).run());
+    const auto application = makeApplication(argc, argv, !options->picture.isEmpty());
+    QCoreApplication::setApplicationName(QStringLiteral("signalscope-capture"));
+    return int(KEO::CaptureProgram(*options, KEO::drawPicture).run());
 }

@@ -44,6 +44,10 @@ void tst_CaptureOptions::refuses_data()
     row("half a picosecond, default format", "--period 1ps a.keo", "2ps");
     row("name with a slash", "--name a/b a.keo", "a/b");
     row("name with a dot", "--name a.b a.keo", "a.b");
+    row("picture of another kind", "--picture a.jpg a.keo", "a.jpg");
+    row("size without picture", "--size 800x600 a.keo", "--picture");
+    row("size without height", "--picture a.png --size 800 a.keo", "\"800\"");
+    row("size too large", "--picture a.png --size 99999x100 a.keo", "99999x100");
     row("list with file", "--list-cables a.keo", "FILE");
 }
 
@@ -79,6 +83,8 @@ void tst_CaptureOptions::reads()
     QCOMPARE(options->directory, QDir::current().absoluteFilePath("some/dir"));
     QCOMPARE(options->baseName, "run_1");
     QCOMPARE(options->period, (ClockPeriod{1, "ps"}));
+    QCOMPARE(options->picture, QDir::current().absoluteFilePath("shot.png"));
+    QCOMPARE(options->pictureSize, QSize(800, 600));
     QVERIFY(options->json && options->quiet);
 }
 
