@@ -106,18 +106,18 @@ inline QString namesOf(const QModelIndexList &rows)
 namespace WaveMonitor {
 
 /// Counts what the tree tells the rest of its viewer.
-class Listener final : public QObject
+class RowListener final : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit Listener(quint64 domain) : m_domain(domain)
+    explicit RowListener(quint64 domain) : m_domain(domain)
     {
         NotificationCenter::instance()->subscribe(this, {EvFormatChanged, EvCollapsed, EvExpanded,
                                                          EvRepaintItems, EvStructureChanged,
                                                          EvColorChanged});
     }
-    ~Listener() override { NotificationCenter::instance()->unsubscribe(this); }
+    ~RowListener() override { NotificationCenter::instance()->unsubscribe(this); }
 
     Q_INVOKABLE void handleEvents(Notification *e)
     {

@@ -68,7 +68,7 @@ struct Viewer
     SignalTreeModel model;
     QAbstractItemModelTester tester{&model, QAbstractItemModelTester::FailureReportingMode::QtTest};
     SignalTreeView view;
-    Listener listener;
+    RowListener listener;
 };
 
 /// Top edges of the visible items in rows, in the order that the model gives them.

@@ -97,7 +97,7 @@ private:
     std::unique_ptr<SignalTreeModel> m_model;
     std::unique_ptr<QAbstractItemModelTester> m_tester;
     std::unique_ptr<SignalTreeView> m_view;
-    std::unique_ptr<Listener> m_listener;
+    std::unique_ptr<RowListener> m_listener;
     bool m_entered = false; ///< a drag is over the view
 };
 
@@ -108,7 +108,7 @@ void tst_SignalTreeView::prepare()
     m_tester = std::make_unique<QAbstractItemModelTester>(
         m_model.get(), QAbstractItemModelTester::FailureReportingMode::QtTest);
     m_view = std::make_unique<SignalTreeView>(nullptr, 300);
-    m_listener = std::make_unique<Listener>(kDomain);
+    m_listener = std::make_unique<RowListener>(kDomain);
     m_model->setDomain(kDomain);
     m_view->setDomain(kDomain);
     m_view->setModel(m_model.get());
