@@ -50,8 +50,8 @@ struct Declarations
 
     [[nodiscard]] QList<QCommandLineOption> all() const
     {
-        return {device, cable, core,   chain,      forceAfter, timeout, rounds, format,
-                out,    name,  period, listCables, json,       quiet,   help,   version};
+        return {device, cable,  core,    chain, forceAfter, timeout, rounds, format, out,
+                name,   period, picture, size,  listCables, json,    quiet,  help,   version};
     }
 };
 

@@ -24,7 +24,9 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool d
     if (!draws)
         return std::make_unique<QCoreApplication>(argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    return std::make_unique<QApplication>(argc, argv);
+    auto application = std::make_unique<QApplication>(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false); // a drawn picture is no end of the run
+    return application;
 }
 
 } // namespace

@@ -1,5 +1,4 @@
 # The viewer widget: what stands beside wave_data and needs Qt Widgets. Links nothing else.
-find_package(Qt6 6.4 REQUIRED COMPONENTS Gui Widgets)
 add_library(keo_wave STATIC
     localized.h
     notificationcenter.cpp notificationcenter.h

@@ -6,11 +6,13 @@
 
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLocalSocket>
 #include <QProcess>
+#include <QSet>
 
 #include <csignal>
 
@@ -62,6 +64,7 @@ private Q_SLOTS:
     void init();
     void writesEveryFormat();
     void tellsResultsAsJson();
+    void drawsPictures();
     void endsWithItsStatus_data();
     void endsWithItsStatus();
     void forcesTheTrigger();
@@ -156,6 +159,26 @@ void tst_CaptureProgram::tellsResultsAsJson()
     QCOMPARE(captures.first()["samples"].toInt(), 256);
     QCOMPARE(captures.first()["trigger_position"].toInt(), 16);
     QVERIFY(QFile::exists(captures.first()["files"].toArray().first().toString()));
+}
+
+// The trigger stands at sample 16 of 256: a yellow line above the black ground in each picture.
+void tst_CaptureProgram::drawsPictures()
+{
+    TestDesign design;
+    design.windows = 2;
+    board(design);
+    const Outcome outcome =
+        run({"--device", "KR-A", "--picture", "shot.png", "--size", "900x400", "design.keo"});
+    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
+    for (const char *name : {"shot_core0_window0.png", "shot_core0_window1.png"}) {
+        QVERIFY2(outcome.output.contains(file(name)), qPrintable(outcome.output));
+        const QImage picture(file(name));
+        QCOMPARE(picture.size(), QSize(900, 400));
+        QSet<QRgb> colors;
+        for (int x = 0; x < picture.width(); ++x)
+            colors.insert(picture.pixel(x, 75));
+        QVERIFY(colors.contains(qRgb(255, 255, 0)) && colors.contains(qRgb(0, 0, 0)));
+    }
 }
 
 void tst_CaptureProgram::endsWithItsStatus_data()
