@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QCoreApplication>
+#include <QLoggingCategory>
 
 #include <cstdio>
 #include <memory>
@@ -24,6 +25,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool d
     if (!draws)
         return std::make_unique<QCoreApplication>(argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false")); // the viewer's
     auto application = std::make_unique<QApplication>(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false); // a drawn picture is no end of the run
     return application;

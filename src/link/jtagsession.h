@@ -52,8 +52,8 @@ public:
     /// again.
     bool connectServer(const JtagConnection &record, int msecs);
     [[nodiscard]] bool hasConnection() const;
-    /// A cable is selected and its server still holds the connection. Nothing in the session acts on
-    /// a server that went away; a program that runs unattended may want to.
+    /// A cable is selected and its server still holds the connection. Nothing in the session acts
+    /// on a server that went away; a program that runs unattended may want to.
     [[nodiscard]] bool isCurrentConnected() const;
     /// Makes the first connection of that name current; false, and no change, if there is none.
     bool selectCable(const QString &name);
