@@ -165,10 +165,7 @@ void drawTexts(QPainter &painter, const QRectF &exposed, const QList<QBitArray> 
 
 } // namespace
 
-BusWaveItem::BusWaveItem()
-{
-    setFlags(ItemIsSelectable | ItemUsesExtendedStyleOption);
-}
+BusWaveItem::BusWaveItem() = default;
 
 BusWaveItem::~BusWaveItem() = default;
 
@@ -185,18 +182,6 @@ void BusWaveItem::setFormat(const DataFormat *format)
         update();
 }
 
-void BusWaveItem::setSelected(bool selected)
-{
-    if (std::exchange(m_selected, selected) != selected)
-        update();
-}
-
-void BusWaveItem::setColor(const QColor &color)
-{
-    if (std::exchange(m_color, color) != color)
-        update();
-}
-
 QRectF BusWaveItem::boundingRect() const
 {
     return {0, 0, CLOCK_PITCH * qreal(sampleCount()), ROW_HEIGHT};
@@ -210,10 +195,10 @@ void BusWaveItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *optio
     qCDebug(lcWavePaint) << "dirty rectangle: " << exposed << "scale: " << zoom
                          << "start: " << range.first << "data size: " << sampleCount();
     painter->save();
-    paintRowGround(*painter, exposed, kSeparatorY, m_selected);
-    painter->setPen(QPen(QBrush(m_color), 0, Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin));
-    if (const auto grid = pixelGrid(*painter, m_color))
-        paintColumns(*painter, busColumns(m_members, sampleCount(), range, *grid), m_color);
+    paintRowGround(*painter, exposed, kSeparatorY, isRowSelected());
+    painter->setPen(QPen(QBrush(color()), 0, Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin));
+    if (const auto grid = pixelGrid(*painter, color()))
+        paintColumns(*painter, busColumns(m_members, sampleCount(), range, *grid), color());
     else
         drawLines(*painter, m_members, sampleCount(), range, zoom);
     if (m_format && range.first < range.end) {

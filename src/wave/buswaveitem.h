@@ -1,8 +1,8 @@
 #pragma once
 
+#include "waveitem.h"
+
 #include <QBitArray>
-#include <QColor>
-#include <QGraphicsItem>
 #include <QList>
 
 #include <memory>
@@ -14,7 +14,7 @@ class ValueFont;
 
 /// The trace of a bus row: a hexagon for each run of equal values, with the value's text where it
 /// fits. Same coordinates as SignalWaveItem.
-class BusWaveItem final : public QGraphicsItem
+class BusWaveItem final : public WaveItem
 {
 public:
     BusWaveItem();
@@ -26,10 +26,6 @@ public:
     [[nodiscard]] const QList<QBitArray> &members() const { return m_members; }
     /// Borrowed from the bus node; null shows no texts.
     void setFormat(const DataFormat *format);
-    void setSelected(bool selected); ///< of the row in the tree; hides QGraphicsItem's on purpose
-    [[nodiscard]] bool isRowSelected() const { return m_selected; }
-    void setColor(const QColor &color);
-    [[nodiscard]] const QColor &color() const { return m_color; }
 
     [[nodiscard]] QRectF boundingRect() const override;
     void paint(QPainter *painter, const QStyleOptionGraphicsItem *option,
@@ -43,8 +39,6 @@ private:
 
     QList<QBitArray> m_members;
     const DataFormat *m_format = nullptr;
-    bool m_selected = false;
-    QColor m_color = Qt::green;
     std::shared_ptr<const ValueFont> m_font; ///< from the first text on
 };
 

@@ -7,7 +7,8 @@
 #include <QVariant>
 #include <QtDebug>
 
-#include <memory>
+#include <algorithm>
+#include <utility>
 
 namespace WaveMonitor {
 
@@ -72,10 +73,10 @@ void NotificationCenter::postSync(Notification *e, QObject *sender)
 
 void NotificationCenter::postAsync(Notification *e, QObject *sender)
 {
-    if (log(*e)) {
-        delete e;
+    std::unique_ptr<Notification> owned(e);
+    if (log(*e))
         return;
-    }
+    m_queued.push_back(std::move(owned));
     for (QObject *receiver : m_subscribers.values(e->type)) {
         if (receiver != sender)
             QMetaObject::invokeMethod(receiver, "handleEvents", Qt::QueuedConnection,
@@ -87,7 +88,11 @@ void NotificationCenter::postAsync(Notification *e, QObject *sender)
 
 void NotificationCenter::deleteEventLater(Notification *e)
 {
-    delete e;
+    // Events go in the order of posting, so this one stands in front.
+    const auto found = std::find_if(m_queued.begin(), m_queued.end(),
+                                    [e](const auto &queued) { return queued.get() == e; });
+    if (found != m_queued.end())
+        m_queued.erase(found);
 }
 
 bool concerns(const Notification &e, quint64 domain)

@@ -6,6 +6,9 @@
 #include <QPointer>
 #include <QString>
 
+#include <deque>
+#include <memory>
+
 namespace WaveMonitor {
 
 /// What the parts of a viewer tell one another. Events "before" are delivered at once, so that a
@@ -67,6 +70,7 @@ private:
     bool log(const Notification &e) const;
 
     QMultiMap<int, QObject *> m_subscribers;
+    std::deque<std::unique_ptr<Notification>> m_queued; ///< in the order of posting
 };
 
 /// The start of every handler: is the event from a living sender of that domain?

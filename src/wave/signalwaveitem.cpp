@@ -6,8 +6,6 @@
 #include <QPainter>
 #include <QStyleOptionGraphicsItem>
 
-#include <utility>
-
 namespace WaveMonitor {
 
 namespace {
@@ -29,28 +27,11 @@ void drawLines(QPainter &painter, const QBitArray &data, SampleRange range)
 
 } // namespace
 
-SignalWaveItem::SignalWaveItem()
-{
-    setFlags(ItemIsSelectable | ItemUsesExtendedStyleOption);
-}
-
 void SignalWaveItem::setData(const QBitArray &data)
 {
     prepareGeometryChange();
     m_data = data;
     update();
-}
-
-void SignalWaveItem::setSelected(bool selected)
-{
-    if (std::exchange(m_selected, selected) != selected)
-        update();
-}
-
-void SignalWaveItem::setColor(const QColor &color)
-{
-    if (std::exchange(m_color, color) != color)
-        update();
 }
 
 QRectF SignalWaveItem::boundingRect() const
@@ -63,11 +44,11 @@ void SignalWaveItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *op
     const QRectF &exposed = option->exposedRect;
     qCDebug(lcWavePaint) << "dirty rectangle: " << exposed << "data size: " << m_data.size();
     painter->save();
-    paintRowGround(*painter, exposed, kSeparatorY, m_selected);
-    painter->setPen(QPen(QBrush(m_color), 0, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+    paintRowGround(*painter, exposed, kSeparatorY, isRowSelected());
+    painter->setPen(QPen(QBrush(color()), 0, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
     const SampleRange range = exposedSamples(exposed, m_data.size(), 0);
-    if (const auto grid = pixelGrid(*painter, m_color))
-        paintColumns(*painter, signalColumns(m_data, range, *grid), m_color);
+    if (const auto grid = pixelGrid(*painter, color()))
+        paintColumns(*painter, signalColumns(m_data, range, *grid), color());
     else
         drawLines(*painter, m_data, range);
     painter->restore();

@@ -7,7 +7,7 @@ add_library(keo::wave ALIAS keo_wave)
 target_include_directories(keo_wave PUBLIC ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(keo_wave PUBLIC keo::wave_data Qt6::Widgets PRIVATE keo::warnings)
 
-# Wave items (V1)
+# Wave items
 target_sources(keo_wave PRIVATE
     buswaveitem.cpp buswaveitem.h
     samplechanges.cpp samplechanges.h
@@ -15,9 +15,10 @@ target_sources(keo_wave PRIVATE
     tracegeometry.cpp tracegeometry.h
     tracepainting.cpp tracepainting.h
     valuefont.cpp valuefont.h
+    waveitem.cpp waveitem.h
 )
 
-# Wave view, ruler, widget (V2)
+# Wave view, ruler, widget
 target_sources(keo_wave PRIVATE
     popupmenu.cpp popupmenu.h
     rulerview.cpp rulerview.h
@@ -30,7 +31,7 @@ target_sources(keo_wave PRIVATE
     windowstate.h
 )
 
-# Tree model and view (V3)
+# Tree model and view
 target_sources(keo_wave PRIVATE
     dragdropdelegate.cpp dragdropdelegate.h
     rowtext.cpp rowtext.h

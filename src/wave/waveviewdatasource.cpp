@@ -28,26 +28,14 @@ bool isShared(const QList<QBitArray> &a, const QList<QBitArray> &b)
                       [](const QBitArray &x, const QBitArray &y) { return isShared(x, y); });
 }
 
-void markSelected(const LayoutNode *node, QGraphicsItem *item, bool selected)
+void showColor(const LayoutNode *node, WaveItem *item)
 {
-    if (node->type == LayoutNode::Bus)
-        static_cast<BusWaveItem *>(item)->setSelected(selected);
-    else
-        static_cast<SignalWaveItem *>(item)->setSelected(selected);
-}
-
-void showColor(const LayoutNode *node, QGraphicsItem *item)
-{
-    const QColor color = QColor::fromRgb(QRgb(node->color));
-    if (node->type == LayoutNode::Bus)
-        static_cast<BusWaveItem *>(item)->setColor(color);
-    else
-        static_cast<SignalWaveItem *>(item)->setColor(color);
+    item->setColor(QColor::fromRgb(QRgb(node->color)));
 }
 
 } // namespace
 
-void WaveViewDataSource::TakenFromScene::operator()(QGraphicsItem *item) const
+void WaveViewDataSource::TakenFromScene::operator()(WaveItem *item) const
 {
     if (item->scene())
         item->scene()->removeItem(item);
@@ -72,7 +60,7 @@ BusWaveItem *WaveViewDataSource::busItem(const LayoutNode *node)
     return static_cast<BusWaveItem *>(item(node));
 }
 
-QGraphicsItem *WaveViewDataSource::item(const LayoutNode *node)
+WaveItem *WaveViewDataSource::item(const LayoutNode *node)
 {
     Item &item = m_items[node];
     if (item)
@@ -159,13 +147,13 @@ void WaveViewDataSource::setSelected(const LayoutNode *node, bool selected)
 {
     const auto found = m_items.find(node);
     if (found != m_items.end())
-        markSelected(node, found->second.get(), selected);
+        found->second->setSelected(selected);
 }
 
 void WaveViewDataSource::clearSelection()
 {
     for (const auto &[node, item] : m_items)
-        markSelected(node, item.get(), false);
+        item->setSelected(false);
 }
 
 const LayoutNode *WaveViewDataSource::nodeOf(const QGraphicsItem *item) const

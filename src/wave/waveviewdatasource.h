@@ -13,6 +13,7 @@ namespace WaveMonitor {
 class BusWaveItem;
 class LayoutNode;
 class SignalWaveItem;
+class WaveItem;
 class WindowContents;
 
 /// The wave items of a viewer's rows, made on demand and owned here; scenes only show them. A row
@@ -47,11 +48,11 @@ public:
 private:
     struct TakenFromScene
     {
-        void operator()(QGraphicsItem *item) const;
+        void operator()(WaveItem *item) const;
     };
-    using Item = std::unique_ptr<QGraphicsItem, TakenFromScene>;
+    using Item = std::unique_ptr<WaveItem, TakenFromScene>;
 
-    QGraphicsItem *item(const LayoutNode *node);
+    WaveItem *item(const LayoutNode *node);
 
     const WindowContents &m_contents;
     std::unordered_map<const LayoutNode *, Item> m_items;
