@@ -20,7 +20,7 @@ void describeCore(const CoreModel &model, QTextStream &out)
         << " edge: " << model.stimulusSamples() << " samples\n";
 }
 
-void describeDevice(const DeviceSpec &device, QTextStream &out)
+void describeDevice(const DeviceSetup &device, QTextStream &out)
 {
     out << "  device " << (device.model.isEmpty() ? QStringLiteral("(no model)") : device.model)
         << ", ID code 0x" << QStringLiteral("%1").arg(device.idCode, 8, 16, QLatin1Char('0'))
@@ -36,19 +36,19 @@ void describeFault(const Fault &fault, QTextStream &out)
         << '\n';
 }
 
-bool checkCable(const QString &server, const CableSpec &spec, QTextStream &out)
+bool checkCable(const QString &server, const CableSetup &setup, QTextStream &out)
 {
     out << "cable of server \"" << server << "\"\n";
-    for (const DeviceSpec &device : spec.chain)
+    for (const DeviceSetup &device : setup.chain)
         describeDevice(device, out);
-    if (spec.chain.isEmpty())
+    if (setup.chain.isEmpty())
         out << "  no device: every OPEN fails\n";
-    for (const Fault &fault : spec.faults)
+    for (const Fault &fault : setup.faults)
         describeFault(fault, out);
 
     QStringList notes;
     const auto cable = Cable::build(
-        spec, [](const QString &) {}, &notes);
+        setup, [](const QString &) {}, &notes);
     if (!cable) {
         out << "  error: " << cable.error() << '\n';
         return false;

@@ -173,9 +173,9 @@ private:
         return int(value);
     }
 
-    CableSpec readCable(const QJsonObject &object, const QString &place)
+    CableSetup readCable(const QJsonObject &object, const QString &place)
     {
-        CableSpec cable;
+        CableSetup cable;
         allow(object, place, {"chain", "faults"});
         const QJsonArray chain = array(object, place, "chain");
         for (qsizetype i = 0; i < chain.size(); ++i) {
@@ -184,7 +184,7 @@ private:
         }
         const auto analyzers =
             std::count_if(cable.chain.begin(), cable.chain.end(),
-                          [](const DeviceSpec &device) { return !device.description.isEmpty(); });
+                          [](const DeviceSetup &device) { return !device.description.isEmpty(); });
         if (analyzers > 1)
             fail(place + QStringLiteral(".chain"),
                  QStringLiteral("only one device may hold an analyzer"));
@@ -196,9 +196,9 @@ private:
         return cable;
     }
 
-    DeviceSpec readDevice(const QJsonObject &object, const QString &place)
+    DeviceSetup readDevice(const QJsonObject &object, const QString &place)
     {
-        DeviceSpec device;
+        DeviceSetup device;
         allow(object, place,
               {"model", "idcode", "instruction", "programmed", "description", "stimulus", "nets"});
         device.model = text(object, place, "model");

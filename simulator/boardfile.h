@@ -10,7 +10,7 @@
 namespace Sim {
 
 /// One device of a chain as the board file tells it; paths are absolute.
-struct DeviceSpec
+struct DeviceSetup
 {
     QString model;
     quint32 idCode = 0;
@@ -22,9 +22,9 @@ struct DeviceSpec
 };
 
 /// What hangs on the cable of one server.
-struct CableSpec
+struct CableSetup
 {
-    QList<DeviceSpec> chain;
+    QList<DeviceSetup> chain;
     QList<Fault> faults;
 };
 
@@ -36,7 +36,7 @@ struct BoardFile
     QString path;
     QString log; ///< absolute path; empty: none
     qint64 samplesPerSecond = 2'000'000;
-    QMap<QString, CableSpec> cables; ///< by server name
+    QMap<QString, CableSetup> cables; ///< by server name
 };
 
 /// Reads a board file. Unknown keys are errors, as they are mostly misspelt known ones; errors name

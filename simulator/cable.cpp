@@ -40,10 +40,10 @@ void copyKeys(const Packet &from, Packet &to, std::initializer_list<const char *
     }
 }
 
-QList<int> chainOf(const CableSpec &spec)
+QList<int> chainOf(const CableSetup &setup)
 {
     QList<int> chain;
-    for (const DeviceSpec &device : spec.chain)
+    for (const DeviceSetup &device : setup.chain)
         chain.append(device.description.isEmpty() ? device.instruction : 0);
     return chain;
 }
@@ -62,19 +62,19 @@ QString textOf(const QVariant &value)
 }
 
 Outcome<std::unique_ptr<DeviceModel>>
-buildDevice(const DeviceSpec &spec, const CoreModel::Report &report, QStringList *notes)
+buildDevice(const DeviceSetup &setup, const CoreModel::Report &report, QStringList *notes)
 {
-    auto design = readDescriptionFile(spec.description);
+    auto design = readDescriptionFile(setup.description);
     if (!design)
         return Failure{design.error()};
-    QFile dump(spec.stimulus);
-    if (!QFileInfo(spec.stimulus).isFile() || !dump.open(QIODevice::ReadOnly))
-        return Failure{QStringLiteral("%1: can't be opened").arg(spec.stimulus)};
-    auto stimuli = readStimulus(dump, design->cores, spec.nets, notes);
+    QFile dump(setup.stimulus);
+    if (!QFileInfo(setup.stimulus).isFile() || !dump.open(QIODevice::ReadOnly))
+        return Failure{QStringLiteral("%1: can't be opened").arg(setup.stimulus)};
+    auto stimuli = readStimulus(dump, design->cores, setup.nets, notes);
     if (!stimuli)
-        return Failure{QStringLiteral("%1: %2").arg(spec.stimulus, stimuli.error())};
+        return Failure{QStringLiteral("%1: %2").arg(setup.stimulus, stimuli.error())};
 
-    const bool extraRow = design->isKeo && isLongListModel(spec.model);
+    const bool extraRow = design->isKeo && isLongListModel(setup.model);
     auto device = std::make_unique<DeviceModel>(report);
     for (qsizetype i = 0; i < design->cores.size(); ++i) {
         const CoreDescription &core = design->cores.at(i);
@@ -112,16 +112,16 @@ QString describe(const Packet &packet)
     return parts.isEmpty() ? QStringLiteral("(empty)") : parts.join(u' ');
 }
 
-Cable::Cable(const CableSpec &spec, CoreModel::Report report)
-    : m_spec(spec), m_report(std::move(report))
+Cable::Cable(const CableSetup &setup, CoreModel::Report report)
+    : m_setup(setup), m_report(std::move(report))
 {
 }
 
-Outcome<std::unique_ptr<Cable>> Cable::build(const CableSpec &spec, CoreModel::Report report,
+Outcome<std::unique_ptr<Cable>> Cable::build(const CableSetup &setup, CoreModel::Report report,
                                              QStringList *notes)
 {
-    std::unique_ptr<Cable> cable(new Cable(spec, report));
-    for (const DeviceSpec &device : spec.chain) {
+    std::unique_ptr<Cable> cable(new Cable(setup, report));
+    for (const DeviceSetup &device : setup.chain) {
         if (device.description.isEmpty() || !device.isProgrammed)
             continue;
         auto built = buildDevice(device, report, notes);
@@ -137,6 +137,7 @@ std::optional<Packet> Cable::handle(int client, const Packet &packet,
 {
     const QString command = packet.value(kCommand).toString();
     if (command == QStringLiteral("OPEN")) {
+        m_notOpenReported = false;
         const int result = forcedResult ? *forcedResult : openResult(client, packet);
         if (result == Opened)
             m_holder = client;
@@ -178,7 +179,7 @@ int Cable::openResult(int client, const Packet &packet) const
     QList<int> asked;
     for (const QVariant &entry : packet.value(kChain).toList())
         asked.append(entry.toInt());
-    if (asked.isEmpty() || asked != chainOf(m_spec)) {
+    if (asked.isEmpty() || asked != chainOf(m_setup)) {
         m_report(QStringLiteral("OPEN for another chain than the board's"));
         return OpenFailed;
     }
@@ -189,7 +190,7 @@ void Cable::write(int client, const Packet &packet)
 {
     const QVariant data = packet.value(kData);
     if (m_holder != client)
-        m_report(QStringLiteral("a write, and the device isn't open"));
+        reportNotOpen(QStringLiteral("a write"));
     else if (data.typeId() != QMetaType::QBitArray)
         m_report(QStringLiteral("a write without bits"));
     else if (m_device)
@@ -201,7 +202,7 @@ Packet Cable::read(int client, const Packet &packet)
     QBitArray bits;
     const int size = packet.value(kSize).toInt();
     if (m_holder != client)
-        m_report(QStringLiteral("a read, and the device isn't open"));
+        reportNotOpen(QStringLiteral("a read"));
     else if (size < 1 || size > kMaxReadBits)
         m_report(QStringLiteral("a read of %1 bits").arg(size));
     else if (m_device)
@@ -209,6 +210,16 @@ Packet Cable::read(int client, const Packet &packet)
     Packet reply{{kData, bits}};
     copyKeys(packet, reply, {"request_id", "data_request_id", "WINDOW", "SECTION_COUNT"});
     return reply;
+}
+
+// A program that does not wait for the reply to "OPEN" sends a whole register image to a device
+// that refused: one line tells it all.
+void Cable::reportNotOpen(const QString &packet)
+{
+    if (!m_notOpenReported)
+        m_report(packet +
+                 QStringLiteral(", and the device isn't open; more of these go unreported"));
+    m_notOpenReported = true;
 }
 
 } // namespace Sim

@@ -24,7 +24,7 @@ public:
 
     /// Builds the device model, which reads the description and the stimulus. Sentences about what
     /// is odd but workable are appended to \a notes.
-    static Outcome<std::unique_ptr<Cable>> build(const CableSpec &spec, CoreModel::Report report,
+    static Outcome<std::unique_ptr<Cable>> build(const CableSetup &setup, CoreModel::Report report,
                                                  QStringList *notes);
 
     /// The reply to a packet, or nothing when there is none. \a client tells clients apart;
@@ -39,16 +39,18 @@ public:
     [[nodiscard]] const DeviceModel *device() const { return m_device.get(); }
 
 private:
-    Cable(const CableSpec &spec, CoreModel::Report report);
+    Cable(const CableSetup &setup, CoreModel::Report report);
 
     [[nodiscard]] int openResult(int client, const Packet &packet) const;
     void write(int client, const Packet &packet);
     Packet read(int client, const Packet &packet);
+    void reportNotOpen(const QString &packet);
 
-    CableSpec m_spec;
+    CableSetup m_setup;
     CoreModel::Report m_report;
     std::unique_ptr<DeviceModel> m_device;
     std::optional<int> m_holder; ///< client that has the device open
+    bool m_notOpenReported = false;
 };
 
 } // namespace Sim

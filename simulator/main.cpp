@@ -52,16 +52,16 @@ int serve(const QString &socketName, const QString &logPath)
     if (!logFile.isEmpty() && !log.openFile(logFile))
         return kBadBoard;
 
-    const Sim::CableSpec spec = board.cables.value(socketName);
+    const Sim::CableSetup setup = board.cables.value(socketName);
     QStringList notes;
     auto cable = Sim::Cable::build(
-        spec, [&log](const QString &text) { log.complain(text); }, &notes);
+        setup, [&log](const QString &text) { log.complain(text); }, &notes);
     if (!cable)
         return refuse(cable.error(), kBadBoard);
     for (const QString &note : std::as_const(notes))
         log.complain(QStringLiteral("reads as 0: %1").arg(note));
 
-    Sim::Server server(std::move(*cable), spec.faults, board.samplesPerSecond, &log);
+    Sim::Server server(std::move(*cable), setup.faults, board.samplesPerSecond, &log);
     if (const QString error = server.listen(socketName); !error.isEmpty())
         return refuse(error, kNameTaken);
     log.note(QStringLiteral("serves \"%1\"").arg(socketName));
