@@ -15,6 +15,7 @@
 #include <QKeySequence>
 #include <QMessageBox>
 #include <QPointer>
+#include <QScreen>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QToolBar>
@@ -23,7 +24,9 @@ namespace KEO {
 
 namespace {
 
-constexpr int kIconSize = 24; // device-independent pixels
+// In device-independent pixels.
+constexpr int kIconSize = 24;
+constexpr QSize kRestoredSize(1280, 800); // when the user takes the maximized window back
 
 std::unique_ptr<QAction> makeOpenAction(QWidget *window)
 {
@@ -95,6 +98,7 @@ Analyzer::Analyzer(QWidget *parent, const ProjectFactories &factories)
     connect(m_d->openAction, &QAction::triggered, this, &Analyzer::onOpen);
     addToolBar(m_d->toolBar);
     setCentralWidget(m_d->tabWidget);
+    resize(kRestoredSize.boundedTo(screen()->availableSize()));
     if (wantsDebugMessages(QCoreApplication::arguments()))
         buildDebugDock();
 }

@@ -65,7 +65,9 @@ DebugDock::DebugDock(QWidget *parent)
     m_pane->setObjectName(QStringLiteral("debugPane"));
     m_pane->setReadOnly(true);
     m_pane->setLineWrapMode(QPlainTextEdit::NoWrap);
-    m_pane->setFont(QFont(QStringLiteral("Courier"), 9));
+    QFont font(QStringLiteral("Courier"), 9);
+    font.setStyleHint(QFont::Monospace); // where there is no such font
+    m_pane->setFont(font);
     m_pane->setMaximumBlockCount(kMaxLines);
     setWidget(m_pane);
     setMinimumSize(500, 300);
