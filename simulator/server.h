@@ -1,0 +1,60 @@
+#pragma once
+
+#include "boardfile.h"
+#include "cable.h"
+#include "faultplan.h"
+#include "logbook.h"
+
+#include <QElapsedTimer>
+#include <QLocalServer>
+#include <QObject>
+#include <QTimer>
+
+#include <memory>
+#include <vector>
+
+class QLocalSocket;
+
+namespace Sim {
+
+class Connection;
+
+/// One cable server: a local socket in front of a Cable, the faults of the board file between them,
+/// and the clock that lets the armed cores sample. Lives on the main thread.
+class Server final : public QObject
+{
+    Q_OBJECT
+
+public:
+    Server(std::unique_ptr<Cable> cable, QList<Fault> faults, qint64 samplesPerSecond, Logbook *log,
+           QObject *parent = nullptr);
+    ~Server() override;
+
+    /// Serves clients of this user under \a name. The place of a server that died is taken; when
+    /// one lives there, or on any other obstacle, the result is the error's text.
+    QString listen(const QString &name);
+
+private:
+    friend class Connection;
+
+    void acceptClients();
+    void drop(Connection *connection);
+    void handle(Connection &connection, const Packet &packet);
+    void notePacket(const Connection &connection, const QString &way, const Packet &packet);
+    void sample();
+    void hang();
+
+    std::unique_ptr<Cable> m_cable;
+    FaultPlan m_faults;
+    qint64 m_samplesPerSecond = 0;
+    Logbook *m_log;                                  // borrowed
+    QLocalServer *m_server = new QLocalServer(this); // owned by the object tree
+    QTimer *m_tick = new QTimer(this); // owned by the object tree; runs while a core is armed
+    QElapsedTimer m_sampledAt;
+    qint64 m_nanosecondsLeft = 0; ///< of the time that made no whole sample
+    std::vector<std::unique_ptr<Connection>> m_connections;
+    int m_lastClient = 0;
+    bool m_isHung = false;
+};
+
+} // namespace Sim

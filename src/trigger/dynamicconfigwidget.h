@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QWidget>
+
+class QComboBox;
+class QGroupBox;
+class QLineEdit;
+class QListWidget;
+class QListWidgetItem;
+class QSpinBox;
+class QTableView;
+
+namespace KEO {
+
+struct CoreConfig;
+class MatchUnitModel;
+
+/// The page on which the user sets the capture of one standard core: windows, amount, trigger
+/// position, trigger expressions and match units.
+///
+/// What stands in its fields reaches the core with saveToCore only; the two dialogs that it opens
+/// write an expression or a match unit into the core when they are accepted. The page is disabled
+/// until its owner enables it.
+class DynamicConfigWidget final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit DynamicConfigWidget(QWidget *parent = nullptr);
+
+    /// The core that the page shows, or null.
+    [[nodiscard]] CoreConfig *core() const { return m_core; }
+    /// Shows \a core, which is borrowed: call setCore(nullptr), or with another core, before it is
+    /// deleted or at once thereafter; the old core is not touched any more. A dialog that the page
+    /// has open is closed as cancelled. Fills an empty `expressionEnabled` of the core. Never emits
+    /// windowNumChanged.
+    void setCore(CoreConfig *core);
+    /// Writes windows, amount (samples, 0 when none is selected), trigger position (samples) and
+    /// the flag of each expression into the core. Does nothing without a core.
+    void saveToCore();
+    /// Shows no core.
+    void clearPage();
+
+Q_SIGNALS:
+    /// The user chose a number of windows. The core has it after the next saveToCore.
+    void windowNumChanged();
+
+private Q_SLOTS:
+    void editMu();
+    void onWindowNumChanged();
+    void onCaptureAmountChanged();
+    void editExpression(QListWidgetItem *item);
+
+private:
+    [[nodiscard]] QGroupBox *makeCaptureGroup();
+    [[nodiscard]] QGroupBox *makeExpressionGroup();
+    [[nodiscard]] QGroupBox *makeUnitGroup();
+    void connectSlots();
+    void closeOpenDialogs();
+    void fillWindowNumbers();
+    void fillAmounts();
+    void fillExpressions();
+    void limitTriggerPosition(int amount);
+
+    CoreConfig *m_core = nullptr; // borrowed
+    MatchUnitModel *m_model;      // owned by the object tree, as are the widgets
+    QGroupBox *m_groupBox = nullptr;
+    QLineEdit *m_lineEditStorage = nullptr;
+    QComboBox *m_comboBoxWindow = nullptr;
+    QComboBox *m_comboBoxAmount = nullptr;
+    QSpinBox *m_spinBoxTrPos = nullptr;
+    QListWidget *m_listExpressions = nullptr;
+    QTableView *m_tableUnit = nullptr;
+};
+
+} // namespace KEO

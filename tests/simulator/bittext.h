@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QBitArray>
+#include <QString>
+
+// Words and rows as text of 0 and 1, first bit first: the tests' own way, apart from the board's.
+
+inline QBitArray bitsOf(const QString &text)
+{
+    QBitArray bits(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i)
+        bits.setBit(i, text.at(i) == u'1');
+    return bits;
+}
+
+/// The last \a width binary digits of \a value.
+inline QString binary(quint64 value, int width)
+{
+    return QStringLiteral("%1").arg(value, width, 2, QLatin1Char('0')).right(width);
+}

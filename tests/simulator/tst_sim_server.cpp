@@ -1,0 +1,635 @@
+#include "bittext.h"
+
+#include <support/testmain.h>
+
+#include <QBitArray>
+#include <QDataStream>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QProcess>
+
+#include <memory>
+
+namespace {
+
+using Message = QMap<QString, QVariant>;
+
+constexpr int kPatienceMs = 20000;
+const QString kExample = QStringLiteral(KEO_SOURCE_DIR "/examples/uart_fifo/");
+
+QByteArray frameOf(const Message &message)
+{
+    QByteArray payload;
+    QDataStream stream(&payload, QIODevice::WriteOnly);
+    stream.setVersion(QDataStream::Qt_4_6);
+    stream << message;
+    QByteArray length;
+    QDataStream(&length, QIODevice::WriteOnly) << qint32(payload.size());
+    return length + payload;
+}
+
+/// One of the three server programs, as a parent starts it.
+class ServerProcess
+{
+public:
+    explicit ServerProcess(const QString &program, const QString &board,
+                           const QStringList &arguments = {QStringLiteral("-local")})
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("SIGNALSCOPE_BOARD"), board);
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(KEO_BURNER_DIR "/") + program, arguments);
+    }
+
+    ~ServerProcess()
+    {
+        process.closeWriteChannel();
+        if (!process.waitForFinished(kPatienceMs))
+            process.kill();
+    }
+
+    /// Standard error so far, once it holds \a text.
+    bool complains(const QString &text)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        while (!complaints.contains(text) && clock.elapsed() < kPatienceMs) {
+            process.waitForReadyRead(20);
+            complaints += QString::fromLocal8Bit(process.readAllStandardError());
+        }
+        return complaints.contains(text);
+    }
+
+    QProcess process;
+    QString complaints;
+};
+
+/// A client with a reader of its own for what comes back.
+class Client
+{
+public:
+    explicit Client(const QString &name)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        do {
+            socket.connectToServer(name);
+            if (socket.waitForConnected(100))
+                break;
+            QTest::qWait(10);
+        } while (clock.elapsed() < kPatienceMs);
+    }
+
+    void send(const Message &message)
+    {
+        socket.write(frameOf(message));
+        socket.flush();
+    }
+
+    /// The next message; one key "none" when nothing complete comes within \a ms.
+    Message receive(int ms = kPatienceMs)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        while (true) {
+            buffer += socket.readAll();
+            const qint64 length =
+                buffer.size() < 4 ? -1 : QByteArray(buffer.left(4)).toHex().toLongLong(nullptr, 16);
+            if (length >= 0 && buffer.size() >= 4 + length) {
+                QDataStream stream(buffer.mid(4, length));
+                stream.setVersion(QDataStream::Qt_4_6);
+                Message message;
+                stream >> message;
+                buffer.remove(0, 4 + length);
+                return message;
+            }
+            incomplete += !buffer.isEmpty();
+            const qint64 left = ms - clock.elapsed();
+            if (left <= 0 || !socket.waitForReadyRead(int(left)))
+                if (socket.bytesAvailable() == 0)
+                    return {{QStringLiteral("none"), true}};
+        }
+    }
+
+    int open(const QList<int> &chain = {0}, uint id = 0)
+    {
+        QVariantList list;
+        for (const int code : chain)
+            list.append(code);
+        send({{"CMD", "OPEN"}, {"CHAIN", list}, {"request_id", id}});
+        const Message reply = receive();
+        return reply.value("request_id").toUInt() == id ? reply.value("RES", 4711).toInt() : 4712;
+    }
+
+    void write(const QString &word, const char *operation = "WRITE_REGISTOR")
+    {
+        send({{"CMD", "WRITE"}, {"OPRATE", QLatin1String(operation)}, {"DATA", bitsOf(word)}});
+    }
+
+    void writeRegister(int address, quint64 value, int width)
+    {
+        write(QStringLiteral("01001") + binary(quint64(address), 16) + binary(value, width));
+    }
+
+    void askStart(int width, uint id)
+    {
+        write(QStringLiteral("01101") + binary(0, 16), "WRITE_START_REG");
+        send({{"CMD", "READ"},
+              {"OPRATE", "READ_START_REG"},
+              {"SIZE", width},
+              {"data_request_id", id}});
+    }
+
+    bool waitUntilIdle(int width)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        while (clock.elapsed() < kPatienceMs) {
+            askStart(width, 1);
+            const QBitArray bits = receive().value("DATA").toBitArray();
+            if (bits.size() == width && bits.count(true) == 0)
+                return true;
+        }
+        return false;
+    }
+
+    /// Rows of a window by address, as text with the marker first.
+    QStringList readWindow(int window, int first, int amount, int width, int used)
+    {
+        QStringList rows;
+        constexpr int kSection = 128;
+        const int sections = amount / kSection;
+        for (int section = 0; section < sections; ++section) {
+            write(QStringLiteral("00111") + binary(quint64(first + section * kSection), 16) +
+                      binary(kSection, 16),
+                  "BRUST_READ");
+            send({{"CMD", "READ"},
+                  {"OPRATE", "READ_RAM"},
+                  {"SIZE", width * kSection + 33},
+                  {"SECTION", section},
+                  {"SECTION_COUNT", sections},
+                  {"WINDOW", window},
+                  {"data_request_id", uint(section)}});
+            const Message reply = receive();
+            const QBitArray bits = reply.value("DATA").toBitArray();
+            if (bits.size() != width * kSection + 33 || reply.value("WINDOW") != QVariant(window) ||
+                reply.value("SECTION_COUNT") != QVariant(sections) ||
+                reply.value("data_request_id") != QVariant(uint(section)))
+                return {};
+            for (int row = kSection - 1; row >= 0; --row) {
+                QString text;
+                for (int bit = width - used; bit < width; ++bit)
+                    text.append(bits.testBit(32 + row * width + bit) ? u'1' : u'0');
+                rows.append(text);
+            }
+        }
+        return rows;
+    }
+
+    QLocalSocket socket;
+    QByteArray buffer;
+    int incomplete = 0; ///< looks at the buffer that found part of a frame
+};
+
+/// The rows in the order of time, beginning \a position rows before the trigger, whose marker
+/// stands \a lead rows after it; empty unless there is exactly one marker.
+QStringList unrolled(const QStringList &rows, int position, int lead)
+{
+    QList<qsizetype> markers;
+    for (qsizetype row = 0; row < rows.size(); ++row) {
+        if (rows.at(row).startsWith(u'1'))
+            markers.append(row);
+    }
+    if (markers.size() != 1)
+        return {};
+    const qsizetype oldest = (markers.first() - lead - position + 2 * rows.size()) % rows.size();
+    return rows.mid(oldest) + rows.mid(0, oldest);
+}
+
+int number(const QString &row, int from, int count)
+{
+    return row.mid(from, count).toInt(nullptr, 2);
+}
+
+} // namespace
+
+class tst_SimServer : public QuietTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void opens_data();
+    void opens();
+    void capturesStaticCore();
+    void capturesWindowsOfDynamicCore();
+    void closedDevice();
+    void oneClientHoldsTheDevice();
+    void faults_data();
+    void faults();
+    void piecesAndGlued();
+    void dies();
+    void hangs();
+    void hostileClient_data();
+    void hostileClient();
+    void endsWithItsParent();
+    void namesOfTheDeadAndTheLiving();
+    void refusals_data();
+    void refusals();
+    void logs();
+
+private:
+    /// A board file of the example with these faults on the first cable.
+    QString boardWith(const QByteArray &faults, const QByteArray &more = {})
+    {
+        const QString path = m_directory.filePath(QStringLiteral("board.json"));
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly))
+            return {};
+        const QByteArray device = "{\"description\": \"" + kExample.toUtf8() +
+                                  "uart_fifo.zeo\", \"stimulus\": \"" + kExample.toUtf8() +
+                                  "uart_fifo.vcd\"}";
+        file.write("{" + more + "\"cables\": {\"keo1\": {\"chain\": [" + device +
+                   "], \"faults\": [" + faults +
+                   "]}, \"keo\": {\"chain\": [{\"instruction\": 6}, " + device + ", {}]}}}");
+        return path;
+    }
+
+    QTemporaryDir m_directory;
+};
+
+void tst_SimServer::opens_data()
+{
+    QTest::addColumn<QString>("program");
+    QTest::addColumn<QString>("socket");
+    QTest::addColumn<QString>("board");
+    QTest::addColumn<QList<int>>("chain");
+    QTest::addColumn<int>("result");
+    const QString example = kExample + QStringLiteral("board.json");
+    const QString chain; // the board with three devices
+    QTest::newRow("programmed") << "chainserver"
+                                << "keo1" << example << QList<int>{0} << 0;
+    QTest::newRow("no bitstream") << "chainserver_lpt"
+                                  << "keo" << example << QList<int>{0} << -20;
+    QTest::newRow("fails") << "chainserver_lk7"
+                           << "keolk7" << example << QList<int>{0} << 1;
+    QTest::newRow("three devices") << "chainserver_lpt"
+                                   << "keo" << chain << QList<int>{6, 0, 8} << 0;
+    QTest::newRow("other code") << "chainserver_lpt"
+                                << "keo" << chain << QList<int>{7, 0, 8} << 1;
+    QTest::newRow("other length") << "chainserver_lpt"
+                                  << "keo" << chain << QList<int>{0} << 1;
+    QTest::newRow("empty chain") << "chainserver"
+                                 << "keo1" << example << QList<int>() << 1;
+    QTest::newRow("cable without a board") << "chainserver_lk7"
+                                           << "keolk7" << chain << QList<int>{0} << 1;
+}
+
+void tst_SimServer::opens()
+{
+    QFETCH(QString, program);
+    QFETCH(QString, socket);
+    QFETCH(QString, board);
+    QFETCH(QList<int>, chain);
+    ServerProcess server(program, board.isEmpty() ? boardWith({}) : board);
+    Client client(socket);
+    QTEST(client.open(chain, 5), "result");
+}
+
+/// Core 0 fires on the letter H: its window holds the line that begins there.
+void tst_SimServer::capturesStaticCore()
+{
+    constexpr int kWidth = 16, kAmount = 1024, kPosition = 128;
+    ServerProcess server(QStringLiteral("chainserver"), kExample + QStringLiteral("board.json"));
+    Client client(QStringLiteral("keo1"));
+    QCOMPARE(client.open(), 0);
+    for (int run = 0; run < 2; ++run) { // the second round goes on in the stimulus
+        client.write(QStringLiteral("1") + binary(0, 4));
+        client.writeRegister(0x20, 0, kWidth);
+        client.writeRegister(0x21, kAmount - 1, kWidth);
+        client.writeRegister(0x22, kAmount - kPosition - 3 - 1, kWidth); // a .keo on this model
+        client.writeRegister(0x23, 0, kWidth);
+        client.writeRegister(0x100, 1, kWidth);
+        client.writeRegister(0x101, 1, kWidth);
+        client.writeRegister(0x110, 'H', kWidth);
+        client.writeRegister(0x111, 0xff, kWidth);
+        client.writeRegister(0, 1, kWidth);
+        QVERIFY(client.waitUntilIdle(kWidth));
+
+        const QStringList rows =
+            unrolled(client.readWindow(0, 0, kAmount, kWidth, 16), kPosition, 2);
+        QCOMPARE(rows.size(), kAmount);
+        QByteArray before, after;
+        for (qsizetype row = 0; row < rows.size(); ++row) {
+            if (rows.at(row).at(2) == u'1')
+                (row < kPosition ? before : after).append(char(number(rows.at(row), 3, 8)));
+        }
+        QCOMPARE(rows.at(kPosition).at(2), u'1');
+        QCOMPARE(before, QByteArray());
+        QCOMPARE(after, run == 0 ? QByteArray("HELLO FPGA\r\n") : QByteArray("HELLO FIFO\r\n"));
+    }
+    client.send({{"CMD", "CLOSE"}});
+}
+
+/// Core 1: four windows, each where the reader begins to empty a filled FIFO.
+void tst_SimServer::capturesWindowsOfDynamicCore()
+{
+    constexpr int kWidth = 19, kAmount = 256, kPosition = 100, kStride = 1024;
+    ServerProcess server(QStringLiteral("chainserver"),
+                         kExample + QStringLiteral("board_zeo.json"));
+    Client client(QStringLiteral("keo1"));
+    QCOMPARE(client.open(), 0);
+    client.write(QStringLiteral("1") + binary(1, 4));
+    client.writeRegister(0x20, 0, kWidth);
+    client.writeRegister(0x21, kAmount - 1, kWidth);
+    client.writeRegister(0x22, kAmount - kPosition - 4, kWidth);
+    client.writeRegister(0x23, 3, kWidth);
+    client.writeRegister(0x100, 6, kWidth);  // unit 0: count in the range from 6
+    client.writeRegister(0x101, 15, kWidth); // to 15
+    client.writeRegister(0x103, 6, kWidth);
+    client.writeRegister(0x110, 0, kWidth); // unit 1: rising edge of the port's first bit
+    client.writeRegister(0x112, 2, kWidth);
+    for (int input = 0; input < 16; ++input)
+        client.writeRegister((input & 3) == 3 ? 0xab01 : 0xab00, quint64(input), kWidth);
+    client.writeRegister(0, 1, kWidth);
+    QVERIFY(client.waitUntilIdle(kWidth));
+    for (int window = 0; window < 4; ++window) {
+        const QStringList rows = unrolled(
+            client.readWindow(window, window * kStride, kAmount, kWidth, 19), kPosition, 3);
+        QCOMPARE(rows.size(), kAmount);
+        const QString &trigger = rows.at(kPosition);
+        QVERIFY(number(trigger, 6, 5) >= 6 && number(trigger, 6, 5) <= 15);
+        QCOMPARE(trigger.at(2), u'1');
+        QCOMPARE(rows.at(kPosition - 1).at(2), u'0');
+    }
+}
+
+void tst_SimServer::closedDevice()
+{
+    ServerProcess server(QStringLiteral("chainserver"), boardWith({}));
+    Client client(QStringLiteral("keo1"));
+    client.writeRegister(0x21, 5, 16);
+    QVERIFY(server.complains(QStringLiteral("a write, and the device isn't open")));
+    client.askStart(16, 9);
+    const Message reply = client.receive();
+    QCOMPARE(reply.value("data_request_id"), QVariant(9u));
+    QCOMPARE(reply.value("DATA").typeId(), int(QMetaType::QBitArray));
+    QVERIFY(reply.value("DATA").toBitArray().isEmpty());
+
+    QCOMPARE(client.open(), 0);
+    client.write(QStringLiteral("11111")); // no core 15
+    QVERIFY(server.complains(QStringLiteral("no core 15")));
+    client.askStart(16, 9);
+    QVERIFY(client.receive().value("DATA").toBitArray().isEmpty());
+    client.write(QStringLiteral("10000"));
+    client.askStart(20, 9);
+    QVERIFY(server.complains(QStringLiteral("core 0: a read of 20 bits where 16 are to come")));
+    client.send({{"CMD", "EXPLODE"}});
+    QVERIFY(server.complains(QStringLiteral("unknown command \"EXPLODE\"")));
+}
+
+void tst_SimServer::oneClientHoldsTheDevice()
+{
+    ServerProcess server(QStringLiteral("chainserver"), boardWith({}));
+    auto first = std::make_unique<Client>(QStringLiteral("keo1"));
+    Client second(QStringLiteral("keo1"));
+    QCOMPARE(first->open(), 0);
+    QCOMPARE(second.open(), 1);
+    QCOMPARE(first->open(), 0); // opening again is no harm
+    first.reset();              // gone without CLOSE
+    QTRY_COMPARE(second.open(), 0);
+}
+
+void tst_SimServer::faults_data()
+{
+    QTest::addColumn<QByteArray>("fault");
+    // What comes back for polls 1 to 3: the ids in order; "xx" stands for a frame without id.
+    QTest::addColumn<QString>("arrivals");
+    const auto at = [](const char *rest) {
+        return QByteArray("{\"at\": \"READ_START_REG\", \"nth\": 2, ") + rest + "}";
+    };
+    QTest::newRow("none") << QByteArray() << "1 2 3";
+    QTest::newRow("lost") << at("\"do\": \"lost\"") << "1 3";
+    QTest::newRow("late") << at("\"do\": \"late\", \"ms\": 300") << "1 3 2";
+    QTest::newRow("doubled") << at("\"do\": \"doubled\"") << "1 2 2 3";
+    QTest::newRow("swapped") << at("\"do\": \"swapped\"") << "1 3 2";
+    QTest::newRow("garbage") << at("\"do\": \"garbage\", \"kind\": \"empty\"") << "1 xx 2 3";
+    QTest::newRow("hex") << at("\"do\": \"garbage\", \"hex\": \"00000004 00000000\"") << "1 xx 2 3";
+    QTest::newRow("every") << QByteArray("{\"at\": \"READ_START_REG\", \"nth\": \"every\", \"do\": "
+                                         "\"doubled\"}")
+                           << "1 1 2 2 3 3";
+}
+
+void tst_SimServer::faults()
+{
+    QFETCH(QByteArray, fault);
+    ServerProcess server(QStringLiteral("chainserver"), boardWith(fault));
+    Client client(QStringLiteral("keo1"));
+    QCOMPARE(client.open(), 0);
+    client.write(QStringLiteral("10000"));
+    for (uint id = 1; id <= 3; ++id)
+        client.askStart(16, id);
+    QFETCH(QString, arrivals);
+    QStringList seen;
+    while (seen.size() < arrivals.split(u' ').size()) {
+        const Message message = client.receive();
+        QVERIFY(!message.contains("none"));
+        const QVariant id = message.value("data_request_id");
+        seen.append(id.isValid() ? id.toString() : QStringLiteral("xx"));
+    }
+    QCOMPARE(seen.join(u' '), arrivals);
+    QVERIFY(client.receive(50).contains("none")); // and nothing more
+}
+
+/// These two change nothing but the moments at which bytes arrive.
+void tst_SimServer::piecesAndGlued()
+{
+    ServerProcess server(QStringLiteral("chainserver"),
+                         boardWith("{\"at\": \"READ_START_REG\", \"nth\": 1, \"do\": \"pieces\", "
+                                   "\"bytes\": 30, \"ms\": 100},"
+                                   "{\"at\": \"READ_START_REG\", \"nth\": 2, \"do\": \"glued\"}"));
+    Client client(QStringLiteral("keo1"));
+    QCOMPARE(client.open(), 0);
+    client.write(QStringLiteral("10000"));
+    client.askStart(16, 1);
+    client.incomplete = 0;
+    QCOMPARE(client.receive().value("data_request_id"), QVariant(1u));
+    QVERIFY(client.incomplete > 0);
+
+    client.askStart(16, 2);
+    QVERIFY(client.receive(100).contains("none"));
+    client.askStart(16, 3);
+    QCOMPARE(client.receive().value("data_request_id"), QVariant(2u));
+    QCOMPARE(client.receive().value("data_request_id"), QVariant(3u));
+}
+
+void tst_SimServer::dies()
+{
+    ServerProcess server(QStringLiteral("chainserver"),
+                         boardWith("{\"at\": \"WRITE_REGISTOR\", \"nth\": 2, \"do\": \"die\", "
+                                   "\"status\": 9}"));
+    Client client(QStringLiteral("keo1"));
+    QCOMPARE(client.open(), 0);
+    client.write(QStringLiteral("10000"));
+    client.write(QStringLiteral("10000"));
+    QVERIFY(server.process.waitForFinished(kPatienceMs));
+    QCOMPARE(server.process.exitCode(), 9);
+}
+
+void tst_SimServer::hangs()
+{
+    ServerProcess server(QStringLiteral("chainserver"),
+                         boardWith("{\"at\": \"READ_RAM\", \"do\": \"hang\"}"));
+    Client client(QStringLiteral("keo1"));
+    QCOMPARE(client.open(), 0);
+    client.send({{"CMD", "READ"}, {"OPRATE", "READ_RAM"}, {"SIZE", 33}, {"data_request_id", 1u}});
+    client.askStart(16, 2);
+    Client late(QStringLiteral("keo1"));
+    late.send({{"CMD", "OPEN"}, {"CHAIN", QVariantList{0}}, {"request_id", 0u}});
+    QVERIFY(client.receive(200).contains("none"));
+    QVERIFY(late.receive(50).contains("none"));
+    QCOMPARE(server.process.state(), QProcess::Running);
+    server.process.closeWriteChannel(); // a hanging server still ends with its parent
+    QVERIFY(server.process.waitForFinished(kPatienceMs));
+}
+
+void tst_SimServer::hostileClient_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("complaint");
+    const auto frame = [](const char *hex) {
+        const QByteArray payload = QByteArray::fromHex(hex);
+        QByteArray length;
+        QDataStream(&length, QIODevice::WriteOnly) << qint32(payload.size());
+        return QByteArray(length + payload);
+    };
+    QTest::newRow("negative length") << QByteArray(16, '\xff') << "is cut off: a frame says";
+    QTest::newRow("huge length") << QByteArray::fromHex("7fffffff00") << "is cut off: a frame says";
+    QTest::newRow("huge entry count") << frame("ffffffff") << "it ends early";
+    QTest::newRow("empty frame") << frame("") << "it ends early";
+    QTest::newRow("left over") << frame("0000000001") << "left over";
+    QTest::newRow("odd text") << frame("00000001 00000003 414141") << "odd number";
+    QTest::newRow("unknown type") << frame("00000001 00000002 0041 00001077 00 7fffffff")
+                                  << "type 4215";
+    QTest::newRow("huge bit array")
+        << frame("00000001 00000002 0041 0000000d 00 ffffffff") << "it ends early";
+    QTest::newRow("huge list") << frame("00000001 00000002 0041 00000009 00 ffffffff")
+                               << "it ends early";
+    QTest::newRow("nested lists") << frame(QByteArray("00000001 00000002 0041") +
+                                           QByteArray("00000009 00 00000001").repeated(5000))
+                                  << "nested too deep";
+    QTest::newRow("read of nothing") << frameOf({{"CMD", "OPEN"}, {"CHAIN", QVariantList{0}}}) +
+                                            frameOf({{"CMD", "READ"}, {"SIZE", 2147483647}})
+                                     << "a read of 2147483647 bits";
+    QTest::newRow("wrong types") << frameOf({{"CMD", "OPEN"}, {"CHAIN", "0"}}) +
+                                        frameOf({{"CMD", "WRITE"}, {"DATA", 1}})
+                                 << "the device isn't open";
+}
+
+/// Whatever one client sends, the server says so and serves the next one.
+void tst_SimServer::hostileClient()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, complaint);
+    ServerProcess server(QStringLiteral("chainserver"), boardWith({}));
+    {
+        Client client(QStringLiteral("keo1"));
+        client.socket.write(bytes);
+        client.socket.flush();
+        QVERIFY2(server.complains(complaint), qPrintable(server.complaints));
+    }
+    Client next(QStringLiteral("keo1"));
+    QTRY_COMPARE(next.open(), 0);
+}
+
+void tst_SimServer::endsWithItsParent()
+{
+    ServerProcess server(QStringLiteral("chainserver"), boardWith({}));
+    Client client(QStringLiteral("keo1"));
+    QCOMPARE(client.open(), 0);
+    server.process.closeWriteChannel();
+    QVERIFY(server.process.waitForFinished(kPatienceMs));
+    QCOMPARE(server.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(server.process.exitCode(), 0);
+}
+
+void tst_SimServer::namesOfTheDeadAndTheLiving()
+{
+    {
+        ServerProcess dead(QStringLiteral("chainserver"), boardWith({}));
+        Client client(QStringLiteral("keo1"));
+        QCOMPARE(client.open(), 0);
+        dead.process.kill();
+        QVERIFY(dead.process.waitForFinished(kPatienceMs));
+    }
+    QVERIFY(QFileInfo::exists(QDir::tempPath() + QStringLiteral("/keo1")));
+    ServerProcess living(QStringLiteral("chainserver"), boardWith({}));
+    Client client(QStringLiteral("keo1"));
+    QCOMPARE(client.open(), 0);
+
+    ServerProcess second(QStringLiteral("chainserver"), boardWith({}));
+    QVERIFY(second.complains(QStringLiteral("another server is alive")));
+    QTRY_COMPARE_WITH_TIMEOUT(second.process.state(), QProcess::NotRunning, kPatienceMs);
+    QCOMPARE(second.process.exitCode(), 3);
+    QCOMPARE(client.open(), 0); // the first one is untouched
+
+    QFile file(QDir::tempPath() + QStringLiteral("/keolk7")); // not a socket: somebody's own
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    ServerProcess third(QStringLiteral("chainserver_lk7"), boardWith({}));
+    QVERIFY(third.complains(QStringLiteral("a file stands where")));
+    QVERIFY(file.remove());
+}
+
+void tst_SimServer::refusals_data()
+{
+    QTest::addColumn<QString>("board");
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("complaint");
+    const QStringList local{QStringLiteral("-local")};
+    QTest::newRow("not local") << boardWith({}) << QStringList() << 1 << "start it with -local";
+    QTest::newRow("unknown option")
+        << boardWith({}) << QStringList{"-local", "-remote"} << 1 << "remote";
+    QTest::newRow("no board file") << "/nowhere/b.json" << local << 2 << "there is no such file";
+    QTest::newRow("a directory") << QDir::tempPath() << local << 2 << "is no regular file";
+    QTest::newRow("log can't be written")
+        << boardWith({}) << QStringList{"-local", "--log", "/nowhere/x.log"} << 2
+        << "/nowhere/x.log";
+    QTest::newRow("check of a missing file")
+        << QString() << QStringList{"--check", "/nowhere/b.json"} << 2 << "";
+}
+
+void tst_SimServer::refusals()
+{
+    QFETCH(QString, board);
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, complaint);
+    ServerProcess server(QStringLiteral("chainserver"), board, arguments);
+    QVERIFY(server.process.waitForFinished(kPatienceMs));
+    QTEST(server.process.exitCode(), "status");
+    QVERIFY2(server.complains(complaint), qPrintable(server.complaints));
+}
+
+void tst_SimServer::logs()
+{
+    ServerProcess server(
+        QStringLiteral("chainserver"),
+        boardWith("{\"at\": \"OPEN\", \"do\": \"late\", \"ms\": 1}", "\"log\": \"packets.log\", "));
+    Client client(QStringLiteral("keo1"));
+    QCOMPARE(client.open(), 0);
+    client.write(QStringLiteral("10001"));
+    client.writeRegister(0x21, 255, 19);
+    client.askStart(19, 7);
+    client.receive();
+    QFile log(m_directory.filePath(QStringLiteral("packets.log")));
+    QVERIFY(log.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(log.readAll());
+    for (const char *line :
+         {"1 > OPEN CHAIN=[0]", "fault: late", "1 < RES=0", "1 > WRITE select core 1",
+          "1 > WRITE write 0x0021 = 0xff (19 bits)", "1 < DATA=19 bits data_request_id=7"})
+        QVERIFY2(text.contains(QLatin1String(line)), qPrintable(text));
+}
+
+KEO_TEST_MAIN(tst_SimServer)
+#include "tst_sim_server.moc"
