@@ -1,0 +1,39 @@
+# The viewer widget: what stands beside wave_data and needs Qt Widgets. Links nothing else.
+find_package(Qt6 6.4 REQUIRED COMPONENTS Gui Widgets)
+add_library(keo_wave STATIC
+    localized.h
+    notificationcenter.cpp notificationcenter.h
+    viewergeometry.h)
+add_library(keo::wave ALIAS keo_wave)
+target_include_directories(keo_wave PUBLIC ${PROJECT_SOURCE_DIR}/src)
+target_link_libraries(keo_wave PUBLIC keo::wave_data Qt6::Widgets PRIVATE keo::warnings)
+
+# Wave items (V1)
+target_sources(keo_wave PRIVATE
+)
+
+# Wave view, ruler, widget (V2)
+target_sources(keo_wave PRIVATE
+    popupmenu.cpp popupmenu.h
+    rulerview.cpp rulerview.h
+    scaleruler.cpp scaleruler.h
+    timesliderdata.cpp timesliderdata.h
+    timeslideritem.cpp timeslideritem.h
+    waveview.cpp waveview.h
+    waveviewactions.cpp waveviewactions.h
+    wavemonitorwidget.cpp wavemonitorwidget.h
+    windowstate.h
+)
+
+# Tree model and view (V3)
+target_sources(keo_wave PRIVATE
+    dragdropdelegate.cpp dragdropdelegate.h
+    rowtext.cpp rowtext.h
+    signalheaderview.cpp signalheaderview.h
+    signaltreeitemdelegate.cpp signaltreeitemdelegate.h
+    signaltreemodel.cpp signaltreemodel.h
+    signaltreeview.cpp signaltreeview.h
+    treecontextmenu.cpp treecontextmenu.h
+    treeproxystyle.cpp treeproxystyle.h
+    waveviewdatasource.cpp waveviewdatasource.h
+)

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <support/testmain.h>
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QRegularExpression>
+#include <QStringList>
+#include <QTest>
+#include <QTimer>
+
+/// Base of the viewer's tests. Fails on warnings, but for what the toolkit says when there is no
+/// window system and when a view has no use for a click.
+class ViewerTest : public QuietTest
+{
+    Q_OBJECT
+
+protected:
+    virtual void prepare() {} ///< runs before each test function
+
+private Q_SLOTS:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(
+            QStringLiteral("^(?!This plugin does not support|Mouse event .* not accepted by)")));
+        prepare();
+    }
+};
+
+/// Opens the context menu of a view's \a viewport at \a position, as a right click does, and gives
+/// the texts of its entries: none when no menu came up. Chooses the entry \a choice by the
+/// keyboard, or leaves the menu.
+inline QStringList driveContextMenu(QWidget *viewport, const QPoint &position,
+                                    const QString &choice = {})
+{
+    QStringList texts;
+    QTimer driver;
+    driver.setSingleShot(true);
+    QObject::connect(&driver, &QTimer::timeout, &driver, [&] {
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        if (!menu)
+            return;
+        const QList<QAction *> actions = menu->actions();
+        for (QAction *action : actions) {
+            texts.append(action->text());
+            if (action->text() == choice)
+                menu->setActiveAction(action);
+        }
+        QTest::keyClick(menu, choice.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
+    });
+    driver.start(0);
+    QContextMenuEvent event(QContextMenuEvent::Mouse, position, viewport->mapToGlobal(position));
+    QApplication::sendEvent(viewport, &event);
+    QCoreApplication::processEvents();
+    return texts;
+}
