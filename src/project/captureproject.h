@@ -67,8 +67,8 @@ protected:
     virtual void keepNames(const WaveMonitor::WaveMonitorWidget &wave) = 0;
     /// The project leaves the main window: ends the run and lets go of the design as its kind does.
     virtual void leaveDesign() = 0;
-    /// For the user; empty if nothing is wrong.
-    [[nodiscard]] virtual QString errorText(int resultID) const = 0;
+    /// The sentence for a result that has no text of its own.
+    [[nodiscard]] virtual QString unknownErrorText(int resultID) const = 0;
 
     // What a kind of project may use.
 
@@ -81,7 +81,8 @@ protected:
     void showError(const QString &text);
     /// A modal box under the window's title.
     void showInformation(const QString &text);
-    [[nodiscard]] QWidget *mainWindow() const { return m_mainWindow; }
+    /// For the destructors of the kinds: the page goes while there still is somebody to talk to.
+    void deletePage();
 
     // All empty while the project is closed.
     QString m_keoFilePath;     ///< core description
@@ -89,11 +90,14 @@ protected:
     QString m_dataFilePath;    ///< samples and arrangement, empty until saved
 
 private:
-    void buildOnce();
+    void buildToolBar();
+    [[nodiscard]] QString errorText(int resultID) const;
     void startCapture(RunKind kind);
     [[nodiscard]] QVariantList deviceChain() const;
     void clearWaveMonitors(WaveTabs::Layouts layouts);
     [[nodiscard]] QTabWidget *tabWidget() const;
+    /// The wave tab in front, or null.
+    [[nodiscard]] WaveMonitor::WaveMonitorWidget *currentWave() const;
 
     QPointer<QWidget> m_mainWindow;
     QPointer<QWidget> m_page;           // ours; in the tab widget while open

@@ -52,13 +52,14 @@ protected:
     void startRun() override;
     void keepNames(const WaveMonitor::WaveMonitorWidget &wave) override;
     void leaveDesign() override;
-    [[nodiscard]] QString errorText(int resultID) const override;
+    [[nodiscard]] QString unknownErrorText(int resultID) const override;
 
 private:
     bool openKeoFile(const QString &path);
     void updateCoreTree();
     /// Shows the core at that position of the tree; a clear page if there is none.
     void showCore(int position);
+    [[nodiscard]] CoreConfig *coreAt(int position) const; ///< null if there is none
 
     std::unique_ptr<KeoStandardDataManager> m_dataManager;
     // Parts of the page, null until it is built and when its window took it along.
