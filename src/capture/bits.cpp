@@ -1,7 +1,6 @@
 #include "bits.h"
 
 #include <algorithm>
-#include <bit>
 
 namespace KEO {
 
@@ -117,11 +116,6 @@ quint32 packMaskedBits(quint32 value, const QBitArray &mask)
             packed |= ((value >> i) & 1) << position++;
     }
     return packed;
-}
-
-qint64 roundUpToPowerOfTwo(int n)
-{
-    return n <= 0 ? 0 : qint64(std::bit_ceil(quint32(n)));
 }
 
 } // namespace KEO

@@ -35,8 +35,4 @@ bool isZeroBits(const QBitArray &bits);
 /// position gives bit 0. Bit 0 of \a value belongs to element 0 of \a mask.
 quint32 packMaskedBits(quint32 value, const QBitArray &mask);
 
-/// The lowest power of two that is not below \a n; 0 for 0 and below. Capture windows share the
-/// memory as if there were that many of them.
-qint64 roundUpToPowerOfTwo(int n);
-
 } // namespace KEO

@@ -6,6 +6,7 @@
 #include "registerimage.h"
 #include "shiftword.h"
 
+#include <config/poweroftwo.h>
 #include <config/standardconfig.h>
 #include <link/jtagsession.h>
 

@@ -43,6 +43,8 @@ Q_SIGNALS:
     void modified();
 
 private:
+    [[nodiscard]] QString displayText(const MatchUnit &unit, Column column) const;
+
     QList<MatchUnit *> m_units; // borrowed
 };
 

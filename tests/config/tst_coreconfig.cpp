@@ -1,7 +1,10 @@
 #include <config/coreconfig.h>
 #include <config/matchtext.h>
+#include <config/poweroftwo.h>
 
 #include <support/testmain.h>
+
+#include <limits>
 
 using namespace KEO;
 
@@ -15,6 +18,7 @@ private Q_SLOTS:
     void positionsFollowTheFlatOrder();
     void namesFromATable();
     void numbersOutsideTheTables();
+    void windowsRoundUpToAPowerOfTwo();
 };
 
 namespace {
@@ -118,6 +122,16 @@ void tst_CoreConfig::numbersOutsideTheTables()
     }
     QCOMPARE(core.expressions, QStringList{QStringLiteral("M0")});
     QCOMPARE(functionsForMatchType(3), (QList<int>{0, 1, 2, 3, 4, 5}));
+}
+
+void tst_CoreConfig::windowsRoundUpToAPowerOfTwo()
+{
+    const QList<QPair<int, qint64>> powers = {
+        {-1, 0}, {0, 0},       {1, 1},
+        {2, 2},  {3, 4},       {4, 4},
+        {5, 8},  {1025, 2048}, {std::numeric_limits<int>::max(), 2'147'483'648}};
+    for (const auto &[n, power] : powers)
+        QCOMPARE(roundUpToPowerOfTwo(n), power);
 }
 
 KEO_TEST_MAIN(tst_CoreConfig)

@@ -1,0 +1,286 @@
+#include "dynamicconfigwidget.h"
+
+#include "matchunitdialog.h"
+#include "matchunitmodel.h"
+#include "muexpressiondialog.h"
+
+#include <config/coreconfig.h>
+#include <config/poweroftwo.h>
+
+#include <QComboBox>
+#include <QDialog>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPointer>
+#include <QShortcut>
+#include <QSignalBlocker>
+#include <QSpinBox>
+#include <QTableView>
+
+#include <algorithm>
+#include <limits>
+
+namespace KEO {
+
+namespace {
+
+constexpr int kMaxWindows = 8;
+constexpr int kLeastAmount = 32;       // samples
+constexpr int kTriggerMargin = 9;      // samples between the trigger position and the window's end
+constexpr int kValueColumnWidth = 300; // pixels
+
+/// The text of an item: descriptions may call unit 3 "match[3]".
+QString itemText(int row, const QString &expression)
+{
+    QString tokens = expression;
+    tokens.replace(QStringLiteral("match"), QStringLiteral("M"));
+    tokens.remove(u'[').remove(u']');
+    return QStringLiteral("exp%1:  %2").arg(QString::number(row), tokens);
+}
+
+void addRow(QFormLayout *form, const QString &text, QWidget *field)
+{
+    auto *label = new QLabel(text);
+    label->setBuddy(field);
+    form->addRow(label, field);
+}
+
+} // namespace
+
+DynamicConfigWidget::DynamicConfigWidget(QWidget *parent)
+    : QWidget(parent), m_model(new MatchUnitModel(this))
+{
+    setWindowTitle(tr("Configuration"));
+    auto *left = new QVBoxLayout;
+    left->addWidget(makeCaptureGroup());
+    left->addWidget(makeExpressionGroup(), 1);
+    auto *layout = new QHBoxLayout(this);
+    layout->addLayout(left, 1);
+    layout->addWidget(makeUnitGroup(), 2);
+    connectSlots();
+    clearPage();
+    setEnabled(false);
+}
+
+QGroupBox *DynamicConfigWidget::makeCaptureGroup()
+{
+    m_lineEditStorage = new QLineEdit;
+    m_lineEditStorage->setObjectName(QStringLiteral("lineEditStorage"));
+    m_lineEditStorage->setReadOnly(true);
+    m_comboBoxWindow = new QComboBox;
+    m_comboBoxWindow->setObjectName(QStringLiteral("comboBoxWindow"));
+    m_comboBoxAmount = new QComboBox;
+    m_comboBoxAmount->setObjectName(QStringLiteral("comboBoxAmount"));
+    m_spinBoxTrPos = new QSpinBox;
+    m_spinBoxTrPos->setObjectName(QStringLiteral("spinBoxTrPos"));
+
+    m_groupBox = new QGroupBox(tr("Capture"));
+    m_groupBox->setObjectName(QStringLiteral("groupBox"));
+    auto *form = new QFormLayout(m_groupBox);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    addRow(form, tr("Storage Size:"), m_lineEditStorage);
+    addRow(form, tr("Windows Number:"), m_comboBoxWindow);
+    addRow(form, tr("Capture Amount:"), m_comboBoxAmount);
+    addRow(form, tr("Trigger Position:"), m_spinBoxTrPos);
+    return m_groupBox;
+}
+
+QGroupBox *DynamicConfigWidget::makeExpressionGroup()
+{
+    m_listExpressions = new QListWidget;
+    m_listExpressions->setObjectName(QStringLiteral("listExpressions"));
+    m_listExpressions->setAccessibleName(tr("Trigger Expressions"));
+    m_listExpressions->setUniformItemSizes(true);
+    auto *group = new QGroupBox(tr("Trigger Expressions"));
+    auto *layout = new QVBoxLayout(group);
+    layout->addWidget(m_listExpressions);
+    return group;
+}
+
+QGroupBox *DynamicConfigWidget::makeUnitGroup()
+{
+    m_tableUnit = new QTableView;
+    m_tableUnit->setObjectName(QStringLiteral("tableUnit"));
+    m_tableUnit->setAccessibleName(tr("Match Units"));
+    m_tableUnit->setModel(m_model);
+    m_tableUnit->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_tableUnit->setTabKeyNavigation(false); // the page has no use for Tab inside the table
+    m_tableUnit->setColumnHidden(MatchUnitModel::Check, true);
+    m_tableUnit->setColumnWidth(MatchUnitModel::Value, kValueColumnWidth);
+    m_tableUnit->horizontalHeader()->setHighlightSections(false);
+    m_tableUnit->verticalHeader()->hide();
+    auto *group = new QGroupBox(tr("Match Units"));
+    auto *layout = new QVBoxLayout(group);
+    layout->addWidget(m_tableUnit);
+    return group;
+}
+
+void DynamicConfigWidget::connectSlots()
+{
+    connect(m_comboBoxWindow, &QComboBox::currentIndexChanged, this,
+            &DynamicConfigWidget::onWindowNumChanged);
+    connect(m_comboBoxAmount, &QComboBox::currentIndexChanged, this,
+            &DynamicConfigWidget::onCaptureAmountChanged);
+    connect(m_tableUnit, &QTableView::doubleClicked, this, &DynamicConfigWidget::editMu);
+    connect(m_listExpressions, &QListWidget::itemDoubleClicked, this,
+            &DynamicConfigWidget::editExpression);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        connect(new QShortcut(key, m_tableUnit, nullptr, nullptr, Qt::WidgetShortcut),
+                &QShortcut::activated, this, &DynamicConfigWidget::editMu);
+        connect(new QShortcut(key, m_listExpressions, nullptr, nullptr, Qt::WidgetShortcut),
+                &QShortcut::activated, this,
+                [this] { editExpression(m_listExpressions->currentItem()); });
+    }
+}
+
+void DynamicConfigWidget::setCore(CoreConfig *core)
+{
+    if (!core) {
+        clearPage();
+        return;
+    }
+    closeOpenDialogs();
+    m_core = core;
+    const QSignalBlocker windowBlocker(m_comboBoxWindow);
+    const QSignalBlocker amountBlocker(m_comboBoxAmount);
+    m_lineEditStorage->setText(QString::number(core->storage_depth));
+    m_comboBoxWindow->setCurrentIndex(
+        m_comboBoxWindow->findText(QString::number(core->window_num), Qt::MatchFixedString));
+    fillAmounts();
+    m_comboBoxAmount->setCurrentIndex(
+        m_comboBoxAmount->findText(QString::number(core->capture_amount), Qt::MatchFixedString));
+    limitTriggerPosition(core->capture_amount);
+    m_spinBoxTrPos->setValue(core->trigger_pos);
+    m_model->setUnits(core->enabledUnits());
+    fillExpressions();
+}
+
+void DynamicConfigWidget::clearPage()
+{
+    closeOpenDialogs();
+    m_core = nullptr;
+    const QSignalBlocker windowBlocker(m_comboBoxWindow);
+    const QSignalBlocker amountBlocker(m_comboBoxAmount);
+    m_lineEditStorage->clear();
+    fillWindowNumbers();
+    m_comboBoxAmount->clear();
+    m_spinBoxTrPos->setRange(0, std::numeric_limits<int>::max());
+    m_spinBoxTrPos->setValue(0);
+    m_listExpressions->clear();
+    m_model->clear();
+}
+
+void DynamicConfigWidget::saveToCore()
+{
+    if (!m_core)
+        return;
+    m_core->window_num = m_comboBoxWindow->currentText().toInt();
+    m_core->capture_amount = m_comboBoxAmount->currentText().toInt();
+    m_core->trigger_pos = m_spinBoxTrPos->value();
+    m_core->expressionEnabled.clear();
+    for (int row = 0; row < m_listExpressions->count(); ++row)
+        m_core->expressionEnabled.append(m_listExpressions->item(row)->checkState() == Qt::Checked);
+}
+
+void DynamicConfigWidget::onWindowNumChanged()
+{
+    const QString amount = m_comboBoxAmount->currentText();
+    {
+        const QSignalBlocker blocker(m_comboBoxAmount);
+        fillAmounts();
+        m_comboBoxAmount->setCurrentIndex(m_comboBoxAmount->findText(amount, Qt::MatchFixedString));
+    }
+    if (m_comboBoxAmount->currentIndex() < 0) {
+        {
+            const QSignalBlocker blocker(m_comboBoxAmount);
+            m_comboBoxAmount->setCurrentIndex(m_comboBoxAmount->count() - 1);
+        }
+        onCaptureAmountChanged();
+    }
+    Q_EMIT windowNumChanged();
+}
+
+void DynamicConfigWidget::onCaptureAmountChanged()
+{
+    limitTriggerPosition(m_comboBoxAmount->currentText().toInt());
+}
+
+void DynamicConfigWidget::editMu()
+{
+    const QModelIndexList rows = m_tableUnit->selectionModel()->selectedRows();
+    if (rows.isEmpty())
+        return;
+    // On the heap: page and dialog may be gone when exec returns.
+    const QPointer<DynamicConfigWidget> page = this;
+    const QPointer<MatchUnitDialog> dialog =
+        new MatchUnitDialog(MatchUnitModel::unitOfIndex(rows.first()), true, this);
+    dialog->exec();
+    delete dialog;
+    if (page)
+        m_tableUnit->viewport()->update();
+}
+
+void DynamicConfigWidget::editExpression(QListWidgetItem *item)
+{
+    if (!m_core || m_core->dynamic == 0 || !item)
+        return;
+    const int row = m_listExpressions->currentRow();
+    QList<bool> flags;
+    for (const auto &unit : m_core->matchUnits)
+        flags.append(unit->enabled);
+    // A page that leaves the core meanwhile cancels the dialog: then nothing is touched any more.
+    const QString expression = MuExpressionDialog::editExpressionText(flags, this);
+    if (expression.isEmpty())
+        return;
+    item->setText(itemText(row, expression));
+    m_core->setExpression(expression, row);
+}
+
+void DynamicConfigWidget::closeOpenDialogs()
+{
+    for (QDialog *dialog : findChildren<QDialog *>())
+        dialog->reject();
+}
+
+void DynamicConfigWidget::fillWindowNumbers()
+{
+    m_comboBoxWindow->clear();
+    for (int windows = 1; windows <= kMaxWindows; ++windows)
+        m_comboBoxWindow->addItem(QString::number(windows));
+}
+
+void DynamicConfigWidget::fillAmounts()
+{
+    m_comboBoxAmount->clear();
+    const qint64 parts = roundUpToPowerOfTwo(m_comboBoxWindow->currentText().toInt());
+    if (!m_core || parts == 0)
+        return;
+    const qint64 largest = m_core->storage_depth / parts;
+    for (qint64 amount = kLeastAmount; amount <= largest; amount *= 2)
+        m_comboBoxAmount->addItem(QString::number(amount));
+}
+
+void DynamicConfigWidget::fillExpressions()
+{
+    m_listExpressions->clear();
+    if (m_core->expressionEnabled.isEmpty())
+        m_core->expressionEnabled.fill(true, m_core->expressions.size());
+    for (int row = 0; row < m_core->expressions.size(); ++row) {
+        auto *item = new QListWidgetItem(itemText(row, m_core->expressions[row]));
+        if (m_core->dynamic != 0)
+            item->setCheckState(m_core->expressionEnabled.value(row) ? Qt::Checked : Qt::Unchecked);
+        m_listExpressions->addItem(item);
+    }
+}
+
+void DynamicConfigWidget::limitTriggerPosition(int amount)
+{
+    m_spinBoxTrPos->setRange(0, std::max(0, amount - kTriggerMargin));
+}
+
+} // namespace KEO
