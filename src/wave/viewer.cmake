@@ -10,6 +10,12 @@ target_link_libraries(keo_wave PUBLIC keo::wave_data Qt6::Widgets PRIVATE keo::w
 
 # Wave items (V1)
 target_sources(keo_wave PRIVATE
+    buswaveitem.cpp buswaveitem.h
+    samplechanges.cpp samplechanges.h
+    signalwaveitem.cpp signalwaveitem.h
+    tracegeometry.cpp tracegeometry.h
+    tracepainting.cpp tracepainting.h
+    valuefont.cpp valuefont.h
 )
 
 # Wave view, ruler, widget (V2)

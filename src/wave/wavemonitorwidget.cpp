@@ -169,7 +169,8 @@ void WaveMonitorWidget::restoreState(const WindowState *state)
         return;
     m_treeView->header()->resizeSection(SignalTreeModel::NameColumn, state->nameWidth);
     m_treeView->header()->resizeSection(SignalTreeModel::ValueColumn, state->valueWidth);
-    m_model->setLayout(state->layout);
+    if (!state->layout.isNull()) // else every row would go
+        m_model->setLayout(state->layout);
     m_model->setDefaultFormat(state->format);
     setZoom(state->zoomRate);
 }

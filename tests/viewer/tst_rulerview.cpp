@@ -1,6 +1,5 @@
 #include "viewertest.h"
 
-#include <wave/notificationcenter.h>
 #include <wave/rulerview.h>
 #include <wave/timesliderdata.h>
 #include <wave/timeslideritem.h>
@@ -31,47 +30,7 @@ QList<int> clocksOf(const QObject &ruler)
     return clocks;
 }
 
-/// What the rest of a viewer hears from a ruler.
-class Listener final : public QObject
-{
-    Q_OBJECT
-
-public:
-    Listener()
-    {
-        NotificationCenter::instance()->subscribe(
-            this, {EvBeforeMarkerCreate, EvAfterMarkerCreate, EvBeforeMarkerChange,
-                   EvAfterMarkerChange, EvBeforeMarkerRemove, EvAfterMarkerRemove});
-    }
-    ~Listener() override { NotificationCenter::instance()->unsubscribe(this); }
-
-    Q_INVOKABLE void handleEvents(Notification *e) // NOLINT
-    {
-        types.append(e->type);
-        clocks = clocksOf(*e->sender);
-    }
-
-    QList<int> takeTypes()
-    {
-        QCoreApplication::processEvents();
-        return std::exchange(types, {});
-    }
-
-    QList<int> types;
-    QList<int> clocks; ///< of the markers at the last event
-};
-
-/// Stands in for the wave view: a sender of events 3 and 12.
-std::unique_ptr<QObject> newSender(quint64 domain, qreal zoom, int scroll)
-{
-    auto sender = std::make_unique<QObject>();
-    sender->setProperty("domain", domain);
-    sender->setProperty("zoomRate", zoom);
-    sender->setProperty("horizontalScrollBarValue", scroll);
-    return sender;
-}
-
-void zoomAndScroll(const QObject &, QObject *sender)
+void zoomAndScroll(QObject *sender)
 {
     raiseLater(sender, EvAfterZoom);
     raiseLater(sender, EvViewScrolled);
@@ -105,6 +64,10 @@ private:
     TimeSliderItem *active() const { return m_ruler->timeMarker()->item(); }
 
     std::unique_ptr<RulerView> m_ruler;
+    QList<int> m_heardClocks; ///< of the markers at the last event
+    Listener m_listener{{EvBeforeMarkerCreate, EvAfterMarkerCreate, EvBeforeMarkerChange,
+                         EvAfterMarkerChange, EvBeforeMarkerRemove, EvAfterMarkerRemove},
+                        [this](const QObject &ruler) { m_heardClocks = clocksOf(ruler); }};
 };
 
 void tst_RulerView::prepare()
@@ -121,6 +84,7 @@ void tst_RulerView::cleanup()
 {
     m_ruler.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    m_listener.take();
 }
 
 void tst_RulerView::plant(int clock)
@@ -165,7 +129,7 @@ void tst_RulerView::ticks()
     constexpr int scroll = 137;
     m_ruler->setClocks(samples);
     const auto sender = newSender(kDomain, zoom, scroll);
-    zoomAndScroll(*m_ruler, sender.get());
+    zoomAndScroll(sender.get());
     QCOMPARE(m_ruler->horizontalScrollBar()->value(), scroll);
 
     const QImage picture = m_ruler->viewport()->grab().toImage();
@@ -199,7 +163,7 @@ void tst_RulerView::labelsAreWhole()
 {
     m_ruler->setClocks(1000);
     const auto sender = newSender(kDomain, 1.0 / 16, 0);
-    zoomAndScroll(*m_ruler, sender.get());
+    zoomAndScroll(sender.get());
     const QRect room(200 * 50 / 16 + 2, kTop, 40, 14); // beside the tick of sample 200
     const QImage label = m_ruler->viewport()->grab(room).toImage();
 
@@ -226,15 +190,14 @@ void tst_RulerView::labelsAreWhole()
 
 void tst_RulerView::plantsMarkers()
 {
-    Listener listener;
     // 174 is nearer to sample 3 than to 4.
     const QString entry = QStringLiteral("Create Marker at Clock Period: 3");
     QCOMPARE(driveContextMenu(m_ruler->viewport(), QPoint(174, 10), entry), QStringList{entry});
-    QCOMPARE(listener.takeTypes(), (QList<int>{6, 7}));
-    QCOMPARE(listener.clocks, QList<int>{3});
+    QCOMPARE(m_listener.take(), (QList<int>{6, 7}));
+    QCOMPARE(m_heardClocks, QList<int>{3});
 
     plant(5);
-    QCOMPARE(listener.clocks, (QList<int>{5, 3}));
+    QCOMPARE(m_heardClocks, (QList<int>{5, 3}));
     QVERIFY(active()->isActive());
     QCOMPARE(active()->pos(), QPointF(250, 0));
     QCOMPARE(active()->zValue(), 0.0); // it comes to the front when clicked
@@ -243,7 +206,7 @@ void tst_RulerView::plantsMarkers()
     // Past the middle of the last sample the nearest start is one past the end.
     QCOMPARE(driveContextMenu(m_ruler->viewport(), QPoint(985, 10)),
              QStringList{QStringLiteral("Create Marker at Clock Period: 19")});
-    QCOMPARE(listener.clocks, (QList<int>{5, 3}));
+    QCOMPARE(m_heardClocks, (QList<int>{5, 3}));
 }
 
 void tst_RulerView::offersNothingOnTheScaleOrWithoutSamples()
@@ -256,25 +219,25 @@ void tst_RulerView::offersNothingOnTheScaleOrWithoutSamples()
 void tst_RulerView::dragsMarkersFromSampleToSample()
 {
     plant(3);
-    Listener listener;
+    m_listener.take();
     QWidget *viewport = m_ruler->viewport();
     QTest::mousePress(viewport, Qt::LeftButton, {}, QPoint(153, kFlagY));
-    QCOMPARE(listener.takeTypes(), (QList<int>{8, 9})); // chosen as the active one
+    QCOMPARE(m_listener.take(), (QList<int>{8, 9})); // chosen as the active one
     QTest::mouseMove(viewport, QPoint(174, kFlagY));
-    QCOMPARE(listener.takeTypes(), QList<int>()); // still sample 3
+    QCOMPARE(m_listener.take(), QList<int>()); // still sample 3
     QTest::mouseMove(viewport, QPoint(176, kFlagY));
-    QCOMPARE(listener.takeTypes(), (QList<int>{8, 9}));
-    QCOMPARE(listener.clocks, QList<int>{4});
+    QCOMPARE(m_listener.take(), (QList<int>{8, 9}));
+    QCOMPARE(m_heardClocks, QList<int>{4});
     QTest::mouseMove(viewport, QPoint(1500, kFlagY));
-    listener.takeTypes();
-    QCOMPARE(listener.clocks, QList<int>{19});
+    m_listener.take();
+    QCOMPARE(m_heardClocks, QList<int>{19});
     QTest::mouseMove(viewport, QPoint(-300, kFlagY));
-    listener.takeTypes();
-    QCOMPARE(listener.clocks, QList<int>{0});
+    m_listener.take();
+    QCOMPARE(m_heardClocks, QList<int>{0});
     QCOMPARE(active()->pos(), QPointF(0, 0));
     QTest::mouseRelease(viewport, Qt::LeftButton, {}, QPoint(-300, kFlagY));
     QTest::mouseMove(viewport, QPoint(500, kFlagY));
-    QCOMPARE(listener.takeTypes(), QList<int>());
+    QCOMPARE(m_listener.take(), QList<int>());
 
     // A capture without samples leaves no place to go to.
     m_ruler->setClocks(0);
@@ -286,9 +249,9 @@ void tst_RulerView::pressActivates()
 {
     for (const int clock : {2, 4, 6})
         plant(clock);
-    Listener listener;
+    m_listener.take();
     drag(103, 103);
-    QCOMPARE(listener.takeTypes(), (QList<int>{8, 9}));
+    QCOMPARE(m_listener.take(), (QList<int>{8, 9}));
     QCOMPARE(clocksOf(*m_ruler), (QList<int>{2, 6, 4}));
     QVERIFY(active()->isActive());
     QCOMPARE(active()->zValue(), 1.0);
@@ -300,23 +263,23 @@ void tst_RulerView::pressActivates()
     QTest::mouseRelease(m_ruler->viewport(), Qt::LeftButton, {}, QPoint(303, 8));
     QTest::mousePress(m_ruler->viewport(), Qt::LeftButton, {}, QPoint(300, 29));
     QTest::mouseRelease(m_ruler->viewport(), Qt::LeftButton, {}, QPoint(300, 29));
-    QCOMPARE(listener.takeTypes(), QList<int>());
+    QCOMPARE(m_listener.take(), QList<int>());
 }
 
 void tst_RulerView::removesMarkers()
 {
     for (const int clock : {2, 4, 6})
         plant(clock);
-    Listener listener;
+    m_listener.take();
     const QString entry = QStringLiteral("Remove Marker");
     QCOMPARE(driveContextMenu(m_ruler->viewport(), QPoint(303, kFlagY), entry), QStringList{entry});
-    QCOMPARE(listener.takeTypes(), (QList<int>{10, 11}));
-    QCOMPARE(listener.clocks, (QList<int>{4, 2}));
+    QCOMPARE(m_listener.take(), (QList<int>{10, 11}));
+    QCOMPARE(m_heardClocks, (QList<int>{4, 2}));
     QVERIFY(active()->isActive());
     driveContextMenu(m_ruler->viewport(), QPoint(103, kFlagY), entry);
     driveContextMenu(m_ruler->viewport(), QPoint(203, kFlagY), entry);
     QCOMPARE(m_ruler->timeMarker(), nullptr);
-    QCOMPARE(listener.clocks, QList<int>());
+    QCOMPARE(m_heardClocks, QList<int>());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(m_ruler->scene()->items().size(), 1); // the scale
 }
@@ -325,12 +288,12 @@ void tst_RulerView::followsItsOwnWaveView()
 {
     m_ruler->setClocks(1000);
     const auto stranger = newSender(kDomain + 16, 4.0, 500);
-    zoomAndScroll(*m_ruler, stranger.get());
+    zoomAndScroll(stranger.get());
     QCOMPARE(m_ruler->zoomRate(), 1.0);
     QCOMPARE(m_ruler->horizontalScrollBar()->value(), 0);
 
     const auto own = newSender(kDomain, 4.0, 500);
-    zoomAndScroll(*m_ruler, own.get());
+    zoomAndScroll(own.get());
     QCOMPARE(m_ruler->zoomRate(), 4.0);
     QCOMPARE(m_ruler->mapFromScene(50.0 * 10, 0).x(), 50 * 10 * 4 - 500);
     QCOMPARE(m_ruler->mapFromScene(0, 0.0).y(), kTop); // the scale stands at the bottom

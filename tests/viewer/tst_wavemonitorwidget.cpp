@@ -147,8 +147,6 @@ private Q_SLOTS:
     void zoomFits_data();
     void zoomFits();
     void viewersZoomAlone();
-    void titles_data();
-    void titles();
     void autorunSwapsSamplesAlone();
     void restoresItsState();
     void savesAndLoads();
@@ -332,26 +330,6 @@ void tst_WaveMonitorWidget::viewersZoomAlone()
     QCOMPARE(one.ruler->zoomRate(), 4.0);
 }
 
-void tst_WaveMonitorWidget::titles_data()
-{
-    QTest::addColumn<int>("core");
-    QTest::addColumn<QString>("title");
-    QTest::newRow("no core") << -1 << QStringLiteral("window 2");
-    QTest::newRow("a core") << 0 << QStringLiteral("core 0 window 2");
-}
-
-void tst_WaveMonitorWidget::titles()
-{
-    QFETCH(int, core);
-    QFETCH(QString, title);
-    Viewer viewer;
-    viewer.widget->setTitle(2, core);
-    QCOMPARE(viewer.widget->windowTitle(), title);
-    const auto state = viewer.widget->saveState();
-    QCOMPARE(state->core, core);
-    QCOMPARE(state->window, 2);
-}
-
 void tst_WaveMonitorWidget::autorunSwapsSamplesAlone()
 {
     Viewer viewer;
@@ -393,16 +371,25 @@ void tst_WaveMonitorWidget::restoresItsState()
                                               QItemSelectionModel::Select);
         driveContextMenu(viewer.tree->viewport(), {20, 20}, QStringLiteral("Group"));
         viewer.widget->setZoom(0.25);
+        viewer.widget->setTitle(2, -1);
+        QCOMPARE(viewer.widget->windowTitle(), QStringLiteral("window 2"));
+        viewer.widget->setTitle(2, 0);
+        QCOMPARE(viewer.widget->windowTitle(), QStringLiteral("core 0 window 2"));
         state = viewer.widget->saveState();
     }
+    QCOMPARE(state->core, 0);
+    QCOMPARE(state->window, 2);
     QCOMPARE(state->nameWidth, 150);
     QCOMPARE(state->valueWidth, 90);
     QCOMPARE(state->zoomRate, 0.25);
+    QVERIFY(state->layout.ownerDocument().isNull()); // the document is gone, and the node knows
 
     // As over a new capture: the same signals come, then the state, which has outlived its viewer.
     Viewer viewer(32, state.get());
     viewer.fill();
     viewer.widget->restoreState(nullptr);
+    const WindowState withoutLayout;
+    viewer.widget->restoreState(&withoutLayout);
     QCOMPARE(viewer.model->rowCount(), 26);
     viewer.widget->restoreState(state.get());
     viewer.settle();

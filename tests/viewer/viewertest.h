@@ -1,6 +1,7 @@
 #pragma once
 
 #include <support/testmain.h>
+#include <wave/notificationcenter.h>
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -9,6 +10,10 @@
 #include <QStringList>
 #include <QTest>
 #include <QTimer>
+
+#include <functional>
+#include <memory>
+#include <utility>
 
 /// Base of the viewer's tests. Fails on warnings, but for what the toolkit says when there is no
 /// window system and when a view has no use for a click.
@@ -27,6 +32,51 @@ private Q_SLOTS:
         prepare();
     }
 };
+
+/// Writes down what a part of a viewer tells the rest.
+class Listener final : public QObject
+{
+    Q_OBJECT
+
+    using Notification = WaveMonitor::Notification;
+
+public:
+    /// \a look sees the sender of each event.
+    Listener(const QList<int> &types, std::function<void(const QObject &)> look)
+        : m_look(std::move(look))
+    {
+        WaveMonitor::NotificationCenter::instance()->subscribe(this, types);
+    }
+    ~Listener() override { WaveMonitor::NotificationCenter::instance()->unsubscribe(this); }
+
+    Q_INVOKABLE void handleEvents(Notification *e)
+    {
+        if (!e->sender)
+            return;
+        m_types.append(e->type);
+        m_look(*e->sender);
+    }
+    /// Numbers of the events since the last call.
+    QList<int> take()
+    {
+        QCoreApplication::processEvents();
+        return std::exchange(m_types, {});
+    }
+
+private:
+    QList<int> m_types;
+    std::function<void(const QObject &)> m_look;
+};
+
+/// Stands in for another part of a viewer: a sender with the properties that receivers read.
+inline std::unique_ptr<QObject> newSender(quint64 domain, qreal zoom = 1.0, int scroll = 0)
+{
+    auto sender = std::make_unique<QObject>();
+    sender->setProperty("domain", domain);
+    sender->setProperty("zoomRate", zoom);
+    sender->setProperty("horizontalScrollBarValue", scroll);
+    return sender;
+}
 
 /// Opens the context menu of a view's \a viewport at \a position, as a right click does, and gives
 /// the texts of its entries: none when no menu came up. Chooses the entry \a choice by the
