@@ -1,11 +1,11 @@
 #include "capturedisplay.h"
 
 #include <capture/samplecutter.h>
-#include <config/coreconfig.h>
+
+#include <utility>
 
 namespace KEO {
 
-using WaveMonitor::BusElement;
 using WaveMonitor::SignalElement;
 using WaveMonitor::WindowContents;
 
@@ -45,21 +45,7 @@ QList<SignalElement> extractSignalData(const CoreConfig *core, const QList<QBitA
 void fillWindow(WindowContents &contents, const CoreConfig &core, QList<SignalElement> elements)
 {
     contents.clear();
-    qsizetype next = 0;
-    for (const SignalEntry &entry : core.signals) {
-        const qsizetype width = qMax<qsizetype>(1, entry.members.size());
-        if (next + width > elements.size())
-            break;
-        if (entry.members.isEmpty()) {
-            contents.addSignal(elements.at(next));
-        } else {
-            BusElement bus{entry.name, entry.text, {}};
-            for (qsizetype member = next; member < next + width; ++member)
-                bus.signals.append(&elements[member]);
-            contents.addBus(bus);
-        }
-        next += width;
-    }
+    addCapturedRows(contents, core.signals, std::move(elements));
     contents.setTriggerPosition(core.trigger_pos);
 }
 

@@ -5,9 +5,12 @@
 #include <QGraphicsItem>
 #include <QList>
 
+#include <memory>
+
 namespace WaveMonitor {
 
 class DataFormat;
+class ValueFont;
 
 /// The trace of a bus row: a hexagon for each run of equal values, with the value's text where it
 /// fits. Same coordinates as SignalWaveItem.
@@ -15,6 +18,7 @@ class BusWaveItem final : public QGraphicsItem
 {
 public:
     BusWaveItem();
+    ~BusWaveItem() override;
 
     /// The samples of each member, first member the most significant bit; shared, not copied. The
     /// first member's length is the bus's; a member without that sample reads as 0 there.
@@ -32,10 +36,16 @@ public:
                QWidget *widget = nullptr) override;
 
 private:
+    [[nodiscard]] qsizetype sampleCount() const
+    {
+        return m_members.isEmpty() ? 0 : m_members.first().size();
+    }
+
     QList<QBitArray> m_members;
     const DataFormat *m_format = nullptr;
     bool m_selected = false;
     QColor m_color = Qt::green;
+    std::shared_ptr<const ValueFont> m_font; ///< from the first text on
 };
 
 } // namespace WaveMonitor

@@ -10,12 +10,36 @@ target_link_libraries(keo_wave PUBLIC keo::wave_data Qt6::Widgets PRIVATE keo::w
 
 # Wave items (V1)
 target_sources(keo_wave PRIVATE
+    buswaveitem.cpp buswaveitem.h
+    samplechanges.cpp samplechanges.h
+    signalwaveitem.cpp signalwaveitem.h
+    tracegeometry.cpp tracegeometry.h
+    tracepainting.cpp tracepainting.h
+    valuefont.cpp valuefont.h
 )
 
 # Wave view, ruler, widget (V2)
 target_sources(keo_wave PRIVATE
+    popupmenu.cpp popupmenu.h
+    rulerview.cpp rulerview.h
+    scaleruler.cpp scaleruler.h
+    timesliderdata.cpp timesliderdata.h
+    timeslideritem.cpp timeslideritem.h
+    waveview.cpp waveview.h
+    waveviewactions.cpp waveviewactions.h
+    wavemonitorwidget.cpp wavemonitorwidget.h
+    windowstate.h
 )
 
 # Tree model and view (V3)
 target_sources(keo_wave PRIVATE
+    dragdropdelegate.cpp dragdropdelegate.h
+    rowtext.cpp rowtext.h
+    signalheaderview.cpp signalheaderview.h
+    signaltreeitemdelegate.cpp signaltreeitemdelegate.h
+    signaltreemodel.cpp signaltreemodel.h
+    signaltreeview.cpp signaltreeview.h
+    treecontextmenu.cpp treecontextmenu.h
+    treeproxystyle.cpp treeproxystyle.h
+    waveviewdatasource.cpp waveviewdatasource.h
 )

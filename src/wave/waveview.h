@@ -2,7 +2,6 @@
 
 #include "localized.h"
 #include "notificationcenter.h"
-#include "timesliderdata.h"
 
 #include <QGraphicsView>
 #include <QList>
@@ -73,17 +72,28 @@ private Q_SLOTS:
     void zoomOut();
 
 private:
+    /// How far the scene has caught up with the rows.
+    enum class Fresh { Nothing, Layout, Items };
+
+    void refresh(Fresh what);
     void addItems();
     void relayoutItems();
     void removeAllItems();
+    void fitScene(const QList<QGraphicsItem *> &items);
+    void takeMarkers(const QObject &ruler);
+    void setMasks(const QRect &left, const QRect &right);
+    void drawTrigger() const;
+    void drawMarkers() const;
+    void drawMasks() const;
 
-    QRect m_leftMask;  ///< viewport pixels, empty when no region is being chosen
-    QRect m_rightMask; ///< viewport pixels
-    QList<TimeSliderData *> m_timeMarkers; ///< borrowed from the ruler
+    QRect m_leftMask;         ///< viewport pixels, empty when no region is being chosen
+    QRect m_rightMask;        ///< viewport pixels
+    QList<int> m_timeMarkers; ///< samples of the markers, taken when told: a handle may die sooner
     DataSourceProtocol *m_dataSource = nullptr;
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present mouse mode
     std::unique_ptr<ContextMenuDelegate> m_contextMenu;
     qreal m_zoomRate = 1.0;
+    Fresh m_fresh = Fresh::Nothing; ///< with all changes of events that are still queued
 };
 
 } // namespace WaveMonitor

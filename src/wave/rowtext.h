@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+namespace WaveMonitor {
+
+class LayoutNode;
+class WindowContents;
+
+/// The name that a row shows: the user's if there is one, else the original.
+[[nodiscard]] QString rowName(const WindowContents &contents, const LayoutNode &row);
+/// Does the row show a name given by the user?
+[[nodiscard]] bool isRowRenamed(const WindowContents &contents, const LayoutNode &row);
+/// The row's value at the shown sample, in the row's radix; "null" where there is no sample.
+[[nodiscard]] QString rowValue(const WindowContents &contents, const LayoutNode &row);
+
+} // namespace WaveMonitor

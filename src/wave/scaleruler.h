@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QGraphicsItem>
+
+namespace WaveMonitor {
+
+/// How far apart the ticks of the scale stand, in samples.
+struct TickSpacing
+{
+    int major = 1; ///< long ticks with a number, at its multiples
+    int minor = 1; ///< short ticks, one sample past its multiples; 1 means none
+
+    bool operator==(const TickSpacing &other) const = default;
+};
+
+/// The spacing for a scale of \a zoom: 1, 2, 5, 10, ... samples as the zoom halves.
+TickSpacing tickSpacing(qreal zoom);
+
+/// The band that numbers the samples, from sample 0 at scene x 0 on, in the scene coordinates of
+/// viewergeometry.h. Draws what the exposed rectangle needs.
+class ScaleRuler final : public QGraphicsItem
+{
+public:
+    ScaleRuler();
+
+    /// Number of samples.
+    [[nodiscard]] int clocks() const { return m_clocks; }
+    void setClocks(int clocks);
+
+    [[nodiscard]] QRectF boundingRect() const override;
+    void paint(QPainter *painter, const QStyleOptionGraphicsItem *option,
+               QWidget *widget = nullptr) override;
+
+private:
+    int m_clocks = 0;
+};
+
+} // namespace WaveMonitor

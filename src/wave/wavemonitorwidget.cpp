@@ -1,0 +1,251 @@
+#include "wavemonitorwidget.h"
+
+#include "rulerview.h"
+#include "signaltreemodel.h"
+#include "signaltreeview.h"
+#include "viewergeometry.h"
+#include "waveview.h"
+
+#include <QDomDocument>
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QScrollBar>
+#include <QSplitter>
+#include <QVBoxLayout>
+#include <QVariant>
+
+#include <cmath>
+
+namespace WaveMonitor {
+
+namespace {
+
+constexpr int kMinimumHeight = 100; // pixels
+constexpr int kTreeWidth = 300;     // pixels, without a saved state
+constexpr int kLoadedNameWidth = 180;
+constexpr int kLoadedValueWidth = 120;
+
+/// A column of the viewer: one widget over another without a gap.
+QWidget *newPane(QWidget *top, QWidget *bottom)
+{
+    auto *pane = new QWidget;
+    pane->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Ignored);
+    auto *layout = new QVBoxLayout(pane);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(top);
+    layout->addWidget(bottom);
+    return pane;
+}
+
+} // namespace
+
+WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const WindowState *saved)
+    : QWidget(parent)
+{
+    Localized::setDomain(domain);
+    setMinimumHeight(kMinimumHeight);
+    // 4 and 21 are reserved.
+    NotificationCenter::instance()->subscribe(
+        this, {EvBeforeZoom, EvAfterZoom, 4, EvFormatChanged, EvBeforeMarkerCreate,
+               EvAfterMarkerCreate, EvBeforeMarkerChange, EvAfterMarkerChange, EvRemoveAllItems,
+               EvAddAllItems, 21, EvColorChanged});
+
+    m_model = new SignalTreeModel(this);
+    m_model->setDomain(domain);
+    m_treeView =
+        new SignalTreeView(this, saved ? saved->nameWidth + saved->valueWidth : kTreeWidth);
+    m_treeView->setModel(m_model);
+    m_treeView->setDomain(domain);
+    m_waveView = new WaveView(this);
+    m_waveView->setDomain(domain);
+    m_waveView->setDataSource(m_model);
+    m_rulerView = new RulerView(this);
+    m_rulerView->setDomain(domain);
+    // The wheel over the ruler works on the wave view.
+    m_rulerView->viewport()->installEventFilter(m_waveView);
+    m_counterLabel = new QLabel;
+
+    joinScrollBars();
+    layOutPanes();
+}
+
+WaveMonitorWidget::~WaveMonitorWidget()
+{
+    NotificationCenter::instance()->unsubscribe(this);
+}
+
+void WaveMonitorWidget::joinScrollBars()
+{
+    // The tree's own bar is hidden but tracks.
+    QScrollBar *tree = m_treeView->verticalScrollBar();
+    QScrollBar *waves = m_waveView->verticalScrollBar();
+    connect(tree, &QScrollBar::valueChanged, waves, &QScrollBar::setValue);
+    connect(waves, &QScrollBar::valueChanged, tree, &QScrollBar::setValue);
+    // When rows come or go the two learn of it one after the other. Whichever comes second takes
+    // the place of the first, which it may have had to refuse before.
+    connect(tree, &QScrollBar::rangeChanged, tree, [=] { tree->setValue(waves->value()); });
+    connect(waves, &QScrollBar::rangeChanged, waves, [=] { waves->setValue(tree->value()); });
+}
+
+void WaveMonitorWidget::layOutPanes()
+{
+    auto *panel = new QWidget;
+    panel->setFixedHeight(kPanelHeight);
+    auto *panelLayout = new QVBoxLayout(panel);
+    panelLayout->setContentsMargins(0, 0, 9, 0);
+    panelLayout->addWidget(m_counterLabel, 0, Qt::AlignRight);
+
+    auto *splitter = new QSplitter(Qt::Horizontal);
+    splitter->setChildrenCollapsible(false);
+    splitter->addWidget(newPane(panel, m_treeView));
+    splitter->addWidget(newPane(m_rulerView, m_waveView));
+    splitter->setStretchFactor(1, 1);
+
+    auto *outer = new QHBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    outer->addWidget(splitter);
+}
+
+void WaveMonitorWidget::followDataLength()
+{
+    m_rulerView->setClocks(m_model->maxDataLength());
+}
+
+void WaveMonitorWidget::setTitle(int window, int core)
+{
+    m_window = window;
+    m_core = core;
+    setWindowTitle(core == -1 ? tr("window %1").arg(window)
+                              : tr("core %1 window %2").arg(core).arg(window));
+}
+
+void WaveMonitorWidget::addSignal(const SignalElement &signal)
+{
+    m_model->addSignal(signal);
+    followDataLength();
+}
+
+void WaveMonitorWidget::addBus(const BusElement &bus)
+{
+    m_model->addBus(bus);
+    followDataLength();
+}
+
+void WaveMonitorWidget::setTriggerPosition(int sample)
+{
+    m_model->setTriggerPosition(sample);
+}
+
+void WaveMonitorWidget::updateData(const QList<QBitArray> &samples)
+{
+    m_model->updateData(samples);
+    followDataLength();
+}
+
+QMap<int, SignalElement> WaveMonitorWidget::signalMap() const
+{
+    return m_model->signalMap();
+}
+
+void WaveMonitorWidget::loadWindow(const QDomElement &window)
+{
+    m_model->readWindow(window);
+    followDataLength();
+    m_treeView->header()->resizeSection(SignalTreeModel::NameColumn, kLoadedNameWidth);
+    m_treeView->header()->resizeSection(SignalTreeModel::ValueColumn, kLoadedValueWidth);
+}
+
+QDomElement WaveMonitorWidget::saveWindow(QDomDocument &document) const
+{
+    return m_model->writeWindow(document);
+}
+
+void WaveMonitorWidget::restoreState(const WindowState *state)
+{
+    if (!state)
+        return;
+    m_treeView->header()->resizeSection(SignalTreeModel::NameColumn, state->nameWidth);
+    m_treeView->header()->resizeSection(SignalTreeModel::ValueColumn, state->valueWidth);
+    if (!state->layout.isNull()) // else every row would go
+        m_model->setLayout(state->layout);
+    m_model->setDefaultFormat(state->format);
+    setZoom(state->zoomRate);
+}
+
+std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
+{
+    auto state = std::make_unique<WindowState>();
+    state->core = m_core;
+    state->window = m_window;
+    state->nameWidth = m_treeView->header()->sectionSize(SignalTreeModel::NameColumn);
+    state->valueWidth = m_treeView->header()->sectionSize(SignalTreeModel::ValueColumn);
+    // A node that hangs in its document outlives it, a loose one keeps pointing at it.
+    QDomDocument document;
+    state->layout = m_model->writeLayout(document);
+    document.appendChild(state->layout);
+    state->format = m_model->defaultFormat();
+    state->zoomRate = m_zoomRate;
+    return state;
+}
+
+void WaveMonitorWidget::setAutorunCounter(int count)
+{
+    m_counterLabel->setText(tr("    Autorun Counter: %1").arg(count));
+}
+
+void WaveMonitorWidget::zoomIn()
+{
+    setZoom(m_zoomRate * 2.0);
+}
+
+void WaveMonitorWidget::zoomOut()
+{
+    setZoom(m_zoomRate * 0.5);
+}
+
+void WaveMonitorWidget::zoomFit()
+{
+    const int samples = m_model->maxDataLength();
+    const int width = m_waveView->width() - m_waveView->verticalScrollBar()->width();
+    setZoom(samples > 0 ? width / (samples * CLOCK_PITCH) : kMaximumZoom);
+}
+
+void WaveMonitorWidget::setZoom(double rate)
+{
+    if (std::isnan(rate))
+        return;
+    raiseNow(this, EvBeforeZoom);
+    m_zoomRate = boundedZoom(rate);
+    raiseLater(this, EvAfterZoom);
+}
+
+void WaveMonitorWidget::handleEvents(Notification *e)
+{
+    if (e->type == EvAfterZoom && concerns(*e, domain()))
+        m_zoomRate = e->sender->property("zoomRate").toReal();
+}
+
+bool WaveMonitorWidget::eventFilter(QObject *watched, QEvent *event)
+{
+    return event->type() == QEvent::KeyPress || QWidget::eventFilter(watched, event);
+}
+
+void WaveMonitorWidget::wheelEvent(QWheelEvent *event)
+{
+    QWidget::wheelEvent(event);
+}
+
+void WaveMonitorWidget::keyPressEvent(QKeyEvent *event)
+{
+    QWidget::keyPressEvent(event);
+}
+
+void WaveMonitorWidget::keyReleaseEvent(QKeyEvent *event)
+{
+    QWidget::keyReleaseEvent(event);
+}
+
+} // namespace WaveMonitor

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "localized.h"
+#include "notificationcenter.h"
+#include "signalelement.h"
+#include "windowstate.h"
+
+#include <QBitArray>
+#include <QList>
+#include <QMap>
+#include <QWidget>
+
+#include <memory>
+
+class QDomDocument;
+class QDomElement;
+class QLabel;
+
+namespace WaveMonitor {
+
+class RulerView;
+class SignalTreeModel;
+class SignalTreeView;
+class WaveView;
+
+/// The whole viewer of one capture window: signal tree, wave view and ruler side by side, with
+/// equal rows. The only class of the viewer that a project uses. All data comes in through the
+/// operations below, and the viewer shares the samples it is given; nothing of it fails loudly.
+/// GUI thread.
+class WaveMonitorWidget final : public QWidget, public Localized
+{
+    Q_OBJECT
+    Q_PROPERTY(qreal zoomRate READ zoomRate)
+    Q_PROPERTY(quint64 domain READ domain)
+
+public:
+    /// \a domain is unique among the viewers of the program. \a saved is only looked at for the
+    /// width of the tree; restoreState applies it.
+    WaveMonitorWidget(quint64 domain, QWidget *parent, const WindowState *saved = nullptr);
+    ~WaveMonitorWidget() override;
+
+    /// Core -1 means none.
+    void setTitle(int window, int core);
+    [[nodiscard]] int coreNumber() const { return m_core; }
+    [[nodiscard]] int windowNumber() const { return m_window; }
+
+    /// Adds a row.
+    void addSignal(const SignalElement &signal);
+    void addBus(const BusElement &bus);
+    /// Sample index; also the shown sample until there is a marker.
+    void setTriggerPosition(int sample);
+    /// New samples for the signals with ids 0, 1, ...; nothing happens unless there are as many
+    /// arrays as signals. Rows, zoom and markers stay.
+    void updateData(const QList<QBitArray> &samples);
+    /// By id.
+    [[nodiscard]] QMap<int, SignalElement> signalMap() const;
+
+    /// Replaces everything by a saved element `Window` (see WindowContents).
+    void loadWindow(const QDomElement &window);
+    /// A new element `Window`, attached to nothing.
+    [[nodiscard]] QDomElement saveWindow(QDomDocument &document) const;
+
+    /// Null does nothing.
+    void restoreState(const WindowState *state);
+    [[nodiscard]] std::unique_ptr<WindowState> saveState() const;
+
+    /// Shows how many captures an autorun has made.
+    void setAutorunCounter(int count);
+
+    [[nodiscard]] qreal zoomRate() const { return m_zoomRate; }
+    /// Bounded to what the viewer can show.
+    void setZoom(double rate);
+
+    Q_INVOKABLE void handleEvents(Notification *e);
+
+    /// Swallows key presses of an object that the widget is made to filter.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+public Q_SLOTS:
+    void zoomIn();
+    void zoomOut();
+    void zoomFit(); ///< the longest signal fills the wave view
+
+protected:
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void keyReleaseEvent(QKeyEvent *event) override;
+
+private:
+    void layOutPanes();
+    void joinScrollBars();
+    void followDataLength();
+
+    SignalTreeModel *m_model;   ///< child, the data source of the wave view
+    SignalTreeView *m_treeView; ///< child
+    WaveView *m_waveView;       ///< child
+    RulerView *m_rulerView;     ///< child
+    QLabel *m_counterLabel;     ///< child
+    qreal m_zoomRate = 1.0;
+    int m_core = 0;
+    int m_window = 0;
+};
+
+} // namespace WaveMonitor

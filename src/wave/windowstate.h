@@ -1,0 +1,21 @@
+#pragma once
+
+#include "dataformat.h"
+
+#include <QDomElement>
+
+namespace WaveMonitor {
+
+/// The view settings of one core and window, kept in memory over a new capture.
+struct WindowState
+{
+    int core = 0; ///< -1 means none
+    int window = 0;
+    int nameWidth = 180;                  ///< pixels of the tree's column 0
+    int valueWidth = 120;                 ///< pixels of column 1
+    QDomElement layout;                   ///< `Layout`, see WindowContents; null when absent
+    int format = DataFormat::Hexadecimal; ///< the default radix, a DataFormat::Type
+    double zoomRate = 1.0;
+};
+
+} // namespace WaveMonitor
