@@ -57,6 +57,7 @@ QString place(const Include &include)
 // Folders that a folder's files may include, itself not listed.
 const QMap<QString, QSet<QString>> kAllowed = {
     {"base", {}},
+    {"image", {}},
     {"config", {"base"}},
     {"link", {}},
     {"trigger", {"config"}},
@@ -66,7 +67,8 @@ const QMap<QString, QSet<QString>> kAllowed = {
     {"programmer", {"base"}},
     {"project", {"base", "config", "link", "trigger", "capture", "wave", "export", "programmer"}},
     {"shell",
-     {"base", "config", "link", "trigger", "capture", "wave", "export", "programmer", "project"}},
+     {"base", "config", "link", "trigger", "capture", "wave", "export", "programmer", "project",
+      "image"}},
     {"cli", {"base", "config", "link", "trigger", "capture", "wave", "export", "project", "shell"}},
 };
 

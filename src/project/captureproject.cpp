@@ -1,0 +1,283 @@
+#include "captureproject.h"
+
+#include "projectlog.h"
+#include "runcontrols.h"
+#include "runtoolbar.h"
+#include "waitingtip.h"
+
+#include <link/jtagsession.h>
+#include <wave/wavemonitorwidget.h>
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QMessageBox>
+#include <QTabWidget>
+#include <QToolBar>
+
+namespace KEO {
+
+using WaveMonitor::WaveMonitorWidget;
+
+CaptureProject::CaptureProject(QObject *parent) : AnalyzerProject(parent)
+{
+}
+
+CaptureProject::~CaptureProject() = default;
+
+void CaptureProject::deletePage()
+{
+    delete m_page;
+}
+
+void CaptureProject::setupProject(QWidget *mainWindow)
+{
+    m_mainWindow = mainWindow;
+    if (mainWindow)
+        mainWindow->installEventFilter(this);
+    if (!m_runToolBar)
+        buildToolBar();
+    if (!m_page)
+        m_page = buildPage();
+    resetPage();
+    if (toolBarGetter) {
+        m_runToolBar->setCables(JtagSession::instance()->availableCables());
+        m_runToolBar->attach(*toolBarGetter());
+    }
+    if (QTabWidget *tabs = tabWidget())
+        tabs->addTab(m_page, pageTitle());
+    updateActions();
+}
+
+void CaptureProject::buildToolBar()
+{
+    m_runToolBar = new RunToolBar(this);
+    const RunActions &a = m_runToolBar->actions();
+    connect(a.startAction, &QAction::triggered, this, &CaptureProject::onStart);
+    connect(a.autoAction, &QAction::triggered, this, &CaptureProject::onAuto);
+    connect(a.stopAction, &QAction::triggered, this, &CaptureProject::onStop);
+    connect(a.forceTriggerAction, &QAction::triggered, this, &CaptureProject::onForceTrigger);
+    connect(a.zoomInAction, &QAction::triggered, this, &CaptureProject::onZoomIn);
+    connect(a.zoomOutAction, &QAction::triggered, this, &CaptureProject::onZoomOut);
+    connect(a.zoomFitAction, &QAction::triggered, this, &CaptureProject::onZoomFit);
+}
+
+bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askStop)
+{
+    const QPointer<CaptureProject> self(this);
+    if (isBusy() && (!askStop || !askStop()))
+        return false;
+    if (self)
+        leaveDesign();
+    if (!self)
+        return true;
+    WaitingTip::close();
+    m_keoFilePath.clear();
+    m_projectFilePath.clear();
+    m_dataFilePath.clear();
+    if (toolBarGetter && m_runToolBar)
+        m_runToolBar->detach(*toolBarGetter());
+    clearWaveMonitors(WaveTabs::Layouts::Forget);
+    if (QTabWidget *tabs = tabWidget())
+        tabs->removeTab(tabs->indexOf(m_page));
+    if (m_mainWindow)
+        m_mainWindow->removeEventFilter(this);
+    tabWidgetGetter = nullptr;
+    toolBarGetter = nullptr;
+    openActionGetter = nullptr;
+    return true;
+}
+
+bool CaptureProject::event(QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return AnalyzerProject::event(event);
+    const QPointer<CaptureProject> self(this);
+    const int key = static_cast<QKeyEvent *>(event)->key();
+    if (key == Qt::Key_F3 || key == Qt::Key_F4) {
+        if (key == Qt::Key_F3)
+            onForceTrigger();
+        else
+            onStop();
+        WaitingTip::close();
+    }
+    return self ? AnalyzerProject::event(event) : true;
+}
+
+/// The window itself sees these keys only when no shortcut took them, so they come from the tip,
+/// which is a window of its own without shortcuts. They do no more than the shortcuts would.
+bool CaptureProject::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != m_mainWindow || event->type() != QEvent::KeyPress || !m_runToolBar)
+        return AnalyzerProject::eventFilter(watched, event);
+    const auto *press = static_cast<QKeyEvent *>(event);
+    const RunActions &a = m_runToolBar->actions();
+    const bool reachesRun = press->modifiers() == Qt::NoModifier &&
+                            ((press->key() == Qt::Key_F3 && a.forceTriggerAction->isEnabled()) ||
+                             (press->key() == Qt::Key_F4 && a.stopAction->isEnabled()));
+    if (!reachesRun)
+        return AnalyzerProject::eventFilter(watched, event);
+    QCoreApplication::sendEvent(this, event);
+    return true;
+}
+
+void CaptureProject::onStart()
+{
+    startCapture(RunKind::Single);
+}
+
+void CaptureProject::onAuto()
+{
+    startCapture(RunKind::Auto);
+}
+
+void CaptureProject::startCapture(RunKind kind)
+{
+    if (isBusy() || !m_runToolBar)
+        return;
+    if (!JtagSession::instance()->selectCable(m_runToolBar->cableName())) {
+        showError(tr("Can not connect with JTAG Server!"));
+        return;
+    }
+    WaitingTip::show(m_mainWindow);
+    openDevice(deviceChain());
+    clearWaveMonitors(WaveTabs::Layouts::Keep);
+    if (kind == RunKind::Auto)
+        setAutorun(0);
+    startRun();
+    updateActions();
+}
+
+/// One entry for each device on the cable; 0 stands for the one with the cores.
+QVariantList CaptureProject::deviceChain() const
+{
+    return {0};
+}
+
+void CaptureProject::onZoomIn()
+{
+    if (WaveMonitorWidget *wave = currentWave())
+        wave->zoomIn();
+}
+
+void CaptureProject::onZoomOut()
+{
+    if (WaveMonitorWidget *wave = currentWave())
+        wave->zoomOut();
+}
+
+void CaptureProject::onZoomFit()
+{
+    if (WaveMonitorWidget *wave = currentWave())
+        wave->zoomFit();
+}
+
+void CaptureProject::onComplete(int resultID)
+{
+    WaitingTip::close();
+    updateActions();
+    const QString text = errorText(resultID);
+    if (!text.isEmpty())
+        showError(text);
+}
+
+QString CaptureProject::errorText(int resultID) const
+{
+    switch (resultID) {
+    case 0:
+        return {};
+    case -20:
+        return tr("Device does not load fs file yet.");
+    case 1:
+        return tr("Open device failed.");
+    default:
+        return unknownErrorText(resultID);
+    }
+}
+
+void CaptureProject::updateActions()
+{
+    if (!m_runToolBar)
+        return;
+    RunSituation situation;
+    situation.busy = isBusy();
+    situation.canStart = canStart();
+    situation.canAuto = canAuto();
+    situation.autorun = autorun();
+    situation.hasWaves = !m_waveTabs.isEmpty();
+    const RunControls controls = runControls(situation);
+
+    const RunActions &a = m_runToolBar->actions();
+    if (openActionGetter)
+        openActionGetter()->setEnabled(controls.open);
+    a.startAction->setEnabled(controls.start);
+    a.autoAction->setEnabled(controls.autoRun);
+    a.stopAction->setEnabled(controls.stop);
+    a.forceTriggerAction->setEnabled(controls.forceTrigger);
+    // controls.save takes over as soon as waves can be saved and exported: until then a button that
+    // does nothing would promise what it can't keep.
+    a.saveAction->setEnabled(false);
+    a.exportAction->setEnabled(false);
+    setPageEnabled(controls.settings);
+}
+
+void CaptureProject::showCapture(const CapturedWindow &captured)
+{
+    const int rounds = autorun();
+    if (rounds >= 1 && !m_waveTabs.isEmpty()) {
+        m_waveTabs.updateFirst(captured.elements, rounds);
+        return;
+    }
+    WaveMonitorWidget *wave = m_waveTabs.add(captured, m_mainWindow);
+    if (rounds != -1) {
+        WaitingTip::close();
+        wave->setAutorunCounter(rounds);
+    }
+    if (QTabWidget *tabs = tabWidget()) {
+        const bool isOnPage = tabs->currentWidget() == m_page;
+        tabs->addTab(wave, wave->windowTitle());
+        if (isOnPage)
+            tabs->setCurrentWidget(wave);
+    }
+}
+
+void CaptureProject::clearWaveMonitors(WaveTabs::Layouts layouts)
+{
+    if (layouts == WaveTabs::Layouts::Keep) {
+        for (const WaveMonitorWidget *wave : m_waveTabs.monitors())
+            keepNames(*wave);
+    }
+    m_waveTabs.clear(tabWidget(), layouts);
+}
+
+void CaptureProject::showError(const QString &text)
+{
+    if (m_openErrors.contains(text)) {
+        qCDebug(keoProject).noquote() << "error not shown a second time:" << text;
+        return;
+    }
+    m_openErrors.insert(text);
+    const QPointer<CaptureProject> self(this);
+    QMessageBox::critical(m_mainWindow, tr("Error"), text, QMessageBox::Ok);
+    if (self)
+        m_openErrors.remove(text);
+}
+
+void CaptureProject::showInformation(const QString &text)
+{
+    const QString title = m_mainWindow ? m_mainWindow->windowTitle() : QString();
+    QMessageBox::information(m_mainWindow, title, text, QMessageBox::Ok);
+}
+
+QTabWidget *CaptureProject::tabWidget() const
+{
+    return tabWidgetGetter ? tabWidgetGetter() : nullptr;
+}
+
+WaveMonitorWidget *CaptureProject::currentWave() const
+{
+    const QTabWidget *tabs = tabWidget();
+    return tabs ? qobject_cast<WaveMonitorWidget *>(tabs->currentWidget()) : nullptr;
+}
+
+} // namespace KEO

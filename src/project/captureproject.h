@@ -1,0 +1,109 @@
+#pragma once
+
+#include "analyzerproject.h"
+#include "wavetabs.h"
+
+#include <QPointer>
+#include <QSet>
+#include <QString>
+#include <QVariant>
+
+namespace KEO {
+
+class RunToolBar;
+
+/// What the standard and the lite project have in common: their place in the main window, the run
+/// control from Start to the last wave, and the tabs with the waves. A kind of project adds its
+/// page, its data manager and the texts in which the kinds differ.
+///
+/// Everything runs on the GUI thread, much of it inside the signals of a data manager or inside a
+/// box's event loop. A run may be stopped, and the project closed or deleted, in either.
+class CaptureProject : public AnalyzerProject
+{
+    Q_OBJECT
+
+public:
+    explicit CaptureProject(QObject *parent = nullptr);
+    ~CaptureProject() override;
+
+    void setupProject(QWidget *mainWindow) final;
+    bool closeProject(QWidget *parent, const std::function<bool()> &askStop) final;
+
+    /// F3 forces the trigger and F4 stops, and both take the waiting tip away.
+    bool event(QEvent *event) override;
+    /// Catches what the tip hands to the main window.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+public Q_SLOTS:
+    void onStart();
+    void onAuto();
+    virtual void onStop() = 0;
+    virtual void onForceTrigger() = 0;
+    void onZoomIn();
+    void onZoomOut();
+    void onZoomFit();
+    void onComplete(int resultID);
+
+protected:
+    enum class RunKind { Single, Auto };
+
+    // What a kind of project has to tell or do.
+
+    /// The tab with the settings. Called once.
+    virtual QWidget *buildPage() = 0;
+    [[nodiscard]] virtual QString pageTitle() const = 0;
+    /// The project has been put into a window, as at first or anew.
+    virtual void resetPage() = 0;
+    virtual void setPageEnabled(bool enabled) = 0;
+    [[nodiscard]] virtual bool canStart() const = 0; ///< judged while idle
+    [[nodiscard]] virtual bool canAuto() const = 0;  ///< judged while idle
+    /// Finished rounds of an Auto run, -1 outside of one.
+    [[nodiscard]] virtual int autorun() const = 0;
+    virtual void setAutorun(int rounds) = 0;
+    virtual void openDevice(const QVariantList &chain) = 0;
+    /// Takes the settings over from the page and starts.
+    virtual void startRun() = 0;
+    /// The user's names of a wave tab that is about to go belong to the core.
+    virtual void keepNames(const WaveMonitor::WaveMonitorWidget &wave) = 0;
+    /// The project leaves the main window: ends the run and lets go of the design as its kind does.
+    virtual void leaveDesign() = 0;
+    /// The sentence for a result that has no text of its own.
+    [[nodiscard]] virtual QString unknownErrorText(int resultID) const = 0;
+
+    // What a kind of project may use.
+
+    /// The one place that decides what is enabled. Whatever changes the state of a run ends here.
+    void updateActions();
+    /// Shows one capture window: as the next round of an Auto run, or in a new tab.
+    void showCapture(const CapturedWindow &captured);
+    /// A modal box. Does nothing while a box with the same text is open, so that a server which
+    /// sends nonsense round by round does not pile them up.
+    void showError(const QString &text);
+    /// A modal box under the window's title.
+    void showInformation(const QString &text);
+    /// For the destructors of the kinds: the page goes while there still is somebody to talk to.
+    void deletePage();
+
+    // All empty while the project is closed.
+    QString m_keoFilePath;     ///< core description
+    QString m_projectFilePath; ///< empty until saved
+    QString m_dataFilePath;    ///< samples and arrangement, empty until saved
+
+private:
+    void buildToolBar();
+    [[nodiscard]] QString errorText(int resultID) const;
+    void startCapture(RunKind kind);
+    [[nodiscard]] QVariantList deviceChain() const;
+    void clearWaveMonitors(WaveTabs::Layouts layouts);
+    [[nodiscard]] QTabWidget *tabWidget() const;
+    /// The wave tab in front, or null.
+    [[nodiscard]] WaveMonitor::WaveMonitorWidget *currentWave() const;
+
+    QPointer<QWidget> m_mainWindow;
+    QPointer<QWidget> m_page;           // ours; in the tab widget while open
+    RunToolBar *m_runToolBar = nullptr; // child
+    WaveTabs m_waveTabs;
+    QSet<QString> m_openErrors; // texts of the boxes that are open
+};
+
+} // namespace KEO

@@ -1,0 +1,297 @@
+#include "keostandardanalyzerproject.h"
+
+#include "capturedisplay.h"
+#include "runcontrols.h"
+
+#include <capture/standarddatamanager.h>
+#include <trigger/dynamicconfigwidget.h>
+#include <wave/wavemonitorwidget.h>
+
+#include <QDockWidget>
+#include <QHBoxLayout>
+#include <QSignalBlocker>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+namespace KEO {
+
+using WaveMonitor::SignalElement;
+using WaveMonitor::WaveMonitorWidget;
+
+namespace {
+
+constexpr int kTreeStretch = 1;
+constexpr int kConfigStretch = 10;
+
+QDockWidget *makeFixedDock(const char *name, const QString &title, QWidget *content)
+{
+    auto *dock = new QDockWidget(title);
+    dock->setObjectName(QLatin1String(name));
+    dock->setFeatures(QDockWidget::NoDockWidgetFeatures);
+    dock->setWidget(content);
+    return dock;
+}
+
+} // namespace
+
+KeoStandardAnalyzerProject::KeoStandardAnalyzerProject(QObject *parent)
+    : CaptureProject(parent), m_dataManager(std::make_unique<KeoStandardDataManager>())
+{
+    connect(m_dataManager.get(), &KeoStandardDataManager::readRamComplete, this,
+            &KeoStandardAnalyzerProject::drawSignalView);
+    connect(m_dataManager.get(), &KeoStandardDataManager::triggerComplete, this,
+            &KeoStandardAnalyzerProject::onComplete);
+}
+
+KeoStandardAnalyzerProject::~KeoStandardAnalyzerProject()
+{
+    deletePage();
+}
+
+bool KeoStandardAnalyzerProject::isBusy() const
+{
+    return m_dataManager->state() != CaptureState::Idle;
+}
+
+bool KeoStandardAnalyzerProject::openFile(const QString &path)
+{
+    if (isBusy())
+        return false;
+    const bool isKnown =
+        path.endsWith(QLatin1String(".keo")) || path.endsWith(QLatin1String(".zeo"));
+    if (!isKnown || !openKeoFile(path))
+        return false;
+    updateActions();
+    return true;
+}
+
+bool KeoStandardAnalyzerProject::openKeoFile(const QString &path)
+{
+    if (m_dynamicConfigWidget) {
+        m_dynamicConfigWidget->saveToCore();
+        m_dynamicConfigWidget->setCore(nullptr); // loading deletes the cores
+    }
+    QString designId;
+    if (!m_dataManager->load(path, designId)) {
+        showCore(m_coreTree ? m_coreTree->indexOfTopLevelItem(m_coreTree->currentItem()) : -1);
+        showError(tr("Invalid KEO file specified in project."));
+        return false;
+    }
+    m_keoFilePath = path;
+    updateCoreTree();
+    return true;
+}
+
+void KeoStandardAnalyzerProject::setDevice(const QString &, const QString &device, const QString &)
+{
+    m_dataManager->setDeviceName(device);
+}
+
+void KeoStandardAnalyzerProject::onStop()
+{
+    const QPointer<KeoStandardAnalyzerProject> self(this);
+    m_dataManager->stop();
+    if (!self)
+        return;
+    updateActions();
+    showInformation(tr("Capture Stopped!"));
+}
+
+void KeoStandardAnalyzerProject::onForceTrigger()
+{
+    m_dataManager->forceTrigger();
+    updateActions();
+}
+
+void KeoStandardAnalyzerProject::drawSignalView(int coreIdx, int winIdx)
+{
+    const QPointer<KeoStandardAnalyzerProject> self(this);
+    const QList<QBitArray> sections = m_dataManager->rawWindow(winIdx);
+    if (!self)
+        return;
+    const CoreConfig *core = m_dataManager->coreByIndex(coreIdx);
+    if (!core)
+        return;
+    const QList<SignalElement> elements = extractSignalData(core, sections);
+    if (elements.isEmpty()) {
+        showError(tr("No data in core %1 window %2").arg(coreIdx).arg(winIdx));
+        return;
+    }
+    showCapture({coreIdx, winIdx, core->trigger_pos, core->signals, elements});
+}
+
+void KeoStandardAnalyzerProject::onWindowNumChanged()
+{
+    m_dynamicConfigWidget->saveToCore();
+    updateActions();
+}
+
+void KeoStandardAnalyzerProject::onKoChanged(QTreeWidgetItem *item)
+{
+    {
+        const QSignalBlocker blocker(m_coreTree);
+        m_coreTree->setCurrentItem(item);
+    }
+    const int position = m_coreTree->indexOfTopLevelItem(item);
+    if (CoreConfig *core = coreAt(position)) {
+        m_dynamicConfigWidget->saveToCore();
+        showCore(position);
+        core->active = item->checkState(0) == Qt::Checked ? 1 : 0;
+    }
+    updateActions();
+}
+
+QWidget *KeoStandardAnalyzerProject::buildPage()
+{
+    m_coreTree = new QTreeWidget;
+    m_coreTree->setObjectName(QStringLiteral("coreTree"));
+    m_coreTree->setHeaderHidden(true);
+    m_coreTree->setRootIsDecorated(false);
+    m_coreTree->setSelectionMode(QAbstractItemView::SingleSelection);
+    connect(m_coreTree, &QTreeWidget::itemClicked, this, &KeoStandardAnalyzerProject::onKoChanged);
+    // The keyboard reaches the tree as well: the arrow keys and the space bar.
+    connect(m_coreTree, &QTreeWidget::itemChanged, this, &KeoStandardAnalyzerProject::onKoChanged);
+    connect(m_coreTree, &QTreeWidget::currentItemChanged, this,
+            &KeoStandardAnalyzerProject::onKoChanged);
+
+    m_dynamicConfigWidget = new DynamicConfigWidget;
+    m_dynamicConfigWidget->setObjectName(QStringLiteral("dynamicConfigWidget"));
+    connect(m_dynamicConfigWidget, &DynamicConfigWidget::windowNumChanged, this,
+            &KeoStandardAnalyzerProject::onWindowNumChanged);
+    m_configDock = makeFixedDock("configDock", tr(" Core 0"), m_dynamicConfigWidget);
+
+    auto *coreArea = new QWidget;
+    coreArea->setObjectName(QStringLiteral("coreArea"));
+    auto *areaLayout = new QHBoxLayout(coreArea);
+    areaLayout->setContentsMargins(0, 0, 0, 0);
+    areaLayout->setSpacing(0);
+    areaLayout->addWidget(makeFixedDock("treeDock", tr(" Ko Core"), m_coreTree), kTreeStretch);
+    areaLayout->addWidget(m_configDock, kConfigStretch);
+
+    auto *configTab = new QWidget;
+    configTab->setObjectName(QStringLiteral("configTab"));
+    auto *layout = new QVBoxLayout(configTab);
+    layout->addWidget(coreArea);
+    layout->addStretch();
+    return configTab;
+}
+
+QString KeoStandardAnalyzerProject::pageTitle() const
+{
+    return tr("Configuration");
+}
+
+void KeoStandardAnalyzerProject::resetPage()
+{
+    m_dynamicConfigWidget->setEnabled(true);
+}
+
+void KeoStandardAnalyzerProject::setPageEnabled(bool enabled)
+{
+    if (m_dynamicConfigWidget)
+        m_dynamicConfigWidget->setEnabled(enabled);
+    if (m_coreTree)
+        m_coreTree->setEnabled(enabled);
+}
+
+bool KeoStandardAnalyzerProject::canStart() const
+{
+    return !m_dataManager->activeCores().isEmpty();
+}
+
+bool KeoStandardAnalyzerProject::canAuto() const
+{
+    return suitsAuto(m_dataManager->activeCores());
+}
+
+int KeoStandardAnalyzerProject::autorun() const
+{
+    return m_dataManager->autorun();
+}
+
+void KeoStandardAnalyzerProject::setAutorun(int rounds)
+{
+    m_dataManager->setAutorun(rounds);
+}
+
+void KeoStandardAnalyzerProject::openDevice(const QVariantList &chain)
+{
+    m_dataManager->openDevice(chain);
+}
+
+void KeoStandardAnalyzerProject::startRun()
+{
+    m_dynamicConfigWidget->saveToCore();
+    QList<int> positions;
+    for (int position = 0; position < m_coreTree->topLevelItemCount(); ++position) {
+        if (m_coreTree->topLevelItem(position)->checkState(0) == Qt::Checked)
+            positions.append(position);
+    }
+    m_dataManager->start(positions);
+}
+
+void KeoStandardAnalyzerProject::keepNames(const WaveMonitorWidget &wave)
+{
+    CoreConfig *core = m_dataManager->coreByIndex(wave.coreNumber());
+    if (!core)
+        return;
+    QMap<int, SignalNames> names;
+    const QMap<int, SignalElement> elements = wave.signalMap();
+    for (auto element = elements.begin(); element != elements.end(); ++element)
+        names.insert(element.key(), {element->name, element->text});
+    core->applySignalNames(names);
+}
+
+void KeoStandardAnalyzerProject::leaveDesign()
+{
+    const QPointer<KeoStandardAnalyzerProject> self(this);
+    m_dataManager->stop();
+    if (!self)
+        return;
+    if (m_dynamicConfigWidget)
+        m_dynamicConfigWidget->setCore(nullptr);
+    m_dataManager->release();
+}
+
+QString KeoStandardAnalyzerProject::unknownErrorText(int resultID) const
+{
+    return tr("Unknown device error ID%1.").arg(resultID);
+}
+
+void KeoStandardAnalyzerProject::updateCoreTree()
+{
+    if (!m_coreTree)
+        return;
+    const QSignalBlocker blocker(m_coreTree);
+    m_coreTree->clear();
+    for (const auto &core : m_dataManager->cores()) {
+        auto *item = new QTreeWidgetItem(m_coreTree, {tr("Core %1").arg(core->index)});
+        item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+        item->setCheckState(0, Qt::Unchecked);
+    }
+    if (CoreConfig *first = coreAt(0)) {
+        m_coreTree->topLevelItem(0)->setCheckState(0, Qt::Checked);
+        m_coreTree->setCurrentItem(m_coreTree->topLevelItem(0));
+        first->active = 1;
+    }
+    showCore(0);
+}
+
+void KeoStandardAnalyzerProject::showCore(int position)
+{
+    CoreConfig *core = coreAt(position);
+    if (!m_dynamicConfigWidget)
+        return;
+    m_dynamicConfigWidget->setCore(core);
+    if (core)
+        m_configDock->setWindowTitle(tr(" Core %1").arg(core->index));
+}
+
+CoreConfig *KeoStandardAnalyzerProject::coreAt(int position) const
+{
+    const CoreList &cores = m_dataManager->cores();
+    return position >= 0 && size_t(position) < cores.size() ? cores[size_t(position)].get()
+                                                            : nullptr;
+}
+
+} // namespace KEO

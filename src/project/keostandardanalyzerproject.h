@@ -1,0 +1,71 @@
+#pragma once
+
+#include "captureproject.h"
+
+#include <memory>
+
+class QDockWidget;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+namespace KEO {
+
+class DynamicConfigWidget;
+class KeoStandardDataManager;
+
+/// A design with standard analyzer cores in the main window: the tree of cores, the trigger page,
+/// the runs, and a wave tab for each captured core and window. Owns the data manager and with it
+/// the core records.
+class KeoStandardAnalyzerProject final : public CaptureProject
+{
+    Q_OBJECT
+
+public:
+    explicit KeoStandardAnalyzerProject(QObject *parent = nullptr);
+    ~KeoStandardAnalyzerProject() override;
+
+    [[nodiscard]] bool isBusy() const override;
+    /// Takes ".keo" and ".zeo" descriptions. False during a capture, for any other extension
+    /// (letter case counts), and after an error, which it has then shown.
+    bool openFile(const QString &path) override;
+    void setDevice(const QString &family, const QString &device, const QString &fsFile) override;
+
+public Q_SLOTS:
+    void onStop() override;
+    void onForceTrigger() override;
+    /// \a coreIdx is CoreConfig::index.
+    void drawSignalView(int coreIdx, int winIdx);
+    void onWindowNumChanged();
+    /// Shows the core of \a item on the trigger page and takes it into or out of the run.
+    void onKoChanged(QTreeWidgetItem *item);
+
+protected:
+    QWidget *buildPage() override;
+    [[nodiscard]] QString pageTitle() const override;
+    void resetPage() override;
+    void setPageEnabled(bool enabled) override;
+    [[nodiscard]] bool canStart() const override;
+    [[nodiscard]] bool canAuto() const override;
+    [[nodiscard]] int autorun() const override;
+    void setAutorun(int rounds) override;
+    void openDevice(const QVariantList &chain) override;
+    void startRun() override;
+    void keepNames(const WaveMonitor::WaveMonitorWidget &wave) override;
+    void leaveDesign() override;
+    [[nodiscard]] QString unknownErrorText(int resultID) const override;
+
+private:
+    bool openKeoFile(const QString &path);
+    void updateCoreTree();
+    /// Shows the core at that position of the tree; a clear page if there is none.
+    void showCore(int position);
+    [[nodiscard]] CoreConfig *coreAt(int position) const; ///< null if there is none
+
+    std::unique_ptr<KeoStandardDataManager> m_dataManager;
+    // Parts of the page, null until it is built and when its window took it along.
+    QPointer<DynamicConfigWidget> m_dynamicConfigWidget;
+    QPointer<QDockWidget> m_configDock;
+    QPointer<QTreeWidget> m_coreTree;
+};
+
+} // namespace KEO

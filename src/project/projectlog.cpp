@@ -1,0 +1,7 @@
+#include "projectlog.h"
+
+namespace KEO {
+
+Q_LOGGING_CATEGORY(keoProject, "keo.project")
+
+} // namespace KEO

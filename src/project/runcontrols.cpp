@@ -1,0 +1,25 @@
+#include "runcontrols.h"
+
+#include <config/coreconfig.h>
+
+namespace KEO {
+
+RunControls runControls(const RunSituation &situation)
+{
+    RunControls controls;
+    controls.open = !situation.busy;
+    controls.start = !situation.busy && situation.canStart;
+    controls.autoRun = !situation.busy && situation.canAuto;
+    controls.stop = situation.busy;
+    controls.forceTrigger = situation.busy && situation.autorun == -1;
+    controls.save = !situation.busy && situation.hasWaves;
+    controls.settings = !situation.busy;
+    return controls;
+}
+
+bool suitsAuto(const QList<CoreConfig *> &selected)
+{
+    return selected.size() == 1 && selected.first()->window_num == 1;
+}
+
+} // namespace KEO

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QPair>
+#include <QPointer>
+#include <QString>
+
+class QAction;
+class QComboBox;
+class QToolBar;
+class QWidget;
+class QWidgetAction;
+
+namespace KEO {
+
+/// The actions of a project, all children of it.
+struct RunActions
+{
+    QAction *saveAction = nullptr;
+    QAction *startAction = nullptr;
+    QAction *autoAction = nullptr;
+    QAction *stopAction = nullptr;
+    QAction *forceTriggerAction = nullptr;
+    QAction *zoomInAction = nullptr;
+    QAction *zoomOutAction = nullptr;
+    QAction *zoomFitAction = nullptr;
+    QAction *exportAction = nullptr;
+};
+
+/// The part of the main window's tool bar that belongs to the open project: the choice of the cable
+/// and the actions. It neither connects nor enables them; the project does.
+class RunToolBar final : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit RunToolBar(QObject *parent);
+    ~RunToolBar() override;
+
+    [[nodiscard]] const RunActions &actions() const { return m_actions; }
+
+    /// Names and combined numbers, as the session lists them. The first one is chosen.
+    void setCables(const QList<QPair<QString, int>> &cables);
+    /// Name of the chosen cable; empty without cables.
+    [[nodiscard]] QString cableName() const;
+
+    void attach(QToolBar &toolBar);
+    void detach(QToolBar &toolBar);
+
+private:
+    void addSeparator(QToolBar &toolBar);
+
+    RunActions m_actions;
+    QPointer<QComboBox> m_cableCombo; // in m_cableWidget
+    QPointer<QWidget> m_cableWidget;  // of m_cableAction; a tool bar may take it along
+    QWidgetAction *m_cableAction;     // child
+    QList<QPointer<QAction>> m_separators;
+};
+
+} // namespace KEO

@@ -1,0 +1,13 @@
+# The projects in the main window: what stands beside the plain target and needs Qt Widgets.
+find_package(Qt6 6.4 REQUIRED COMPONENTS Gui Widgets)
+keo_add_library(project_ui
+    SOURCES
+        analyzerproject.h
+        captureproject.cpp captureproject.h
+        keostandardanalyzerproject.cpp keostandardanalyzerproject.h
+        projectlog.cpp projectlog.h
+        runcontrols.cpp runcontrols.h
+        runtoolbar.cpp runtoolbar.h
+        waitingtip.cpp waitingtip.h
+        wavetabs.cpp wavetabs.h
+    LINK keo::project keo::trigger_ui keo::wave Qt6::Widgets)

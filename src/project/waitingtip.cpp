@@ -1,0 +1,91 @@
+#include "waitingtip.h"
+
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QProgressBar>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace KEO {
+
+namespace {
+
+constexpr int kBarHeight = 15; // pixels
+constexpr int kWidth = 200;    // pixels
+
+} // namespace
+
+QPointer<WaitingTip> WaitingTip::s_tip;
+
+WaitingTip::WaitingTip(QWidget *parent) : QWidget(parent, Qt::SplashScreen)
+{
+    setObjectName(QStringLiteral("waitingTip"));
+    setAccessibleName(tr("Capture is running"));
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    auto *bar = new QProgressBar;
+    bar->setRange(0, 0);
+    bar->setTextVisible(false);
+    bar->setMaximumHeight(kBarHeight);
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(bar);
+    if (parent)
+        parent->installEventFilter(this);
+}
+
+void WaitingTip::show(QWidget *parent)
+{
+    if (s_tip)
+        return;
+    s_tip = new WaitingTip(parent);
+    s_tip->QWidget::show();
+}
+
+void WaitingTip::close()
+{
+    if (!s_tip)
+        return;
+    WaitingTip *tip = s_tip;
+    s_tip.clear();
+    tip->QWidget::close();
+    tip->deleteLater();
+}
+
+QSize WaitingTip::sizeHint() const
+{
+    return QSize(kWidth, 0);
+}
+
+bool WaitingTip::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == parent() && (event->type() == QEvent::Move || event->type() == QEvent::Resize))
+        centre();
+    return QWidget::eventFilter(watched, event);
+}
+
+void WaitingTip::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    centre();
+    if (parentWidget())
+        parentWidget()->setFocus(Qt::OtherFocusReason);
+}
+
+void WaitingTip::centre()
+{
+    QRect place = rect();
+    if (const QWidget *window = parentWidget())
+        place.moveCenter(window->mapToGlobal(window->rect().center()));
+    else
+        place.moveCenter(screen()->geometry().center());
+    move(place.topLeft());
+}
+
+void WaitingTip::keyPressEvent(QKeyEvent *event)
+{
+    if (parent() && (event->key() == Qt::Key_F3 || event->key() == Qt::Key_F4))
+        QCoreApplication::sendEvent(parent(), event);
+    else
+        QWidget::keyPressEvent(event);
+}
+
+} // namespace KEO

@@ -1,0 +1,104 @@
+#include "wavetabs.h"
+
+#include "capturedisplay.h"
+
+#include <wave/wavemonitorwidget.h>
+
+#include <QTabWidget>
+
+#include <algorithm>
+#include <utility>
+
+namespace KEO {
+
+using WaveMonitor::SignalElement;
+using WaveMonitor::WaveMonitorWidget;
+using WaveMonitor::WindowState;
+
+namespace {
+
+/// Each viewer takes this many numbers, so that its parts stay apart from those of the next.
+constexpr quint64 kDomainStep = 16;
+
+} // namespace
+
+WaveTabs::WaveTabs() = default;
+
+WaveTabs::~WaveTabs()
+{
+    for (const auto &monitor : m_waveMonitors)
+        delete monitor;
+}
+
+bool WaveTabs::isEmpty() const
+{
+    return monitors().isEmpty();
+}
+
+QList<WaveMonitorWidget *> WaveTabs::monitors() const
+{
+    QList<WaveMonitorWidget *> living;
+    for (const auto &monitor : m_waveMonitors) {
+        if (monitor)
+            living.append(monitor);
+    }
+    return living;
+}
+
+WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured, QWidget *parent)
+{
+    const WindowState *layout = layoutOf(captured.core, captured.window);
+    const quint64 domain = quint64(m_waveMonitors.size()) * kDomainStep;
+    auto *monitor = new WaveMonitorWidget(domain, parent, layout);
+    m_waveMonitors.append(monitor);
+    addCapturedRows(*monitor, captured.signals, captured.elements);
+    monitor->setTriggerPosition(captured.triggerPosition);
+    monitor->setTitle(captured.window, captured.core);
+    monitor->restoreState(layout);
+    return monitor;
+}
+
+void WaveTabs::updateFirst(const QList<SignalElement> &elements, int rounds)
+{
+    QList<QBitArray> samples;
+    samples.reserve(elements.size());
+    for (const SignalElement &element : elements)
+        samples.append(element.data);
+    WaveMonitorWidget *first = monitors().first();
+    first->updateData(samples);
+    first->setAutorunCounter(rounds);
+}
+
+void WaveTabs::clear(QTabWidget *tabs, Layouts layouts)
+{
+    if (layouts == Layouts::Forget)
+        m_layoutCache.clear();
+    // Out of the list first: a tab that goes lets another one come up, with events of its own.
+    for (const auto &monitor : std::exchange(m_waveMonitors, {})) {
+        if (!monitor)
+            continue;
+        if (layouts == Layouts::Keep)
+            keepLayout(monitor->saveState());
+        if (tabs)
+            tabs->removeTab(tabs->indexOf(monitor));
+        delete monitor; // not later: the next monitors take over its domain
+    }
+}
+
+const WindowState *WaveTabs::layoutOf(int core, int window) const
+{
+    const auto found = std::ranges::find_if(m_layoutCache, [=](const auto &state) {
+        return state->core == core && state->window == window;
+    });
+    return found == m_layoutCache.end() ? nullptr : found->get();
+}
+
+void WaveTabs::keepLayout(std::unique_ptr<WindowState> state)
+{
+    std::erase_if(m_layoutCache, [&](const auto &old) {
+        return old->core == state->core && old->window == state->window;
+    });
+    m_layoutCache.push_back(std::move(state));
+}
+
+} // namespace KEO

@@ -1,0 +1,170 @@
+#include "analyzer.h"
+
+#include "debugdock.h"
+#include "startupoptions.h"
+
+#include <image/images.h>
+#include <link/jtagsession.h>
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QIcon>
+#include <QKeySequence>
+#include <QMessageBox>
+#include <QPointer>
+#include <QScreen>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QToolBar>
+
+namespace KEO {
+
+namespace {
+
+// In device-independent pixels.
+constexpr int kIconSize = 24;
+constexpr QSize kRestoredSize(1280, 800); // when the user takes the maximized window back
+
+std::unique_ptr<QAction> makeOpenAction(QWidget *window)
+{
+    auto action = std::make_unique<QAction>(Analyzer::tr("Open..."), window);
+    action->setObjectName(QStringLiteral("openAction"));
+    action->setToolTip(Analyzer::tr("Open..."));
+    action->setShortcut(QKeySequence::Open);
+    action->setIcon(QIcon(QStringLiteral(":/keo/image/folder.png")));
+    return action;
+}
+
+QString fileFilter()
+{
+    const QString projects = QStringLiteral(".analyzer_prj");
+    return QStringList{Analyzer::tr("Supported Files (*%1 *.keo *.zeo)").arg(projects),
+                       Analyzer::tr("KEO Analyzer Project File (*%1)").arg(projects),
+                       Analyzer::tr("TARNO Signal Scope Config File (*.keo *.zeo)")}
+        .join(QStringLiteral(";;"));
+}
+
+} // namespace
+
+/// What the window is made of. The manager is made first and ends last; the widgets are the
+/// window's children.
+struct AnalyzerPrivate
+{
+    AnalyzerPrivate(QWidget *theWindow, const ProjectFactories &factories)
+        : projectManager(std::make_unique<ProjectManager>(theWindow, factories)),
+          openAction(makeOpenAction(theWindow).release()),
+          toolBar(new QToolBar(Analyzer::tr("Tool Bar"), theWindow)),
+          tabWidget(new QTabWidget(theWindow)),
+          window(theWindow)
+    {
+        toolBar->setObjectName(QStringLiteral("toolBar"));
+        toolBar->setIconSize({kIconSize, kIconSize});
+        toolBar->addAction(openAction);
+        toolBar->addSeparator();
+        tabWidget->setObjectName(QStringLiteral("tabWidget"));
+    }
+
+    void open(const QString &file) const
+    {
+        projectManager->tabWidgetGetter = [this] { return tabWidget; };
+        projectManager->toolBarGetter = [this] { return toolBar; };
+        projectManager->openActionGetter = [this] { return openAction; };
+        projectManager->openFile(window, family, device, fsFile, file);
+    }
+
+    std::unique_ptr<ProjectManager> projectManager;
+    QAction *openAction;
+    QToolBar *toolBar;
+    QTabWidget *tabWidget;
+    QString family; // the three of the current file
+    QString device;
+    QString fsFile;
+    QWidget *window;
+    DebugDock *debugDock = nullptr; // null without debug messages
+};
+
+Analyzer::Analyzer(QWidget *parent, const ProjectFactories &factories)
+    : QMainWindow(parent), m_d(std::make_unique<AnalyzerPrivate>(this, factories))
+{
+    WaveMonitor::NotificationCenter::instance()->subscribe(
+        this, {WaveMonitor::EvFormatChanged, WaveMonitor::EvColorChanged});
+    setContextMenuPolicy(Qt::NoContextMenu);
+    setWindowTitle(tr("Tarno Signal Scope"));
+    setWindowIcon(programIcon());
+    setStatusBar(new QStatusBar(this));
+    connect(m_d->openAction, &QAction::triggered, this, &Analyzer::onOpen);
+    addToolBar(m_d->toolBar);
+    setCentralWidget(m_d->tabWidget);
+    resize(kRestoredSize.boundedTo(screen()->availableSize()));
+    if (wantsDebugMessages(QCoreApplication::arguments()))
+        buildDebugDock();
+}
+
+Analyzer::~Analyzer()
+{
+    WaveMonitor::NotificationCenter::instance()->unsubscribe(this);
+}
+
+void Analyzer::openFile(const QString &file, const QString &family, const QString &device,
+                        const QString &fsFile)
+{
+    m_d->family = family;
+    m_d->device = device;
+    m_d->fsFile = fsFile;
+    m_d->open(file);
+}
+
+void Analyzer::reopen(const QString &file)
+{
+    m_d->open(file);
+}
+
+bool Analyzer::closeCurrentProject()
+{
+    return m_d->projectManager->closeCurrent(this, {});
+}
+
+void Analyzer::handleEvents(WaveMonitor::Notification *)
+{
+}
+
+void Analyzer::onOpen()
+{
+    const QPointer<Analyzer> self(this);
+    const QString path =
+        QFileDialog::getOpenFileName(this, tr("Open Project..."), m_startDir, fileFilter());
+    if (!self || path.isEmpty())
+        return;
+    m_startDir = path;
+    if (QFileInfo::exists(path))
+        openFile(path, QString(), QString(), QString());
+}
+
+void Analyzer::closeEvent(QCloseEvent *event)
+{
+    const auto askStop = [this] {
+        return QMessageBox::question(
+                   this, tr("Exit"), tr("Task is still running, do you want to exit?"),
+                   QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
+    };
+    if (!m_d->projectManager->closeCurrent(this, askStop)) {
+        event->ignore();
+        return;
+    }
+    JtagSession::instance()->disconnectAll();
+    if (m_d->debugDock)
+        m_d->debugDock->stopListening();
+    event->accept();
+}
+
+void Analyzer::buildDebugDock()
+{
+    m_d->debugDock = new DebugDock(this);
+    addDockWidget(Qt::RightDockWidgetArea, m_d->debugDock);
+    m_d->debugDock->listen();
+}
+
+} // namespace KEO

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "projectmanager.h"
+
+#include <wave/notificationcenter.h>
+
+#include <QMainWindow>
+#include <QString>
+
+#include <memory>
+
+namespace KEO {
+
+struct AnalyzerPrivate;
+
+/// The one top-level window: an Open action, tool bar, tab widget and status bar, and the debug
+/// dock when the command line asks for it. Whatever else the user sees, the open project puts
+/// there. The window itself decides which file to open and whether the program may close; a project
+/// reaches `startDir`, reopen and closeCurrentProject through the meta-object system, since it
+/// knows only that it has a window.
+class Analyzer final : public QMainWindow
+{
+    Q_OBJECT
+    Q_PROPERTY(quint64 domain READ domain)
+    Q_PROPERTY(QString startDir READ startDir WRITE setStartDir)
+
+public:
+    explicit Analyzer(QWidget *parent = nullptr,
+                      const ProjectFactories &factories = projectFactories());
+    ~Analyzer() override;
+
+    /// Notification domain of the window.
+    [[nodiscard]] quint64 domain() const { return m_domain; }
+    /// Where the open dialog starts: a directory, or the file that was chosen last.
+    [[nodiscard]] QString startDir() const { return m_startDir; }
+    void setStartDir(const QString &startDir) { m_startDir = startDir; }
+
+    /// Opens a description or project file in place of the open project and keeps the other three,
+    /// which may be empty, for reopen.
+    void openFile(const QString &file, const QString &family, const QString &device,
+                  const QString &fsFile);
+    /// Opens \a file for the same device as the file before.
+    Q_INVOKABLE void reopen(const QString &file);
+    /// Closes the open project without a question; false if a capture is running.
+    Q_INVOKABLE bool closeCurrentProject();
+
+    /// Nothing in the window depends on formats or colours, yet.
+    Q_INVOKABLE void handleEvents(WaveMonitor::Notification *e);
+
+public Q_SLOTS:
+    /// Lets the user choose a file and opens it. The device of the command line does not count for
+    /// a file opened by hand.
+    void onOpen();
+
+protected:
+    /// Asks before it stops a running capture, then closes the project and drops the connections.
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void buildDebugDock();
+
+    std::unique_ptr<AnalyzerPrivate> m_d;
+    quint64 m_domain = 0;
+    QString m_startDir;
+};
+
+} // namespace KEO

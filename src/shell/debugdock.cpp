@@ -1,0 +1,108 @@
+#include "debugdock.h"
+
+#include <QFont>
+#include <QMutex>
+#include <QPlainTextEdit>
+#include <QThread>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace KEO {
+
+namespace {
+
+constexpr int kMaxLines = 100'000; // older ones leave the pane; standard error has had them
+
+thread_local bool isShowing = false;
+
+} // namespace
+
+/// What the message handler, a plain function, has to know.
+struct DebugMessages
+{
+    static void handle(QtMsgType type, const QMessageLogContext &context, const QString &text);
+    static void deliver(const QString &text);
+
+    static inline QMutex mutex; // guards dock against its end while another thread posts to it
+    static inline DebugDock *dock = nullptr;
+    static inline QtMessageHandler previous = nullptr;
+};
+
+void DebugMessages::handle(QtMsgType type, const QMessageLogContext &, const QString &text)
+{
+    const QByteArray line = text.toLocal8Bit() + '\n';
+    std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
+    std::fflush(stderr);
+    if (!isShowing) {
+        isShowing = true;
+        deliver(text);
+        isShowing = false;
+    }
+    if (type == QtFatalMsg)
+        std::abort();
+}
+
+void DebugMessages::deliver(const QString &text)
+{
+    QMutexLocker lock(&mutex);
+    if (!dock)
+        return;
+    if (dock->thread() != QThread::currentThread()) {
+        QMetaObject::invokeMethod(
+            dock, [receiver = dock, text] { receiver->show(text); }, Qt::QueuedConnection);
+        return;
+    }
+    // The dock lives in this thread, so it can't end behind our back.
+    lock.unlock();
+    dock->show(text);
+}
+
+DebugDock::DebugDock(QWidget *parent)
+    : QDockWidget(tr("Debug Message"), parent), m_pane(new QPlainTextEdit(this))
+{
+    setObjectName(QStringLiteral("debugDock"));
+    m_pane->setObjectName(QStringLiteral("debugPane"));
+    m_pane->setReadOnly(true);
+    m_pane->setLineWrapMode(QPlainTextEdit::NoWrap);
+    QFont font(QStringLiteral("Courier"), 9);
+    font.setStyleHint(QFont::Monospace); // where there is no such font
+    m_pane->setFont(font);
+    m_pane->setMaximumBlockCount(kMaxLines);
+    setWidget(m_pane);
+    setMinimumSize(500, 300);
+}
+
+DebugDock::~DebugDock()
+{
+    stopListening();
+}
+
+void DebugDock::listen()
+{
+    const QMutexLocker lock(&DebugMessages::mutex);
+    Q_ASSERT(!DebugMessages::dock);
+    DebugMessages::dock = this;
+    DebugMessages::previous = qInstallMessageHandler(&DebugMessages::handle);
+}
+
+void DebugDock::stopListening()
+{
+    const QMutexLocker lock(&DebugMessages::mutex);
+    if (DebugMessages::dock != this)
+        return;
+    DebugMessages::dock = nullptr;
+    const QtMessageHandler installed = qInstallMessageHandler(DebugMessages::previous);
+    if (installed != &DebugMessages::handle)
+        qInstallMessageHandler(installed); // someone's own, put in later
+}
+
+void DebugDock::show(const QString &text)
+{
+    if (text == QLatin1String("CLEAR "))
+        m_pane->clear();
+    else
+        m_pane->appendPlainText(text);
+}
+
+} // namespace KEO

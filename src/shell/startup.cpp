@@ -1,0 +1,93 @@
+#include "startup.h"
+
+#include "analyzer.h"
+
+#include <QApplication>
+#include <QLoggingCategory>
+#include <QMessageBox>
+#include <QPixmap>
+#include <QSplashScreen>
+
+#include <utility>
+
+namespace KEO {
+
+namespace {
+
+int fail(StartupStatus status, const QString &text)
+{
+    QMessageBox::critical(nullptr, Startup::tr("Error"), text, QMessageBox::Ok);
+    return int(status);
+}
+
+/// Tells what comes next and shows it at once, since what comes next blocks.
+void announce(QSplashScreen &splash, const QString &text)
+{
+    splash.showMessage(text, Qt::AlignBottom | Qt::AlignLeft, Qt::white);
+    splash.repaint();
+}
+
+/// Connects the session to the servers; those that don't answer are ended.
+bool connectServers(const QList<JtagConnection> &started, ServerProcesses &processes)
+{
+    JtagSession *const session = JtagSession::instance();
+    const QList<JtagConnection> unreachable = session->connectServers(started);
+    for (const JtagConnection &connection : unreachable)
+        stopServer(processes, connection.name);
+    return session->hasConnection();
+}
+
+} // namespace
+
+Startup::Startup(StartupOptions options) : Startup(std::move(options), Surroundings())
+{
+}
+
+Startup::Startup(StartupOptions options, Surroundings surroundings)
+    : m_options(std::move(options)), m_surroundings(std::move(surroundings))
+{
+}
+
+int Startup::run()
+{
+    if (wantsDebugMessages(QCoreApplication::arguments()))
+        QLoggingCategory::setFilterRules(QStringLiteral("keo.*.debug=true"));
+    if (m_options.device.isEmpty() || m_options.family.isEmpty())
+        return fail(StartupStatus::NoDevice, tr("Can not set device."));
+
+    // The splash screen goes before any box: it could lie on top of it.
+    QSplashScreen splash(QPixmap(QStringLiteral(":/keo/image/Tarno_LOGO_blue.png")));
+    splash.show();
+    announce(splash, tr("starting JTAG server..."));
+    ServerProcesses processes;
+    const QList<JtagConnection> started =
+        launchServers(processes, m_surroundings.serverDirectory, m_surroundings.servers);
+    if (processes.empty()) {
+        splash.close();
+        return fail(StartupStatus::NoServer, tr("Can not launch JTAG server."));
+    }
+    announce(splash, tr("connecting JTAG server..."));
+    if (!connectServers(started, processes)) {
+        splash.close();
+        return fail(StartupStatus::NoConnection, tr("Can not connect to JTAG server."));
+    }
+
+    Analyzer window(nullptr, m_surroundings.projects);
+    window.setStartDir(m_options.startDir);
+    window.showMaximized();
+    splash.close();
+    const int result = serve(window);
+    killServers(processes);
+    return result;
+}
+
+int Startup::serve(Analyzer &window) const
+{
+    if (!m_options.keoFile.isEmpty())
+        window.openFile(m_options.keoFile, m_options.family, m_options.device, m_options.fsFile);
+    // Opening may show boxes, and the system may have closed the window behind one: then the event
+    // loop would never end.
+    return window.isVisible() ? QApplication::exec() : 0;
+}
+
+} // namespace KEO

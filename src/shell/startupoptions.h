@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace KEO {
+
+/// What the tool flow says on the command line. All empty until named.
+struct StartupOptions
+{
+    QString keoFile;  ///< `-keo`: core description or project file to open
+    QString startDir; ///< `-dir`: where the open dialog starts
+    QString family;   ///< `-family`: device family; the program does not start without it
+    QString device;   ///< `-device`: device model; the same
+    QString fsFile;   ///< `-fs`: bitstream
+
+    bool operator==(const StartupOptions &other) const = default;
+};
+
+/// Reads a command line whose first entry is the program's name. Every argument is looked at, those
+/// that were taken as a value as well, so `-keo -dir x` sets both; the last mention of an option
+/// counts, one with nothing behind it does not, and what is no option is passed over.
+[[nodiscard]] StartupOptions parseStartupOptions(const QStringList &arguments);
+
+/// Does the command line ask for the debug messages? `-debug` counts wherever it stands.
+[[nodiscard]] bool wantsDebugMessages(const QStringList &arguments);
+
+} // namespace KEO

@@ -1,0 +1,279 @@
+#include "fakeproject.h"
+#include "windowtest.h"
+
+#include <shell/projectmanager.h>
+
+#include <QAction>
+#include <QDataStream>
+#include <QFile>
+#include <QSettings>
+#include <QTabWidget>
+#include <QToolBar>
+
+using namespace KEO;
+
+/// Which project gets a file, and how it is driven.
+class tst_ProjectManager : public WindowTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void kind_data();
+    void kind();
+    void opensInOrder();
+    void closesWhatWasOpen();
+    void opensProjectFiles();
+    void opensNothing_data();
+    void opensNothing();
+    void hostileProjectFile_data();
+    void hostileProjectFile();
+    void failedOpen();
+    void runningCapture();
+    void closingNothing();
+    void endsTheProjects();
+};
+
+namespace {
+
+/// A manager of fake projects, the parts of a main window, and a folder for files.
+struct Bench
+{
+    ~Bench() { delete manager; }
+
+    void open(const QString &file)
+    {
+        manager->tabWidgetGetter = [this] { return &tabs; };
+        manager->toolBarGetter = [this] { return &toolBar; };
+        manager->openActionGetter = [this] { return &action; };
+        manager->openFile(&window, "KR", "KR-C", "a.fs", file);
+    }
+    [[nodiscard]] QString write(const QString &name, const QByteArray &content) const
+    {
+        QFile file(dir.filePath(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+            qFatal("cannot write %s", qPrintable(file.fileName()));
+        return file.fileName();
+    }
+    [[nodiscard]] QString standard() const { return write("s.keo", "<Config/>"); }
+    [[nodiscard]] QString lite() const
+    {
+        return write("l.zeo", "<Config><Mode>Lite</Mode></Config>");
+    }
+
+    QTemporaryDir dir;
+    ProjectLog log;
+    QWidget window;
+    QTabWidget tabs;
+    QToolBar toolBar;
+    QAction action;
+    ProjectManager *manager = new ProjectManager(&window, fakeProjects(log));
+};
+
+} // namespace
+
+void tst_ProjectManager::kind_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<ProjectKind>("expected");
+    const auto mode = [](const char *text) {
+        return QByteArray("<Config><Mode>") + text + "</Mode></Config>";
+    };
+    using enum ProjectKind;
+    QTest::newRow("no mode") << QByteArray("<Config/>") << Standard;
+    QTest::newRow("standard") << mode("Standard") << Standard;
+    QTest::newRow("lite") << mode("Lite") << Lite;
+    QTest::newRow("other") << mode("Heavy") << Unknown;
+    QTest::newRow("case counts") << mode("lite") << Unknown;
+    QTest::newRow("blanks count") << mode(" Lite") << Unknown;
+    QTest::newRow("empty mode") << mode("") << Unknown;
+    QTest::newRow("mode deeper down")
+        << QByteArray("<Config><KoCore><Mode>Lite</Mode></KoCore></Config>") << Standard;
+    QTest::newRow("the first mode counts")
+        << QByteArray("<Config><Mode>Lite</Mode><Mode>Standard</Mode></Config>") << Lite;
+    QTest::newRow("saved with a short version")
+        << QByteArray("<?xml version=\"1\"?><Config><Mode>Lite</Mode></Config>") << Lite;
+    QTest::newRow("a byte that UTF-8 does not have")
+        << QByteArray("<Config><Mode>Lite</Mode><Signal>\xe9</Signal></Config>") << Lite;
+    QTest::newRow("the same behind a byte order mark")
+        << QByteArray("\xEF\xBB\xBF<Config><Mode>Lite</Mode><Signal>\xe9</Signal></Config>")
+        << Lite;
+    QTest::newRow("empty file") << QByteArray() << Unknown;
+    QTest::newRow("no XML") << QByteArray("Mode=Lite") << Unknown;
+    QTest::newRow("cut off") << QByteArray("<Config><Mode>Lite</Mode>") << Unknown;
+    QTest::newRow("too deep") << QByteArray("<Config>").repeated(5000) +
+                                     QByteArray("</Config>").repeated(5000)
+                              << Unknown;
+}
+
+void tst_ProjectManager::kind()
+{
+    QFETCH(QByteArray, content);
+    const Bench bench;
+    QTEST(kindOfFile(bench.write("a.keo", content)), "expected");
+}
+
+void tst_ProjectManager::opensInOrder()
+{
+    Bench bench;
+    const QString file = bench.standard();
+    bench.open(file);
+    QCOMPARE(bench.log.take(), (QStringList{"standard: setup", "standard: open " + file,
+                                            "standard: device KR/KR-C/a.fs"}));
+    QVERIFY(!bench.manager->tabWidgetGetter && !bench.manager->toolBarGetter &&
+            !bench.manager->openActionGetter);
+}
+
+void tst_ProjectManager::closesWhatWasOpen()
+{
+    Bench bench;
+    bench.open(bench.standard());
+    bench.log.take();
+    const QString file = bench.lite();
+    bench.open(file);
+    QCOMPARE(bench.log.take(), (QStringList{"standard: close", "lite: setup", "lite: open " + file,
+                                            "lite: device KR/KR-C/a.fs"}));
+    bench.open(file); // the same object once more
+    QCOMPARE(bench.log.take().first(), "lite: close");
+}
+
+void tst_ProjectManager::opensProjectFiles()
+{
+    Bench bench;
+    const QString file = bench.dir.filePath("run, 1 @home.analyzer_prj");
+    QSettings settings(file, QSettings::IniFormat);
+    const QByteArray content = "<Config><Mode>Lite</Mode></Config>";
+    // Names that an INI file has to quote or escape.
+    for (const char *name :
+         {"plain.keo", "a, b;c.zeo", "50% \"@Home\" = é\t.keo", "@Variant.keo"}) {
+        settings.setValue("KEO_FILE", bench.write(QString::fromUtf8(name), content));
+        settings.sync();
+        bench.open(file);
+        QVERIFY2(bench.log.take().contains("lite: open " + file), name);
+    }
+}
+
+void tst_ProjectManager::opensNothing_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("extension in capitals") << "X.KEO" << QByteArray("<Config/>");
+    QTest::newRow("other extension") << "x.xml" << QByteArray("<Config/>");
+    QTest::newRow("unknown mode") << "x.keo" << QByteArray("<C><Mode>Heavy</Mode></C>");
+    QTest::newRow("no XML") << "x.zeo" << QByteArray("hello");
+    QTest::newRow("no project settings") << "x.analyzer_prj" << QByteArray();
+    QTest::newRow("no such key") << "x.analyzer_prj" << QByteArray("[General]\nDATA_FILE=/a.xml\n");
+    QTest::newRow("key of another section")
+        << "x.analyzer_prj" << QByteArray("[Other]\nKEO_FILE=DIR/s.keo\n");
+    QTest::newRow("a list") << "x.analyzer_prj" << QByteArray("KEO_FILE=DIR/s.keo, DIR/s.keo\n");
+    QTest::newRow("names itself") << "x.analyzer_prj"
+                                  << QByteArray("KEO_FILE=DIR/x.analyzer_prj\n");
+    QTest::newRow("in capitals") << "x.ANALYZER_PRJ" << QByteArray("KEO_FILE=DIR/s.keo\n");
+    QTest::newRow("project file too large")
+        << "x.analyzer_prj"
+        << QByteArray("KEO_FILE=DIR/s.keo\n") + QByteArray(2 * 1024 * 1024, ';') + '\n';
+}
+
+void tst_ProjectManager::opensNothing()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, content);
+    Bench bench;
+    bench.open(bench.standard());
+    bench.log.take();
+    bench.open(bench.write(name, content.replace("DIR", bench.dir.path().toLocal8Bit())));
+    QCOMPARE(bench.log.take(), QStringList{"standard: close"});
+
+    bench.open(bench.dir.filePath("missing.keo"));
+    bench.open(bench.dir.filePath("missing.analyzer_prj"));
+    QVERIFY(bench.log.calls.isEmpty());
+    QVERIFY(!QFile::exists(bench.dir.filePath("missing.analyzer_prj")));
+}
+
+void tst_ProjectManager::hostileProjectFile_data()
+{
+    QTest::addColumn<QByteArray>("open"); // how the opening of a serialised value is written
+    QTest::newRow("plain") << QByteArray("@Variant(");
+    QTest::newRow("hexadecimal") << QByteArray("\\x0040Variant(");
+    QTest::newRow("octal") << QByteArray("\\100V\\x61riant(");
+    QTest::newRow("beyond 16 bits") << QByteArray("\\x10040Variant(");
+    QTest::newRow("pieces in quotes") << QByteArray("\"@\"Var\"iant(\"");
+    QTest::newRow("escapes that mean nothing") << QByteArray("\\q@Va\\priant\\x(");
+    QTest::newRow("over two lines") << QByteArray("@Var\\\niant(");
+    QTest::newRow("over two lines of another system") << QByteArray("@Var\\\r\niant(");
+}
+
+// A serialised text here, which would open; from a stranger it may be anything.
+void tst_ProjectManager::hostileProjectFile()
+{
+    QFETCH(QByteArray, open);
+    Bench bench;
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setVersion(QDataStream::Qt_4_0);
+    stream << QVariant(bench.standard());
+    QByteArray line = "KEO_FILE=" + open;
+    for (const char byte : std::as_const(bytes))
+        line += "\\x" + QByteArray::number(uchar(byte), 16);
+    bench.open(bench.write("x.analyzer_prj", line + ")\n"));
+    QCOMPARE(bench.log.take(), QStringList());
+}
+
+void tst_ProjectManager::failedOpen()
+{
+    Bench bench;
+    bench.log.opens = false;
+    const QString file = bench.standard();
+    bench.open(file);
+    QCOMPARE(bench.log.take(), (QStringList{"standard: setup", "standard: open " + file,
+                                            "standard: close", "standard: device KR/KR-C/a.fs"}));
+    // Still the current project, so the next open closes it again.
+    bench.open("none");
+    QCOMPARE(bench.log.take(), QStringList{"standard: close"});
+}
+
+void tst_ProjectManager::runningCapture()
+{
+    Bench bench;
+    bench.open(bench.standard());
+    bench.log.take();
+    bench.log.busy = true;
+
+    bench.open(bench.lite());
+    QVERIFY(!bench.manager->closeCurrent(&bench.window, {}));
+    QVERIFY(!bench.manager->closeCurrent(&bench.window, [] { return false; }));
+    QCOMPARE(bench.log.take(), QStringList(3, "standard: close refused"));
+    QVERIFY(bench.manager->closeCurrent(&bench.window, [] { return true; }));
+    QCOMPARE(bench.log.take(), QStringList{"standard: close"});
+}
+
+void tst_ProjectManager::closingNothing()
+{
+    Bench bench;
+    bool asked = false;
+    const auto ask = [&asked] { return asked = true; };
+    QVERIFY(bench.manager->closeCurrent(&bench.window, ask));
+    bench.open(bench.standard());
+    QVERIFY(bench.manager->closeCurrent(&bench.window, ask));
+    QVERIFY(bench.manager->closeCurrent(&bench.window, ask));
+    QVERIFY(!asked);
+    QCOMPARE(bench.log.take().last(), "standard: close");
+}
+
+void tst_ProjectManager::endsTheProjects()
+{
+    ProjectLog log;
+    {
+        QWidget window;
+        const ProjectManager manager(&window, fakeProjects(log));
+        QCOMPARE(log.alive, 2);
+    }
+    QCOMPARE(log.alive, 0);
+    {
+        QWidget window; // ends both itself
+        new ProjectManager(&window, fakeProjects(log));
+    }
+    QCOMPARE(log.alive, 0);
+}
+
+KEO_WINDOW_TEST_MAIN(tst_ProjectManager)
+#include "tst_projectmanager.moc"

@@ -1,0 +1,198 @@
+#include "fakeproject.h"
+#include "windowtest.h"
+
+#include <link/jtagsession.h>
+#include <shell/analyzer.h>
+#include <shell/startup.h>
+#include <support/testdesign.h>
+
+#include <QLocalSocket>
+#include <QProcess>
+#include <QSplashScreen>
+
+using namespace KEO;
+
+/// From the command line to the exit code, with stand-ins and with the simulated servers.
+class tst_Startup : public WindowTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+    void withoutDevice_data();
+    void withoutDevice();
+    void withoutServers();
+    void withoutConnection();
+    void runs();
+    void program();
+
+private:
+    QTemporaryDir m_dir;
+    TestDesign m_design;
+};
+
+namespace {
+
+/// A directory with a silent stand-in or the simulated server under the names given.
+class BurnerDir final
+{
+public:
+    void add(const QString &executable, const QString &program)
+    {
+        if (!QFile::copy(program, m_dir.filePath(executable)))
+            qFatal("cannot copy %s", qPrintable(program));
+    }
+    /// One that starts, prints and never listens.
+    void addSilent(const QString &executable) { add(executable, STANDIN_SERVER); }
+    void addSimulated(const QString &executable)
+    {
+        add(executable, QStringLiteral(KEO_BURNER_DIR "/") + executable);
+    }
+    [[nodiscard]] bool wasStarted(const QString &executable) const
+    {
+        return QFile::exists(m_dir.filePath(executable) + ".args");
+    }
+    [[nodiscard]] QString path() const { return m_dir.path(); }
+
+private:
+    QTemporaryDir m_dir;
+};
+
+bool listens(const QString &serverName)
+{
+    QLocalSocket socket;
+    socket.connectToServer(serverName);
+    return socket.waitForConnected(200);
+}
+
+Analyzer *shownWindow()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        auto *const window = qobject_cast<Analyzer *>(widget);
+        if (window && window->isVisible())
+            return window;
+    }
+    return nullptr;
+}
+
+bool splashShows()
+{
+    const QWidgetList widgets = QApplication::topLevelWidgets();
+    return std::any_of(widgets.begin(), widgets.end(), [](const QWidget *widget) {
+        return qobject_cast<const QSplashScreen *>(widget) && widget->isVisible();
+    });
+}
+
+const StartupOptions kDevice{"", "", "KR", "KR-A", ""};
+
+} // namespace
+
+void tst_Startup::initTestCase()
+{
+    m_design.write(m_dir.path());
+    qputenv("SIGNALSCOPE_BOARD", m_dir.filePath("board.json").toLocal8Bit());
+}
+
+void tst_Startup::cleanup()
+{
+    JtagSession::instance()->disconnectAll();
+}
+
+void tst_Startup::withoutDevice_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("family alone") << QStringList{"signalscope", "-family", "KR"};
+    QTest::newRow("device alone") << QStringList{"signalscope", "-device", "KR-A"};
+    QTest::newRow("family without value") << QStringList{"signalscope", "-device", "A", "-family"};
+    QTest::newRow("file alone") << QStringList{"signalscope", "-keo", "a.keo"};
+}
+
+void tst_Startup::withoutDevice()
+{
+    QFETCH(QStringList, arguments);
+    BurnerDir burner;
+    burner.addSilent("chainserver");
+    const BoxAnswer box(QMessageBox::Ok);
+    QCOMPARE(Startup(parseStartupOptions(arguments), {.serverDirectory = burner.path()}).run(), 1);
+    QCOMPARE(box.text(), "Error: Can not set device.");
+    QCOMPARE(box.buttons(), QMessageBox::Ok);
+    QVERIFY(!box.hadParent());
+    QVERIFY(!burner.wasStarted("chainserver"));
+}
+
+void tst_Startup::withoutServers()
+{
+    const BurnerDir burner;
+    bool covered = true;
+    const OnModal<QMessageBox> look([&](QMessageBox *) { covered = splashShows(); });
+    const BoxAnswer box(QMessageBox::Ok);
+    QCOMPARE(Startup(kDevice, {.serverDirectory = burner.path()}).run(), 1);
+    QCOMPARE(box.text(), "Error: Can not launch JTAG server.");
+    QVERIFY(!covered);
+}
+
+void tst_Startup::withoutConnection()
+{
+    BurnerDir burner;
+    burner.addSilent("chainserver_lpt");
+    const BoxAnswer box(QMessageBox::Ok);
+    QCOMPARE(Startup(kDevice, {.serverDirectory = burner.path()}).run(), 2);
+    QCOMPARE(box.text(), "Error: Can not connect to JTAG server.");
+    QVERIFY(!shownWindow());
+}
+
+// Two servers of three answer; the file opens in a window that shows already.
+void tst_Startup::runs()
+{
+    BurnerDir burner;
+    burner.addSimulated("chainserver");
+    burner.addSilent("chainserver_lpt");
+    burner.addSimulated("chainserver_lk7");
+    ProjectLog log;
+    QStringList cables;
+    bool wasShown = false;
+    QTimer poll;
+    connect(&poll, &QTimer::timeout, this, [&] {
+        Analyzer *const window = shownWindow();
+        if (!window || log.calls.isEmpty())
+            return;
+        wasShown = window->isMaximized() && !splashShows() && window->startDir() == "/waves";
+        for (const auto &cable : JtagSession::instance()->availableCables())
+            cables.append(cable.first);
+        poll.stop();
+        window->close();
+    });
+    poll.start(20);
+    const StartupOptions options{m_dir.filePath("design.keo"), "/waves", "KR", "KR-A", "a.fs"};
+    QCOMPARE(
+        Startup(options, {.serverDirectory = burner.path(), .projects = fakeProjects(log)}).run(),
+        0);
+    QVERIFY(wasShown);
+    QCOMPARE(cables, (QStringList{"Tarno USB Cable(FT2CH)", "LK7"}));
+    QCOMPARE(log.take(), (QStringList{"standard: setup", "standard: open " + options.keoFile,
+                                      "standard: device KR/KR-A/a.fs", "standard: close"}));
+    QVERIFY(!listens("keo1"));
+    QVERIFY(!listens("keolk7"));
+}
+
+// The program as it is installed, and its servers beside it, which don't outlive it.
+void tst_Startup::program()
+{
+    QProcess program;
+    program.start(KEO_BIN_DIR "/signalscope",
+                  {"-family", "KR", "-device", "KR-A", "-debug", "-keo", "/none/such.txt"});
+    QVERIFY(program.waitForStarted());
+    QTRY_VERIFY_WITH_TIMEOUT(listens("keo1") && listens("keo") && listens("keolk7"), 20'000);
+    // What the debug dock handles reaches standard error, reasons for silence among it.
+    QByteArray messages;
+    QTRY_VERIFY_WITH_TIMEOUT(
+        (messages += program.readAllStandardError()).contains("no core description"), 20'000);
+    QCOMPARE(program.state(), QProcess::Running);
+    program.terminate();
+    QVERIFY(program.waitForFinished());
+    QTRY_VERIFY_WITH_TIMEOUT(!listens("keo1") && !listens("keo") && !listens("keolk7"), 20'000);
+}
+
+KEO_WINDOW_TEST_MAIN(tst_Startup)
+#include "tst_startup.moc"
