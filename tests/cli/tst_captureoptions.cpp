@@ -65,11 +65,13 @@ void tst_CaptureOptions::refuses()
 void tst_CaptureOptions::reads()
 {
     const auto options = parseCaptureOptions(
-        {"program",  "--device",  "KR-A",     "--cable", "LK7",     "--core",       "1",
-         "--core",   "0",         "--core",   "1",       "--chain", "8,0",          "--force-after",
-         "0.5",      "--timeout", "2",        "--auto",  "3",       "--format",     "csv",
-         "--format", "prn",       "--format", "csv",     "--out",   "some/dir",     "--name",
-         "run_1",    "--period",  "1ps",      "--json",  "--quiet", "my design.zeo"});
+        {"program", "--device",      "KR-A",     "--cable",   "LK7",     "--core",
+         "1",       "--core",        "0",        "--core",    "1",       "--chain",
+         "8,0",     "--force-after", "0.5",      "--timeout", "2",       "--auto",
+         "3",       "--format",      "csv",      "--format",  "prn",     "--format",
+         "csv",     "--out",         "some/dir", "--name",    "run_1",   "--period",
+         "1ps",     "--picture",     "shot.png", "--size",    "800x600", "--json",
+         "--quiet", "my design.zeo"});
     QVERIFY(options);
     QCOMPARE(options->file, QDir::current().absoluteFilePath("my design.zeo"));
     QCOMPARE(options->device, "KR-A");
