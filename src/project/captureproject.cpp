@@ -23,7 +23,10 @@ CaptureProject::CaptureProject(QObject *parent) : AnalyzerProject(parent)
 {
 }
 
-CaptureProject::~CaptureProject() = default;
+CaptureProject::~CaptureProject()
+{
+    WaitingTip::close();
+}
 
 void CaptureProject::deletePage()
 {

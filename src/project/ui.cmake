@@ -10,4 +10,4 @@ keo_add_library(project_ui
         runtoolbar.cpp runtoolbar.h
         waitingtip.cpp waitingtip.h
         wavetabs.cpp wavetabs.h
-    LINK keo::project keo::trigger_ui keo::wave Qt6::Widgets)
+    LINK keo::project keo::trigger_ui keo::wave keo::image Qt6::Widgets)

@@ -36,8 +36,11 @@ void WaitingTip::show(QWidget *parent)
 {
     if (s_tip)
         return;
+    const bool wasActive = parent && parent->isActiveWindow();
     s_tip = new WaitingTip(parent);
     s_tip->QWidget::show();
+    if (wasActive)
+        parent->activateWindow(); // some window systems activate whatever is shown
 }
 
 void WaitingTip::close()
@@ -46,6 +49,8 @@ void WaitingTip::close()
         return;
     WaitingTip *tip = s_tip;
     s_tip.clear();
+    if (tip->isActiveWindow() && tip->parentWidget())
+        tip->parentWidget()->activateWindow();
     tip->QWidget::close();
     tip->deleteLater();
 }

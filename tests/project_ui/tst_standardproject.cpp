@@ -1,0 +1,505 @@
+// A standard project in a window, driven by keys and clicks, with a simulated board behind it.
+
+#include "projectwindow.h"
+
+#include <viewer/viewertest.h>
+
+#include <QComboBox>
+#include <QDockWidget>
+#include <QDomDocument>
+#include <QFile>
+#include <QLabel>
+
+using namespace KEO;
+using WaveMonitor::WaveMonitorWidget;
+
+class tst_StandardProject : public ViewerTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void window();
+    void rejectedFiles_data();
+    void rejectedFiles();
+    void coreSelection();
+    void captureShowsTheStimulus();
+    void arrangementOutlivesStart();
+    void autoRounds();
+    void keys_data();
+    void keys();
+    void closeDuringCapture_data();
+    void closeDuringCapture();
+    void errors_data();
+    void errors();
+    void noCable();
+};
+
+namespace {
+
+constexpr int kCaptureTime = 20000; // ms, many times what a capture here takes
+
+void writeFile(const QString &path, const QByteArray &text)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(text), text.size());
+}
+
+/// The design's file with its core once more, as core 1.
+QString withSecondCore(const Bench &bench)
+{
+    QFile file(bench.file());
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QString text = QString::fromUtf8(file.readAll());
+    const qsizetype begin = text.indexOf(QStringLiteral("<KoCore"));
+    const qsizetype end = text.indexOf(QStringLiteral("</KoCore>")) + 9;
+    QString second = text.mid(begin, end - begin);
+    second.replace(QStringLiteral("index=\"0\" sample_clock"),
+                   QStringLiteral("index=\"1\" sample_clock"));
+    text.insert(end, second);
+    const QString path = bench.directory.filePath("two.keo");
+    writeFile(path, text.toUtf8());
+    return path;
+}
+
+void start(ProjectWindow &w, Qt::Key key = Qt::Key_F1)
+{
+    w.window->activateWindow(); // after a box the offscreen window system activates nothing
+    QVERIFY(QTest::qWaitForWindowActive(w.window.get()));
+    QTest::keyClick(w.window.get(), key);
+    QVERIFY(w.project->isBusy());
+}
+
+void capture(ProjectWindow &w)
+{
+    start(w);
+    QTRY_VERIFY_WITH_TIMEOUT(!w.project->isBusy(), kCaptureTime);
+}
+
+/// What the bus of the design shows at a sample.
+int countAt(const WaveMonitorWidget &wave, int sample)
+{
+    const auto elements = wave.signalMap();
+    int count = 0;
+    for (int bit = 0; bit < 16; ++bit)
+        count = count << 1 | int(elements[bit].data.testBit(sample));
+    return count;
+}
+
+QString counterText(const WaveMonitorWidget &wave)
+{
+    for (const QLabel *label : wave.findChildren<QLabel *>()) {
+        if (label->text().contains(QLatin1String("Autorun")))
+            return label->text();
+    }
+    return {};
+}
+
+} // namespace
+
+void tst_StandardProject::window()
+{
+    const Bench bench({});
+    ProjectWindow w;
+    const auto toolTexts = [&] {
+        QStringList texts;
+        for (const QAction *action : w.toolBar->actions())
+            texts.append(action->isSeparator() ? QStringLiteral("-") : action->text());
+        return texts;
+    };
+    for (int round = 0; round < 2; ++round) {
+        QVERIFY(w.open(bench.file()));
+        QCOMPARE(toolTexts(),
+                 (QStringList{"Open...", "", "-", "Start", "Auto", "Force Trigger", "Stop", "-",
+                              "Zoom In", "Zoom Out", "Zoom Fit", "-", "Save...", "Export"}));
+        QCOMPARE(w.titles(), QStringList("Configuration"));
+        QCOMPARE(w.enabled(), "OSA----P");
+        const auto *cables = w.toolBar->findChild<QComboBox *>(QStringLiteral("cableCombo"));
+        QCOMPARE(cables->count(), 1);
+        QCOMPARE(cables->currentText(), serverTable().first().connection.name);
+        QVERIFY(w.project->closeProject(w.window.get(), {}));
+        QCOMPARE(toolTexts(), QStringList("Open..."));
+        QCOMPARE(w.tabs->count(), 0);
+        QVERIFY(!w.project->toolBarGetter && !w.project->tabWidgetGetter &&
+                !w.project->openActionGetter);
+    }
+    QCOMPARE(w.action("startAction")->toolTip(),
+             "<nobr>Start <span style=\"color: gray; font-size: small\">F1</span></nobr>");
+    QCOMPARE(w.action("saveAction")->toolTip(), "Save");
+}
+
+void tst_StandardProject::rejectedFiles_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("isReported");
+
+    QTest::newRow("missing") << "a.keo" << QString() << true;
+    QTest::newRow("no core") << "a.zeo"
+                             << "<KEO_CONFIG></KEO_CONFIG>" << true;
+    QTest::newRow("no XML") << "a.keo"
+                            << "<<<" << true;
+    QTest::newRow("other extension") << "a.KEO"
+                                     << "<KEO_CONFIG></KEO_CONFIG>" << false;
+}
+
+void tst_StandardProject::rejectedFiles()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, text);
+    QFETCH(bool, isReported);
+    const QTemporaryDir directory;
+    if (!text.isEmpty())
+        writeFile(directory.filePath(name), text.toUtf8());
+    BoxWatcher boxes;
+    ProjectWindow w;
+    QVERIFY(!w.open(directory.filePath(name)));
+    QCOMPARE(boxes.seen, isReported ? QStringList("Error|Invalid KEO file specified in project.")
+                                    : QStringList());
+    QCOMPARE(w.tabs->count(), 0);
+}
+
+void tst_StandardProject::coreSelection()
+{
+    const Bench bench({});
+    BoxWatcher boxes;
+    ProjectWindow w;
+    QVERIFY(w.open(withSecondCore(bench)));
+    QVERIFY(QTest::qWaitForWindowActive(w.window.get()));
+    QTreeWidget *tree = w.tree();
+    const auto *dock = w.tabs->findChild<QDockWidget *>(QStringLiteral("configDock"));
+    auto *windows = w.tabs->findChild<QComboBox *>(QStringLiteral("comboBoxWindow"));
+    QCOMPARE(tree->topLevelItemCount(), 2);
+    const auto checked = [&] {
+        QString marks;
+        for (int i = 0; i < 2; ++i)
+            marks += tree->topLevelItem(i)->checkState(0) == Qt::Checked ? u'x' : u'-';
+        return marks;
+    };
+    const auto clickBox = [&](int core) {
+        const QRect row = tree->visualItemRect(tree->topLevelItem(core));
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
+                          QPoint(row.left() + 10, row.center().y()));
+    };
+    QCOMPARE(checked(), "x-");
+    QCOMPARE(dock->windowTitle(), " Core 0");
+
+    // What stands on the page of one core is kept when the other one shows.
+    QTest::keyClick(windows, Qt::Key_Down);
+    QCOMPARE(windows->currentText(), "2");
+    QCOMPARE(w.enabled(), "OS-----P");
+    clickBox(1);
+    QCOMPARE(checked(), "xx");
+    QCOMPARE(dock->windowTitle(), " Core 1");
+    QCOMPARE(windows->currentText(), "1");
+    QCOMPARE(w.enabled(), "OS-----P");
+    clickBox(0);
+    QCOMPARE(checked(), "-x");
+    QCOMPARE(windows->currentText(), "2");
+    QCOMPARE(w.enabled(), "OSA----P");
+
+    // The keyboard alone.
+    tree->setFocus();
+    QTest::keyClick(tree, Qt::Key_Down);
+    QCOMPARE(dock->windowTitle(), " Core 1");
+    QTest::keyClick(tree, Qt::Key_Space);
+    QCOMPARE(checked(), "--");
+    QCOMPARE(w.enabled(), "O------P");
+
+    // A file that can't be loaded takes nothing of the open design away.
+    QVERIFY(!w.project->openFile(bench.directory.filePath("missing.keo")));
+    QCOMPARE(tree->topLevelItemCount(), 2);
+    QTest::keyClick(tree, Qt::Key_Up);
+    QCOMPARE(windows->currentText(), "2");
+}
+
+void tst_StandardProject::captureShowsTheStimulus()
+{
+    TestDesign design;
+    design.windows = 2;
+    design.coreIndex = 3;                   // not its position in the list
+    design.device = QStringLiteral("KR-A"); // one of the models that write a row more
+    const Bench bench(design);
+    ProjectWindow w;
+    QVERIFY(w.open(bench.file(), design.device));
+    start(w);
+    QCOMPARE(w.enabled(), "---XF---");
+    QVERIFY(ProjectWindow::tip());
+    QTRY_COMPARE_WITH_TIMEOUT(w.tabs->count(), 2, kCaptureTime);
+    QVERIFY(w.wave(1) && w.tabs->currentWidget() == w.wave(1));
+    w.tabs->setCurrentIndex(1); // the user looks at it, so it stays in front
+    QTRY_VERIFY_WITH_TIMEOUT(!w.project->isBusy(), kCaptureTime);
+
+    QVERIFY(!ProjectWindow::tip());
+    QCOMPARE(w.enabled(), "OS-----P"); // two windows: no Auto
+    QCOMPARE(w.titles(), (QStringList{"Configuration", "core 3 window 0", "core 3 window 1"}));
+    QCOMPARE(w.tabs->currentIndex(), 1);
+    QVERIFY(w.wave(1)->domain() != w.wave(2)->domain());
+    qint64 earliest = 0; // sample at which the window may begin
+    for (int window = 0; window < 2; ++window) {
+        const auto elements = w.wave(window + 1)->signalMap();
+        QCOMPARE(elements.size(), design.signalCount());
+        const qint64 trigger = design.firstTrigger(earliest + design.position);
+        for (int signal = 0; signal < design.signalCount(); ++signal) {
+            QCOMPARE(elements[signal].name, design.name(signal));
+            QCOMPARE(elements[signal].data.size(), design.amount);
+            for (int sample = 0; sample < design.amount; ++sample) {
+                if (elements[signal].data.testBit(sample) !=
+                    design.level(signal, trigger - design.position + sample))
+                    QFAIL(qPrintable(QStringLiteral("window %1 signal %2 sample %3")
+                                         .arg(window)
+                                         .arg(signal)
+                                         .arg(sample)));
+            }
+        }
+        earliest = trigger - design.position + design.amount;
+    }
+
+    // The zoom keys reach the tab in front, and nothing on the settings.
+    QTest::keyClick(w.window.get(), Qt::Key_F8);
+    QCOMPARE(w.wave(1)->zoomRate(), 2.0);
+    QCOMPARE(w.wave(2)->zoomRate(), 1.0);
+    QTest::keyClick(w.window.get(), Qt::Key_F7);
+    QTest::keyClick(w.window.get(), Qt::Key_F7);
+    QCOMPARE(w.wave(1)->zoomRate(), 0.5);
+    QTest::keyClick(w.window.get(), Qt::Key_F6);
+    QVERIFY(w.wave(1)->zoomRate() < 0.5);
+    w.tabs->setCurrentIndex(0);
+    QTest::keyClick(w.window.get(), Qt::Key_F8);
+    QCOMPARE(w.wave(2)->zoomRate(), 1.0);
+}
+
+void tst_StandardProject::arrangementOutlivesStart()
+{
+    TestDesign design;
+    design.amount = 32;
+    const Bench bench(design);
+    ProjectWindow w;
+    QVERIFY(w.open(bench.file()));
+    capture(w);
+    QCOMPARE(w.titles().size(), 2);
+
+    // The user renames a signal and zooms.
+    QDomDocument document;
+    QDomElement saved = w.wave(1)->saveWindow(document);
+    QDomElement signal = saved.firstChildElement("Signals").firstChildElement("Signal");
+    const int id = signal.attribute("id").toInt();
+    signal.setAttribute("text", "renamed");
+    w.wave(1)->loadWindow(saved);
+    w.wave(1)->setZoom(0.25);
+    const auto arrangement = w.wave(1)->saveState();
+
+    const QPointer<WaveMonitorWidget> old = w.wave(1);
+    capture(w);
+    QVERIFY(!old);
+    QCOMPARE(w.titles().size(), 2);
+    QCOMPARE(w.wave(1)->domain(), quint64(0));
+    QCOMPARE(w.wave(1)->signalMap()[id].text, "renamed");
+    const auto restored = w.wave(1)->saveState();
+    QCOMPARE(restored->zoomRate, 0.25);
+    QCOMPARE(restored->nameWidth, arrangement->nameWidth);
+
+    // A close throws it away, the file was not saved.
+    QVERIFY(w.project->closeProject(w.window.get(), {}));
+    QVERIFY(w.open(bench.file()));
+    capture(w);
+    QCOMPARE(w.wave(1)->zoomRate(), 1.0);
+    QCOMPARE(w.wave(1)->signalMap()[id].text, QString());
+}
+
+void tst_StandardProject::autoRounds()
+{
+    TestDesign design;
+    design.amount = 32;
+    const Bench bench(design);
+    BoxWatcher boxes;
+    ProjectWindow w;
+    QVERIFY(w.open(bench.file()));
+    start(w, Qt::Key_F2);
+    QVERIFY(ProjectWindow::tip());
+    QCOMPARE(w.enabled(), "---X----");
+    QTRY_COMPARE_WITH_TIMEOUT(w.tabs->count(), 2, kCaptureTime);
+    QVERIFY(!ProjectWindow::tip());
+    const QPointer<WaveMonitorWidget> wave = w.wave(1);
+    QCOMPARE(counterText(*wave), "    Autorun Counter: 1");
+    const int firstTrigger = countAt(*wave, design.position);
+    QCOMPARE(firstTrigger, int(design.firstTrigger(design.position)));
+    QTRY_COMPARE_WITH_TIMEOUT(counterText(*wave), "    Autorun Counter: 3", kCaptureTime);
+    QVERIFY(wave && w.tabs->count() == 2);
+    const int thirdTrigger = countAt(*wave, design.position);
+    QVERIFY(design.isTrigger(thirdTrigger) && thirdTrigger != firstTrigger);
+    QCOMPARE(w.enabled(), "---X----");
+    QTest::keyClick(w.window.get(), Qt::Key_F4);
+    QCOMPARE(boxes.seen, QStringList("Window|Capture Stopped!"));
+    QVERIFY(!w.project->isBusy());
+    QVERIFY(wave);
+}
+
+void tst_StandardProject::keys_data()
+{
+    QTest::addColumn<bool>("onTip");
+    QTest::addColumn<Qt::Key>("key");
+
+    QTest::newRow("stop from the window") << false << Qt::Key_F4;
+    QTest::newRow("stop from the tip") << true << Qt::Key_F4;
+    QTest::newRow("force from the window") << false << Qt::Key_F3;
+    QTest::newRow("force from the tip") << true << Qt::Key_F3;
+}
+
+// A run that waits for its trigger is stopped or forced from wherever the user is.
+void tst_StandardProject::keys()
+{
+    QFETCH(bool, onTip);
+    QFETCH(Qt::Key, key);
+    TestDesign design;
+    design.fires = false;
+    design.amount = 32;
+    const Bench bench(design);
+    BoxWatcher boxes;
+    ProjectWindow w;
+    QVERIFY(w.open(bench.file()));
+    // While idle the keys mean nothing, wherever they are pressed.
+    QVERIFY(QTest::qWaitForWindowActive(w.window.get()));
+    QTest::keyClick(w.window.get(), Qt::Key_F4);
+    QTest::keyClick(w.window.get(), Qt::Key_F3);
+    QVERIFY(boxes.seen.isEmpty());
+
+    start(w);
+    QTest::qWait(700); // past the first poll
+    QVERIFY(w.project->isBusy());
+    QWidget *target = onTip ? static_cast<QWidget *>(ProjectWindow::tip()) : w.window.get();
+    if (onTip) {
+        target->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(target));
+    }
+    QTest::keyClick(target, key);
+    if (key == Qt::Key_F4) {
+        QCOMPARE(boxes.seen, QStringList("Window|Capture Stopped!"));
+        QVERIFY(!w.project->isBusy());
+        QCOMPARE(w.tabs->count(), 1);
+    } else {
+        QTRY_VERIFY_WITH_TIMEOUT(!w.project->isBusy(), kCaptureTime);
+        QVERIFY(boxes.seen.isEmpty());
+        QCOMPARE(w.tabs->count(), 2);
+    }
+    QVERIFY(!ProjectWindow::tip());
+    QCOMPARE(w.enabled(), "OSA----P");
+}
+
+void tst_StandardProject::closeDuringCapture_data()
+{
+    QTest::addColumn<bool>("isReading");
+    QTest::addColumn<int>("answer"); // -1: nobody to ask
+    for (const bool isReading : {false, true}) {
+        const char *when = isReading ? "while reading" : "while armed";
+        QTest::addRow("%s, not asked", when) << isReading << -1;
+        QTest::addRow("%s, no", when) << isReading << 0;
+        QTest::addRow("%s, yes", when) << isReading << 1;
+    }
+}
+
+void tst_StandardProject::closeDuringCapture()
+{
+    QFETCH(bool, isReading);
+    QFETCH(int, answer);
+    TestDesign design;
+    design.fires = isReading;
+    design.windows = 4;
+    const Bench bench(design);
+    BoxWatcher boxes;
+    ProjectWindow w;
+    QVERIFY(w.open(bench.file()));
+    bool isClosed = false;
+    const auto close = [&] {
+        std::function<bool()> askStop;
+        if (answer >= 0)
+            askStop = [answer] { return answer == 1; };
+        isClosed = w.project->closeProject(w.window.get(), askStop);
+    };
+    // The timer runs inside the loop that reads the next window.
+    QTimer inLoop;
+    connect(&inLoop, &QTimer::timeout, this, [&] {
+        if (w.tabs->count() < 2)
+            return;
+        inLoop.stop();
+        close();
+    });
+    start(w);
+    if (isReading) {
+        inLoop.start(5);
+        QTRY_VERIFY_WITH_TIMEOUT(!inLoop.isActive(), kCaptureTime);
+    } else {
+        QTest::qWait(700);
+        close();
+    }
+    QCOMPARE(isClosed, answer == 1);
+    if (isClosed) {
+        QVERIFY(!w.project->isBusy());
+        QVERIFY(!ProjectWindow::tip());
+        QVERIFY(w.openAction->isEnabled());
+        QTest::qWait(600); // late replies and ticks find nothing
+        QCOMPARE(w.tabs->count(), 0);
+    } else {
+        QVERIFY(w.project->isBusy());
+        QVERIFY(w.tabs->count() > 0);
+        w.project->onStop();
+    }
+    QCOMPARE(boxes.seen.size(), isClosed ? 0 : 1);
+}
+
+void tst_StandardProject::errors_data()
+{
+    QTest::addColumn<int>("result");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("no bitstream") << -20 << "Device does not load fs file yet.";
+    QTest::newRow("no device") << 1 << "Open device failed.";
+    QTest::newRow("other") << 77 << "Unknown device error ID77.";
+    QTest::newRow("other, negative") << -1 << "Unknown device error ID-1.";
+}
+
+void tst_StandardProject::errors()
+{
+    QFETCH(int, result);
+    QFETCH(QString, text);
+    TestDesign design;
+    design.amount = 32;
+    design.faults =
+        QStringLiteral("[{ \"at\": \"OPEN\", \"nth\": 2, \"do\": \"result\", \"value\": %1 }]")
+            .arg(result);
+    const Bench bench(design);
+    BoxWatcher boxes;
+    ProjectWindow w;
+    QVERIFY(w.open(bench.file()));
+    capture(w);
+    QCOMPARE(w.tabs->count(), 2);
+    start(w);
+    QTRY_COMPARE_WITH_TIMEOUT(boxes.seen, QStringList("Error|" + text), kCaptureTime);
+    QTRY_VERIFY(!QApplication::activeModalWidget());
+    QVERIFY(!w.project->isBusy());
+    QVERIFY(!ProjectWindow::tip());
+    QCOMPARE(w.enabled(), "OSA----P");
+    capture(w); // nothing is left of the failed one
+    QCOMPARE(w.tabs->count(), 2);
+}
+
+void tst_StandardProject::noCable()
+{
+    const Bench bench({});
+    JtagSession::instance()->disconnectAll();
+    BoxWatcher boxes;
+    ProjectWindow w;
+    QVERIFY(w.open(bench.file()));
+    QVERIFY(QTest::qWaitForWindowActive(w.window.get()));
+    QTest::keyClick(w.window.get(), Qt::Key_F1);
+    QCOMPARE(boxes.seen, QStringList("Error|Can not connect with JTAG Server!"));
+    QVERIFY(!w.project->isBusy() && !ProjectWindow::tip());
+    QCOMPARE(w.enabled(), "OSA----P");
+}
+
+int main(int argc, char **argv)
+{
+    return runTest<tst_StandardProject, QApplication>(argc, argv);
+}
+#include "tst_standardproject.moc"
