@@ -4,6 +4,7 @@
 #include <base/wholefile.h>
 #include <config/descriptionfile.h>
 #include <project/analyzerproject.h>
+#include <project/keostandardanalyzerproject.h>
 #include <project/projectfile.h>
 
 #include <QDomDocument>
@@ -69,7 +70,9 @@ ProjectKind kindOfFile(const QString &path)
 
 ProjectFactories projectFactories()
 {
-    return {};
+    return {{ProjectKind::Standard, [](QObject *parent) {
+                 return std::make_unique<KeoStandardAnalyzerProject>(parent);
+             }}};
 }
 
 ProjectManager::ProjectManager(QObject *parent, const ProjectFactories &factories) : QObject(parent)

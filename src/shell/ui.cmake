@@ -8,7 +8,7 @@ keo_add_library(shell_ui
         projectmanager.cpp projectmanager.h
         startup.cpp startup.h
         startupoptions.cpp startupoptions.h
-    LINK keo::servers keo::project keo::wave keo::image Qt6::Widgets)
+    LINK keo::servers keo::project_ui keo::wave keo::image Qt6::Widgets)
 
 add_executable(signalscope main.cpp)
 target_link_libraries(signalscope PRIVATE keo::shell_ui keo::warnings)
@@ -16,6 +16,3 @@ target_compile_definitions(signalscope PRIVATE SIGNALSCOPE_VERSION="${PROJECT_VE
 set_target_properties(signalscope PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${SIGNALSCOPE_BIN_DIR}
     WIN32_EXECUTABLE ON)
-if(NOT TARGET keo_project_ui)
-    target_sources(keo_shell_ui PRIVATE ${PROJECT_SOURCE_DIR}/src/project/analyzerproject.h)
-endif()
