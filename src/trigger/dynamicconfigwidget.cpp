@@ -50,6 +50,14 @@ void addRow(QFormLayout *form, const QString &text, QWidget *field)
     form->addRow(label, field);
 }
 
+QShortcut *shortcutOf(QWidget *widget, Qt::Key key)
+{
+    auto *shortcut = new QShortcut(key, widget);
+    shortcut->setContext(Qt::WidgetShortcut);
+    shortcut->setAutoRepeat(false);
+    return shortcut;
+}
+
 } // namespace
 
 DynamicConfigWidget::DynamicConfigWidget(QWidget *parent)
@@ -110,6 +118,7 @@ QGroupBox *DynamicConfigWidget::makeUnitGroup()
     m_tableUnit->setModel(m_model);
     m_tableUnit->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_tableUnit->setTabKeyNavigation(false); // the page has no use for Tab inside the table
+    m_tableUnit->setWordWrap(false);
     m_tableUnit->setColumnHidden(MatchUnitModel::Check, true);
     m_tableUnit->setColumnWidth(MatchUnitModel::Value, kValueColumnWidth);
     m_tableUnit->horizontalHeader()->setHighlightSections(false);
@@ -130,10 +139,9 @@ void DynamicConfigWidget::connectSlots()
     connect(m_listExpressions, &QListWidget::itemDoubleClicked, this,
             &DynamicConfigWidget::editExpression);
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
-        connect(new QShortcut(key, m_tableUnit, nullptr, nullptr, Qt::WidgetShortcut),
-                &QShortcut::activated, this, &DynamicConfigWidget::editMu);
-        connect(new QShortcut(key, m_listExpressions, nullptr, nullptr, Qt::WidgetShortcut),
-                &QShortcut::activated, this,
+        connect(shortcutOf(m_tableUnit, key), &QShortcut::activated, this,
+                &DynamicConfigWidget::editMu);
+        connect(shortcutOf(m_listExpressions, key), &QShortcut::activated, this,
                 [this] { editExpression(m_listExpressions->currentItem()); });
     }
 }
@@ -157,6 +165,7 @@ void DynamicConfigWidget::setCore(CoreConfig *core)
     limitTriggerPosition(core->capture_amount);
     m_spinBoxTrPos->setValue(core->trigger_pos);
     m_model->setUnits(core->enabledUnits());
+    redrawUnits();
     fillExpressions();
 }
 
@@ -213,7 +222,7 @@ void DynamicConfigWidget::onCaptureAmountChanged()
 void DynamicConfigWidget::editMu()
 {
     const QModelIndexList rows = m_tableUnit->selectionModel()->selectedRows();
-    if (rows.isEmpty())
+    if (rows.isEmpty() || hasOpenDialog())
         return;
     // On the heap: page and dialog may be gone when exec returns.
     const QPointer<DynamicConfigWidget> page = this;
@@ -222,12 +231,12 @@ void DynamicConfigWidget::editMu()
     dialog->exec();
     delete dialog;
     if (page)
-        m_tableUnit->viewport()->update();
+        redrawUnits();
 }
 
 void DynamicConfigWidget::editExpression(QListWidgetItem *item)
 {
-    if (!m_core || m_core->dynamic == 0 || !item)
+    if (!m_core || m_core->dynamic == 0 || !item || hasOpenDialog())
         return;
     const int row = m_listExpressions->currentRow();
     QList<bool> flags;
@@ -239,6 +248,19 @@ void DynamicConfigWidget::editExpression(QListWidgetItem *item)
         return;
     item->setText(itemText(row, expression));
     m_core->setExpression(expression, row);
+}
+
+void DynamicConfigWidget::redrawUnits()
+{
+    for (int column = MatchUnitModel::Unit; column < MatchUnitModel::Value; ++column)
+        m_tableUnit->resizeColumnToContents(column);
+    m_tableUnit->viewport()->update();
+}
+
+bool DynamicConfigWidget::hasOpenDialog() const
+{
+    // A second Enter may still reach the page before the window system has activated the dialog.
+    return findChild<QDialog *>() != nullptr;
 }
 
 void DynamicConfigWidget::closeOpenDialogs()

@@ -56,7 +56,9 @@ private:
     [[nodiscard]] QGroupBox *makeExpressionGroup();
     [[nodiscard]] QGroupBox *makeUnitGroup();
     void connectSlots();
+    [[nodiscard]] bool hasOpenDialog() const;
     void closeOpenDialogs();
+    void redrawUnits();
     void fillWindowNumbers();
     void fillAmounts();
     void fillExpressions();

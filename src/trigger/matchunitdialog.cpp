@@ -31,6 +31,7 @@ namespace {
 
 constexpr int kMatchTypes = 6;
 constexpr int kMaxCounterWidth = 16;
+constexpr int kTreeWidth = 160; // pixels, at least
 
 template <typename Widget>
 Widget *named(Widget *widget, const char *name)
@@ -77,6 +78,13 @@ QTreeWidgetItem *itemOf(const SignalEntry &entry)
 int countsOf(int width)
 {
     return 1 << std::clamp(width, 0, 30);
+}
+
+/// Puts \a value into a field with the cursor before it, where typing begins: the mask is full.
+void showValue(QLineEdit *field, const QString &value)
+{
+    field->setText(value);
+    field->setCursorPosition(0);
 }
 
 /// Width in pixels of a field that shows \a digits digits of its font at once.
@@ -138,6 +146,7 @@ QWidget *MatchUnitDialog::makeTriggerSide()
     m_comboBoxTrigger = named(new QComboBox, "comboBoxTrigger");
     m_treeSignals = named(new QTreeWidget, "treeSignals");
     m_treeSignals->setColumnCount(1);
+    m_treeSignals->setMinimumWidth(kTreeWidth);
     m_treeSignals->setHeaderHidden(true);
     m_treeSignals->setUniformRowHeights(true);
     m_treeSignals->setAccessibleName(tr("Signals of the trigger port"));
@@ -262,8 +271,8 @@ void MatchUnitDialog::showUnit()
     applyRadixAndFunction();
     if (m_port) {
         // A shorter value from a file means its number: that is how the core gets it.
-        m_lineEditValue0->setText(m_unit->value0.rightJustified(portWidth(), u'0'));
-        m_lineEditValue1->setText(m_unit->value1.rightJustified(portWidth(), u'0'));
+        showValue(m_lineEditValue0, m_unit->value0.rightJustified(portWidth(), u'0'));
+        showValue(m_lineEditValue1, m_unit->value1.rightJustified(portWidth(), u'0'));
     }
     toolTipValueChanged(calculatedBitwidth());
 }
@@ -285,7 +294,6 @@ void MatchUnitDialog::freezeStructure()
     m_groupBoxCounter->setEnabled(m_unit->counter_enable);
     m_spinBoxCounterWidth->setEnabled(false);
     m_lineEditValue0->setFocus(); // what is left to change is above all the value
-    m_lineEditValue0->selectAll();
 }
 
 void MatchUnitDialog::connectSlots()
@@ -310,8 +318,8 @@ void MatchUnitDialog::onTriggerChanged()
     const FieldTexts saved = fieldTexts();
     applyRadixAndFunction();
     const int digits = calculatedBitwidth();
-    m_lineEditValue0->setText(fitDigits(saved.value0, digits));
-    m_lineEditValue1->setText(fitDigits(saved.value1, digits));
+    showValue(m_lineEditValue0, fitDigits(saved.value0, digits));
+    showValue(m_lineEditValue1, fitDigits(saved.value1, digits));
     toolTipValueChanged(digits);
 }
 
@@ -466,7 +474,7 @@ void MatchUnitDialog::restoreMatching(const FieldTexts &texts)
     const auto restore = [this](QLineEdit *field, QString text) {
         int cursor = 0;
         if (m_validator->validate(text, cursor) == QValidator::Acceptable)
-            field->setText(text);
+            showValue(field, text);
     };
     restore(m_lineEditValue0, texts.value0);
     restore(m_lineEditValue1, texts.value1);

@@ -72,8 +72,9 @@ QString baseConvert(const QString &text, int from, int to, int width)
     const quint64 number = ok ? text.toULongLong(&ok, from) : 0;
     if (ok)
         return QString::number(number, to).toUpper();
+    constexpr int kShown = 80; // ports may have thousands of bits
     qCDebug(keoTrigger, "\"%s\" is no number of radix %d within 64 bits; taken as zero",
-            qUtf8Printable(text), from);
+            qUtf8Printable(text.left(kShown)), from);
     return QString(width, u'0');
 }
 
