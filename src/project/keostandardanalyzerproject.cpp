@@ -171,7 +171,7 @@ QWidget *KeoStandardAnalyzerProject::buildPage()
     auto *configTab = new QWidget;
     configTab->setObjectName(QStringLiteral("configTab"));
     auto *layout = new QVBoxLayout(configTab);
-    layout->addWidget(coreArea);
+    layout->addWidget(coreArea, 1); // all the room: expressions and units may be many
     layout->addStretch();
     return configTab;
 }
