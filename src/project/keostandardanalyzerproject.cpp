@@ -10,6 +10,7 @@
 #include <QDockWidget>
 #include <QHBoxLayout>
 #include <QSignalBlocker>
+#include <QStyle>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -22,6 +23,16 @@ namespace {
 
 constexpr int kTreeStretch = 1;
 constexpr int kConfigStretch = 10;
+
+/// Width in pixels at which an item shows whole, with its check box and a bar beside it.
+int treeWidth(const QTreeWidget &tree)
+{
+    const QStyle *style = tree.style();
+    return tree.fontMetrics().horizontalAdvance(QStringLiteral("Core 000")) +
+           style->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, &tree) +
+           2 * style->pixelMetric(QStyle::PM_CheckBoxLabelSpacing, nullptr, &tree) +
+           style->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, &tree);
+}
 
 QDockWidget *makeFixedDock(const char *name, const QString &title, QWidget *content)
 {
@@ -146,8 +157,12 @@ QWidget *KeoStandardAnalyzerProject::buildPage()
     m_coreTree = new QTreeWidget;
     m_coreTree->setObjectName(QStringLiteral("coreTree"));
     m_coreTree->setHeaderHidden(true);
+    // A hidden header does not fit its column to the tree, which would bring the bar up for
+    // nothing.
+    m_coreTree->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_coreTree->setRootIsDecorated(false);
     m_coreTree->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_coreTree->setMinimumWidth(treeWidth(*m_coreTree));
     connect(m_coreTree, &QTreeWidget::itemClicked, this, &KeoStandardAnalyzerProject::onKoChanged);
     // The keyboard reaches the tree as well: the arrow keys and the space bar.
     connect(m_coreTree, &QTreeWidget::itemChanged, this, &KeoStandardAnalyzerProject::onKoChanged);
