@@ -11,6 +11,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QSignalBlocker>
+#include <QStyle>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -24,6 +25,16 @@ namespace {
 constexpr int kTreeCharacters = 16; // at least, so that a core's number is never cut off
 constexpr int kTreeStretch = 1;
 constexpr int kConfigStretch = 10;
+
+/// Width in pixels at which an item shows whole, with its check box and a bar beside it.
+int treeWidth(const QTreeWidget &tree)
+{
+    const QStyle *style = tree.style();
+    return tree.fontMetrics().horizontalAdvance(QStringLiteral("Core 000")) +
+           style->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, &tree) +
+           2 * style->pixelMetric(QStyle::PM_CheckBoxLabelSpacing, nullptr, &tree) +
+           style->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, &tree);
+}
 
 QDockWidget *makeFixedDock(const char *name, const QString &title, QWidget *content)
 {
@@ -148,10 +159,14 @@ QWidget *KeoStandardAnalyzerProject::buildPage()
     m_coreTree = new QTreeWidget;
     m_coreTree->setObjectName(QStringLiteral("coreTree"));
     m_coreTree->setHeaderHidden(true);
+    // A hidden header does not fit its column to the tree, which would bring the bar up for
+    // nothing.
+    m_coreTree->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_coreTree->setRootIsDecorated(false);
     m_coreTree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_coreTree->setMinimumWidth(kTreeCharacters * m_coreTree->fontMetrics().averageCharWidth());
     m_coreTree->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_coreTree->setMinimumWidth(treeWidth(*m_coreTree));
     connect(m_coreTree, &QTreeWidget::itemClicked, this, &KeoStandardAnalyzerProject::onKoChanged);
     // The keyboard reaches the tree as well: the arrow keys and the space bar.
     connect(m_coreTree, &QTreeWidget::itemChanged, this, &KeoStandardAnalyzerProject::onKoChanged);
@@ -175,7 +190,7 @@ QWidget *KeoStandardAnalyzerProject::buildPage()
     auto *configTab = new QWidget;
     configTab->setObjectName(QStringLiteral("configTab"));
     auto *layout = new QVBoxLayout(configTab);
-    layout->addWidget(coreArea);
+    layout->addWidget(coreArea, 1); // all the room: expressions and units may be many
     layout->addStretch();
     return configTab;
 }

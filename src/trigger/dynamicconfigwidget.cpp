@@ -68,8 +68,9 @@ DynamicConfigWidget::DynamicConfigWidget(QWidget *parent)
     left->addWidget(makeCaptureGroup());
     left->addWidget(makeExpressionGroup(), 1);
     auto *layout = new QHBoxLayout(this);
+    // The table needs the room: its last column must not fall off in a middling window.
     layout->addLayout(left, 1);
-    layout->addWidget(makeUnitGroup(), 2);
+    layout->addWidget(makeUnitGroup(), 3);
     connectSlots();
     clearPage();
     setEnabled(false);

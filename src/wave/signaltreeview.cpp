@@ -10,6 +10,7 @@
 #include <QContextMenuEvent>
 #include <QDragMoveEvent>
 #include <QDropEvent>
+#include <QPalette>
 #include <QScrollBar>
 #include <QtDebug>
 
@@ -41,6 +42,12 @@ SignalTreeView::SignalTreeView(QWidget *parent, int preferredWidth)
                                  "QTreeView::item::selected { color : white;  "
                                  "background-color : #3299ff }")
                       .arg(int(ROW_HEIGHT)));
+    // The rows have light backgrounds of their own, so the pane is light under a dark palette too.
+    QPalette light;
+    light.setColor(QPalette::Base, Qt::white);
+    light.setColor(QPalette::Text, Qt::black);
+    light.setColor(QPalette::WindowText, Qt::black); // the arrows before the buses
+    setPalette(light);
     auto *header = new SignalHeaderView(this);
     header->setDomain(domain());
     setHeader(header);

@@ -18,6 +18,7 @@
 #include <QScrollBar>
 #include <QStyle>
 
+#include <algorithm>
 #include <memory>
 
 using namespace WaveMonitor;
@@ -66,6 +67,7 @@ private Q_SLOTS:
     void cleanup();
 
     void rowsStandBesideWaves();
+    void namesReadUnderADarkPalette();
     void menuFollowsSelection_data();
     void menuFollowsSelection();
     void menuShowsFormatAndColor();
@@ -245,6 +247,29 @@ void tst_SignalTreeView::rowsStandBesideWaves()
     QCOMPARE(m_view->visualRect(row(QStringLiteral("a"))).top(), -7);
     const int shown = m_view->viewport()->height();
     QCOMPARE(m_view->verticalScrollBar()->maximum(), int(5 * ROW_HEIGHT) - shown);
+}
+
+void tst_SignalTreeView::namesReadUnderADarkPalette()
+{
+    const QPalette before = QApplication::palette();
+    QPalette dark = before;
+    dark.setColor(QPalette::Base, Qt::black);
+    dark.setColor(QPalette::Text, Qt::white);
+    QApplication::setPalette(dark);
+    cleanup();
+    prepare();
+    show(QStringLiteral("a B(b c) d"));
+    const QImage shown = picture();
+    QApplication::setPalette(before);
+    for (const char *name : {"a", "b"}) {
+        const QRect rect = m_view->visualRect(row(QString::fromLatin1(name)));
+        int darkest = 255;
+        for (int y = rect.top(); y <= rect.bottom(); ++y) {
+            for (int x = rect.left(); x <= rect.right(); ++x)
+                darkest = std::min(darkest, qGray(shown.pixel(x, y)));
+        }
+        QVERIFY2(darkest < 100, name);
+    }
 }
 
 void tst_SignalTreeView::menuFollowsSelection_data()
