@@ -19,6 +19,18 @@ namespace KEO {
 
 using WaveMonitor::WaveMonitorWidget;
 
+namespace {
+
+/// On the heap: a window that is destroyed while its box shows takes the box along.
+void showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text)
+{
+    const QPointer<QMessageBox> box = new QMessageBox(icon, title, text, QMessageBox::Ok, parent);
+    box->exec();
+    delete box;
+}
+
+} // namespace
+
 CaptureProject::CaptureProject(QObject *parent) : AnalyzerProject(parent)
 {
 }
@@ -261,7 +273,7 @@ void CaptureProject::showError(const QString &text)
     }
     m_openErrors.insert(text);
     const QPointer<CaptureProject> self(this);
-    QMessageBox::critical(m_mainWindow, tr("Error"), text, QMessageBox::Ok);
+    showBox(QMessageBox::Critical, m_mainWindow, tr("Error"), text);
     if (self)
         m_openErrors.remove(text);
 }
@@ -269,7 +281,7 @@ void CaptureProject::showError(const QString &text)
 void CaptureProject::showInformation(const QString &text)
 {
     const QString title = m_mainWindow ? m_mainWindow->windowTitle() : QString();
-    QMessageBox::information(m_mainWindow, title, text, QMessageBox::Ok);
+    showBox(QMessageBox::Information, m_mainWindow, title, text);
 }
 
 QTabWidget *CaptureProject::tabWidget() const

@@ -65,22 +65,25 @@ void TestDesign::write(const QString &directory) const
         "<MatchUnit index=\"0\" enabled=\"1\" match_type=\"0\" func=\"0\" value0=\"%1\" "
         "trigger=\"2\"/><MatchUnit index=\"1\" enabled=\"1\" match_type=\"4\" func=\"6\" "
         "value0=\"0000000100000000\" value1=\"0000111011111111\" trigger=\"2\"/>");
-    const QString core =
-        QStringLiteral("<KoCore index=\"%1\" sample_clock=\"clk\" trig_type=\"0\" "
-                       "storage_depth=\"%2\" window_num=\"%3\" capture_amount=\"%4\" "
-                       "trigger_pos=\"%5\" module_name=\"top\"><SignalList>%6</SignalList>"
-                       "<Triggers><Trigger index=\"2\"><SignalList>%7</SignalList></Trigger>"
-                       "</Triggers><MatchUnits>%8</MatchUnits><Expressions type=\"%9\">")
-            .arg(QString::number(coreIndex), QString::number(storageDepth),
-                 QString::number(windows), QString::number(amount), QString::number(position),
-                 captured, bus, units.arg(pattern),
-                 dynamic ? QStringLiteral("Dynamic") : QStringLiteral("Static")) +
-        QStringLiteral("<Expression>%1</Expression></Expressions></KoCore>")
-            .arg(dynamic ? QStringLiteral("M0&amp;M1") : QStringLiteral("match[0]"));
+    QString coreTexts;
+    for (int core = 0; core < cores; ++core) {
+        coreTexts +=
+            QStringLiteral("<KoCore index=\"%1\" sample_clock=\"clk\" trig_type=\"0\" "
+                           "storage_depth=\"%2\" window_num=\"%3\" capture_amount=\"%4\" "
+                           "trigger_pos=\"%5\" module_name=\"top\"><SignalList>%6</SignalList>"
+                           "<Triggers><Trigger index=\"2\"><SignalList>%7</SignalList></Trigger>"
+                           "</Triggers><MatchUnits>%8</MatchUnits><Expressions type=\"%9\">")
+                .arg(QString::number(coreIndex + core), QString::number(storageDepth),
+                     QString::number(windows), QString::number(amount), QString::number(position),
+                     captured, bus, units.arg(pattern),
+                     dynamic ? QStringLiteral("Dynamic") : QStringLiteral("Static")) +
+            QStringLiteral("<Expression>%1</Expression></Expressions></KoCore>")
+                .arg(dynamic ? QStringLiteral("M0&amp;M1") : QStringLiteral("match[0]"));
+    }
     writeFile(directory + QStringLiteral("/design.") + extension,
               QStringLiteral("<?xml version=\"1.0\"?><KEO_CONFIG><Version>3.0</Version>"
                              "<Mode>Standard</Mode>%1<KEO_ID>1</KEO_ID></KEO_CONFIG>")
-                  .arg(core));
+                  .arg(coreTexts));
 
     // The stimulus: values change at 10 i, the clock rises at 10 i + 5.
     QStringList vcd{QStringLiteral("$timescale 1ns $end\n$scope module top $end\n"

@@ -21,6 +21,7 @@ struct TestDesign
     int amount = 256;  ///< samples in a window
     int position = 16; ///< samples before the trigger
     int coreIndex = 0;
+    int cores = 1; ///< the same core so many times, with indexes counting up
     bool programmed = true;
     bool fires = true; ///< false: M0 matches a value that the design never takes
     QString faults;    ///< JSON array text for the first cable, may be empty

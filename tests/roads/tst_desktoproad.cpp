@@ -1,0 +1,318 @@
+// The whole way of a user through the main window, by keys and clicks, against a simulated board:
+// open, set the trigger, capture, look, arrange, capture again.
+
+#include "desktop.h"
+
+#include <wave/signaltreeview.h>
+#include <wave/waveview.h>
+
+#include <QComboBox>
+#include <QDialog>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTableView>
+#include <QTreeWidget>
+
+using namespace KEO;
+using WaveMonitor::SignalTreeView;
+
+class tst_DesktopRoad : public ViewerTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void fromFileToArrangedWaves();
+    void autoRoundsAndForcedTriggers();
+    void errors_data();
+    void errors();
+    void closeDuringCapture();
+};
+
+namespace {
+
+/// Hands the dialog that the next step brings up to \a drive.
+void onDialog(std::function<void(QDialog *)> drive)
+{
+    auto *timer = new QTimer(qApp);
+    QObject::connect(timer, &QTimer::timeout, timer, [timer, drive = std::move(drive)] {
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        timer->deleteLater();
+        timer->stop();
+        drive(dialog);
+    });
+    timer->start(5);
+}
+
+template <typename View>
+void doubleClick(View *view, const QModelIndex &index)
+{
+    const QPoint place = view->visualRect(index).center();
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, place);
+    QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, place);
+}
+
+void choose(QComboBox *box, const QString &text)
+{
+    const int wanted = box->findText(text);
+    QVERIFY(wanted >= 0);
+    while (box->currentIndex() != wanted)
+        QTest::keyClick(box, box->currentIndex() < wanted ? Qt::Key_Down : Qt::Key_Up);
+}
+
+int countAt(const WaveMonitor::WaveMonitorWidget &wave, int sample)
+{
+    const auto elements = wave.signalMap();
+    int count = 0;
+    for (int bit = 0; bit < 16; ++bit)
+        count = count << 1 | int(elements[bit].data.testBit(sample));
+    return count;
+}
+
+/// All signals over all samples are the design's, in a window with the trigger at \a trigger.
+bool isStimulus(const WaveMonitor::WaveMonitorWidget &wave, const TestDesign &design, int trigger)
+{
+    const auto elements = wave.signalMap();
+    for (int signal = 0; signal < design.signalCount(); ++signal) {
+        if (elements[signal].data.size() != design.amount)
+            return false;
+        for (int sample = 0; sample < design.amount; ++sample) {
+            const qint64 at = trigger - design.position + sample + TestDesign::kLength;
+            if (elements[signal].data.testBit(sample) != design.level(signal, at))
+                return false;
+        }
+    }
+    return elements.size() == design.signalCount();
+}
+
+QStringList rowNames(const SignalTreeView &tree)
+{
+    QStringList names;
+    for (int row = 0; row < tree.model()->rowCount(); ++row)
+        names.append(tree.model()->index(row, 0).data().toString());
+    return names;
+}
+
+QString counterText(const QWidget &wave)
+{
+    for (const QLabel *label : wave.findChildren<QLabel *>()) {
+        if (label->text().contains(QLatin1String("Autorun")))
+            return label->text().trimmed();
+    }
+    return {};
+}
+
+} // namespace
+
+void tst_DesktopRoad::fromFileToArrangedWaves()
+{
+    TestDesign design;
+    design.dynamic = true;
+    design.cores = 2;
+    design.device = "KX-1"; // a file opened by hand names no device, so none with a rule of its own
+    Desktop d(design);
+
+    // Open by the file dialog.
+    onDialog([&](QDialog *dialog) {
+        auto *name = dialog->findChild<QLineEdit *>("fileNameEdit");
+        name->setText(d.file());
+        QTest::keyClick(name, Qt::Key_Return);
+    });
+    d.window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(d.window.get()));
+    QTest::keyClick(d.window.get(), Qt::Key_O, Qt::ControlModifier);
+    QCOMPARE(d.tabs()->count(), 1);
+
+    // Select the second core, which shows its settings.
+    auto *cores = d.find<QTreeWidget>("coreTree");
+    const QRect second = cores->visualItemRect(cores->topLevelItem(1));
+    QTest::mouseClick(cores->viewport(), Qt::LeftButton, {},
+                      QPoint(second.left() + 10, second.center().y()));
+    QCOMPARE(cores->topLevelItem(1)->checkState(0), Qt::Checked);
+
+    // Its first match unit, once in each radix; the last one compares the low byte only.
+    auto *units = d.find<QTableView>("tableUnit");
+    const std::tuple<const char *, const char *, const char *> values[] = {
+        {"rbtnHex", "0155", "0000000101010101"},
+        {"rbtnOct", "000526", "0000000101010110"},
+        {"rbtnDec", "00343", "0000000101010111"},
+        {"rbtnBin", "XXXXXXXX01010101", "XXXXXXXX01010101"}};
+    for (const auto &[radix, typed, stored] : values) {
+        onDialog([radix = radix, typed = typed](QDialog *dialog) {
+            auto *button = dialog->findChild<QRadioButton *>(radix);
+            QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
+            auto *value = dialog->findChild<QLineEdit *>("lineEditValue0");
+            QTest::keyClick(value, Qt::Key_Home);
+            QTest::keyClicks(value, QLatin1String(typed));
+            QTest::keyClick(value, Qt::Key_Return);
+        });
+        doubleClick(units, units->model()->index(0, 3));
+        const int last = units->model()->columnCount() - 1;
+        QVERIFY2(units->model()->index(0, last).data().toString().contains(QLatin1String(stored)),
+                 qPrintable(units->model()->index(0, last).data().toString()));
+    }
+
+    // Its expression: in place of M0&M1, where M1 is the range from 0x100 to 0xEFF.
+    auto *expressions = d.find<QListWidget>("listExpressions");
+    onDialog([](QDialog *dialog) {
+        for (const char *name : {"btnClear", "btnM0", "btnAND", "btnNOT", "btnM1"})
+            QTest::mouseClick(dialog->findChild<QPushButton *>(name), Qt::LeftButton);
+        QTest::keyClick(dialog, Qt::Key_Return);
+    });
+    doubleClick(expressions, expressions->model()->index(0, 0));
+    QCOMPARE(expressions->item(0)->text(), "exp0:  M0&!M1");
+
+    choose(d.find<QComboBox>("comboBoxWindow"), "2");
+    choose(d.find<QComboBox>("comboBoxAmount"), "128");
+
+    // The first core is as it was, the second one as set.
+    d.press(Qt::Key_F1);
+    QVERIFY(d.isBusy() && Desktop::tip());
+    QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), Desktop::kCaptureTime);
+    QVERIFY(!Desktop::tip());
+    QCOMPARE(d.tabs()->count(), 4);
+    QVERIFY(isStimulus(*d.wave(1), design, int(design.firstTrigger(design.position))));
+    TestDesign changed = design;
+    changed.amount = 128;
+    QVERIFY(isStimulus(*d.wave(2), changed, 0x55));
+    QVERIFY(isStimulus(*d.wave(3), changed, 0xF55)); // the next one outside of the range
+    QCOMPARE(d.tabs()->tabText(3), "core 1 window 1");
+
+    // The value at the trigger stands beside its row, the line in the picture.
+    d.tabs()->setCurrentIndex(2);
+    auto *tree = d.wave(2)->findChild<SignalTreeView *>();
+    QVERIFY(tree->model()->index(0, 1).data().toString().contains("0055"));
+    auto *view = d.wave(2)->findChild<WaveMonitor::WaveView *>();
+    const QImage picture = view->viewport()->grab().toImage();
+    QList<int> yellow;
+    for (int x = 0; x < picture.width(); ++x) {
+        if (picture.pixelColor(x, picture.height() - 2) == QColor(Qt::yellow))
+            yellow.append(x);
+    }
+    QCOMPARE(yellow.size(), 1);
+
+    // Group two rows.
+    const auto clickRow = [&](int row, Qt::KeyboardModifiers modifiers = {}) {
+        const QPoint place = tree->visualRect(tree->model()->index(row, 0)).center();
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, modifiers, place);
+        return place;
+    };
+    clickRow(2);
+    driveContextMenu(tree->viewport(), clickRow(3, Qt::ControlModifier), "Group");
+    const QStringList arranged = rowNames(*tree);
+    QCOMPARE(arranged.size(), 1 + design.noise - 1);
+
+    // The next capture goes on in the stimulus and keeps the arrangement.
+    d.press(Qt::Key_F1);
+    QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), Desktop::kCaptureTime);
+    QCOMPARE(d.tabs()->count(), 4);
+    QCOMPARE(rowNames(*d.wave(2)->findChild<SignalTreeView *>()), arranged);
+    QVERIFY(isStimulus(*d.wave(2), changed, countAt(*d.wave(2), design.position)));
+    QCOMPARE(countAt(*d.wave(2), design.position) & 0xFF, 0x55);
+    QVERIFY(rowNames(*d.wave(1)->findChild<SignalTreeView *>()) != arranged);
+}
+
+void tst_DesktopRoad::autoRoundsAndForcedTriggers()
+{
+    TestDesign design;
+    design.amount = 32;
+    {
+        Desktop d(design);
+        d.open();
+        d.click("Auto");
+        QTRY_COMPARE_WITH_TIMEOUT(d.tabs()->count(), 2, Desktop::kCaptureTime);
+        const QPointer<WaveMonitor::WaveMonitorWidget> wave = d.wave(1);
+        const int first = countAt(*wave, design.position);
+        QTRY_COMPARE_WITH_TIMEOUT(counterText(*wave), "Autorun Counter: 3", Desktop::kCaptureTime);
+        const int third = countAt(*wave, design.position);
+        QVERIFY(third != first && design.isTrigger(third) && isStimulus(*wave, design, third));
+        d.click("Stop");
+        QCOMPARE(d.boxes, QStringList("Tarno Signal Scope|Capture Stopped!"));
+        QVERIFY(wave && !d.isBusy() && !Desktop::tip());
+    }
+    design.fires = false;
+    Desktop d(design);
+    d.open();
+    for (const bool byButton : {true, false}) {
+        d.click("Start");
+        QTest::qWait(700); // past the first poll
+        QVERIFY(d.isBusy() && Desktop::tip());
+        if (byButton)
+            d.click("Force Trigger");
+        else
+            QTest::keyClick(Desktop::tip(), Qt::Key_F3);
+        QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), Desktop::kCaptureTime);
+        QVERIFY(!Desktop::tip());
+        QCOMPARE(d.tabs()->count(), 2);
+        QVERIFY(isStimulus(*d.wave(1), design, countAt(*d.wave(1), design.position)));
+    }
+    QVERIFY(d.boxes.isEmpty());
+}
+
+void tst_DesktopRoad::errors_data()
+{
+    QTest::addColumn<int>("result");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("not programmed") << -20 << "Device does not load fs file yet.";
+    QTest::newRow("not opened") << 1 << "Open device failed.";
+    QTest::newRow("unknown") << 7 << "Unknown device error ID7.";
+    QTest::newRow("no cable") << 0 << "Can not connect with JTAG Server!";
+    QTest::newRow("no design") << 0 << "Invalid KEO file specified in project.";
+}
+
+void tst_DesktopRoad::errors()
+{
+    QFETCH(int, result);
+    QFETCH(QString, text);
+    TestDesign design;
+    if (result != 0)
+        design.faults =
+            QStringLiteral(R"([{ "at": "OPEN", "do": "result", "value": %1 }])").arg(result);
+    Desktop d(design);
+    if (text.startsWith("Invalid")) {
+        QFile file(d.file());
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("<KEO_CONFIG></KEO_CONFIG>") > 0);
+        file.close();
+        d.open();
+        QCOMPARE(d.tabs()->count(), 0);
+    } else {
+        d.open();
+        if (text.startsWith("Can not"))
+            JtagSession::instance()->disconnectAll();
+        d.press(Qt::Key_F1);
+        QTRY_VERIFY_WITH_TIMEOUT(!d.boxes.isEmpty(), Desktop::kCaptureTime);
+        QCOMPARE(d.tabs()->count(), 1);
+        QVERIFY(d.tool("Start")->isEnabled());
+    }
+    QCOMPARE(d.boxes, QStringList("Error|" + text));
+    QVERIFY(!d.isBusy() && !Desktop::tip());
+}
+
+void tst_DesktopRoad::closeDuringCapture()
+{
+    const QString question = "Exit|Task is still running, do you want to exit?";
+    TestDesign design;
+    design.fires = false;
+    Desktop d(design);
+    d.open();
+    d.press(Qt::Key_F1);
+    d.answer = QMessageBox::No;
+    QVERIFY(!d.window->close());
+    QVERIFY(d.window->isVisible() && d.isBusy() && Desktop::tip());
+    d.answer = QMessageBox::Yes;
+    QVERIFY(d.window->close());
+    QCOMPARE(d.boxes, (QStringList{question, question}));
+    QVERIFY(!Desktop::tip() && !JtagSession::instance()->hasConnection());
+}
+
+int main(int argc, char **argv)
+{
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    return runTest<tst_DesktopRoad, QApplication>(argc, argv);
+}
+#include "tst_desktoproad.moc"
