@@ -9,6 +9,7 @@
 
 #include <QDockWidget>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QSignalBlocker>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -20,6 +21,7 @@ using WaveMonitor::WaveMonitorWidget;
 
 namespace {
 
+constexpr int kTreeCharacters = 16; // at least, so that a core's number is never cut off
 constexpr int kTreeStretch = 1;
 constexpr int kConfigStretch = 10;
 
@@ -147,6 +149,8 @@ QWidget *KeoStandardAnalyzerProject::buildPage()
     m_coreTree->setObjectName(QStringLiteral("coreTree"));
     m_coreTree->setHeaderHidden(true);
     m_coreTree->setRootIsDecorated(false);
+    m_coreTree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_coreTree->setMinimumWidth(kTreeCharacters * m_coreTree->fontMetrics().averageCharWidth());
     m_coreTree->setSelectionMode(QAbstractItemView::SingleSelection);
     connect(m_coreTree, &QTreeWidget::itemClicked, this, &KeoStandardAnalyzerProject::onKoChanged);
     // The keyboard reaches the tree as well: the arrow keys and the space bar.
