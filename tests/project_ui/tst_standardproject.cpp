@@ -2,6 +2,7 @@
 
 #include "projectwindow.h"
 
+#include <QBitArray>
 #include <QComboBox>
 #include <QDockWidget>
 #include <QDomDocument>
@@ -101,9 +102,6 @@ void tst_StandardProject::window()
         QVERIFY(!w.project->toolBarGetter && !w.project->tabWidgetGetter &&
                 !w.project->openActionGetter);
     }
-    QCOMPARE(w.action("startAction")->toolTip(),
-             "<nobr>Start <span style=\"color: gray; font-size: small\">F1</span></nobr>");
-    QCOMPARE(w.action("saveAction")->toolTip(), "Save");
 }
 
 void tst_StandardProject::rejectedFiles()
@@ -200,15 +198,10 @@ void tst_StandardProject::captureShowsTheStimulus()
         const qint64 trigger = design.firstTrigger(earliest + design.position);
         for (int signal = 0; signal < design.signalCount(); ++signal) {
             QCOMPARE(elements[signal].name, design.name(signal));
-            QCOMPARE(elements[signal].data.size(), design.amount);
-            for (int sample = 0; sample < design.amount; ++sample) {
-                if (elements[signal].data.testBit(sample) !=
-                    design.level(signal, trigger - design.position + sample))
-                    QFAIL(qPrintable(QStringLiteral("window %1 signal %2 sample %3")
-                                         .arg(window)
-                                         .arg(signal)
-                                         .arg(sample)));
-            }
+            QBitArray expected(design.amount);
+            for (int sample = 0; sample < design.amount; ++sample)
+                expected[sample] = design.level(signal, trigger - design.position + sample);
+            QCOMPARE(elements[signal].data, expected);
         }
         earliest = trigger - design.position + design.amount;
     }
