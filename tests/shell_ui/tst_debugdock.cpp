@@ -58,9 +58,6 @@ void tst_DebugDock::showsMessages()
     QCOMPARE(bench.pane->toPlainText(), "");
     std::thread([] { qDebug("from afar"); }).join();
     QTRY_COMPARE(bench.pane->toPlainText(), "from afar");
-    connect(bench.pane, &QPlainTextEdit::textChanged, this, [] { qDebug("again"); });
-    qDebug("once"); // what the pane itself causes doesn't go round in circles
-    QCOMPARE(bench.pane->toPlainText(), "from afar\nonce");
     QCOMPARE(g_elsewhere, QStringList());
 }
 

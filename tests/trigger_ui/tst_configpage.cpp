@@ -97,9 +97,9 @@ void tst_ConfigPage::amountsFollowStorageAndWindows_data()
     };
     row(1024, 1, 6);
     row(1024, 2, 5);
-    row(1024, 3, 4); // no power of two
+    row(1024, 3, 4);
     row(1024, 8, 3);
-    row(1000, 1, 5);
+    row(1000, 3, 3); // a part is 250
     row(32, 1, 1);
     row(16, 1, 0);
     row(-1, 1, 0);
