@@ -5,76 +5,28 @@
 #include <project/waitingtip.h>
 #include <shell/serverlauncher.h>
 #include <support/testdesign.h>
+#include <support/widgettest.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QAction>
-#include <QApplication>
 #include <QMainWindow>
-#include <QMessageBox>
-#include <QPushButton>
+#include <QPointer>
 #include <QTabWidget>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 #include <QToolBar>
 #include <QTreeWidget>
 
-#include <functional>
+#include <initializer_list>
 #include <memory>
 #include <utility>
 
-/// Closes every message box that comes up and writes it down as "title|text". A test that hangs in
-/// a box would tell nothing.
-class BoxWatcher : public QObject
-{
-    Q_OBJECT
+constexpr int kCaptureTime = 20000; // ms, many times what a capture here takes
 
-public:
-    BoxWatcher()
-    {
-        connect(&m_timer, &QTimer::timeout, this, &BoxWatcher::look);
-        m_timer.start(10);
-    }
-
-    QStringList seen;
-    /// Runs while the next box is open, before it is closed.
-    std::function<void()> whileOpen;
-    /// Leaves boxes open, so that others may come up over them.
-    bool isPassive = false;
-    int openBoxes() const { return int(boxes().size()); }
-
-private:
-    static QList<QMessageBox *> boxes()
-    {
-        QList<QMessageBox *> found;
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            auto *box = qobject_cast<QMessageBox *>(widget);
-            if (box && box->isVisible())
-                found.append(box);
-        }
-        return found;
-    }
-
-    void look()
-    {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box || isPassive)
-            return;
-        const QPointer<QMessageBox> guard(box);
-        seen.append(box->windowTitle() + u'|' + box->text());
-        if (const auto task = std::exchange(whileOpen, {}))
-            task();
-        if (guard)
-            QTest::keyClick(guard, Qt::Key_Return);
-    }
-
-    QTimer m_timer;
-};
-
-/// What the main window is to a project: tab widget, tool bar, Open action.
+/// What the main window is to a project: tab widget, tool bar, Open action. Closes the boxes that
+/// come up.
 struct ProjectWindow
 {
-    ProjectWindow()
+    /// With the file open, if there is one.
+    explicit ProjectWindow(const QString &path = {})
         : window(std::make_unique<QMainWindow>()),
           toolBar(new QToolBar),
           tabs(new QTabWidget),
@@ -87,6 +39,8 @@ struct ProjectWindow
         window->setCentralWidget(tabs);
         window->resize(1200, 700);
         window->show();
+        if (!path.isEmpty() && !open(path))
+            qFatal("cannot open %s", qPrintable(path));
     }
 
     bool open(const QString &path, const QString &device = {})
@@ -101,6 +55,29 @@ struct ProjectWindow
         }
         project->setDevice({}, device, {});
         return true;
+    }
+
+    /// Presses a key in the window. After a box the offscreen window system activates nothing.
+    void press(Qt::Key key) const
+    {
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        QTest::keyClick(window.get(), key);
+    }
+    void start(Qt::Key key = Qt::Key_F1) const
+    {
+        press(key);
+        QVERIFY(project->isBusy());
+    }
+    void capture() const
+    {
+        start();
+        QTRY_VERIFY_WITH_TIMEOUT(!project->isBusy(), kCaptureTime);
+    }
+    /// No run, no tip, and a core that can start again.
+    [[nodiscard]] bool isReady() const
+    {
+        return !project->isBusy() && !tip() && enabled() == QLatin1String("OSA----P");
     }
 
     QAction *action(const char *name) const
@@ -126,17 +103,13 @@ struct ProjectWindow
     QString enabled() const
     {
         QString letters;
-        const auto add = [&](char letter, bool isOn) {
+        const std::initializer_list<std::pair<char, bool>> controls{
+            {'O', openAction->isEnabled()},         {'S', isEnabled("startAction")},
+            {'A', isEnabled("autoAction")},         {'X', isEnabled("stopAction")},
+            {'F', isEnabled("forceTriggerAction")}, {'W', isEnabled("saveAction")},
+            {'E', isEnabled("exportAction")},       {'P', tree()->isEnabled()}};
+        for (const auto &[letter, isOn] : controls)
             letters += QLatin1Char(isOn ? letter : '-');
-        };
-        add('O', openAction->isEnabled());
-        add('S', isEnabled("startAction"));
-        add('A', isEnabled("autoAction"));
-        add('X', isEnabled("stopAction"));
-        add('F', isEnabled("forceTriggerAction"));
-        add('W', isEnabled("saveAction"));
-        add('E', isEnabled("exportAction"));
-        add('P', tree()->isEnabled());
         return letters;
     }
     /// The tip that shows, or null.
@@ -150,6 +123,7 @@ struct ProjectWindow
         return nullptr;
     }
 
+    BoxWatcher boxes;
     std::unique_ptr<QMainWindow> window;
     QPointer<QToolBar> toolBar;
     QPointer<QTabWidget> tabs;

@@ -1,9 +1,7 @@
-// Which control is enabled when, over the whole table of situations.
+// What the tests with a window don't reach: saving, and runs that already show waves.
 
 #include <project/runcontrols.h>
 #include <support/testmain.h>
-
-#include <config/coreconfig.h>
 
 using namespace KEO;
 
@@ -12,55 +10,19 @@ class tst_RunControls : public QuietTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void situations_data();
-    void situations();
-    void coresOfAnAutoRun();
+    void wavesAreSavedWhileIdle();
 };
 
-void tst_RunControls::situations_data()
+void tst_RunControls::wavesAreSavedWhileIdle()
 {
-    QTest::addColumn<RunSituation>("situation");
-    QTest::addColumn<QString>("enabled");
-
-    // Open, Start, Auto, stop X, Force trigger, saVe, settings P
-    QTest::newRow("no core selected") << RunSituation{false, false, false, -1, false} << "O-----P";
-    QTest::newRow("several cores") << RunSituation{false, true, false, -1, false} << "OS----P";
-    QTest::newRow("one core") << RunSituation{false, true, true, -1, false} << "OSA---P";
-    QTest::newRow("one core, waves") << RunSituation{false, true, true, -1, true} << "OSA--VP";
-    QTest::newRow("waves, nothing selected")
-        << RunSituation{false, false, false, -1, true} << "O----VP";
-    QTest::newRow("single run") << RunSituation{true, true, true, -1, false} << "---XF--";
-    QTest::newRow("single run, first window")
-        << RunSituation{true, true, true, -1, true} << "---XF--";
-    QTest::newRow("auto run, first round") << RunSituation{true, true, true, 0, false} << "---X---";
-    QTest::newRow("auto run, later round") << RunSituation{true, true, true, 5, true} << "---X---";
-}
-
-void tst_RunControls::situations()
-{
-    QFETCH(RunSituation, situation);
-    const RunControls controls = runControls(situation);
-    QString enabled;
-    const auto add = [&](char letter, bool isOn) { enabled += QLatin1Char(isOn ? letter : '-'); };
-    add('O', controls.open);
-    add('S', controls.start);
-    add('A', controls.autoRun);
-    add('X', controls.stop);
-    add('F', controls.forceTrigger);
-    add('V', controls.save);
-    add('P', controls.settings);
-    QTEST(enabled, "enabled");
-}
-
-void tst_RunControls::coresOfAnAutoRun()
-{
-    CoreConfig one(0);
-    CoreConfig two(1);
-    QVERIFY(!suitsAuto({}));
-    QVERIFY(suitsAuto({&one}));
-    QVERIFY(!suitsAuto({&one, &two}));
-    two.window_num = 2;
-    QVERIFY(!suitsAuto({&two}));
+    const RunControls oneCore = runControls({false, true, true, -1, true});
+    QVERIFY(oneCore == (RunControls{true, true, true, false, false, true, true}));
+    const RunControls noCore = runControls({false, false, false, -1, true});
+    QVERIFY(noCore == (RunControls{true, false, false, false, false, true, true}));
+    const RunControls firstWindow = runControls({true, true, true, -1, true});
+    QVERIFY(firstWindow == (RunControls{false, false, false, true, true, false, false}));
+    const RunControls autoRun = runControls({true, true, true, 5, true});
+    QVERIFY(autoRun == (RunControls{false, false, false, true, false, false, false}));
 }
 
 KEO_TEST_MAIN(tst_RunControls)

@@ -4,11 +4,10 @@
 #include "projectwindow.h"
 
 #include <capture/fakeserver.h>
-#include <viewer/viewertest.h>
 
 using namespace KEO;
 
-class tst_RunFaults : public ViewerTest
+class tst_RunFaults : public WidgetTest
 {
     Q_OBJECT
 
@@ -23,8 +22,6 @@ private Q_SLOTS:
 };
 
 namespace {
-
-constexpr int kCaptureTime = 20000; // ms
 
 enum class End { Close, DeleteProject, DeleteWindow };
 
@@ -70,23 +67,18 @@ void tst_RunFaults::serverFails()
 {
     QFETCH(QString, fault);
     TestDesign design;
-    design.amount = 256;
     design.faults = u'[' + fault + u']';
     const Bench bench(design);
-    BoxWatcher boxes;
-    ProjectWindow w;
-    QVERIFY(w.open(bench.file()));
-    QVERIFY(QTest::qWaitForWindowActive(w.window.get()));
-    QTest::keyClick(w.window.get(), Qt::Key_F1);
+    const ProjectWindow w(bench.file());
+    w.press(Qt::Key_F1);
     QTest::qWait(1300);                       // opened, polled, and read if it comes to that
     const bool isOver = !w.project->isBusy(); // garbage may be harmless
     if (!isOver) {
         QVERIFY(ProjectWindow::tip());
-        QTest::keyClick(w.window.get(), Qt::Key_F4);
-        QCOMPARE(boxes.seen, QStringList("Window|Capture Stopped!"));
+        w.press(Qt::Key_F4);
+        QCOMPARE(w.boxes.seen, QStringList("Window: Capture Stopped!"));
     }
-    QVERIFY(!w.project->isBusy() && !ProjectWindow::tip());
-    QCOMPARE(w.enabled(), "OSA----P");
+    QVERIFY(w.isReady());
 }
 
 void tst_RunFaults::goneWhileReading_data()
@@ -104,8 +96,7 @@ void tst_RunFaults::goneWhileReading()
         if (inTabChange && end == End::DeleteWindow)
             continue; // the toolkit's tab widget does not survive that itself
         const Bench bench(design);
-        ProjectWindow w;
-        QVERIFY(w.open(bench.file()));
+        ProjectWindow w(bench.file());
         bool isDone = false;
         QTimer inLoop;
         const auto act = [&] {
@@ -142,15 +133,12 @@ void tst_RunFaults::goneInsideABox()
     for (const bool isError : {false, true}) {
         design.programmed = !isError;
         const Bench bench(design);
-        BoxWatcher boxes;
-        ProjectWindow w;
-        QVERIFY(w.open(bench.file()));
-        boxes.whileOpen = [&] { bringAbout(end, w); };
-        QVERIFY(QTest::qWaitForWindowActive(w.window.get()));
-        QTest::keyClick(w.window.get(), Qt::Key_F1);
+        ProjectWindow w(bench.file());
+        w.boxes.whileOpen = [&](const QMessageBox &) { bringAbout(end, w); };
+        w.press(Qt::Key_F1);
         if (!isError)
             QTest::keyClick(ProjectWindow::tip(), Qt::Key_F4);
-        QTRY_COMPARE_WITH_TIMEOUT(boxes.seen.size(), 1, kCaptureTime);
+        QTRY_COMPARE_WITH_TIMEOUT(w.boxes.seen.size(), 1, kCaptureTime);
         QTRY_VERIFY(!QApplication::activeModalWidget());
         QVERIFY(!ProjectWindow::tip());
         QCOMPARE(w.tabs->count(), 0);
@@ -170,36 +158,32 @@ void tst_RunFaults::emptyWindows()
         return FakeServer::Replies{reply};
     };
     QVERIFY(JtagSession::instance()->connectServer({"fake", server.name()}, 1000));
-    BoxWatcher boxes;
-    ProjectWindow w;
-    QVERIFY(w.open(directory.filePath("design.keo")));
+    ProjectWindow w(directory.filePath("design.keo"));
 
     // The box keeps the test waiting as well, so a timer looks on from inside its event loop.
-    boxes.isPassive = true;
+    w.boxes.isPassive = true;
     int mostBoxes = 0;
     qsizetype readsAtFirst = 0;
     QTimer onlooker;
     connect(&onlooker, &QTimer::timeout, this, [&] {
         const qsizetype reads = server.logged("READ_RAM").size();
-        if (boxes.openBoxes() > 0 && mostBoxes == 0)
+        if (w.boxes.openBoxes() > 0 && mostBoxes == 0)
             readsAtFirst = reads;
-        mostBoxes = qMax(mostBoxes, boxes.openBoxes());
+        mostBoxes = qMax(mostBoxes, w.boxes.openBoxes());
         if (mostBoxes > 0 && reads >= readsAtFirst + 4) // two more rounds
-            boxes.isPassive = false;
+            w.boxes.isPassive = false;
     });
     onlooker.start(10);
     w.project->onAuto();
-    QTRY_VERIFY_WITH_TIMEOUT(boxes.seen.contains("Error|No data in core 0 window 0"), kCaptureTime);
+    QTRY_VERIFY_WITH_TIMEOUT(w.boxes.seen.contains("Error: No data in core 0 window 0"),
+                             kCaptureTime);
     QCOMPARE(mostBoxes, 1);
     w.project->onStop();
-    QTRY_VERIFY(boxes.openBoxes() == 0);
+    QTRY_VERIFY(w.boxes.openBoxes() == 0);
     QVERIFY(!w.project->isBusy() && !ProjectWindow::tip());
     QCOMPARE(w.tabs->count(), 1);
     JtagSession::instance()->disconnectAll();
 }
 
-int main(int argc, char **argv)
-{
-    return runTest<tst_RunFaults, QApplication>(argc, argv);
-}
+KEO_WIDGET_TEST_MAIN(tst_RunFaults)
 #include "tst_runfaults.moc"

@@ -2,8 +2,7 @@
 
 #include "projectwindow.h"
 
-#include <viewer/viewertest.h>
-
+#include <QBitArray>
 #include <QComboBox>
 #include <QDockWidget>
 #include <QDomDocument>
@@ -13,30 +12,23 @@
 using namespace KEO;
 using WaveMonitor::WaveMonitorWidget;
 
-class tst_StandardProject : public ViewerTest
+class tst_StandardProject : public WidgetTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void window();
-    void rejectedFiles_data();
     void rejectedFiles();
     void coreSelection();
     void captureShowsTheStimulus();
     void arrangementOutlivesStart();
     void autoRounds();
-    void keys_data();
-    void keys();
-    void closeDuringCapture_data();
-    void closeDuringCapture();
-    void errors_data();
+    void keysReachAWaitingRun();
+    void closeWhileArmed();
     void errors();
-    void noCable();
 };
 
 namespace {
-
-constexpr int kCaptureTime = 20000; // ms, many times what a capture here takes
 
 void writeFile(const QString &path, const QByteArray &text)
 {
@@ -61,20 +53,6 @@ QString withSecondCore(const Bench &bench)
     const QString path = bench.directory.filePath("two.keo");
     writeFile(path, text.toUtf8());
     return path;
-}
-
-void start(ProjectWindow &w, Qt::Key key = Qt::Key_F1)
-{
-    w.window->activateWindow(); // after a box the offscreen window system activates nothing
-    QVERIFY(QTest::qWaitForWindowActive(w.window.get()));
-    QTest::keyClick(w.window.get(), key);
-    QVERIFY(w.project->isBusy());
-}
-
-void capture(ProjectWindow &w)
-{
-    start(w);
-    QTRY_VERIFY_WITH_TIMEOUT(!w.project->isBusy(), kCaptureTime);
 }
 
 /// What the bus of the design shows at a sample.
@@ -124,49 +102,26 @@ void tst_StandardProject::window()
         QVERIFY(!w.project->toolBarGetter && !w.project->tabWidgetGetter &&
                 !w.project->openActionGetter);
     }
-    QCOMPARE(w.action("startAction")->toolTip(),
-             "<nobr>Start <span style=\"color: gray; font-size: small\">F1</span></nobr>");
-    QCOMPARE(w.action("saveAction")->toolTip(), "Save");
-}
-
-void tst_StandardProject::rejectedFiles_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("isReported");
-
-    QTest::newRow("missing") << "a.keo" << QString() << true;
-    QTest::newRow("no core") << "a.zeo"
-                             << "<KEO_CONFIG></KEO_CONFIG>" << true;
-    QTest::newRow("no XML") << "a.keo"
-                            << "<<<" << true;
-    QTest::newRow("other extension") << "a.KEO"
-                                     << "<KEO_CONFIG></KEO_CONFIG>" << false;
 }
 
 void tst_StandardProject::rejectedFiles()
 {
-    QFETCH(QString, name);
-    QFETCH(QString, text);
-    QFETCH(bool, isReported);
     const QTemporaryDir directory;
-    if (!text.isEmpty())
-        writeFile(directory.filePath(name), text.toUtf8());
-    BoxWatcher boxes;
+    writeFile(directory.filePath("nocore.zeo"), "<KEO_CONFIG></KEO_CONFIG>");
+    writeFile(directory.filePath("noxml.keo"), "<<<");
+    writeFile(directory.filePath("other.KEO"), "<KEO_CONFIG></KEO_CONFIG>"); // nobody's business
     ProjectWindow w;
-    QVERIFY(!w.open(directory.filePath(name)));
-    QCOMPARE(boxes.seen, isReported ? QStringList("Error|Invalid KEO file specified in project.")
-                                    : QStringList());
-    QCOMPARE(w.tabs->count(), 0);
+    for (const char *name : {"missing.keo", "nocore.zeo", "noxml.keo", "other.KEO"}) {
+        QVERIFY2(!w.open(directory.filePath(name)), name);
+        QCOMPARE(w.tabs->count(), 0);
+    }
+    QCOMPARE(w.boxes.seen, QStringList(3, "Error: Invalid KEO file specified in project."));
 }
 
 void tst_StandardProject::coreSelection()
 {
     const Bench bench({});
-    BoxWatcher boxes;
-    ProjectWindow w;
-    QVERIFY(w.open(withSecondCore(bench)));
-    QVERIFY(QTest::qWaitForWindowActive(w.window.get()));
+    ProjectWindow w(withSecondCore(bench));
     QTreeWidget *tree = w.tree();
     const auto *dock = w.tabs->findChild<QDockWidget *>(QStringLiteral("configDock"));
     auto *windows = w.tabs->findChild<QComboBox *>(QStringLiteral("comboBoxWindow"));
@@ -223,7 +178,7 @@ void tst_StandardProject::captureShowsTheStimulus()
     const Bench bench(design);
     ProjectWindow w;
     QVERIFY(w.open(bench.file(), design.device));
-    start(w);
+    w.start();
     QCOMPARE(w.enabled(), "---XF---");
     QVERIFY(ProjectWindow::tip());
     QTRY_COMPARE_WITH_TIMEOUT(w.tabs->count(), 2, kCaptureTime);
@@ -243,30 +198,25 @@ void tst_StandardProject::captureShowsTheStimulus()
         const qint64 trigger = design.firstTrigger(earliest + design.position);
         for (int signal = 0; signal < design.signalCount(); ++signal) {
             QCOMPARE(elements[signal].name, design.name(signal));
-            QCOMPARE(elements[signal].data.size(), design.amount);
-            for (int sample = 0; sample < design.amount; ++sample) {
-                if (elements[signal].data.testBit(sample) !=
-                    design.level(signal, trigger - design.position + sample))
-                    QFAIL(qPrintable(QStringLiteral("window %1 signal %2 sample %3")
-                                         .arg(window)
-                                         .arg(signal)
-                                         .arg(sample)));
-            }
+            QBitArray expected(design.amount);
+            for (int sample = 0; sample < design.amount; ++sample)
+                expected[sample] = design.level(signal, trigger - design.position + sample);
+            QCOMPARE(elements[signal].data, expected);
         }
         earliest = trigger - design.position + design.amount;
     }
 
     // The zoom keys reach the tab in front, and nothing on the settings.
-    QTest::keyClick(w.window.get(), Qt::Key_F8);
+    w.press(Qt::Key_F8);
     QCOMPARE(w.wave(1)->zoomRate(), 2.0);
     QCOMPARE(w.wave(2)->zoomRate(), 1.0);
-    QTest::keyClick(w.window.get(), Qt::Key_F7);
-    QTest::keyClick(w.window.get(), Qt::Key_F7);
+    w.press(Qt::Key_F7);
+    w.press(Qt::Key_F7);
     QCOMPARE(w.wave(1)->zoomRate(), 0.5);
-    QTest::keyClick(w.window.get(), Qt::Key_F6);
+    w.press(Qt::Key_F6);
     QVERIFY(w.wave(1)->zoomRate() < 0.5);
     w.tabs->setCurrentIndex(0);
-    QTest::keyClick(w.window.get(), Qt::Key_F8);
+    w.press(Qt::Key_F8);
     QCOMPARE(w.wave(2)->zoomRate(), 1.0);
 }
 
@@ -275,9 +225,8 @@ void tst_StandardProject::arrangementOutlivesStart()
     TestDesign design;
     design.amount = 32;
     const Bench bench(design);
-    ProjectWindow w;
-    QVERIFY(w.open(bench.file()));
-    capture(w);
+    ProjectWindow w(bench.file());
+    w.capture();
     QCOMPARE(w.titles().size(), 2);
 
     // The user renames a signal and zooms.
@@ -291,7 +240,7 @@ void tst_StandardProject::arrangementOutlivesStart()
     const auto arrangement = w.wave(1)->saveState();
 
     const QPointer<WaveMonitorWidget> old = w.wave(1);
-    capture(w);
+    w.capture();
     QVERIFY(!old);
     QCOMPARE(w.titles().size(), 2);
     QCOMPARE(w.wave(1)->domain(), quint64(0));
@@ -303,7 +252,7 @@ void tst_StandardProject::arrangementOutlivesStart()
     // A close throws it away, the file was not saved.
     QVERIFY(w.project->closeProject(w.window.get(), {}));
     QVERIFY(w.open(bench.file()));
-    capture(w);
+    w.capture();
     QCOMPARE(w.wave(1)->zoomRate(), 1.0);
     QCOMPARE(w.wave(1)->signalMap()[id].text, QString());
 }
@@ -313,10 +262,8 @@ void tst_StandardProject::autoRounds()
     TestDesign design;
     design.amount = 32;
     const Bench bench(design);
-    BoxWatcher boxes;
-    ProjectWindow w;
-    QVERIFY(w.open(bench.file()));
-    start(w, Qt::Key_F2);
+    ProjectWindow w(bench.file());
+    w.start(Qt::Key_F2);
     QVERIFY(ProjectWindow::tip());
     QCOMPARE(w.enabled(), "---X----");
     QTRY_COMPARE_WITH_TIMEOUT(w.tabs->count(), 2, kCaptureTime);
@@ -330,176 +277,95 @@ void tst_StandardProject::autoRounds()
     const int thirdTrigger = countAt(*wave, design.position);
     QVERIFY(design.isTrigger(thirdTrigger) && thirdTrigger != firstTrigger);
     QCOMPARE(w.enabled(), "---X----");
-    QTest::keyClick(w.window.get(), Qt::Key_F4);
-    QCOMPARE(boxes.seen, QStringList("Window|Capture Stopped!"));
+    w.press(Qt::Key_F4);
+    QCOMPARE(w.boxes.seen, QStringList("Window: Capture Stopped!"));
     QVERIFY(!w.project->isBusy());
     QVERIFY(wave);
 }
 
-void tst_StandardProject::keys_data()
-{
-    QTest::addColumn<bool>("onTip");
-    QTest::addColumn<Qt::Key>("key");
-
-    QTest::newRow("stop from the window") << false << Qt::Key_F4;
-    QTest::newRow("stop from the tip") << true << Qt::Key_F4;
-    QTest::newRow("force from the window") << false << Qt::Key_F3;
-    QTest::newRow("force from the tip") << true << Qt::Key_F3;
-}
-
 // A run that waits for its trigger is stopped or forced from wherever the user is.
-void tst_StandardProject::keys()
+void tst_StandardProject::keysReachAWaitingRun()
 {
-    QFETCH(bool, onTip);
-    QFETCH(Qt::Key, key);
     TestDesign design;
     design.fires = false;
     design.amount = 32;
     const Bench bench(design);
-    BoxWatcher boxes;
-    ProjectWindow w;
-    QVERIFY(w.open(bench.file()));
-    // While idle the keys mean nothing, wherever they are pressed.
-    QVERIFY(QTest::qWaitForWindowActive(w.window.get()));
-    QTest::keyClick(w.window.get(), Qt::Key_F4);
-    QTest::keyClick(w.window.get(), Qt::Key_F3);
-    QVERIFY(boxes.seen.isEmpty());
-
-    start(w);
-    QTest::qWait(700); // past the first poll
-    QVERIFY(w.project->isBusy());
-    QWidget *target = onTip ? static_cast<QWidget *>(ProjectWindow::tip()) : w.window.get();
-    if (onTip) {
-        target->activateWindow();
-        QTRY_COMPARE(QApplication::activeWindow(), target); // no shortcut of the window works now
-    }
-    QTest::keyClick(target, key);
-    if (key == Qt::Key_F4) {
-        QCOMPARE(boxes.seen, QStringList("Window|Capture Stopped!"));
-        QVERIFY(!w.project->isBusy());
-        QCOMPARE(w.tabs->count(), 1);
-    } else {
-        QTRY_VERIFY_WITH_TIMEOUT(!w.project->isBusy(), kCaptureTime);
-        QVERIFY(boxes.seen.isEmpty());
-        QCOMPARE(w.tabs->count(), 2);
-    }
-    QVERIFY(!ProjectWindow::tip());
-    QCOMPARE(w.enabled(), "OSA----P");
-}
-
-void tst_StandardProject::closeDuringCapture_data()
-{
-    QTest::addColumn<bool>("isReading");
-    QTest::addColumn<int>("answer"); // -1: nobody to ask
-    for (const bool isReading : {false, true}) {
-        const char *when = isReading ? "while reading" : "while armed";
-        QTest::addRow("%s, not asked", when) << isReading << -1;
-        QTest::addRow("%s, no", when) << isReading << 0;
-        QTest::addRow("%s, yes", when) << isReading << 1;
+    ProjectWindow w(bench.file());
+    w.press(Qt::Key_F4); // mean nothing while idle
+    w.press(Qt::Key_F3);
+    QVERIFY(w.boxes.seen.isEmpty());
+    int stops = 0;
+    for (const Qt::Key key : {Qt::Key_F4, Qt::Key_F3}) {
+        for (const bool onTip : {false, true}) {
+            w.start();
+            QTest::qWait(700); // past the first poll
+            QVERIFY(w.project->isBusy());
+            if (onTip) {
+                QWidget *tip = ProjectWindow::tip();
+                tip->activateWindow();
+                QTRY_COMPARE(QApplication::activeWindow(), tip); // no shortcut works now
+                QTest::keyClick(tip, key);
+            } else {
+                w.press(key);
+            }
+            if (key == Qt::Key_F4)
+                ++stops;
+            else
+                QTRY_VERIFY_WITH_TIMEOUT(!w.project->isBusy(), kCaptureTime);
+            QVERIFY(w.isReady());
+            QCOMPARE(w.tabs->count(), key == Qt::Key_F4 ? 1 : 2);
+            QCOMPARE(w.boxes.seen, QStringList(stops, "Window: Capture Stopped!"));
+        }
     }
 }
 
-void tst_StandardProject::closeDuringCapture()
+void tst_StandardProject::closeWhileArmed()
 {
-    QFETCH(bool, isReading);
-    QFETCH(int, answer);
     TestDesign design;
-    design.fires = isReading;
-    design.windows = 4;
+    design.fires = false;
     const Bench bench(design);
-    BoxWatcher boxes;
-    ProjectWindow w;
-    QVERIFY(w.open(bench.file()));
-    bool isClosed = false;
-    const auto close = [&] {
-        std::function<bool()> askStop;
-        if (answer >= 0)
-            askStop = [answer] { return answer == 1; };
-        isClosed = w.project->closeProject(w.window.get(), askStop);
-    };
-    // The timer runs inside the loop that reads the next window.
-    QTimer inLoop;
-    connect(&inLoop, &QTimer::timeout, this, [&] {
-        if (w.tabs->count() < 2)
-            return;
-        inLoop.stop();
-        close();
-    });
-    start(w);
-    if (isReading) {
-        inLoop.start(5);
-        QTRY_VERIFY_WITH_TIMEOUT(!inLoop.isActive(), kCaptureTime);
-    } else {
-        QTest::qWait(700);
-        close();
-    }
-    QCOMPARE(isClosed, answer == 1);
-    if (isClosed) {
-        QVERIFY(!w.project->isBusy());
-        QVERIFY(!ProjectWindow::tip());
-        QVERIFY(w.openAction->isEnabled());
-        QTest::qWait(600); // late replies and ticks find nothing
-        QCOMPARE(w.tabs->count(), 0);
-    } else {
-        QVERIFY(w.project->isBusy());
-        QVERIFY(w.tabs->count() > 0);
-        w.project->onStop();
-    }
-    QCOMPARE(boxes.seen.size(), isClosed ? 0 : 1);
-}
-
-void tst_StandardProject::errors_data()
-{
-    QTest::addColumn<int>("result");
-    QTest::addColumn<QString>("text");
-
-    QTest::newRow("no bitstream") << -20 << "Device does not load fs file yet.";
-    QTest::newRow("no device") << 1 << "Open device failed.";
-    QTest::newRow("other") << 77 << "Unknown device error ID77.";
-    QTest::newRow("other, negative") << -1 << "Unknown device error ID-1.";
+    ProjectWindow w(bench.file());
+    w.start();
+    QTest::qWait(700);
+    QVERIFY(!w.project->closeProject(w.window.get(), {}));
+    QVERIFY(!w.project->closeProject(w.window.get(), [] { return false; }));
+    QVERIFY(w.project->isBusy());
+    QVERIFY(w.project->closeProject(w.window.get(), [] { return true; }));
+    QVERIFY(!w.project->isBusy() && !ProjectWindow::tip());
+    QVERIFY(w.openAction->isEnabled());
+    QTest::qWait(600); // late replies and ticks find nothing
+    QCOMPARE(w.tabs->count(), 0);
+    QVERIFY(w.boxes.seen.isEmpty());
 }
 
 void tst_StandardProject::errors()
 {
-    QFETCH(int, result);
-    QFETCH(QString, text);
+    const QMap<int, QString> texts{{-20, "Device does not load fs file yet."},
+                                   {1, "Open device failed."},
+                                   {77, "Unknown device error ID77."},
+                                   {-1, "Unknown device error ID-1."}};
     TestDesign design;
     design.amount = 32;
-    design.faults =
-        QStringLiteral("[{ \"at\": \"OPEN\", \"nth\": 2, \"do\": \"result\", \"value\": %1 }]")
-            .arg(result);
-    const Bench bench(design);
-    BoxWatcher boxes;
-    ProjectWindow w;
-    QVERIFY(w.open(bench.file()));
-    capture(w);
-    QCOMPARE(w.tabs->count(), 2);
-    start(w);
-    QTRY_COMPARE_WITH_TIMEOUT(boxes.seen, QStringList("Error|" + text), kCaptureTime);
-    QTRY_VERIFY(!QApplication::activeModalWidget());
-    QVERIFY(!w.project->isBusy());
-    QVERIFY(!ProjectWindow::tip());
-    QCOMPARE(w.enabled(), "OSA----P");
-    capture(w); // nothing is left of the failed one
-    QCOMPARE(w.tabs->count(), 2);
+    for (const int result : texts.keys()) {
+        design.faults =
+            QStringLiteral("[{ \"at\": \"OPEN\", \"nth\": 2, \"do\": \"result\", \"value\": %1 }]")
+                .arg(result);
+        const Bench bench(design);
+        const ProjectWindow w(bench.file());
+        w.capture();
+        w.start();
+        QTRY_COMPARE_WITH_TIMEOUT(w.boxes.seen, QStringList("Error: " + texts[result]),
+                                  kCaptureTime);
+        QTRY_VERIFY(!QApplication::activeModalWidget());
+        QVERIFY(w.isReady());
+        w.capture(); // nothing is left of the failed one
+        QCOMPARE(w.tabs->count(), 2);
+        JtagSession::instance()->disconnectAll();
+        w.press(Qt::Key_F1);
+        QCOMPARE(w.boxes.seen.last(), "Error: Can not connect with JTAG Server!");
+        QVERIFY(w.isReady());
+    }
 }
 
-void tst_StandardProject::noCable()
-{
-    const Bench bench({});
-    JtagSession::instance()->disconnectAll();
-    BoxWatcher boxes;
-    ProjectWindow w;
-    QVERIFY(w.open(bench.file()));
-    QVERIFY(QTest::qWaitForWindowActive(w.window.get()));
-    QTest::keyClick(w.window.get(), Qt::Key_F1);
-    QCOMPARE(boxes.seen, QStringList("Error|Can not connect with JTAG Server!"));
-    QVERIFY(!w.project->isBusy() && !ProjectWindow::tip());
-    QCOMPARE(w.enabled(), "OSA----P");
-}
-
-int main(int argc, char **argv)
-{
-    return runTest<tst_StandardProject, QApplication>(argc, argv);
-}
+KEO_WIDGET_TEST_MAIN(tst_StandardProject)
 #include "tst_standardproject.moc"

@@ -1,24 +1,18 @@
-// The busy indicator as the user meets it: one at a time, in the middle, and with keys that reach
-// the window even though the tip is a window of its own.
+// The busy indicator as the user meets it: one at a time, and in the middle.
 
 #include <project/waitingtip.h>
-#include <viewer/viewertest.h>
+#include <support/widgettest.h>
 
-#include <QApplication>
-#include <QKeyEvent>
-#include <QLineEdit>
 #include <QMainWindow>
 
 using namespace KEO;
 
-class tst_WaitingTip : public ViewerTest
+class tst_WaitingTip : public WidgetTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void standsInTheMiddleOnce();
-    void handsKeysToItsParent();
-    void goesWithItsParent();
+    void onceInTheMiddle();
 };
 
 namespace {
@@ -33,30 +27,13 @@ QList<WaitingTip *> tips()
     return found;
 }
 
-/// Writes down the keys that reach it and closes the tip inside the event, as a stop does.
-class KeyWindow : public QMainWindow
-{
-public:
-    QList<int> keys;
-
-protected:
-    void keyPressEvent(QKeyEvent *event) override
-    {
-        keys.append(event->key());
-        WaitingTip::close();
-    }
-};
-
 } // namespace
 
-void tst_WaitingTip::standsInTheMiddleOnce()
+void tst_WaitingTip::onceInTheMiddle()
 {
     QMainWindow window;
-    auto *edit = new QLineEdit;
-    window.setCentralWidget(edit);
     window.setGeometry(100, 100, 500, 400);
     window.show();
-    edit->setFocus();
     QVERIFY(QTest::qWaitForWindowActive(&window));
 
     WaitingTip::show(&window);
@@ -77,42 +54,14 @@ void tst_WaitingTip::standsInTheMiddleOnce()
     WaitingTip::close();
     QVERIFY(tips().isEmpty());
     WaitingTip::close();
-    WaitingTip::show(&window);
-    QCOMPARE(tips().size(), 1);
-    WaitingTip::close();
-}
-
-void tst_WaitingTip::handsKeysToItsParent()
-{
-    KeyWindow window;
-    window.show();
-    for (const Qt::Key key : {Qt::Key_F3, Qt::Key_F4}) {
-        WaitingTip::show(&window);
-        QTest::keyClick(tips().first(), key);
-        QVERIFY(tips().isEmpty());
-    }
-    QCOMPARE(window.keys, (QList<int>{Qt::Key_F3, Qt::Key_F4}));
-    WaitingTip::show(&window);
-    QTest::keyClick(tips().first(), Qt::Key_F2);
-    QCOMPARE(window.keys.size(), 2);
-    QCOMPARE(tips().size(), 1);
-    WaitingTip::close();
-}
-
-void tst_WaitingTip::goesWithItsParent()
-{
-    auto window = std::make_unique<QMainWindow>();
-    window->show();
-    WaitingTip::show(window.get());
-    window.reset();
+    auto parent = std::make_unique<QMainWindow>();
+    WaitingTip::show(parent.get());
+    parent.reset(); // takes its tip along
     QVERIFY(tips().isEmpty());
     WaitingTip::show(nullptr);
     QCOMPARE(tips().size(), 1);
     WaitingTip::close();
 }
 
-int main(int argc, char **argv)
-{
-    return runTest<tst_WaitingTip, QApplication>(argc, argv);
-}
+KEO_WIDGET_TEST_MAIN(tst_WaitingTip)
 #include "tst_waitingtip.moc"

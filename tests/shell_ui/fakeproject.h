@@ -13,7 +13,6 @@ struct ProjectLog
     QStringList calls; ///< "standard: open /tmp/a.keo"
     bool busy = false;
     bool opens = true;
-    int alive = 0;
 
     QStringList take() { return std::exchange(calls, {}); }
 };
@@ -27,9 +26,7 @@ public:
     FakeProject(ProjectLog &log, QString name, QObject *parent)
         : AnalyzerProject(parent), m_log(log), m_name(std::move(name))
     {
-        ++m_log.alive;
     }
-    ~FakeProject() override { --m_log.alive; }
 
     [[nodiscard]] bool isBusy() const override { return m_log.busy; }
     void setupProject(QWidget *) override

@@ -1,8 +1,8 @@
 #include "fakeproject.h"
-#include "windowtest.h"
 
 #include <link/jtagsession.h>
 #include <shell/analyzer.h>
+#include <support/widgettest.h>
 
 #include <QAction>
 #include <QDir>
@@ -12,25 +12,22 @@
 #include <QIcon>
 #include <QLineEdit>
 #include <QLocalServer>
-#include <QPixmap>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QToolBar>
 
 using namespace KEO;
 
 /// The main window, with fake projects in it.
-class tst_Analyzer : public WindowTest
+class tst_Analyzer : public WidgetTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void picturesLoad();
-    void isAlmostEmpty();
     void opensByHand();
-    void cancelledDialog();
     void reopens();
-    void closesIdle();
-    void closesDuringCapture();
+    void closes();
 };
 
 namespace {
@@ -57,108 +54,65 @@ struct Bench
     QString second = dir.filePath("second.keo");
 };
 
-/// Enters a path in the file dialog and presses Enter. Pasted, since typing pops completions up.
-void choose(QFileDialog *dialog, const QString &path)
-{
-    auto *const edit = dialog->findChild<QLineEdit *>("fileNameEdit");
-    edit->setText(path);
-    QTest::keyClick(edit, Qt::Key_Return);
-}
-
 } // namespace
 
 // Resources of a static library are easily lost on the way into a program.
 void tst_Analyzer::picturesLoad()
 {
-    const QStringList toolIcons = {"add",
-                                   "auto",
-                                   "control_cursor_blue",
-                                   "control_play_blue",
-                                   "control_stop_red",
-                                   "delete",
-                                   "down",
-                                   "document_export",
-                                   "folder",
-                                   "programmer_run",
-                                   "programmer_scan",
-                                   "save",
-                                   "up",
-                                   "warning",
-                                   "zoom_fit",
-                                   "zoom_in",
-                                   "zoom_out"};
-    for (const QString &name : toolIcons) {
+    const QString names = "add auto control_cursor_blue control_play_blue control_stop_red delete "
+                          "down document_export folder programmer_run programmer_scan save up "
+                          "warning zoom_fit zoom_in zoom_out";
+    for (const QString &name : names.split(' ')) {
         QCOMPARE(QImage(":/keo/image/" + name + ".png").size(), QSize(24, 24));
         QCOMPARE(QImage(":/keo/image/" + name + "@2x.png").size(), QSize(48, 48));
     }
     const QSize splash = QImage(":/keo/image/Tarno_LOGO_blue.png").size();
     QVERIFY(splash.width() >= 400);
     QCOMPARE(QImage(":/keo/image/Tarno_LOGO_blue@2x.png").size(), 2 * splash);
-    const Bench bench;
-    QVERIFY(bench.window.windowIcon().availableSizes().size() >= 6);
     QVERIFY(!QIcon(":/keo/image/chip_tarno.png").availableSizes().isEmpty());
-}
-
-void tst_Analyzer::isAlmostEmpty()
-{
-    Bench bench;
-    QCOMPARE(bench.window.windowTitle(), "Tarno Signal Scope");
-    QCOMPARE(bench.window.property("domain").toULongLong(), 0u);
-    const auto *const toolBar = bench.window.findChild<QToolBar *>("toolBar");
-    QCOMPARE(toolBar->windowTitle(), "Tool Bar");
-    QCOMPARE(toolBar->actions().size(), 2);
-    QCOMPARE(toolBar->actions().at(0)->toolTip(), "Open...");
-    QVERIFY(toolBar->actions().at(1)->isSeparator());
-    QCOMPARE(bench.window.centralWidget(), bench.window.findChild<QTabWidget *>());
-    QVERIFY(!bench.window.findChild<QDockWidget *>());
-    // A menu to hide the tool bar would leave the user without it.
-    QCOMPARE(bench.window.contextMenuPolicy(), Qt::NoContextMenu);
+    QVERIFY(Bench().window.windowIcon().availableSizes().size() >= 6);
 }
 
 void tst_Analyzer::opensByHand()
 {
     Bench bench;
+    const auto *const toolBar = bench.window.findChild<QToolBar *>("toolBar");
+    QCOMPARE(toolBar->actions().size(), 2); // Open and a separator
+    // A menu to hide the tool bar would leave the user without it.
+    QCOMPARE(bench.window.contextMenuPolicy(), Qt::NoContextMenu);
+    QVERIFY(!bench.window.findChild<QDockWidget *>());
     bench.window.openFile(bench.first, "KR", "KR-C", "a.fs");
     bench.window.setStartDir(bench.dir.path());
     bench.log.take();
     QString seen;
-    const OnModal<QFileDialog> dialog([&](QFileDialog *box) {
-        seen =
-            box->windowTitle() + '|' + box->directory().path() + '|' + box->nameFilters().join('|');
-        choose(box, bench.second);
+    const OnModal<QFileDialog> cancelled([&](QFileDialog *box) {
+        seen = QStringList{box->windowTitle(), box->directory().path()}.join('|') + '|' +
+               box->nameFilters().join('|');
+        QTest::keyClick(box, Qt::Key_Escape);
     });
     QTest::keyClick(&bench.window, Qt::Key_O, Qt::ControlModifier);
-    QVERIFY(dialog.seen());
     QCOMPARE(seen, "Open Project...|" + QDir(bench.dir.path()).path() +
                        "|Supported Files (*.analyzer_prj *.keo *.zeo)"
                        "|KEO Analyzer Project File (*.analyzer_prj)"
                        "|TARNO Signal Scope Config File (*.keo *.zeo)");
-    // The device of the command line is not that of a file opened by hand.
-    QCOMPARE(bench.log.take(),
-             (QStringList{"standard: close", "standard: setup", "standard: open " + bench.second,
-                          "standard: device //"}));
-    QCOMPARE(bench.window.startDir(), bench.second);
-
-    QString selected;
-    const OnModal<QFileDialog> next([&](QFileDialog *box) {
-        selected = box->findChild<QLineEdit *>("fileNameEdit")->text();
-        choose(box, bench.first);
-    });
-    bench.window.findChild<QAction *>("openAction")->trigger();
-    QCOMPARE(selected, "second.keo");
-    QCOMPARE(bench.window.startDir(), bench.first);
-}
-
-void tst_Analyzer::cancelledDialog()
-{
-    Bench bench;
-    bench.window.setStartDir(bench.dir.path());
-    const OnModal<QFileDialog> dialog(
-        [](QFileDialog *box) { QTest::keyClick(box, Qt::Key_Escape); });
-    bench.window.onOpen();
-    QVERIFY(dialog.seen());
     QVERIFY(bench.log.calls.isEmpty());
     QCOMPARE(bench.window.startDir(), bench.dir.path());
+
+    QString selected;
+    for (const QString &file : {bench.second, bench.first}) {
+        const OnModal<QFileDialog> next([&](QFileDialog *box) {
+            auto *const edit = box->findChild<QLineEdit *>("fileNameEdit");
+            selected = edit->text();
+            edit->setText(file); // pasted, since typing pops completions up
+            QTest::keyClick(edit, Qt::Key_Return);
+        });
+        toolBar->actions().first()->trigger();
+        // The device of the command line is not that of a file opened by hand.
+        QCOMPARE(bench.log.take(), (QStringList{"standard: close", "standard: setup",
+                                                "standard: open " + file, "standard: device //"}));
+        QCOMPARE(bench.window.startDir(), file);
+    }
+    QCOMPARE(selected, "second.keo");
 }
 
 void tst_Analyzer::reopens()
@@ -182,18 +136,7 @@ void tst_Analyzer::reopens()
     QCOMPARE(bench.log.take(), (QStringList{"standard: close refused", "standard: close"}));
 }
 
-void tst_Analyzer::closesIdle()
-{
-    Bench bench;
-    bench.window.openFile(bench.first, "KR", "KR-C", "");
-    const BoxAnswer box(QMessageBox::No);
-    QVERIFY(bench.window.close());
-    QVERIFY(!box.seen());
-    QVERIFY(!bench.window.isVisible());
-    QCOMPARE(bench.log.take().last(), "standard: close");
-}
-
-void tst_Analyzer::closesDuringCapture()
+void tst_Analyzer::closes()
 {
     QLocalServer server;
     QVERIFY(server.listen("keo-closing"));
@@ -203,23 +146,26 @@ void tst_Analyzer::closesDuringCapture()
     Bench bench;
     bench.window.openFile(bench.first, "KR", "KR-C", "");
     bench.log.busy = true;
-    {
-        const BoxAnswer box(QMessageBox::No);
-        QVERIFY(!bench.window.close());
-        QCOMPARE(box.text(), "Exit: Task is still running, do you want to exit?");
-        QCOMPARE(box.buttons(), QMessageBox::Yes | QMessageBox::No);
-        QCOMPARE(box.defaultButton(), QMessageBox::No);
-    }
-    QVERIFY(bench.window.isVisible());
-    QVERIFY(bench.log.busy);
+    BoxWatcher no(QMessageBox::No);
+    no.whileOpen = [](const QMessageBox &box) {
+        QCOMPARE(box.standardButtons(), QMessageBox::Yes | QMessageBox::No);
+        QCOMPARE(box.standardButton(box.defaultButton()), QMessageBox::No);
+    };
+    QVERIFY(!bench.window.close());
+    QCOMPARE(no.seen, QStringList("Exit: Task is still running, do you want to exit?"));
+    QVERIFY(bench.window.isVisible() && bench.log.busy);
     QVERIFY(JtagSession::instance()->hasConnection());
+    no.isPassive = true;
 
-    const BoxAnswer box(QMessageBox::Yes);
+    const BoxWatcher yes(QMessageBox::Yes);
     QVERIFY(bench.window.close());
-    QVERIFY(box.seen());
+    QCOMPARE(yes.seen.size(), 1);
     QCOMPARE(bench.log.take().last(), "standard: close");
     QVERIFY(!JtagSession::instance()->hasConnection());
+    bench.window.openFile(bench.first, "KR", "KR-C", "");
+    QVERIFY(bench.window.close()); // while idle, so nobody is asked
+    QCOMPARE(yes.seen.size(), 1);
 }
 
-KEO_WINDOW_TEST_MAIN(tst_Analyzer)
+KEO_WIDGET_TEST_MAIN(tst_Analyzer)
 #include "tst_analyzer.moc"

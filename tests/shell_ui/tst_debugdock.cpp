@@ -1,9 +1,8 @@
 #include "fakeproject.h"
-#include "windowtest.h"
 
 #include <shell/analyzer.h>
+#include <support/widgettest.h>
 
-#include <QDockWidget>
 #include <QPlainTextEdit>
 
 #include <memory>
@@ -12,18 +11,13 @@
 using namespace KEO;
 
 /// The debug dock of a program that was started with -debug.
-class tst_DebugDock : public WindowTest
+class tst_DebugDock : public WidgetTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void showsMessages();
-    void clears();
-    void otherThreads();
-    void messagesOfThePaneItself();
-    void givesTheHandlerBack_data();
     void givesTheHandlerBack();
-    void leavesALaterHandlerAlone();
 };
 
 namespace {
@@ -56,72 +50,33 @@ struct Bench
 void tst_DebugDock::showsMessages()
 {
     const Bench bench;
-    const auto *const dock = bench.window->findChild<QDockWidget *>("debugDock");
-    QCOMPARE(dock->windowTitle(), "Debug Message");
-    QCOMPARE(bench.window->dockWidgetArea(const_cast<QDockWidget *>(dock)),
-             Qt::RightDockWidgetArea);
-    QCOMPARE(dock->minimumSize(), QSize(500, 300));
     QVERIFY(bench.pane->isReadOnly());
-    qDebug("rows 1 to 4");
-    qInfo() << "nothing <b>bold</b>";
-    QCOMPARE(bench.pane->toPlainText(), "rows 1 to 4\nnothing <b>bold</b>");
-    QCOMPARE(g_elsewhere, QStringList());
-}
-
-void tst_DebugDock::clears()
-{
-    const Bench bench;
-    qDebug("before");
     qDebug("CLEAR");
-    QCOMPARE(bench.pane->toPlainText(), "before\nCLEAR");
+    qInfo() << "nothing <b>bold</b>";
+    QCOMPARE(bench.pane->toPlainText(), "CLEAR\nnothing <b>bold</b>");
     qDebug("CLEAR ");
     QCOMPARE(bench.pane->toPlainText(), "");
-    qDebug("after");
-    QCOMPARE(bench.pane->toPlainText(), "after");
-}
-
-void tst_DebugDock::otherThreads()
-{
-    const Bench bench;
     std::thread([] { qDebug("from afar"); }).join();
     QTRY_COMPARE(bench.pane->toPlainText(), "from afar");
-}
-
-void tst_DebugDock::messagesOfThePaneItself()
-{
-    const Bench bench;
-    connect(bench.pane, &QPlainTextEdit::textChanged, this, [] { qDebug("again"); });
-    qDebug("once");
-    QCOMPARE(bench.pane->toPlainText(), "once");
-}
-
-void tst_DebugDock::givesTheHandlerBack_data()
-{
-    QTest::addColumn<bool>("closed");
-    QTest::newRow("window closed") << true;
-    QTest::newRow("window destroyed") << false;
+    QCOMPARE(g_elsewhere, QStringList());
 }
 
 void tst_DebugDock::givesTheHandlerBack()
 {
-    QFETCH(bool, closed);
-    Bench bench;
-    if (closed)
-        QVERIFY(bench.window->close());
-    else
-        bench.window.reset();
-    qDebug("late");
-    QCOMPARE(g_elsewhere, QStringList{"late"});
-}
-
-void tst_DebugDock::leavesALaterHandlerAlone()
-{
+    for (const bool closed : {true, false}) {
+        Bench bench;
+        if (closed)
+            QVERIFY(bench.window->close());
+        else
+            bench.window.reset();
+        qDebug("late");
+        QCOMPARE(g_elsewhere, QStringList{"late"});
+    }
+    // A later handler stays.
     Bench bench;
     static QStringList later;
-    const auto note = [](QtMsgType, const QMessageLogContext &, const QString &text) {
-        later.append(text);
-    };
-    qInstallMessageHandler(note);
+    qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext &, const QString &text) { later.append(text); });
     bench.window.reset();
     qDebug("late");
     QCOMPARE(later, QStringList{"late"});

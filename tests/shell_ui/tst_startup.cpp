@@ -1,10 +1,10 @@
 #include "fakeproject.h"
-#include "windowtest.h"
 
 #include <link/jtagsession.h>
 #include <shell/analyzer.h>
 #include <shell/startup.h>
 #include <support/testdesign.h>
+#include <support/widgettest.h>
 
 #include <QLocalSocket>
 #include <QProcess>
@@ -13,17 +13,14 @@
 using namespace KEO;
 
 /// From the command line to the exit code, with stand-ins and with the simulated servers.
-class tst_Startup : public WindowTest
+class tst_Startup : public WidgetTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase();
     void cleanup();
-    void withoutDevice_data();
-    void withoutDevice();
-    void withoutServers();
-    void withoutConnection();
+    void fails();
     void runs();
     void program();
 
@@ -99,46 +96,26 @@ void tst_Startup::cleanup()
     JtagSession::instance()->disconnectAll();
 }
 
-void tst_Startup::withoutDevice_data()
+void tst_Startup::fails()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::newRow("family alone") << QStringList{"signalscope", "-family", "KR"};
-    QTest::newRow("device alone") << QStringList{"signalscope", "-device", "KR-A"};
-    QTest::newRow("family without value") << QStringList{"signalscope", "-device", "A", "-family"};
-    QTest::newRow("file alone") << QStringList{"signalscope", "-keo", "a.keo"};
-}
-
-void tst_Startup::withoutDevice()
-{
-    QFETCH(QStringList, arguments);
+    BoxWatcher boxes;
+    boxes.whileOpen = [](const QMessageBox &box) { QVERIFY(!box.parentWidget()); };
     BurnerDir burner;
     burner.addSilent("chainserver");
-    const BoxAnswer box(QMessageBox::Ok);
-    QCOMPARE(Startup(parseStartupOptions(arguments), {.serverDirectory = burner.path()}).run(), 1);
-    QCOMPARE(box.text(), "Error: Can not set device.");
-    QCOMPARE(box.buttons(), QMessageBox::Ok);
-    QVERIFY(!box.hadParent());
+    for (const StartupOptions &options :
+         {StartupOptions{"", "", "KR", "", ""}, StartupOptions{"a.keo", "", "", "KR-A", ""}}) {
+        QCOMPARE(Startup(options, {.serverDirectory = burner.path()}).run(), 1);
+        QCOMPARE(std::exchange(boxes.seen, {}), QStringList("Error: Can not set device."));
+    }
     QVERIFY(!burner.wasStarted("chainserver"));
-}
 
-void tst_Startup::withoutServers()
-{
-    const BurnerDir burner;
     bool covered = true;
-    const OnModal<QMessageBox> look([&](QMessageBox *) { covered = splashShows(); });
-    const BoxAnswer box(QMessageBox::Ok);
-    QCOMPARE(Startup(kDevice, {.serverDirectory = burner.path()}).run(), 1);
-    QCOMPARE(box.text(), "Error: Can not launch JTAG server.");
+    boxes.whileOpen = [&](const QMessageBox &) { covered = splashShows(); };
+    QCOMPARE(Startup(kDevice, {.serverDirectory = QTemporaryDir().path()}).run(), 1);
+    QCOMPARE(std::exchange(boxes.seen, {}), QStringList("Error: Can not launch JTAG server."));
     QVERIFY(!covered);
-}
-
-void tst_Startup::withoutConnection()
-{
-    BurnerDir burner;
-    burner.addSilent("chainserver_lpt");
-    const BoxAnswer box(QMessageBox::Ok);
-    QCOMPARE(Startup(kDevice, {.serverDirectory = burner.path()}).run(), 2);
-    QCOMPARE(box.text(), "Error: Can not connect to JTAG server.");
+    QCOMPARE(Startup(kDevice, {.serverDirectory = burner.path()}).run(), 2); // that never listens
+    QCOMPARE(boxes.seen, QStringList("Error: Can not connect to JTAG server."));
     QVERIFY(!shownWindow());
 }
 
@@ -194,5 +171,5 @@ void tst_Startup::program()
     QTRY_VERIFY_WITH_TIMEOUT(!listens("keo1") && !listens("keo") && !listens("keolk7"), 20'000);
 }
 
-KEO_WINDOW_TEST_MAIN(tst_Startup)
+KEO_WIDGET_TEST_MAIN(tst_Startup)
 #include "tst_startup.moc"

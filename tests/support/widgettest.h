@@ -1,0 +1,79 @@
+#pragma once
+
+#include "testmain.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QStringList>
+#include <QTimer>
+
+#include <functional>
+#include <utility>
+
+/// Base of the tests with windows. Fails on warnings, but for what the toolkit says when there is
+/// no window system and when a view has no use for a click.
+class WidgetTest : public QuietTest
+{
+    Q_OBJECT
+
+protected Q_SLOTS:
+    void init();
+};
+
+/// Hands the next modal widget of type Box to \a act, once it is active and from within the event
+/// loop that shows it. Ask for it before the call that brings the box up.
+template <typename Box>
+class OnModal final : public QObject
+{
+public:
+    explicit OnModal(std::function<void(Box *)> act) : m_act(std::move(act))
+    {
+        connect(&m_timer, &QTimer::timeout, this, [this] {
+            auto *const box = qobject_cast<Box *>(QApplication::activeModalWidget());
+            if (!box || !box->isActiveWindow() || m_seen)
+                return;
+            m_seen = true;
+            m_act(box);
+        });
+        m_timer.start(5);
+    }
+    [[nodiscard]] bool seen() const { return m_seen; }
+
+private:
+    QTimer m_timer;
+    std::function<void(Box *)> m_act;
+    bool m_seen = false;
+};
+
+/// Closes every message box that comes up and writes it down as "title: text". A test that hangs in
+/// a box would tell nothing.
+class BoxWatcher final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Answers with that button by the keyboard, or with the Enter key.
+    explicit BoxWatcher(QMessageBox::StandardButton answer = QMessageBox::NoButton);
+
+    QStringList seen;
+    /// Runs while the next box is open, before it is closed.
+    std::function<void(const QMessageBox &)> whileOpen;
+    /// Leaves boxes open, so that others may come up over them.
+    bool isPassive = false;
+    /// Number of message boxes that show.
+    [[nodiscard]] static int openBoxes();
+
+private:
+    void look();
+
+    QMessageBox::StandardButton m_answer;
+    QTimer m_timer;
+};
+
+/// The main function of a test with windows. End the file with `#include "tst_name.moc"`.
+#define KEO_WIDGET_TEST_MAIN(Test)                                                                 \
+    int main(int argc, char **argv)                                                                \
+    {                                                                                              \
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);                               \
+        return runTest<Test, QApplication>(argc, argv);                                            \
+    }
