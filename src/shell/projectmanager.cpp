@@ -70,9 +70,8 @@ ProjectKind kindOfFile(const QString &path)
 
 ProjectFactories projectFactories()
 {
-    return {{ProjectKind::Standard, [](QObject *parent) {
-                 return std::make_unique<KeoStandardAnalyzerProject>(parent);
-             }}};
+    return {{ProjectKind::Standard,
+             [](QObject *parent) { return std::make_unique<KeoStandardAnalyzerProject>(parent); }}};
 }
 
 ProjectManager::ProjectManager(QObject *parent, const ProjectFactories &factories) : QObject(parent)

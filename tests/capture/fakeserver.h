@@ -1,36 +1,26 @@
 #pragma once
 
-#include <QBitArray>
-#include <QDataStream>
-#include <QLocalServer>
-#include <QLocalSocket>
-#include <QObject>
-#include <QVariant>
+#include <link/wireserver.h>
 
-#include <functional>
+#include <QBitArray>
 
 /// A cable server for one connection. It writes down every packet and answers the ones that want a
-/// reply; a test may change, drop, keep or multiply the answers. It has its own way with frames:
-/// the stream operators of the toolkit, which both sides' formats come from.
-class FakeServer : public QObject
+/// reply; a test may change, drop, keep or multiply the answers.
+class FakeServer
 {
-    Q_OBJECT
-
 public:
-    using Replies = QList<QVariantMap>;
+    using Replies = QList<Wire::Packet>;
 
-    FakeServer()
+    FakeServer() : m_wire(QStringLiteral("fake%1").arg(++s_count))
     {
-        static int number = 0;
-        m_server.listen(QStringLiteral("fake%1").arg(++number));
-        connect(&m_server, &QLocalServer::newConnection, this, [this] {
-            m_socket = m_server.nextPendingConnection();
-            connect(m_socket, &QLocalSocket::readyRead, this, &FakeServer::readFrames);
-            readFrames();
-        });
+        m_wire.onPacket = [this](const Wire::Packet &packet) {
+            writeDown(packet);
+            answerTo(packet);
+        };
     }
 
-    QString name() const { return m_server.serverName(); }
+    QString name() const { return m_wire.name(); }
+    void send(const Wire::Packet &packet) { m_wire.reply(packet); }
 
     /// Every packet so far: command or tag, then "bits" of the data and the numbers.
     QStringList log;
@@ -38,23 +28,12 @@ public:
     /// Polls that read 1 before one reads 0; it starts again with the next arming word.
     int busyPolls = 0;
     /// Turns the regular answer to a request into what is sent.
-    std::function<Replies(const QVariantMap &request, const QVariantMap &reply)> answer;
+    std::function<Replies(const Wire::Packet &request, const Wire::Packet &reply)> answer;
 
     /// Bit \a i of the rows of a section, as this server's memory holds them.
     static bool storedBit(int window, int section, qsizetype i)
     {
         return (i + 3 * section + 7 * window) % 5 == 0;
-    }
-
-    void send(const QVariantMap &packet)
-    {
-        QByteArray payload;
-        QDataStream stream(&payload, QIODevice::WriteOnly);
-        stream.setVersion(QDataStream::Qt_4_6);
-        stream << packet;
-        QByteArray frame;
-        QDataStream(&frame, QIODevice::WriteOnly) << qint32(payload.size());
-        m_socket->write(frame + payload);
     }
 
     QString lastLine() const { return log.value(log.size() - 1); }
@@ -69,24 +48,7 @@ public:
     }
 
 private:
-    void readFrames()
-    {
-        m_input += m_socket->readAll();
-        while (m_input.size() >= 4) {
-            qint32 length = 0;
-            QDataStream(m_input.left(4)) >> length;
-            if (m_input.size() < 4 + length)
-                return;
-            QDataStream stream(m_input.mid(4, length));
-            stream.setVersion(QDataStream::Qt_4_6);
-            QVariantMap packet;
-            stream >> packet;
-            m_input.remove(0, 4 + length);
-            take(packet);
-        }
-    }
-
-    void take(const QVariantMap &packet)
+    void writeDown(const Wire::Packet &packet)
     {
         QString line = packet.value("OPRATE", packet["CMD"]).toString();
         if (packet.contains("DATA")) {
@@ -100,13 +62,12 @@ private:
                 line += u' ' + packet[key].toString();
         }
         log += line;
-        reply(packet);
     }
 
-    void reply(const QVariantMap &request)
+    void answerTo(const Wire::Packet &request)
     {
         const QString operation = request.value("OPRATE", request["CMD"]).toString();
-        QVariantMap regular;
+        Wire::Packet regular;
         for (const char *key : {"request_id", "data_request_id", "WINDOW", "SECTION_COUNT"}) {
             if (request.contains(key))
                 regular[key] = request[key];
@@ -131,12 +92,11 @@ private:
             return;
         }
         const Replies replies = answer ? answer(request, regular) : Replies{regular};
-        for (const QVariantMap &packet : replies)
+        for (const Wire::Packet &packet : replies)
             send(packet);
     }
 
-    QLocalServer m_server;
-    QLocalSocket *m_socket = nullptr; // child of the server
-    QByteArray m_input;
+    static inline int s_count = 0;
+    WireServer m_wire;
     int m_polls = 0;
 };

@@ -78,13 +78,9 @@ class tst_RegisterImage : public QuietTest
 private Q_SLOTS:
     void staticCore();
     void dynamicCore();
-    void triggerOffset_data();
     void triggerOffset();
-    void matchUnitValues_data();
     void matchUnitValues();
-    void truthTables_data();
     void truthTables();
-    void wideRegister();
     void hostileNumbers();
     void imageIsBounded();
     void bitHelpers();
@@ -174,172 +170,88 @@ void tst_RegisterImage::dynamicCore()
                                                   }));
 }
 
-void tst_RegisterImage::triggerOffset_data()
-{
-    QTest::addColumn<int>("dynamic");
-    QTest::addColumn<QString>("device");
-    QTest::addColumn<bool>("isZeo");
-    QTest::addColumn<int>("offset");
-
-    QTest::newRow("static keo, first model") << 0 << "KR-A" << false << 1020;
-    QTest::newRow("static keo, last model") << 0 << "KR-R" << false << 1020;
-    QTest::newRow("static keo, other model") << 0 << "KR-S" << false << 1021;
-    QTest::newRow("static keo, other case") << 0 << "kr-a" << false << 1021;
-    QTest::newRow("static keo, longer name") << 0 << "KR-AB" << false << 1021;
-    QTest::newRow("static keo, no model") << 0 << "" << false << 1021;
-    QTest::newRow("static zeo") << 0 << "KR-A" << true << 1021;
-    QTest::newRow("dynamic keo") << 1 << "KR-A" << false << 1019;
-    QTest::newRow("dynamic zeo") << 1 << "KR-A" << true << 1020;
-}
-
 void tst_RegisterImage::triggerOffset()
 {
-    QFETCH(const QString, device);
-    QFETCH(const bool, isZeo);
-    QFETCH(const int, offset);
-    CoreConfig core;
-    QFETCH(const int, dynamic);
-    core.dynamic = dynamic;
-    const QBitArray word = buildRegisterImage(core, device, isZeo)[3];
-    QCOMPARE(textOf(word), textOf(writeRegisterWord(0x22, bitsOfInt16(offset))));
-}
-
-void tst_RegisterImage::matchUnitValues_data()
-{
-    QTest::addColumn<int>("func");
-    QTest::addColumn<QString>("value0");
-    QTest::addColumn<QString>("value1");
-    QTest::addColumn<QString>("compare");
-    QTest::addColumn<QString>("mask");
-    QTest::addColumn<QString>("edge");
-
-    QTest::newRow("short") << 0 << "101"
-                           << ""
-                           << "00000101"
-                           << "11111111"
-                           << "00000000";
-    QTest::newRow("long") << 0 << "1111000010101"
-                          << ""
-                          << "11110000"
-                          << "11111111"
-                          << "00000000";
-    QTest::newRow("unknown letters") << 1 << "1?x r0XN"
-                                     << ""
-                                     << "10000001"
-                                     << "10000101"
-                                     << "00000001";
-    QTest::newRow("greater") << 2 << "00001001"
-                             << "1"
-                             << "00001001"
-                             << "00000000"
-                             << "00000000";
-    QTest::newRow("less") << 3 << "00001001"
-                          << "1"
-                          << "00000000"
-                          << "00001001"
-                          << "00000000";
-    QTest::newRow("greater or equal") << 4 << "1"
-                                      << ""
-                                      << "00000001"
-                                      << "00000000"
-                                      << "00000000";
-    QTest::newRow("less or equal") << 5 << "RN1"
-                                   << ""
-                                   << "00000000"
-                                   << "00000001"
-                                   << "00000000";
-    QTest::newRow("range") << 6 << "10"
-                           << "11"
-                           << "00000010"
-                           << "00000011"
-                           << "00000000";
-    QTest::newRow("outside of range") << 7 << "10"
-                                      << "11"
-                                      << "00000010"
-                                      << "00000011"
-                                      << "00000000";
-    QTest::newRow("unknown function") << 9 << "10"
-                                      << "11"
-                                      << "00000010"
-                                      << "00000011"
-                                      << "00000000";
+    struct Row
+    {
+        int dynamic;
+        const char *device;
+        bool isZeo;
+        int offset;
+    };
+    for (const Row &row :
+         {Row{0, "KR-A", false, 1020}, Row{0, "KR-R", false, 1020}, Row{0, "KR-S", false, 1021},
+          Row{0, "kr-a", false, 1021}, Row{0, "KR-AB", false, 1021}, Row{0, "", false, 1021},
+          Row{0, "KR-A", true, 1021}, Row{1, "KR-A", false, 1019}, Row{1, "KR-A", true, 1020}}) {
+        CoreConfig core;
+        core.dynamic = row.dynamic;
+        const QBitArray word = buildRegisterImage(core, row.device, row.isZeo)[3];
+        QCOMPARE(textOf(word), textOf(writeRegisterWord(0x22, bitsOfInt16(row.offset))));
+    }
 }
 
 void tst_RegisterImage::matchUnitValues()
 {
-    QFETCH(const int, func);
-    QFETCH(const QString, value0);
-    QFETCH(const QString, value1);
-    CoreConfig core;
-    const MatchUnit &unit = useUnit(core, 0, 8, func, value0, value1);
-    const MatchUnitWords encoded = encodeMatchUnitValue(unit);
-    QTEST(textOf(encoded.compareWord), "compare");
-    QTEST(textOf(encoded.maskWord), "mask");
-    QTEST(textOf(encoded.edgeWord), "edge");
-    QCOMPARE(textOf(encodeMatchUnitControl(unit)),
-             func > 7 ? QStringLiteral("0000")
-                      : u'0' + QString::number(func, 2).rightJustified(3, u'0'));
-}
-
-void tst_RegisterImage::truthTables_data()
-{
-    QTest::addColumn<QStringList>("expressions");
-    QTest::addColumn<QList<bool>>("flags");
-    QTest::addColumn<QList<QList<int>>>("firing"); // of each slot, of the inputs M0, M1, M10
-
-    using Flags = QList<bool>;
-    using Inputs = QList<QList<int>>;
-    QTest::newRow("one of three units") << QStringList{"M1"} << Flags{true} << Inputs{{2, 3, 6, 7}};
-    QTest::newRow("M1 is not in M10") << QStringList{"M10&!M0"} << Flags{true} << Inputs{{4, 6}};
-    QTest::newRow("second slot takes the second in force")
-        << QStringList{"M0", "M1", "M10"} << Flags{true, false, true}
-        << Inputs{{1, 3, 5, 7}, {4, 5, 6, 7}};
-    QTest::newRow("flags of another length: all")
-        << QStringList{"M0", "M10"} << Flags{} << Inputs{{1, 3, 5, 7}, {4, 5, 6, 7}};
-    QTest::newRow("none in force: any input")
-        << QStringList{"M0"} << Flags{false} << Inputs{{0, 1, 2, 3, 4, 5, 6, 7}};
-    QTest::newRow("none at all: any input")
-        << QStringList{} << Flags{} << Inputs{{0, 1, 2, 3, 4, 5, 6, 7}};
-    QTest::newRow("malformed: never") << QStringList{"M0&&M1"} << Flags{true} << Inputs{{}};
-    // M5 is the table's higher variable, which then always reads 0.
-    QTest::newRow("a unit without a slot")
-        << QStringList{"M0|M5"} << Flags{true} << Inputs{{1, 3, 5, 7}};
-    // M5 is the table's lowest variable, and the packed input has no second bit to reach "11".
-    QTest::newRow("a lower unit without a slot")
-        << QStringList{"M5&M10"} << Flags{true} << Inputs{{}};
-    QTest::newRow("M16") << QStringList{"M16"} << Flags{true} << Inputs{{}};
+    struct Row
+    {
+        int func;
+        const char *value0;
+        const char *value1;
+        const char *words; // compare, mask, edge, control
+    };
+    for (const Row &row : {Row{0, "101", "", "00000101 11111111 00000000 0000"},
+                           Row{0, "1111000010101", "", "11110000 11111111 00000000 0000"},
+                           Row{1, "1?x r0XN", "", "10000001 10000101 00000001 0001"},
+                           Row{2, "00001001", "1", "00001001 00000000 00000000 0010"},
+                           Row{3, "00001001", "1", "00000000 00001001 00000000 0011"},
+                           Row{4, "1", "", "00000001 00000000 00000000 0100"},
+                           Row{5, "RN1", "", "00000000 00000001 00000000 0101"},
+                           Row{7, "10", "11", "00000010 00000011 00000000 0111"},
+                           Row{9, "10", "11", "00000010 00000011 00000000 0000"}}) {
+        CoreConfig core;
+        const MatchUnit &unit = useUnit(core, 0, 8, row.func, row.value0, row.value1);
+        const MatchUnitWords words = encodeMatchUnitValue(unit);
+        const QBitArray control = encodeMatchUnitControl(unit);
+        QCOMPARE(textsOf({words.compareWord, words.maskWord, words.edgeWord, control}).join(u' '),
+                 QString::fromLatin1(row.words));
+    }
 }
 
 void tst_RegisterImage::truthTables()
 {
-    QFETCH(const QStringList, expressions);
-    QFETCH(const QList<bool>, flags);
-    QFETCH(const QList<QList<int>>, firing);
-    CoreConfig core;
-    core.dynamic = 1;
-    for (const int unit : {0, 1, 10})
-        useUnit(core, unit, 1, 0, "1");
-    core.matchUnits[4]->enabled = true; // takes no slot: it has no port
-    core.expressions = expressions;
-    core.expressionEnabled = flags;
-
-    const QList<QBitArray> image = buildExpressionImage(core);
-    const bool any = expressions.isEmpty() || flags == QList<bool>{false};
-    QCOMPARE(image.size(), any ? 8 : firing.size() * 8);
-    for (int slot = 0; slot < firing.size(); ++slot)
-        QCOMPARE(firingInputs(image, slot), firing[slot]);
-}
-
-void tst_RegisterImage::wideRegister()
-{
-    CoreConfig core;
-    core.expressions.clear();
-    useUnit(core, 0, 40, 0, "1");
-    const QList<QBitArray> image = buildRegisterImage(core, "", false);
-    for (qsizetype i = 1; i < image.size(); ++i)
-        QCOMPARE(image[i].size(), 5 + 16 + 40);
-    // No expression: -1 as a number of 32 bits.
-    QCOMPARE(textOf(image[1]).right(40), QString(8, u'0') + QString(32, u'1'));
+    struct Row
+    {
+        QStringList expressions;
+        QList<bool> flags;
+        QList<QList<int>> firing; // in the table of each slot, of the inputs M0, M1, M10
+    };
+    const QList<int> any = {0, 1, 2, 3, 4, 5, 6, 7};
+    const QList<Row> rows = {
+        {{"M1"}, {true}, {{2, 3, 6, 7}}},
+        {{"M10&!M0"}, {true}, {{4, 6}}}, // M1 is not in M10
+        {{"M0", "M1", "M10"}, {true, false, true}, {{1, 3, 5, 7}, {4, 5, 6, 7}}},
+        {{"M0", "M10"}, {}, {{1, 3, 5, 7}, {4, 5, 6, 7}}}, // flags of another length: all
+        {{"M0"}, {false}, {any}},                          // none in force: any input fires
+        {{}, {}, {any}},
+        {{"M0&&M1"}, {true}, {{}}},
+        // M5 has no slot. As the table's higher variable it always reads 0; as the lower one it
+        // takes the other's place.
+        {{"M0|M5"}, {true}, {{1, 3, 5, 7}}},
+        {{"M5&M10"}, {true}, {{}}},
+        {{"M16"}, {true}, {{}}}};
+    for (const Row &row : rows) {
+        CoreConfig core;
+        core.dynamic = 1;
+        for (const int unit : {0, 1, 10})
+            useUnit(core, unit, 1, 0, "1");
+        core.matchUnits[4]->enabled = true; // takes no slot: it has no port
+        core.expressions = row.expressions;
+        core.expressionEnabled = row.flags;
+        const QList<QBitArray> image = buildExpressionImage(core);
+        QCOMPARE(image.size(), row.firing.size() * 8);
+        for (int slot = 0; slot < row.firing.size(); ++slot)
+            QCOMPARE(firingInputs(image, slot), row.firing[slot]);
+    }
 }
 
 void tst_RegisterImage::hostileNumbers()
@@ -376,31 +288,21 @@ void tst_RegisterImage::imageIsBounded()
 
 void tst_RegisterImage::bitHelpers()
 {
-    const QBitArray bits = bitsOfString("1011001110001");
-    QCOMPARE(textOf(bitsOfString("10xA")), QStringLiteral("1011"));
-    QCOMPARE(textOf(bitsOfBytes(QByteArray::fromHex("a50f"), 3)), QStringLiteral("0010100001111"));
-    QCOMPARE(textOf(bitsOfBytes(QByteArray::fromHex("a50f"), 6, 4)), QStringLiteral("0100"));
-    QVERIFY(bitsOfBytes({}, 0, 8).isEmpty());
-    QCOMPARE(textOf(bitsOfInt32(5)), QString(29, u'0') + QStringLiteral("101"));
-    QCOMPARE(textOf(bitsOfInt16(0x18001)), QStringLiteral("1000000000000001"));
-    QCOMPARE(textOf(alignBits(bits, 5)), QStringLiteral("10001"));
-    QCOMPARE(textOf(alignBits(bits, 15)), QStringLiteral("001011001110001"));
-    QVERIFY(alignBits(bits, -1).isEmpty());
+    const QBitArray bits = bitsOfString("10110011x0001");
     QCOMPARE(textOf(sliceBits(bits, 3, 9)), QStringLiteral("100111000"));
     QCOMPARE(textOf(sliceBits(bits, 8)), QStringLiteral("10001"));
     QCOMPARE(textOf(dropFrontBits(bits, 9)), QStringLiteral("0001"));
     QCOMPARE(textOf(dropBackBits(bits, 9)), QStringLiteral("1011"));
-    for (const qsizetype n : {13, 14, 1'000'000}) {
-        QVERIFY(dropFrontBits(bits, n).isEmpty());
-        QVERIFY(dropBackBits(bits, n).isEmpty());
-        QVERIFY(sliceBits(bits, n, 4).isEmpty());
-    }
-    QVERIFY(isZeroBits({}) && isZeroBits(QBitArray(9)) && !isZeroBits(bits));
-    QCOMPARE(packMaskedBits(0b101101, bitsOfString("0101100000000000")), 0b010u | 0b100u >> 1);
-    QCOMPARE(textOf(readBlockWord(0x12345, 128)),
-             words({"00111 0010001101000101 0000000010000000"})[0]);
-    QCOMPARE(textOf(shiftOutWord(1, 3)), words({"00111 0000000000000001 000"})[0]);
-    QCOMPARE(textOf(readRegisterWord(0)), words({"01101 0000000000000000"})[0]);
+    for (const qsizetype n : {13, 14, 1'000'000})
+        QVERIFY(dropFrontBits(bits, n).isEmpty() && dropBackBits(bits, n).isEmpty());
+    QCOMPARE(textOf(bitsOfBytes(QByteArray::fromHex("a50f"), 3)), QStringLiteral("0010100001111"));
+    QCOMPARE(textOf(bitsOfBytes(QByteArray::fromHex("a50f"), 6, 4)), QStringLiteral("0100"));
+    QVERIFY(bitsOfBytes({}, 0, 8).isEmpty());
+    // No expression of a static core is the 32-bit number -1, right-aligned in 40 bits.
+    CoreConfig core;
+    useUnit(core, 0, 40, 0, "1");
+    QCOMPARE(textOf(buildRegisterImage(core, "", false)[1]).mid(21),
+             QString(8, u'0') + QString(32, u'1'));
 }
 
 KEO_TEST_MAIN(tst_RegisterImage)

@@ -89,14 +89,10 @@ class tst_SampleCutter : public QuietTest
 
 private Q_SLOTS:
     void rowsInOrder();
-    void everyMarkerRow_data();
     void everyMarkerRow();
     void randomShapes();
-    void largeWindow();
     void shortRawData();
-    void hostileGeometry_data();
     void hostileGeometry();
-    void geometryOfCore();
 };
 
 /// Eight rows of three columns in 16 bits whose columns count 0 to 7, as a core wrote them: the
@@ -118,24 +114,16 @@ void tst_SampleCutter::rowsInOrder()
     QCOMPARE(values, QList<int>({2, 3, 4, 5, 6, 7, 0, 1})); // 5 is sample 3
 }
 
-void tst_SampleCutter::everyMarkerRow_data()
-{
-    QTest::addColumn<bool>("dynamic");
-    QTest::newRow("static") << false;
-    QTest::newRow("dynamic") << true;
-}
-
 void tst_SampleCutter::everyMarkerRow()
 {
-    QFETCH(const bool, dynamic);
     QRandomGenerator random(4);
     for (const qint64 rows : {1, 2, 3, 33, 64}) {
-        for (const qint64 position : {qint64(0), rows / 2, rows}) {
-            const CaptureGeometry geometry{15, 16, rows, position, dynamic};
-            QList<QList<qint64>> markers = {{}, {0, rows - 1}, {rows / 3, rows / 2}};
-            for (qint64 row = 0; row < rows; ++row)
-                markers.push_back(QList<qint64>{row});
-            for (const QList<qint64> &marked : std::as_const(markers)) {
+        QList<QList<qint64>> markers = {{}, {0, rows - 1}, {rows / 3, rows / 2}};
+        for (qint64 row = 0; row < rows; ++row)
+            markers.push_back(QList<qint64>{row});
+        for (const QList<qint64> &marked : std::as_const(markers)) {
+            for (const qint64 position : {qint64(0), rows / 2, rows}) {
+                const CaptureGeometry geometry{15, 16, rows, position, random.bounded(2) == 1};
                 const QList<QBitArray> sections = randomSections(geometry, marked, random);
                 QCOMPARE(cutSamples(sections, geometry), cutBitByBit(sections, geometry));
             }
@@ -150,7 +138,7 @@ void tst_SampleCutter::randomShapes()
         CaptureGeometry geometry;
         geometry.registerWidth = random.bounded(16, 301);
         geometry.columns = random.bounded(1, int(geometry.registerWidth));
-        geometry.captureAmount = random.bounded(32, 700);
+        geometry.captureAmount = round == 0 ? 65'536 : random.bounded(32, 700);
         geometry.triggerPosition = random.bounded(0, int(geometry.captureAmount));
         geometry.dynamic = round % 2;
         QList<qint64> marked;
@@ -159,15 +147,6 @@ void tst_SampleCutter::randomShapes()
         const QList<QBitArray> sections = randomSections(geometry, marked, random);
         QCOMPARE(cutSamples(sections, geometry), cutBitByBit(sections, geometry));
     }
-}
-
-void tst_SampleCutter::largeWindow()
-{
-    QRandomGenerator random(15);
-    const CaptureGeometry geometry{70, 71, 65'536, 65'536 - 9, true};
-    const QList<QBitArray> sections = randomSections(geometry, {12'345}, random);
-    QCOMPARE(sections.size(), 512);
-    QCOMPARE(cutSamples(sections, geometry), cutBitByBit(sections, geometry));
 }
 
 /// Replies that were cut short give fewer rows, and a last row of which only the end is there.
@@ -184,52 +163,20 @@ void tst_SampleCutter::shortRawData()
     }
 }
 
-void tst_SampleCutter::hostileGeometry_data()
-{
-    QTest::addColumn<qint64>("columns");
-    QTest::addColumn<qint64>("width");
-    QTest::addColumn<qint64>("amount");
-    QTest::addColumn<qint64>("position");
-    QTest::addColumn<qsizetype>("rows");
-
-    constexpr qint64 kMost = std::numeric_limits<int>::max();
-    constexpr qint64 kLeast = std::numeric_limits<int>::min();
-    QTest::newRow("no columns") << qint64(0) << qint64(16) << qint64(32) << qint64(0)
-                                << qsizetype(0);
-    QTest::newRow("no width") << qint64(3) << qint64(0) << qint64(32) << qint64(0) << qsizetype(0);
-    QTest::newRow("overlap") << qint64(16) << qint64(16) << qint64(32) << qint64(0) << qsizetype(0);
-    QTest::newRow("no amount") << qint64(3) << qint64(16) << qint64(0) << qint64(0) << qsizetype(0);
-    QTest::newRow("negative amount")
-        << qint64(3) << qint64(16) << kLeast << qint64(0) << qsizetype(0);
-    QTest::newRow("huge amount") << qint64(3) << qint64(16) << kMost << qint64(5) << qsizetype(6);
-    QTest::newRow("position beyond the window")
-        << qint64(3) << qint64(16) << qint64(4) << kMost << qsizetype(4);
-    QTest::newRow("negative position")
-        << qint64(3) << qint64(16) << qint64(4) << kLeast << qsizetype(4);
-}
-
 void tst_SampleCutter::hostileGeometry()
 {
-    QFETCH(const qint64, columns);
-    QFETCH(const qint64, width);
-    QFETCH(const qint64, amount);
-    QFETCH(const qint64, position);
-    QFETCH(const qsizetype, rows);
-    const QList<QBitArray> samples =
-        cutSamples({QBitArray(96, true)}, {columns, width, amount, position, true});
-    QCOMPARE(samples.size(), rows == 0 ? 0 : columns);
-    for (const QBitArray &bits : samples)
-        QCOMPARE(bits, QBitArray(rows, true));
-}
-
-void tst_SampleCutter::geometryOfCore()
-{
-    CoreConfig core;
-    core.signals = {{"a", {}, {}}, {"b", {}, {{"b0", {}, {}}, {"b1", {}, {}}}}};
-    core.capture_amount = 256;
-    core.trigger_pos = 17;
-    core.dynamic = 1;
-    QCOMPARE(captureGeometry(core), (CaptureGeometry{3, 16, 256, 17, true}));
+    constexpr qint64 kMost = std::numeric_limits<int>::max();
+    constexpr qint64 kLeast = std::numeric_limits<int>::min();
+    const QList<QBitArray> raw = {QBitArray(96, true)};
+    for (const CaptureGeometry &geometry :
+         {CaptureGeometry{0, 16, 32, 0, true}, CaptureGeometry{3, 0, 32, 0, true},
+          CaptureGeometry{16, 16, 32, 0, true}, CaptureGeometry{3, 16, 0, 0, true},
+          CaptureGeometry{3, 16, kLeast, 0, true}})
+        QVERIFY(cutSamples(raw, geometry).isEmpty());
+    for (const qint64 position : {kMost, kLeast, qint64(-1), qint64(7)}) {
+        const QList<QBitArray> whole(3, QBitArray(6, true)); // 96 bits are six rows
+        QCOMPARE(cutSamples(raw, {3, 16, kMost, position, true}), whole);
+    }
 }
 
 KEO_TEST_MAIN(tst_SampleCutter)

@@ -116,7 +116,6 @@ private Q_SLOTS:
     void coresAndWindows();
     void autoRun();
     void forceTrigger();
-    void forceSeveralCores();
     void stopInEveryState_data();
     void stopInEveryState();
     void receiversMayDoAnything_data();
@@ -124,11 +123,9 @@ private Q_SLOTS:
     void failedOpen();
     void hostileSections_data();
     void hostileSections();
-    void hostilePolls_data();
     void hostilePolls();
     void repliesOfAnEarlierRun();
     void replyOfAnEarlierRound();
-    void hostileNumbers_data();
     void hostileNumbers();
     void load();
     void timeout();
@@ -228,29 +225,7 @@ void tst_StandardDataManager::autoRun()
 
 void tst_StandardDataManager::forceTrigger()
 {
-    Rig rig(Rig::one(makeCore(6, 300)));
-    rig.server.busyPolls = 1'000'000;
-    rig.manager->start({0});
-    QTRY_VERIFY(!rig.server.logged("READ_START_REG").isEmpty());
-    rig.server.log.clear();
-    rig.manager->forceTrigger();
-    QTRY_COMPARE(rig.server.log.mid(0, 2),
-                 QStringList({kSelect + "0110", kStart0 + "0000000000000011"}));
-    QCOMPARE(rig.state(), CaptureState::Armed);
-
-    rig.server.busyPolls = 0;
-    connect(rig.manager.get(), &KeoStandardDataManager::sectionRead, this, [&] {
-        rig.server.log.clear();
-        rig.manager->forceTrigger(); // too late to ask
-    });
-    QTRY_VERIFY(rig.isOver());
-    QVERIFY(rig.server.logged(kStart0).isEmpty());
-}
-
-/// Forcing leaves the last core selected, while the first one is still to be polled and read.
-void tst_StandardDataManager::forceSeveralCores()
-{
-    auto cores = Rig::one(makeCore(1, 32));
+    auto cores = Rig::one(makeCore(1, 300));
     cores.push_back(makeCore(2, 32));
     Rig rig(std::move(cores));
     rig.server.busyPolls = 1'000'000;
@@ -258,10 +233,22 @@ void tst_StandardDataManager::forceSeveralCores()
     QTRY_VERIFY(!rig.server.logged("READ_START_REG").isEmpty());
     rig.server.log.clear();
     rig.manager->forceTrigger();
+    QCOMPARE(rig.state(), CaptureState::Armed);
     rig.manager->checkState();
     QTRY_COMPARE(rig.server.logged("READ_START_REG").size(), 1);
-    QCOMPARE(rig.server.logged(kSelect),
-             QStringList({kSelect + "0001", kSelect + "0010", kSelect + "0001"}));
+    const QString force = kStart0 + "0000000000000011";
+    // Forcing leaves the last core selected, while the first one is still to be polled and read.
+    QCOMPARE(rig.server.log.mid(0, 5),
+             QStringList({kSelect + "0001", force, kSelect + "0010", force, kSelect + "0001"}));
+
+    rig.server.busyPolls = 0;
+    connect(rig.manager.get(), &KeoStandardDataManager::sectionRead, this, [&] {
+        rig.server.log.clear();
+        if (rig.state() == CaptureState::Reading)
+            rig.manager->forceTrigger(); // too late to ask
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(rig.isOver(), 5000);
+    QVERIFY(rig.server.logged(kStart0).isEmpty());
 }
 
 void tst_StandardDataManager::stopInEveryState_data()
@@ -355,7 +342,7 @@ void tst_StandardDataManager::receiversMayDoAnything()
     } else if (where == "complete") {
         connect(manager, &KeoStandardDataManager::triggerComplete, this, act);
     } else {
-        rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
+        rig.server.answer = [&](const Wire::Packet &request, const Wire::Packet &reply) {
             if (request.contains("SECTION"))
                 QTimer::singleShot(0, this, act);
             return FakeServer::Replies{reply};
@@ -398,30 +385,25 @@ void tst_StandardDataManager::hostileSections_data()
     QTest::addColumn<QString>("key");
     QTest::addColumn<QVariant>("value"); // of the first section's reply; invalid removes the key
     QTest::addColumn<int>("copies");     // of that reply
-    QTest::addColumn<QStringList>("windows"); // bits of the sections of each window handed out
+    QTest::addColumn<QString>("sizes");  // bits of the sections of the first window handed out
 
-    const QVariant keep;
-    const auto row = [&](const char *name, const char *key, const QVariant &value, int copies,
-                         const QStringList &windows) {
-        QTest::newRow(name) << QString::fromLatin1(key) << value << copies << windows;
-    };
-    const QStringList whole = {"2048 2048"};
-    row("window beyond", "WINDOW", 1, 1, {});
-    row("negative window", "WINDOW", -1, 1, {});
-    row("no window", "WINDOW", keep, 1, {});
-    row("window is no number", "WINDOW", "x", 1, {});
-    row("count reached early", "SECTION_COUNT", 1, 1, {"2048", "2048 2048"});
-    row("count 0", "SECTION_COUNT", 0, 1, whole);
-    row("count negative", "SECTION_COUNT", -2, 1, whole);
-    row("count too large", "SECTION_COUNT", 99, 1, whole);
-    row("no data", "DATA", keep, 1, {"2048 0"});
-    row("empty data", "DATA", QBitArray(), 1, {"2048 0"});
-    row("data is no bits", "DATA", "1111", 1, {"2048 0"});
-    row("less than the filling", "DATA", QBitArray(33), 1, {"2048 0"});
-    row("short data", "DATA", QBitArray(133), 1, {"2048 100"});
-    row("giant data", "DATA", QBitArray(50'000'000), 1, whole);
-    row("doubled reply", "OTHER", 1, 2, whole);
-    row("doubled a hundred times", "OTHER", 1, 100, whole);
+    const auto row = [](const char *name, const QString &key, const QVariant &value,
+                        const QString &sizes,
+                        int copies = 1) { QTest::newRow(name) << key << value << copies << sizes; };
+    row("window beyond", "WINDOW", 1, "");
+    row("negative window", "WINDOW", -1, "");
+    row("no window", "WINDOW", QVariant(), "");
+    row("window is no number", "WINDOW", "x", "");
+    row("count reached early", "SECTION_COUNT", 1, "2048");
+    row("count negative", "SECTION_COUNT", -2, "2048 2048");
+    row("count too large", "SECTION_COUNT", 99, "2048 2048");
+    row("no data", "DATA", QVariant(), "2048 0");
+    row("data is no bits", "DATA", "1111", "2048 0");
+    row("less than the filling", "DATA", QBitArray(33), "2048 0");
+    row("short data", "DATA", QBitArray(133), "2048 100");
+    row("giant data", "DATA", QBitArray(50'000'000), "2048 2048");
+    row("doubled reply", "OTHER", 1, "2048 2048", 2);
+    row("a hundred replies", "OTHER", 1, "2048 2048", 100);
 }
 
 void tst_StandardDataManager::hostileSections()
@@ -429,73 +411,54 @@ void tst_StandardDataManager::hostileSections()
     QFETCH(const QString, key);
     QFETCH(const QVariant, value);
     QFETCH(const int, copies);
-    QFETCH(const QStringList, windows);
+    QFETCH(const QString, sizes);
     Rig rig(Rig::one(makeCore(0, 256)));
-    rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
+    rig.server.answer = [&](const Wire::Packet &request, Wire::Packet reply) {
         if (request["OPRATE"] != QStringLiteral("READ_RAM") || request["SECTION"] != 0)
             return FakeServer::Replies{reply};
-        QVariantMap hostile = reply;
-        if (value.isValid())
-            hostile[key] = value;
-        else
-            hostile.remove(key);
-        return FakeServer::Replies(copies, hostile);
+        reply[key] = value;
+        if (!value.isValid())
+            reply.remove(key);
+        return FakeServer::Replies(copies, reply);
     };
     rig.run();
-    QTRY_COMPARE(rig.server.logged("READ_START_REG").size(), 1);
-    if (windows.isEmpty()) { // like a lost reply: the run waits for the user
+    if (sizes.isEmpty()) { // like a lost reply: the run waits for the user
         QTRY_COMPARE(rig.server.logged("READ_RAM").size(), 2);
         QTest::qWait(200);
         QCOMPARE(rig.state(), CaptureState::Reading);
         rig.manager->stop();
     }
     QTRY_VERIFY_WITH_TIMEOUT(rig.isOver(), 5000);
-
-    QStringList sizes;
-    for (const QList<QBitArray> &sections : std::as_const(rig.windows)) {
-        QStringList ofWindow;
-        for (const QBitArray &section : sections)
-            ofWindow += QString::number(section.size());
-        sizes += ofWindow.join(u' ');
-    }
-    if (windows.size() <= 1)
-        QCOMPARE(sizes, windows);
-    else
-        QCOMPARE(sizes.first(), windows.first()); // what follows depends on who is first
-}
-
-void tst_StandardDataManager::hostilePolls_data()
-{
-    QTest::addColumn<QVariant>("data");
-    QTest::addColumn<bool>("triggers");
-    QTest::newRow("missing") << QVariant() << false;
-    QTest::newRow("no bits") << QVariant(QBitArray()) << false;
-    QTest::newRow("no bit array") << QVariant(0) << false;
-    QTest::newRow("one bit set") << QVariant(QBitArray(70'000, true)) << false;
-    QTest::newRow("shorter") << QVariant(QBitArray(1)) << true;
-    QTest::newRow("longer") << QVariant(QBitArray(70'000)) << true;
+    QStringList read;
+    for (const QBitArray &section : rig.windows.value(0))
+        read += QString::number(section.size());
+    QCOMPARE(read.join(u' '), sizes);
 }
 
 void tst_StandardDataManager::hostilePolls()
 {
-    QFETCH(const QVariant, data);
-    QFETCH(const bool, triggers);
-    Rig rig(Rig::one(makeCore(0, 32)));
-    bool hostile = true;
-    rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
-        QVariantMap changed = reply;
-        if (request["OPRATE"] == QStringLiteral("READ_START_REG") &&
-            std::exchange(hostile, false)) {
-            changed.remove("DATA");
-            if (data.isValid())
-                changed["DATA"] = data;
-        }
-        return FakeServer::Replies(2, changed); // the second one finds the run reading
-    };
-    rig.run();
-    QTRY_VERIFY_WITH_TIMEOUT(rig.isOver(), 5000);
-    QCOMPARE(rig.server.logged("READ_START_REG").size(), triggers ? 1 : 2); // else polled again
-    QCOMPARE(rig.windows.size(), 1);
+    const QList<QPair<QVariant, bool>> rows = {{QVariant(), false}, // no data at all
+                                               {QBitArray(), false},
+                                               {0, false},
+                                               {QBitArray(70'000, true), false},
+                                               {QBitArray(1), true},
+                                               {QBitArray(70'000), true}};
+    for (const auto &[data, triggers] : rows) {
+        Rig rig(Rig::one(makeCore(0, 32)));
+        bool isFirst = true;
+        rig.server.answer = [&](const Wire::Packet &request, Wire::Packet reply) {
+            if (request["OPRATE"] == QStringLiteral("READ_START_REG") &&
+                std::exchange(isFirst, false))
+                reply["DATA"] = data;
+            if (!reply["DATA"].isValid())
+                reply.remove("DATA");
+            return FakeServer::Replies(2, reply); // the second one finds the run reading
+        };
+        rig.run();
+        QTRY_VERIFY_WITH_TIMEOUT(rig.isOver(), 5000);
+        QCOMPARE(rig.server.logged("READ_START_REG").size(), triggers ? 1 : 2); // polled again
+        QCOMPARE(rig.windows.size(), 1);
+    }
 }
 
 /// A server keeps a reply back until the next run uses the same id again. It must not be taken for
@@ -504,7 +467,7 @@ void tst_StandardDataManager::repliesOfAnEarlierRun()
 {
     Rig rig(Rig::one(makeCore(0, 256)));
     FakeServer::Replies kept;
-    rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
+    rig.server.answer = [&](const Wire::Packet &request, const Wire::Packet &reply) {
         if (!request.contains("SECTION"))
             return FakeServer::Replies{reply};
         kept += reply;
@@ -513,13 +476,13 @@ void tst_StandardDataManager::repliesOfAnEarlierRun()
     rig.run();
     QTRY_COMPARE(kept.size(), 2);
     rig.manager->stop();
-    for (const QVariantMap &reply : std::as_const(kept))
+    for (const Wire::Packet &reply : std::as_const(kept))
         rig.server.send(reply);
     QTest::qWait(50);
     rig.server.busyPolls = 1'000'000;
     rig.run();
     QTRY_COMPARE(rig.server.logged("READ_START_REG").size(), 2);
-    for (const QVariantMap &reply : std::as_const(kept))
+    for (const Wire::Packet &reply : std::as_const(kept))
         rig.server.send(reply);
     QTest::qWait(50);
     QCOMPARE(rig.state(), CaptureState::Armed);
@@ -530,9 +493,9 @@ void tst_StandardDataManager::repliesOfAnEarlierRun()
 void tst_StandardDataManager::replyOfAnEarlierRound()
 {
     Rig rig(Rig::one(makeCore(0, 256)));
-    QVariantMap kept;
-    rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
-        QVariantMap early = reply;
+    Wire::Packet kept;
+    rig.server.answer = [&](const Wire::Packet &request, const Wire::Packet &reply) {
+        Wire::Packet early = reply;
         if (request["OPRATE"] == QStringLiteral("READ_RAM")) {
             if (request["SECTION"] == 1) {
                 kept = reply;
@@ -555,78 +518,52 @@ void tst_StandardDataManager::replyOfAnEarlierRound()
     QCOMPARE(rig.windows.size(), 1);
 }
 
-void tst_StandardDataManager::hostileNumbers_data()
-{
-    QTest::addColumn<int>("amount");
-    QTest::addColumn<int>("windows");
-    QTest::addColumn<int>("depth");
-    QTest::addColumn<int>("reads");
-
-    constexpr int kMost = std::numeric_limits<int>::max();
-    constexpr int kLeast = std::numeric_limits<int>::min();
-    QTest::newRow("no amount") << 0 << 1 << 1024 << 0;
-    QTest::newRow("no amount in many windows") << 0 << kMost << 1024 << 0;
-    QTest::newRow("negative amount") << kLeast << kMost << 1024 << 0;
-    QTest::newRow("no window") << 32 << 0 << 1024 << 0;
-    QTest::newRow("negative windows") << 32 << kLeast << 1024 << 0;
-    QTest::newRow("no depth") << 32 << 2 << 0 << 2;
-    QTest::newRow("negative depth") << 32 << 2 << kLeast << 2;
-    QTest::newRow("more windows than rows") << 32 << kMost << 1024 << 3;
-    QTest::newRow("huge amount") << kMost << 2 << kMost << 3;
-}
-
 void tst_StandardDataManager::hostileNumbers()
 {
-    QFETCH(const int, amount);
-    QFETCH(const int, windows);
-    QFETCH(const int, depth);
-    QFETCH(const int, reads);
-    Rig rig(Rig::one(makeCore(0, amount, windows)));
-    rig.manager->cores()[0]->storage_depth = depth;
-    rig.server.answer = [&](const QVariantMap &request, const QVariantMap &reply) {
-        if (request["OPRATE"] == QStringLiteral("READ_RAM") &&
-            rig.server.logged("READ_RAM").size() == reads) {
-            QTimer::singleShot(0, rig.manager.get(), &KeoStandardDataManager::stop);
-        }
-        return FakeServer::Replies{reply};
+    constexpr int kMost = std::numeric_limits<int>::max();
+    constexpr int kLeast = std::numeric_limits<int>::min();
+    struct Row
+    {
+        int amount;
+        int windows;
+        int depth;
+        int reads;
     };
-    rig.run();
-    QTRY_COMPARE(rig.server.logged("READ_START_REG").size(), 1);
-    if (reads == 0) {
+    for (const Row &row :
+         {Row{0, 1, 1024, 0}, Row{0, kMost, 1024, 0}, Row{kLeast, kMost, 1024, 0},
+          Row{32, 0, 1024, 0}, Row{32, kLeast, 1024, 0}, Row{32, 2, 0, 2}, Row{32, 2, kLeast, 2},
+          Row{32, kMost, 1024, 3}, Row{kMost, 2, kMost, 3}}) {
+        Rig rig(Rig::one(makeCore(0, row.amount, row.windows)));
+        rig.manager->cores()[0]->storage_depth = row.depth;
+        rig.run();
         QTRY_COMPARE(rig.state(), CaptureState::Reading);
+        QTRY_VERIFY(rig.server.logged("READ_RAM").size() >= row.reads);
         rig.manager->stop();
+        QVERIFY(rig.isOver());
     }
-    QTRY_VERIFY(rig.isOver());
-    QVERIFY(rig.server.logged("READ_RAM").size() >= reads);
 }
 
 void tst_StandardDataManager::load()
 {
     QTemporaryDir directory;
-    const auto write = [&](const QString &name, const QByteArray &content) {
-        QFile file(directory.filePath(name));
-        return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-    };
-    const QByteArray description =
+    const QByteArray core =
         "<KEO_CONFIG><Version>3.0</Version><KoCore index=\"2\"/><KEO_ID>1A2B</KEO_ID></KEO_CONFIG>";
-    QVERIFY(write("a.zeo", description) && write("b.keo", description) &&
-            write("c.KEO", description) && write("d.zeo", "<KEO_CONFIG/>"));
-
     KeoStandardDataManager manager;
     QString id;
-    QVERIFY(manager.load(directory.filePath("a.zeo"), id));
-    QVERIFY(manager.isZeo());
+    const auto loads = [&](const QString &name, const QByteArray &content) {
+        QFile file(directory.filePath(name));
+        if (!content.isEmpty() && (!file.open(QIODevice::WriteOnly) || file.write(content) < 0))
+            return false;
+        file.close();
+        return manager.load(file.fileName(), id);
+    };
+    QVERIFY(loads("a.zeo", core) && manager.isZeo());
     QCOMPARE(id, QStringLiteral("1A2B"));
     QVERIFY(manager.coreByIndex(2) == manager.cores()[0].get() && !manager.coreByIndex(0));
-    QVERIFY(!manager.load(directory.filePath("none.keo"), id));
-    QVERIFY(manager.isZeo());
-    QCOMPARE(manager.cores().size(), size_t(1));
-    QVERIFY(manager.load(directory.filePath("b.keo"), id));
-    QVERIFY(!manager.isZeo());
-    QVERIFY(manager.load(directory.filePath("c.KEO"), id)); // says nothing about the form
-    QVERIFY(!manager.isZeo());
-    QVERIFY(!manager.load(directory.filePath("d.zeo"), id));
-    QVERIFY(manager.cores().empty());
+    QVERIFY(!loads("none.keo", {}) && manager.isZeo() && manager.cores().size() == 1);
+    QVERIFY(loads("b.keo", core) && !manager.isZeo());
+    QVERIFY(loads("c.ZEO", core) && !manager.isZeo()); // says nothing about the form
+    QVERIFY(!loads("d.zeo", "<KEO_CONFIG/>") && manager.isZeo() && manager.cores().empty());
 }
 
 void tst_StandardDataManager::timeout()

@@ -146,7 +146,7 @@ void tst_JtagClient::badLengthEndsTheInput()
     QCOMPARE(m_numbers, QList{1});
 
     m_client->sendPack({{"CMD", "CLOSE"}});
-    QTRY_COMPARE(m_server->packets(), (QList<Wire::Packet>{{{"CMD", "CLOSE"}}}));
+    QTRY_COMPARE(m_server->packets, (QList<Wire::Packet>{{{"CMD", "CLOSE"}}}));
 }
 
 void tst_JtagClient::largestFrame()
@@ -217,7 +217,7 @@ void tst_JtagClient::sending()
     };
     for (const CmdPack &pack : packs)
         m_client->sendPack(pack);
-    QTRY_COMPARE(m_server->packets(), packs);
+    QTRY_COMPARE(m_server->packets, packs);
 }
 
 void tst_JtagClient::sendingWithoutAServer()
@@ -227,7 +227,7 @@ void tst_JtagClient::sendingWithoutAServer()
     m_client->sendPack({{"CMD", "CLOSE"}});
     JtagClient().sendPack({{"CMD", "CLOSE"}});
     QTest::qWait(1);
-    QVERIFY(m_server->packets().isEmpty());
+    QVERIFY(m_server->packets.isEmpty());
 }
 
 void tst_JtagClient::sendingTheUnsendable()
@@ -235,7 +235,7 @@ void tst_JtagClient::sendingTheUnsendable()
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^packet not sent, .*SIZE"));
     m_client->sendPack({{"SIZE", qlonglong(5)}});
     m_client->sendPack({{"SIZE", 5}});
-    QTRY_COMPARE(m_server->packets(), (QList<Wire::Packet>{{{"SIZE", 5}}}));
+    QTRY_COMPARE(m_server->packets, (QList<Wire::Packet>{{{"SIZE", 5}}}));
 }
 
 KEO_TEST_MAIN(tst_JtagClient)

@@ -88,20 +88,20 @@ void tst_JtagSession::connectBoth()
 
 unsigned int tst_JtagSession::request(JtagTask task)
 {
-    const auto before = m_first->packets().size();
+    const auto before = m_first->packets.size();
     m_session.sendCommand({{"CMD", "OPEN"}}, std::move(task));
-    if (!QTest::qWaitFor([&] { return m_first->packets().size() > before; }))
+    if (!QTest::qWaitFor([&] { return m_first->packets.size() > before; }))
         return ~0u;
-    return m_first->packets().last().value("request_id", ~0u).toUInt();
+    return m_first->packets.last().value("request_id", ~0u).toUInt();
 }
 
 unsigned int tst_JtagSession::dataRequest(JtagDataTask task)
 {
-    const auto before = m_first->packets().size();
+    const auto before = m_first->packets.size();
     m_session.sendDataCommand({{"CMD", "READ"}}, std::move(task));
-    if (!QTest::qWaitFor([&] { return m_first->packets().size() > before; }))
+    if (!QTest::qWaitFor([&] { return m_first->packets.size() > before; }))
         return ~0u;
-    return m_first->packets().last().value("data_request_id", ~0u).toUInt();
+    return m_first->packets.last().value("data_request_id", ~0u).toUInt();
 }
 
 void tst_JtagSession::replyAndWait(const Wire::Packet &packet)
@@ -169,8 +169,8 @@ void tst_JtagSession::selecting()
     QCOMPARE(request([this](const CmdPack &) { m_calls << "request"; }), 0u);
     QVERIFY(m_session.selectCable("second"));
     m_session.sendCommand({{"CMD", "CLOSE"}});
-    QTRY_COMPARE(m_second->packets().size(), 1);
-    QCOMPARE(m_first->packets().size(), 1);
+    QTRY_COMPARE(m_second->packets.size(), 1);
+    QCOMPARE(m_first->packets.size(), 1);
     replyAndWait({{"request_id", 0u}}); // of the cable that was left
     QCOMPARE(m_calls, QStringList());
     m_second->reply({{"request_id", 0u}}); // whoever is current may answer
@@ -185,7 +185,7 @@ void tst_JtagSession::requestIds()
     QCOMPARE(request(task), 0u);
     QCOMPARE(request(task), 1u);
     QCOMPARE(request(task), 2u);
-    QCOMPARE(m_first->packets().last().value("request_id").typeId(), QMetaType::UInt);
+    QCOMPARE(m_first->packets.last().value("request_id").typeId(), QMetaType::UInt);
     QCOMPARE(dataRequest([](const CmdPack &, bool *) {}), 0u); // a table of its own
 
     replyAndWait({{"request_id", 1u}, {"RES", -20}});
@@ -204,7 +204,7 @@ void tst_JtagSession::commandsWithoutTask()
     connectBoth();
     m_session.sendCommand({{"CMD", "WRITE"}});
     m_session.sendDataCommand({{"CMD", "READ"}}, {});
-    QTRY_COMPARE(m_first->packets(), (QList<Wire::Packet>{{{"CMD", "WRITE"}}, {{"CMD", "READ"}}}));
+    QTRY_COMPARE(m_first->packets, (QList<Wire::Packet>{{{"CMD", "WRITE"}}, {{"CMD", "READ"}}}));
 }
 
 void tst_JtagSession::dataTaskStaysUntilDone()
@@ -364,11 +364,11 @@ void tst_JtagSession::capturesThatCallBack()
     request([kept = farewell()](const CmdPack &) {});
     dataRequest([kept = farewell()](const CmdPack &, bool *done) { *done = true; });
     m_session.clearTasks();
-    QTRY_COMPARE(m_first->packets().size(), 2 + 4);
+    QTRY_COMPARE(m_first->packets.size(), 2 + 4);
     m_session.clearTasks();
     dataRequest([kept = farewell()](const CmdPack &, bool *done) { *done = true; });
     replyAndWait({{"data_request_id", 0u}});
-    QTRY_COMPARE(m_first->packets().size(), 6 + 1 + 2);
+    QTRY_COMPARE(m_first->packets.size(), 6 + 1 + 2);
 }
 
 KEO_TEST_MAIN(tst_JtagSession)

@@ -11,11 +11,13 @@ using namespace Sim;
 namespace {
 
 /// A description with one core; \a attributes and \a inside complete its KoCore element.
-QByteArray description(const char *attributes, const char *inside)
+QByteArray description(const QByteArray &attributes, const QByteArray &inside = {})
 {
-    return QByteArray("<KEO_CONFIG><Version>3.0</Version><KoCore sample_clock=\"clk\" ") +
-           attributes + ">" + inside + "</KoCore><KEO_ID>77</KEO_ID></KEO_CONFIG>";
+    return "<KEO_CONFIG><Version>3.0</Version><KoCore sample_clock=\"clk\" " + attributes + ">" +
+           inside + "</KoCore><KEO_ID>77</KEO_ID></KEO_CONFIG>";
 }
+
+const QByteArray kDepth = "storage_depth=\"64\"";
 
 } // namespace
 
@@ -24,80 +26,90 @@ class tst_SimBoardFile : public QuietTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void boardErrors_data();
-    void boardErrors();
+    void errors_data();
+    void errors();
     void descriptions_data();
     void descriptions();
-    void descriptionErrors_data();
-    void descriptionErrors();
     void checksTheExample();
 };
 
-void tst_SimBoardFile::boardErrors_data()
+void tst_SimBoardFile::errors_data()
 {
-    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("error"); // empty: the file is fine
-    const auto fault = [](const char *text) {
-        return QByteArray("{\"cables\": {\"keo1\": {\"faults\": [{") + text + "}]}}}";
+
+    const auto board = [](const char *name, const QByteArray &json, const char *error) {
+        QTest::newRow(name) << "/tmp/b.json" << json << error;
     };
-    const auto device = [](const char *text) {
-        return QByteArray("{\"cables\": {\"keo1\": {\"chain\": [{}, {") + text + "}]}}}";
+    const auto device = [&](const char *name, const char *keys, const char *error) {
+        board(name, QByteArray(R"({"cables": {"k": {"chain": [{}, {)") + keys + "}]}}}", error);
     };
-    QTest::newRow("nothing on any cable") << QByteArray("{}") << "";
-    QTest::newRow("comment") << QByteArray("{\"// why\": \"so\"}") << "";
-    QTest::newRow("no JSON") << QByteArray("{\n  \"log\": }") << "/tmp/b.json:2:";
-    QTest::newRow("no object") << QByteArray("[]") << "must hold an object";
-    QTest::newRow("misspelt key") << QByteArray("{\"cabels\": {}}") << "\"cabels\" is unknown";
-    QTest::newRow("newer version") << QByteArray("{\"version\": 2}") << "version: only version 1";
-    QTest::newRow("rate 0") << QByteArray("{\"samples_per_second\": 0}")
-                            << "samples_per_second: must be a number from 1 to";
-    QTest::newRow("chain is no array") << QByteArray("{\"cables\": {\"keo\": {\"chain\": 1}}}")
-                                       << "cables.keo.chain: must be an array";
-    QTest::newRow("ID code") << device("\"idcode\": \"0x11G\"")
-                             << "cables.keo1.chain[1].idcode: must be a text of up to 8";
-    QTest::newRow("instruction 0 marks the analyzer")
-        << device("\"instruction\": 0") << "chain[1].instruction: ";
-    QTest::newRow("half a code") << device("\"instruction\": 8.5") << "must be a whole number";
-    QTest::newRow("description alone")
-        << device("\"description\": \"a.keo\"") << "a description needs a stimulus";
-    QTest::newRow("fault without a place")
-        << fault("\"do\": \"lost\"") << "faults[0].at: must be one";
-    QTest::newRow("unknown fault") << fault("\"do\": \"slow\", \"at\": \"OPEN\"")
-                                   << "faults[0].do: must be one of result, lost";
-    QTest::newRow("nth 0") << fault("\"do\": \"lost\", \"at\": \"OPEN\", \"nth\": 0")
-                           << "must be a number from 1 or";
-    QTest::newRow("reply of a write")
-        << fault("\"do\": \"lost\", \"at\": \"BRUST_READ\"") << "BRUST_READ has no reply";
-    QTest::newRow("result of a read")
-        << fault("\"do\": \"result\", \"at\": \"READ_RAM\"") << "only OPEN has a result";
-    QTest::newRow("detail of another fault")
-        << fault("\"do\": \"lost\", \"at\": \"OPEN\", \"ms\": 5") << "\"ms\" is unknown";
-    QTest::newRow("odd hex") << fault("\"do\": \"garbage\", \"at\": \"OPEN\", \"hex\": \"abc\"")
-                             << "pairs of hexadecimal digits";
-    QTest::newRow("garbage of no kind")
-        << fault("\"do\": \"garbage\", \"at\": \"OPEN\"") << "either \"hex\" or \"kind\"";
-    QTest::newRow("every kind of fault is known")
-        << QByteArray(
-               "{\"cables\": {\"keo1\": {\"faults\": ["
-               "{\"at\": \"OPEN\", \"do\": \"result\", \"value\": -20},"
-               "{\"at\": \"READ_RAM\", \"nth\": 3, \"do\": \"late\", \"ms\": 300},"
-               "{\"at\": \"READ_RAM\", \"nth\": \"every\", \"do\": \"pieces\", \"bytes\": 7},"
-               "{\"at\": \"CLOSE\", \"do\": \"garbage\", \"hex\": \"00 ff\"},"
-               "{\"at\": \"any\", \"do\": \"garbage\", \"kind\": \"deep nesting\"},"
-               "{\"at\": \"any\", \"do\": \"doubled\"}, {\"at\": \"any\", \"do\": \"swapped\"},"
-               "{\"at\": \"any\", \"do\": \"glued\"}, {\"at\": \"any\", \"do\": \"lost\"},"
-               "{\"at\": \"WRITE_REGISTOR\", \"do\": \"hang\"},"
-               "{\"at\": \"any\", \"nth\": 9, \"do\": \"die\", \"status\": 3}]}}}")
-        << "";
+    const auto fault = [&](const char *name, const char *keys, const char *error) {
+        board(name, QByteArray(R"({"cables": {"k": {"faults": [{)") + keys + "}]}}}", error);
+    };
+    board("nothing on any cable", "{\"// why\": \"so\"}", "");
+    board("no JSON", "{\n  \"log\": }", "/tmp/b.json:2:");
+    board("no object", "[]", "must hold an object");
+    board("misspelt key", R"({"cabels": {}})", "\"cabels\" is unknown");
+    board("newer version", R"({"version": 2})", "version: only version 1");
+    board("rate 0", R"({"samples_per_second": 0})", "samples_per_second: must be a number from 1");
+    board("chain is no array", R"({"cables": {"k": {"chain": 1}}})", "k.chain: must be an array");
+    device("ID code", R"("idcode": "0x11G")", "cables.k.chain[1].idcode: must be a text of up to");
+    device("instruction 0 marks the analyzer", R"("instruction": 0)", "chain[1].instruction: ");
+    device("half a code", R"("instruction": 8.5)", "must be a whole number");
+    device("description alone", R"("description": "a.keo")", "a description needs a stimulus");
+    fault("no place", R"("do": "lost")", "faults[0].at: must be one");
+    fault("unknown", R"("do": "slow", "at": "OPEN")", "faults[0].do: must be one of result, lost");
+    fault("nth 0", R"("do": "lost", "at": "OPEN", "nth": 0)", "must be a number from 1 or");
+    fault("reply of a write", R"("do": "lost", "at": "BRUST_READ")", "BRUST_READ has no reply");
+    fault("result of a read", R"("do": "result", "at": "READ_RAM")", "only OPEN has a result");
+    fault("key of another", R"("do": "lost", "at": "OPEN", "ms": 5)", "\"ms\" is unknown");
+    fault("odd hex", R"("do": "garbage", "at": "OPEN", "hex": "abc")", "pairs of hexadecimal");
+    fault("garbage of no kind", R"("do": "garbage", "at": "OPEN")", "either \"hex\" or \"kind\"");
+    fault("every kind is known", R"("at": "OPEN", "do": "result", "value": -20},
+        {"at": "READ_RAM", "nth": 3, "do": "late", "ms": 300},
+        {"at": "READ_RAM", "nth": "every", "do": "pieces", "bytes": 7},
+        {"at": "CLOSE", "do": "garbage", "hex": "00 ff"},
+        {"at": "any", "do": "garbage", "kind": "deep nesting"},
+        {"at": "any", "do": "doubled"}, {"at": "any", "do": "swapped"},
+        {"at": "any", "do": "glued"}, {"at": "any", "do": "lost"},
+        {"at": "WRITE_REGISTOR", "do": "hang"},
+        {"at": "any", "nth": 9, "do": "die", "status": 3)",
+          "");
+
+    const auto core = [](const char *name, const QByteArray &content, const char *error) {
+        QTest::newRow(name) << "x.zeo" << content << error;
+    };
+    const QByteArray good = description(kDepth);
+    core("cut", good.left(100), "x.zeo:1:");
+    core("no core", "<KEO_CONFIG/>", "no core");
+    core("lite", "<KEO_CONFIG><Mode>Lite</Mode></KEO_CONFIG>", "lite core");
+    core("no depth", description(""), "storage_depth");
+    core("index", description(kDepth + " index=\"16\""), "index");
+    core("twins",
+         QByteArray(good).replace("<KEO_ID>",
+                                  "<KoCore sample_clock=\"c\" storage_depth=\"1\"/><KEO_ID>"),
+         "two cores have the index 0");
+    core("counter width",
+         description(kDepth, "<MatchUnits><MatchUnit enabled=\"1\" counter_enable=\"1\" "
+                             "counter_width=\"2000000000\"/></MatchUnits>"),
+         "counter_width");
+    core("expression of a static core",
+         description(kDepth, "<Expressions><Expression>M0&amp;</Expression></Expressions>"),
+         "core 0: trigger expression \"M0&\", column 4");
 }
 
-void tst_SimBoardFile::boardErrors()
+void tst_SimBoardFile::errors()
 {
-    QFETCH(QByteArray, json);
+    QFETCH(QString, path);
+    QFETCH(QByteArray, content);
     QFETCH(QString, error);
-    const auto board = readBoard(json, QStringLiteral("/tmp/b.json"));
-    QCOMPARE(bool(board), error.isEmpty());
-    QVERIFY2(board.error().contains(error), qPrintable(board.error()));
+    const QString told = path.endsWith(QStringLiteral("json"))
+                             ? readBoard(content, path).error()
+                             : readDescription(content, path).error();
+    QCOMPARE(told.isEmpty(), error.isEmpty());
+    QVERIFY2(told.contains(error), qPrintable(told));
 }
 
 void tst_SimBoardFile::descriptions_data()
@@ -108,43 +120,34 @@ void tst_SimBoardFile::descriptions_data()
     QTest::addColumn<int>("width");
     QTest::addColumn<QString>("expressions");
 
-    const char *lists =
-        "<SignalList><Signal>a</Signal><Bus name=\"b\"><Signal>b[1]</Signal>"
-        "<Signal>b[0]</Signal></Bus><Bus name=\"c\"/></SignalList>"
-        "<Triggers><Trigger index=\"2\"><SignalList><Signal>t</Signal></SignalList>"
-        "</Trigger><Trigger index=\"1\"><SignalList><Signal>u</Signal></SignalList>"
-        "</Trigger><Trigger index=\"16\"><SignalList><Signal>v</Signal></SignalList>"
-        "</Trigger></Triggers><MatchUnits>"
-        "<MatchUnit index=\"0\" enabled=\"1\" trigger=\"1\"/>"
-        "<MatchUnit index=\"1\" enabled=\"0\" trigger=\"1\"/>"
-        "<MatchUnit index=\"2\" enabled=\"1\" trigger=\"3\"/>"
-        "<MatchUnit index=\"3\" enabled=\"1\"/>"
-        "<MatchUnit index=\"4\" enabled=\"2\" trigger=\"2\" counter_enable=\"1\""
-        " counter_width=\"20\"/></MatchUnits>"
-        "<Expressions type=\"Static\"><Expression>match[4]&amp;!match[0]"
-        "</Expression></Expressions>";
-    QTest::newRow("lists") << description("storage_depth=\"64\"", lists) << "a,b[1],b[0],c"
-                           << "0,4" << 20 << "M4&!M0";
-    QTest::newRow("captures the ports")
-        << description("storage_depth=\"64\" capture_from_trigger=\"1\"", lists) << "t,u"
-        << "0,4" << 20 << "M4&!M0";
-    QTest::newRow("captures nothing")
-        << description("storage_depth=\"64\" capture_from_trigger=\"2\"", lists) << ""
-        << "0,4" << 20 << "M4&!M0";
+    const QByteArray lists = R"(<SignalList><Signal>a</Signal>
+        <Bus name="b"><Signal>b[1]</Signal><Signal>b[0]</Signal></Bus><Bus name="c"/></SignalList>
+        <Triggers><Trigger index="2"><SignalList><Signal>t</Signal></SignalList></Trigger>
+        <Trigger index="1"><SignalList><Signal>u</Signal></SignalList></Trigger>
+        <Trigger index="16"><SignalList><Signal>v</Signal></SignalList></Trigger></Triggers>
+        <MatchUnits><MatchUnit index="0" enabled="1" trigger="1"/>
+        <MatchUnit index="1" enabled="0" trigger="1"/>
+        <MatchUnit index="2" enabled="1" trigger="3"/><MatchUnit index="3" enabled="1"/>
+        <MatchUnit index="4" enabled="2" trigger="2" counter_enable="1" counter_width="20"/>
+        </MatchUnits><Expressions type="Static"><Expression>match[4]&amp;!match[0]</Expression>
+        </Expressions>)";
+    const auto listed = [&](const char *name, const QByteArray &attribute, const char *captured) {
+        QTest::newRow(name) << description(kDepth + attribute, lists) << captured << "0,4" << 20
+                            << "M4&!M0";
+    };
+    listed("captures the signals", "", "a,b[1],b[0],c");
+    listed("captures the ports", " capture_from_trigger=\"1\"", "t,u");
+    listed("captures nothing", " capture_from_trigger=\"2\"", "");
     QTest::newRow("saved form: odd declaration, restored names")
         << "<?xml version=\"1\"?>\n" +
-               description("storage_depth=\"64\"",
-                           "<SignalList><Bus name=\"shown\" restorename=\"net\"/></SignalList>"
-                           "<Expressions type=\"Dynamic\"><Expression>(</Expression>"
-                           "</Expressions>")
-        << "net"
-        << "" << 16 << "(";
-    QByteArray wide = "<SignalList>";
-    for (int i = 0; i < 16; ++i)
-        wide += "<Signal>s</Signal>";
+               description(kDepth, "<SignalList><Bus name=\"shown\" restorename=\"net\"/>"
+                                   "</SignalList><Expressions type=\"Dynamic\"><Expression>("
+                                   "</Expression></Expressions>")
+        << "net" << QString() << 16 << "(";
     QTest::newRow("marker needs a bit of its own")
-        << description("storage_depth=\"64\"", wide + "</SignalList>")
-        << QStringList(16, QStringLiteral("s")).join(u',') << "" << 17 << "";
+        << description(kDepth, "<SignalList>" + QByteArray("<Signal>s</Signal>").repeated(16) +
+                                   "</SignalList>")
+        << QStringList(16, QStringLiteral("s")).join(u',') << QString() << 17 << QString();
 }
 
 void tst_SimBoardFile::descriptions()
@@ -162,42 +165,6 @@ void tst_SimBoardFile::descriptions()
     for (const int unit : core.unitsInUse())
         units.append(QString::number(unit));
     QTEST(units.join(u','), "units");
-}
-
-void tst_SimBoardFile::descriptionErrors_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("error");
-    const QByteArray good = description("storage_depth=\"64\"", "");
-    QTest::newRow("empty") << QByteArray() << "x.zeo:1:0: ";
-    QTest::newRow("cut") << good.left(100) << "x.zeo:1:";
-    QTest::newRow("no core") << QByteArray("<KEO_CONFIG/>") << "no core";
-    QTest::newRow("lite") << QByteArray("<KEO_CONFIG><Mode>Lite</Mode></KEO_CONFIG>")
-                          << "lite core";
-    QTest::newRow("no depth") << description("", "") << "storage_depth";
-    QTest::newRow("index") << description("storage_depth=\"64\" index=\"16\"", "") << "index";
-    QTest::newRow("twins") << QByteArray(good).replace(
-                                  "<KEO_ID>",
-                                  "<KoCore sample_clock=\"c\" storage_depth=\"1\"/><KEO_ID>")
-                           << "two cores have the index 0";
-    QTest::newRow("counter width")
-        << description("storage_depth=\"64\"", "<MatchUnits><MatchUnit enabled=\"1\" "
-                                               "counter_enable=\"1\" counter_width=\"2000000000\"/>"
-                                               "</MatchUnits>")
-        << "counter_width";
-    QTest::newRow("expression of a static core")
-        << description("storage_depth=\"64\"",
-                       "<Expressions><Expression>M0&amp;</Expression></Expressions>")
-        << "core 0: trigger expression \"M0&\", column 4";
-}
-
-void tst_SimBoardFile::descriptionErrors()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(QString, error);
-    const auto design = readDescription(content, QStringLiteral("x.zeo"));
-    QVERIFY(!design);
-    QVERIFY2(design.error().contains(error), qPrintable(design.error()));
 }
 
 void tst_SimBoardFile::checksTheExample()

@@ -44,38 +44,24 @@ CoreDescription description(int captured, int units, int portWidth = 8)
     return core;
 }
 
-CoreStimulus formulaStimulus(const CoreDescription &core)
+/// \a samples of \a core, whose captured signals and port 0 follow formulas.
+template <typename Level, typename Value>
+CoreStimulus stimulusOf(const CoreDescription &core, qint64 samples, Level level, Value value)
 {
+    const int portWidth = int(core.ports[0].size());
     CoreStimulus stimulus;
     stimulus.captured = BitMatrix(int(core.captured.size()));
-    stimulus.ports[0] = BitMatrix(8);
-    for (int sample = 0; sample < kStimulus; ++sample) {
+    stimulus.ports[0] = BitMatrix(portWidth);
+    for (qint64 sample = 0; sample < samples; ++sample) {
         stimulus.captured.appendRow();
         stimulus.ports[0].appendRow();
         for (int signal = 0; signal < core.captured.size(); ++signal) {
             if (level(signal, sample))
                 stimulus.captured.setInLastRow(signal);
         }
-        for (int bit = 0; bit < 8; ++bit) {
-            if (portValue(sample) & (0x80 >> bit))
+        for (int bit = 0; bit < portWidth; ++bit) {
+            if (value(sample) >> (portWidth - 1 - bit) & 1)
                 stimulus.ports[0].setInLastRow(bit);
-        }
-    }
-    return stimulus;
-}
-
-/// One-bit port that follows a text of 0 and 1; the captured signal is the same.
-CoreStimulus textStimulus(const QString &levels)
-{
-    CoreStimulus stimulus;
-    stimulus.captured = BitMatrix(1);
-    stimulus.ports[0] = BitMatrix(1);
-    for (const QChar level : levels) {
-        stimulus.captured.appendRow();
-        stimulus.ports[0].appendRow();
-        if (level == u'1') {
-            stimulus.captured.setInLastRow(0);
-            stimulus.ports[0].setInLastRow(0);
         }
     }
     return stimulus;
@@ -85,6 +71,10 @@ CoreStimulus textStimulus(const QString &levels)
 class Bench
 {
 public:
+    explicit Bench(const CoreDescription &core, bool extraRow = false)
+        : Bench(core, stimulusOf(core, kStimulus, level, portValue), extraRow)
+    {
+    }
     Bench(const CoreDescription &core, const CoreStimulus &stimulus, bool extraRow = false)
         : model(core, stimulus, extraRow, [this](const QString &text) { reports.append(text); })
     {
@@ -160,22 +150,6 @@ QString expectedRow(const CoreDescription &core, qint64 sample, bool marker)
     return text;
 }
 
-/// Sample number of the trigger in a one-window capture of 32 rows, found by its marker; -1 when
-/// the core did not fire within \a samples.
-int triggerAfter(Bench &bench, int samples)
-{
-    bench.model.advance(samples);
-    if (!bench.isIdle())
-        return -1;
-    const QStringList rows = bench.rows(0, 32);
-    const int lead = bench.model.description().dynamic ? 3 : 2;
-    for (int row = 0; row < rows.size(); ++row) {
-        if (rows.at(row).startsWith(u'1'))
-            return (row - lead + 32) % 32;
-    }
-    return -2;
-}
-
 } // namespace
 
 class tst_SimCoreModel : public QuietTest
@@ -188,8 +162,6 @@ private Q_SLOTS:
     void dynamicTables();
     void counters_data();
     void counters();
-    void countersStartAgainAtEachWindow();
-    void waitsForEver();
     void matches_data();
     void matches();
     void expressions_data();
@@ -217,7 +189,7 @@ void tst_SimCoreModel::rings()
                                                       : random.bounded(amount - 8);
         const int wanted = portValue(random.bounded(kStimulus));
 
-        Bench bench(core, formulaStimulus(core), extraRow);
+        Bench bench(core, extraRow);
         bench.configure(amount, position, windows, 1, extraRow);
         bench.setUnitEqual(0, quint64(wanted), 0xff);
         bench.write(core.dynamic ? 0xab01 : 0x20, core.dynamic ? 1 : 0);
@@ -240,16 +212,15 @@ void tst_SimCoreModel::rings()
                     ++trigger;
                 const QStringList rows = bench.rows(window * stride, amount);
                 QCOMPARE(rows.size(), amount);
-                for (qint64 sample = trigger - position; sample < trigger - position + amount;
-                     ++sample) {
-                    const QString expected = expectedRow(core, sample, sample == trigger + lead);
-                    if (rows.at((sample - start) % amount) != expected)
-                        QFAIL(qPrintable(QStringLiteral("round %1 run %2 window %3 sample %4 + %5")
-                                             .arg(round)
-                                             .arg(run)
-                                             .arg(window)
-                                             .arg(trigger)
-                                             .arg(sample - trigger)));
+                for (int i = 0; i < amount; ++i) {
+                    const qint64 sample = trigger - position + i;
+                    const QString &row = rows.at((sample - start) % amount);
+                    QVERIFY2(row == expectedRow(core, sample, sample == trigger + lead),
+                             qPrintable(QStringLiteral("round %1, run %2, window %3, row %4")
+                                            .arg(round)
+                                            .arg(run)
+                                            .arg(window)
+                                            .arg(i)));
                 }
                 start = trigger - position + amount;
             }
@@ -258,13 +229,20 @@ void tst_SimCoreModel::rings()
     }
 }
 
+/// A trigger that can't come leaves the core waiting at no cost, and a force still gets through.
 void tst_SimCoreModel::forced()
 {
-    CoreDescription core = description(8, 1); // no expression: it never fires by itself
-    Bench bench(core, formulaStimulus(core));
-    bench.configure(64, 40, 3, 0);
+    CoreDescription core = description(8, 2);
+    core.units[1].hasCounter = true;
+    core.expressions = QStringList{QStringLiteral("M0&M1"), QStringLiteral("M0&!M0")};
+    Bench bench(core);
+    bench.configure(64, 40, 3, 2);
+    bench.write(0x103, 1); // unit 0: differs from anything
+    bench.setUnitEqual(1, 1, 1);
+    bench.write(0x114, 2000);
     bench.write(0, 1);
-    bench.model.advance(5000);
+    constexpr qint64 kLong = 1'000'000'000'000;
+    bench.model.advance(kLong);
     QVERIFY(!bench.isIdle());
 
     // Rows enough stand before it in the first window; the others have to fill up first.
@@ -274,7 +252,7 @@ void tst_SimCoreModel::forced()
     bench.model.advance(64);
     QVERIFY(bench.isIdle());
     const QStringList last = bench.rows(2 * 256, 64);
-    QCOMPARE(last.at(40 + 2), expectedRow(core, 5000 + 24 + 64 + 42, true));
+    QCOMPARE(last.at(40 + 2), expectedRow(core, kLong + 24 + 64 + 42, true));
     QCOMPARE(last.filter(QRegularExpression(QStringLiteral("^1"))).size(), 1);
 
     bench.write(0, 3); // arms an idle core
@@ -290,49 +268,44 @@ void tst_SimCoreModel::forced()
 /// Two units in use, numbers 1 and 4, so that input bits and unit numbers differ.
 void tst_SimCoreModel::dynamicTables()
 {
-    CoreDescription core = description(4, 0, 8);
+    CoreDescription core = description(4, 0);
     core.dynamic = true;
     core.units[1] = {true, false, 0, 0};
     core.units[2] = {true, false, 0, -1}; // enabled but without a port: takes no input bit
     core.units[4] = {true, false, 0, 0};
-    Bench bench(core, formulaStimulus(core));
+    Bench bench(core);
     bench.setUnitEqual(1, 0x80, 0x80); // bit 7 set
     bench.setUnitEqual(4, 0x01, 0x01); // bit 0 set
 
-    const auto firstWith = [&bench](int mask, int value) {
-        // Samples go on where the last capture ended; each of these takes the same detour.
+    qint64 start = 0; // samples go on where the last capture ended
+    const auto firesFirstWith = [&](int mask, int value) {
+        qint64 trigger = start;
+        while ((portValue(trigger % kStimulus) & mask) != value)
+            ++trigger;
         bench.write(0, 1);
         bench.model.advance(4 * kStimulus);
-        if (!bench.isIdle())
-            return false;
-        const QStringList rows = bench.rows(0, 32);
-        for (int sample = 0; sample < kStimulus; ++sample) {
-            if ((portValue(sample) & mask) != value)
-                continue;
-            for (int row = 0; row < 32; ++row) {
-                if (rows.at(row) == expectedRow(bench.model.description(), sample + 3, true))
-                    return true;
-            }
-        }
-        return false;
+        const QString row = bench.rows(0, 32).value((trigger + 3 - start) % 32);
+        start = trigger + 32;
+        return bench.isIdle() && row == expectedRow(core, trigger + 3, true);
     };
 
     // Expression 0: bit 1 of the input and not bit 0, so unit 4 without unit 1.
     bench.configure(32, 0, 1);
     for (int input = 0; input < 4; ++input)
         bench.write(input == 2 ? 0xab01 : 0xab00, quint64(input));
-    QVERIFY(firstWith(0x81, 0x01));
+    QVERIFY(firesFirstWith(0x81, 0x01));
     bench.configure(32, 0, 1); // tables stay when only the registers are written again
-    QVERIFY(firstWith(0x81, 0x01));
+    QVERIFY(firesFirstWith(0x81, 0x01));
 
     // Expression 1 fires on everything, but only once two are in force.
     bench.write(0xab00, 2);
     for (int input = 0; input < 4; ++input)
         bench.write(0xab11, quint64(input));
-    QVERIFY(!firstWith(0, 0));
-    bench.write(0, 0);
+    bench.write(0, 1);
+    bench.model.advance(4 * kStimulus);
+    QVERIFY(!bench.isIdle());
     bench.write(0x20, 1);
-    QVERIFY(firstWith(0, 0));
+    QVERIFY(firesFirstWith(0, 0));
     QCOMPARE(bench.reports, QStringList());
 }
 
@@ -341,17 +314,20 @@ void tst_SimCoreModel::counters_data()
     QTest::addColumn<QString>("levels");
     QTest::addColumn<int>("count");
     QTest::addColumn<bool>("continuous");
-    QTest::addColumn<int>("trigger");
+    QTest::addColumn<int>("windows");
+    QTest::addColumn<int>("marked"); // row of the last window, two after the trigger's; or -1
 
     const QString levels = QStringLiteral("0110111010111100000000000000000000000000");
-    QTest::newRow("first hit") << levels << 1 << false << 1;
-    QTest::newRow("third hit in all") << levels << 3 << false << 4;
-    QTest::newRow("tenth hit in all") << levels << 10 << false << 13;
-    QTest::newRow("more hits than a lap has") << levels << 11 << false << 41 % 32;
-    QTest::newRow("two in a row") << levels << 2 << true << 2;
-    QTest::newRow("three in a row") << levels << 3 << true << 6;
-    QTest::newRow("four in a row") << levels << 4 << true << 13;
-    QTest::newRow("five in a row never come") << levels << 5 << true << -1;
+    QTest::newRow("first hit") << levels << 1 << false << 1 << 1 + 2;
+    QTest::newRow("third hit in all") << levels << 3 << false << 1 << 4 + 2;
+    QTest::newRow("more hits than a lap has") << levels << 11 << false << 1 << (41 + 2) % 32;
+    QTest::newRow("two in a row") << levels << 2 << true << 1 << 2 + 2;
+    QTest::newRow("four in a row") << levels << 4 << true << 1 << 13 + 2;
+    QTest::newRow("five in a row never come") << levels << 5 << true << 1 << -1;
+    // The second window begins at sample 33. A count that went on would fire at the third hit.
+    QTest::newRow("starts again at each window")
+        << "11" + QString(40, u'0') + "1000100000" + QString(40, u'0') << 2 << false << 2
+        << (46 + 2 - 33) % 32;
 }
 
 void tst_SimCoreModel::counters()
@@ -359,59 +335,23 @@ void tst_SimCoreModel::counters()
     QFETCH(QString, levels);
     QFETCH(int, count);
     QFETCH(bool, continuous);
+    QFETCH(int, windows);
+    QFETCH(int, marked);
     CoreDescription core = description(1, 1, 1);
     core.units[0].hasCounter = true;
     core.units[0].counterWidth = 4;
     core.expressions.append(QStringLiteral("M0"));
-    Bench bench(core, textStimulus(levels));
-    bench.configure(32, 0, 1);
+    const auto value = [&](qint64 sample) { return levels.at(sample).digitValue(); };
+    Bench bench(core, stimulusOf(
+                          core, levels.size(), [](int, qint64) { return false; }, value));
+    bench.configure(32, 0, windows);
     bench.setUnitEqual(0, 1, 1);
     bench.write(0x103, continuous ? 8 : 0);
     bench.write(0x104, quint64(count - 1));
     bench.write(0, 1);
-    QTEST(triggerAfter(bench, 400), "trigger");
-}
-
-void tst_SimCoreModel::countersStartAgainAtEachWindow()
-{
-    CoreDescription core = description(1, 1, 1);
-    core.units[0].hasCounter = true;
-    core.expressions.append(QStringLiteral("M0"));
-    // Two hits, then 40 quiet samples, then two more: a count that went on would fire at the third.
-    const QString levels =
-        QStringLiteral("11") + QString(40, u'0') + QStringLiteral("1000100000") + QString(40, u'0');
-    Bench bench(core, textStimulus(levels));
-    bench.configure(32, 0, 2);
-    bench.setUnitEqual(0, 1, 1);
-    bench.write(0x104, 1);
-    bench.write(0, 1);
-    bench.model.advance(levels.size());
-    QVERIFY(bench.isIdle());
-    // The second window begins at sample 33 and fires at sample 46; its marker is two rows on.
-    QVERIFY(bench.rows(512, 32).at((46 - 33 + 2) % 32).startsWith(u'1'));
-}
-
-/// A trigger that can't come leaves the core waiting at no cost, and a force still gets through.
-void tst_SimCoreModel::waitsForEver()
-{
-    CoreDescription core = description(4, 2);
-    core.units[1].hasCounter = true;
-    core.expressions = QStringList{QStringLiteral("M0&M1"), QStringLiteral("M0&!M0")};
-    Bench bench(core, formulaStimulus(core));
-    bench.configure(32, 8, 1, 2);
-    bench.setUnitEqual(0, 0, 0);
-    bench.write(0x103, 1); // unit 0: differs from anything
-    bench.setUnitEqual(1, 1, 1);
-    bench.write(0x114, 2000);
-    bench.write(0, 1);
-    bench.model.advance(1'000'000'000'000);
-    QVERIFY(!bench.isIdle());
-    bench.write(0, 3);
-    bench.model.advance(1);
-    QVERIFY(!bench.isIdle());
-    bench.model.advance(31);
-    QVERIFY(bench.isIdle());
-    QVERIFY(!bench.rows(0, 32).isEmpty());
+    bench.model.advance(400);
+    QCOMPARE(bench.isIdle(), marked >= 0);
+    QCOMPARE(bench.rows(windows == 2 ? 512 : 0, 32).indexOf(QStringLiteral("10")), marked);
 }
 
 void tst_SimCoreModel::matches_data()
@@ -419,17 +359,18 @@ void tst_SimCoreModel::matches_data()
     QTest::addColumn<int>("function");
     QTest::addColumn<QString>("value0");
     QTest::addColumn<QString>("value1");
-    const QString none;
     for (const char *pattern : {"1010", "10XX", "XXXX", "R0X1", "FXXX", "XBXN", "RFBN"}) {
-        QTest::addRow("equals %s", pattern) << 0 << QString::fromLatin1(pattern) << none;
-        QTest::addRow("differs from %s", pattern) << 1 << QString::fromLatin1(pattern) << none;
+        QTest::addRow("equals %s", pattern) << 0 << pattern << QString();
+        QTest::addRow("differs from %s", pattern) << 1 << pattern << QString();
     }
     for (int function = 2; function < 6; ++function)
-        QTest::addRow("order %d", function) << function << QStringLiteral("0110") << none;
-    for (int function = 6; function < 8; ++function)
-        QTest::addRow("range %d", function)
-            << function << QStringLiteral("0011") << QStringLiteral("1010");
-    QTest::newRow("empty range") << 6 << QStringLiteral("1000") << QStringLiteral("0111");
+        QTest::addRow("order %d", function) << function << "0110" << QString();
+    QTest::newRow("in range") << 6 << "0011"
+                              << "1010";
+    QTest::newRow("not in range") << 7 << "0011"
+                                  << "1010";
+    QTest::newRow("empty range") << 6 << "1000"
+                                 << "0111";
 }
 
 /// All pairs of a 4-bit value and its predecessor, in ports that lie on both sides of a word.
@@ -439,73 +380,57 @@ void tst_SimCoreModel::matches()
     QFETCH(QString, value0);
     QFETCH(QString, value1);
 
-    const auto letterHolds = [](QChar letter, bool now, bool before) {
-        switch (letter.unicode()) {
-        case u'0':
-            return !now;
-        case u'1':
-            return now;
-        case u'R':
-            return now && !before;
-        case u'F':
-            return !now && before;
-        case u'B':
-            return now != before;
-        case u'N':
-            return now == before;
-        default:
-            return true;
-        }
-    };
+    // By 2 * now + before.
+    static const QMap<QChar, QString> kLetters = {{u'0', "1100"}, {u'1', "0011"}, {u'X', "1111"},
+                                                  {u'R', "0010"}, {u'F', "0100"}, {u'B', "0110"},
+                                                  {u'N', "1001"}};
+    const int bound = value0.toInt(nullptr, 2);
+    const int upper = value1.toInt(nullptr, 2);
     const auto holds = [&](int now, int before) {
-        if (function >= 2) {
-            const int bound = value0.toInt(nullptr, 2);
-            const int upper = value1.toInt(nullptr, 2);
-            const bool results[] = {now > bound,
-                                    now < bound,
-                                    now >= bound,
-                                    now <= bound,
-                                    now >= bound && now <= upper,
-                                    now < bound || now > upper};
-            return results[function - 2];
-        }
+        const bool orders[] = {now > bound,
+                               now < bound,
+                               now >= bound,
+                               now <= bound,
+                               now >= bound && now <= upper,
+                               now < bound || now > upper};
+        if (function >= 2)
+            return orders[function - 2];
         bool all = true;
-        for (int i = 0; i < 4; ++i)
-            all = all && letterHolds(value0.at(i), now & (8 >> i), before & (8 >> i));
+        for (int i = 0; i < 4; ++i) {
+            const int levels = 2 * (now >> (3 - i) & 1) + (before >> (3 - i) & 1);
+            all = all && kLetters[value0.at(i)].at(levels) == u'1';
+        }
         return all == (function == 0);
     };
 
     // Which register bits a letter sets, and which of the two bounds goes where.
-    const auto registerText = [&](const QString &letters, const QString &from) {
+    const auto bitsIn = [&](const char *letters) {
         QString text;
-        for (const QChar letter : from)
-            text.append(letters.contains(letter) ? u'1' : u'0');
+        for (const QChar letter : value0)
+            text.append(QLatin1String(letters).contains(letter) ? u'1' : u'0');
         return text;
     };
-    QString compare = registerText(QStringLiteral("1FN"), value0);
-    QString mask = registerText(QStringLiteral("01BN"), value0);
-    const QString edge = registerText(QStringLiteral("RFBN"), value0);
-    if (function >= 2) {
-        compare = function == 3 || function == 5 ? QStringLiteral("0000") : value0;
-        mask = function >= 6 ? value1 : compare == value0 ? QStringLiteral("0000") : value0;
-    }
+    QString compare = bitsIn("1FN");
+    QString mask = bitsIn("01BN");
+    if (function >= 6)
+        mask = value1;
+    else if (function == 3 || function == 5)
+        mask = std::exchange(compare, QStringLiteral("0000"));
 
     for (const int width : {4, 66, 130}) { // the pattern is the port's end, the rest stays clear
+        const auto field = [width](const QString &end) {
+            return bitsOf(end.rightJustified(width, u'0'));
+        };
         MatchUnit unit(width);
         unit.setCompare(bitsOf(QString(7, u'0') + compare.rightJustified(width, u'0')));
-        unit.setMask(bitsOf(mask.rightJustified(width, u'0')));
-        unit.setEdge(bitsOf(edge.rightJustified(width, u'0')));
+        unit.setMask(field(mask));
+        unit.setEdge(field(bitsIn("RFBN")));
         unit.setControl(bitsOf(binary(quint64(function), 16)));
         for (int pair = 0; pair < 256; ++pair) {
-            const auto now =
-                packLast(bitsOf(binary(quint64(pair >> 4), 4).rightJustified(width, u'0')), width);
-            const auto before =
-                packLast(bitsOf(binary(quint64(pair & 15), 4).rightJustified(width, u'0')), width);
-            if (unit.hits(now.data(), before.data()) != holds(pair >> 4, pair & 15))
-                QFAIL(qPrintable(QStringLiteral("width %1: %2 after %3")
-                                     .arg(width)
-                                     .arg(pair >> 4)
-                                     .arg(pair & 15)));
+            const auto now = packLast(field(binary(quint64(pair >> 4), 4)), width);
+            const auto before = packLast(field(binary(quint64(pair & 15), 4)), width);
+            QVERIFY2(unit.hits(now.data(), before.data()) == holds(pair >> 4, pair & 15),
+                     qPrintable(QStringLiteral("width %1, pair %2").arg(width).arg(pair)));
         }
     }
 }
@@ -514,33 +439,22 @@ void tst_SimCoreModel::expressions_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("table"); // by input number, M2 is bit 0, M10 bit 1, M1 bit 2
-    QTest::newRow("unit") << "M10"
-                          << "00110011";
-    QTest::newRow("not the longer number") << "M1"
-                                           << "00001111";
-    QTest::newRow("and before exclusive or before or") << "M2|M10^M1&M2"
-                                                       << "01110111";
-    QTest::newRow("brackets") << "(M2|M10)&M1"
-                              << "00000111";
-    QTest::newRow("not") << "!M2&!(M10|M1)"
-                         << "10000000";
-    QTest::newRow("not twice, blanks") << " ! !M2 "
-                                       << "01010101";
-    QTest::newRow("a unit not in use never matches") << "M2|M5"
-                                                     << "01010101";
-    QTest::newRow("empty") << ""
-                           << "";
-    QTest::newRow("operator at the end") << "M2&"
-                                         << "";
-    QTest::newRow("two units") << "M2 M1"
-                               << "";
-    QTest::newRow("open bracket") << "(M2"
-                                  << "";
-    QTest::newRow("closing bracket") << "M2)"
-                                     << "";
-    QTest::newRow("no number") << "M"
-                               << "";
-    QTest::newRow("nested for ever") << QString(100000, u'(') << "";
+
+    const auto row = [](const char *name, const QString &text, const char *table) {
+        QTest::newRow(name) << text << table;
+    };
+    row("unit", "M10", "00110011");
+    row("not the longer number", "M1", "00001111");
+    row("and before exclusive or before or", "M2|M10^M1&M2", "01110111");
+    row("brackets", "(M2|M10)&M1", "00000111");
+    row("not", "!M2&!(M10|M1)", "10000000");
+    row("not twice, blanks", " ! !M2 ", "01010101");
+    row("a unit not in use never matches", "M2|M5", "01010101");
+    row("operator at the end", "M2&", "");
+    row("two units", "M2 M1", "");
+    row("open bracket", "(M2", "");
+    row("no number", "M", "");
+    row("nested for ever", QString(100000, u'('), "");
 }
 
 void tst_SimCoreModel::expressions()
@@ -549,32 +463,32 @@ void tst_SimCoreModel::expressions()
     QFETCH(QString, table);
     const auto result = expressionTable(text, {2, 10, 1});
     QCOMPARE(bool(result), !table.isEmpty());
+    QCOMPARE(result.error().isEmpty(), !table.isEmpty());
     if (result)
         QCOMPARE(*result, bitsOf(table));
-    else
-        QVERIFY(!result.error().isEmpty());
 }
 
 void tst_SimCoreModel::badWords_data()
 {
     QTest::addColumn<QString>("word");
     QTest::addColumn<QString>("report"); // the core has registers of 16 bits
-    const QString write = QStringLiteral("01001");
-    const QString value(16, u'0');
-    QTest::newRow("write too short") << write + binary(0x21, 16) + value.left(15) << "15 bits";
-    QTest::newRow("write too long") << write + binary(0x21, 16) + value + u'0' << "17 bits";
-    QTest::newRow("no such register") << write + binary(0x24, 16) + value << "0x0024";
-    QTest::newRow("no such unit") << write + binary(0x110, 16) + value << "match unit 1";
-    QTest::newRow("no counter") << write + binary(0x104, 16) + value << "no counter";
-    QTest::newRow("no such unit register") << write + binary(0x105, 16) + value << "0x0105";
-    QTest::newRow("table of a static core") << write + binary(0xab01, 16) + value << "0xab01";
-    QTest::newRow("start value") << write + binary(0, 16) + binary(2, 16) << "not 2";
-    QTest::newRow("select of no register") << "01101" + binary(0x99, 16) << "0x0099";
-    QTest::newRow("select with a tail") << "01101" + binary(0, 16) + u'0' << "1 bits follow";
-    QTest::newRow("block without count") << "00111" + binary(0, 16) + value.left(8) << "8 bits";
-    QTest::newRow("unknown opcode") << "11111" + binary(0, 16) + value << "opcode 11111";
-    QTest::newRow("cut word") << QStringLiteral("010010") << "6 bits";
-    QTest::newRow("empty word") << QString() << "0 bits";
+
+    const auto word = [](const QString &fields, const char *report) {
+        QTest::newRow(report) << QString(fields).remove(u' ') << report;
+    };
+    word("01001 0000000000100001 000000000000000", "15 bits");
+    word("01001 0000000000100001 00000000000000000", "17 bits");
+    word("01001 0000000000100100 0000000000000000", "register 0x0024");
+    word("01001 0000000100010000 0000000000000000", "match unit 1");
+    word("01001 0000000100000100 0000000000000000", "no counter");
+    word("01001 0000000100000101 0000000000000000", "register 0x0105");
+    word("01001 1010101100000001 0000000000000000", "register 0xab01"); // of a static core
+    word("01001 0000000000000000 0000000000000010", "not 2");
+    word("01101 0000000010011001", "register 0x0099");
+    word("01101 0000000000000000 0", "1 bits follow");
+    word("00111 0000000000000000 00000000", "8 bits");
+    word("11111 0000000000000000 0000000000000000", "opcode 11111");
+    word("010010", "6 bits");
 }
 
 void tst_SimCoreModel::badWords()
@@ -582,7 +496,7 @@ void tst_SimCoreModel::badWords()
     QFETCH(QString, word);
     QFETCH(QString, report);
     CoreDescription core = description(8, 1);
-    Bench bench(core, formulaStimulus(core));
+    Bench bench(core);
     bench.configure(64, 0, 1);
     bench.write(0, 1);
     bench.shift(word);
