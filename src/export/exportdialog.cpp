@@ -73,6 +73,15 @@ QFrame *makeLine()
     return line;
 }
 
+/// For a field that is never enabled but there to be read.
+QPalette legibleWhenDisabled(QPalette palette)
+{
+    QColor text = palette.color(QPalette::Active, QPalette::Text);
+    text.setAlphaF(0.7F);
+    palette.setColor(QPalette::Disabled, QPalette::Text, text);
+    return palette;
+}
+
 /// Tells the user to wait for as long as it lives.
 class WaitCursor final
 {
@@ -128,6 +137,7 @@ void ExportDialog::buildForm()
     m_editDir->setReadOnly(true);
     m_editClk->setReadOnly(true);
     m_editClk->setEnabled(false);
+    m_editClk->setPalette(legibleWhenDisabled(palette()));
     m_spinPeriod->setRange(1, kMaxPeriod);
     m_editName->setValidator(new QRegularExpressionValidator(exportNamePattern(), m_editName));
     m_labelType->setText(tr("Type:            "));
@@ -141,6 +151,7 @@ void ExportDialog::buildForm()
     auto *browse = named<QPushButton>("btnBrowse");
     browse->setText(tr("..."));
     browse->setToolTip(tr("Choose a directory"));
+    browse->setFixedWidth(m_comBoxPeriod->sizeHint().width()); // the buttons stand in a line
     browse->setAutoDefault(false); // Enter means OK wherever the focus is
     connect(browse, &QPushButton::clicked, this, &ExportDialog::onBrowse);
 

@@ -6,6 +6,8 @@
 #include <QPushButton>
 #include <QStyle>
 
+#include <algorithm>
+
 namespace KEO {
 
 namespace {
@@ -21,14 +23,23 @@ QColor mixed(const QColor &base, const QColor &added, qreal share)
                             part(base.blueF(), added.blueF()));
 }
 
-/// Shows a long path without its middle rather than making the window wide. What text() returns is
-/// whole.
-class ElidedLabel final : public QLabel
+/// A sentence with a path in it. Shows a long path without its middle rather than making the window
+/// wide. What text() returns is whole.
+class PathLabel final : public QLabel
 {
 public:
-    ElidedLabel()
+    PathLabel()
     {
         setTextFormat(Qt::PlainText); // the path is the user's and may look like markup
+    }
+
+    /// \a sentence has "%1" where the path goes.
+    void setSentence(const QString &sentence, const QString &path)
+    {
+        m_sentence = sentence;
+        m_path = path;
+        setText(sentence.arg(path));
+        setToolTip(path);
     }
 
     [[nodiscard]] QSize minimumSizeHint() const override
@@ -41,45 +52,58 @@ protected:
     void paintEvent(QPaintEvent *) override
     {
         QPainter painter(this);
-        const QString shown = fontMetrics().elidedText(text(), Qt::ElideMiddle, width());
         style()->drawItemText(&painter, rect(), int(Qt::AlignVCenter | Qt::AlignLeft), palette(),
-                              isEnabled(), shown, foregroundRole());
+                              isEnabled(), shownText(), foregroundRole());
     }
 
 private:
     static constexpr int kLeastCharacters = 20;
+
+    [[nodiscard]] QString shownText() const
+    {
+        const QFontMetrics metrics = fontMetrics();
+        const int whole = metrics.horizontalAdvance(text());
+        if (whole <= width())
+            return text();
+        const int room = metrics.horizontalAdvance(m_path) - (whole - width());
+        const QString path = metrics.elidedText(m_path, Qt::ElideMiddle, std::max(0, room));
+        return metrics.elidedText(m_sentence.arg(path), Qt::ElideRight, width());
+    }
+
+    QString m_sentence;
+    QString m_path;
 };
 
 } // namespace
 
-ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
-    : QWidget(parent), m_labelFile(new ElidedLabel), m_btnA(new QPushButton)
+ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent) : QWidget(parent)
 {
+    auto *button = new QPushButton;
     setObjectName(QStringLiteral("reloadBanner"));
-    m_labelFile->setObjectName(QStringLiteral("labelFile"));
-    m_btnA->setObjectName(QStringLiteral("btnA"));
-    QFont bold = m_labelFile->font();
+    button->setObjectName(QStringLiteral("btnA"));
+    auto *labelFile = new PathLabel;
+    labelFile->setObjectName(QStringLiteral("labelFile"));
+    QFont bold = labelFile->font();
     bold.setBold(true);
-    m_labelFile->setFont(bold);
+    labelFile->setFont(bold);
 
     if (mode == Changed) {
-        m_labelFile->setText(tr("Keo file '%1' has been changed on disk.").arg(path));
-        m_btnA->setText(tr("Reload"));
-        connect(m_btnA, &QPushButton::clicked, this, &ReloadBanner::reload);
+        labelFile->setSentence(tr("Keo file '%1' has been changed on disk."), path);
+        button->setText(tr("Reload"));
+        connect(button, &QPushButton::clicked, this, &ReloadBanner::reload);
     } else if (mode == Removed) {
-        m_labelFile->setText(tr("Keo file '%1' has been removed on disk.").arg(path));
-        m_btnA->setText(tr("Close"));
-        connect(m_btnA, &QPushButton::clicked, this, &ReloadBanner::closeIt);
+        labelFile->setSentence(tr("Keo file '%1' has been removed on disk."), path);
+        button->setText(tr("Close"));
+        connect(button, &QPushButton::clicked, this, &ReloadBanner::closeIt);
     }
-    m_labelFile->setToolTip(path);
 
     auto *sign = new QLabel;
     sign->setPixmap(QPixmap(QStringLiteral(":/keo/image/warning.png")));
     auto *layout = new QHBoxLayout(this);
     layout->addWidget(sign);
-    layout->addWidget(m_labelFile);
+    layout->addWidget(labelFile);
     layout->addStretch();
-    layout->addWidget(m_btnA);
+    layout->addWidget(button);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 

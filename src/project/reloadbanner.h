@@ -2,9 +2,6 @@
 
 #include <QWidget>
 
-class QLabel;
-class QPushButton;
-
 namespace KEO {
 
 /// A strip above a project's page that tells what happened to its core description on disk, with
@@ -31,10 +28,6 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-
-private:
-    QLabel *m_labelFile; ///< child
-    QPushButton *m_btnA; ///< child
 };
 
 } // namespace KEO
