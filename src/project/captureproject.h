@@ -3,6 +3,8 @@
 #include "analyzerproject.h"
 #include "wavetabs.h"
 
+#include <export/exportfiles.h>
+
 #include <QPointer>
 #include <QSet>
 #include <QString>
@@ -10,6 +12,7 @@
 
 namespace KEO {
 
+class DescriptionWatch;
 class RunToolBar;
 
 /// What the standard and the lite project have in common: their place in the main window, the run
@@ -42,6 +45,8 @@ public Q_SLOTS:
     void onZoomIn();
     void onZoomOut();
     void onZoomFit();
+    /// Asks what to export of the waves that show, and writes it.
+    void onExport();
     void onComplete(int resultID);
 
 protected:
@@ -69,6 +74,12 @@ protected:
     virtual void leaveDesign() = 0;
     /// The sentence for a result that has no text of its own.
     [[nodiscard]] virtual QString unknownErrorText(int resultID) const = 0;
+    [[nodiscard]] virtual ExportMode exportMode() const = 0;
+    /// The cores to choose from in an export, given the waves that show, of which there are some.
+    [[nodiscard]] virtual QList<ExportCore>
+    exportCores(const QList<WaveMonitor::WaveMonitorWidget *> &monitors) const = 0;
+    /// The user has had the description reloaded, whatever came of it.
+    virtual void descriptionReloaded() {}
 
     // What a kind of project may use.
 
@@ -81,6 +92,8 @@ protected:
     void showError(const QString &text);
     /// A modal box under the window's title.
     void showInformation(const QString &text);
+    /// Call it after each successful openFile: from now on the user hears of changes on disk.
+    void watchDescription();
     /// For the destructors of the kinds: the page goes while there still is somebody to talk to.
     void deletePage();
 
@@ -91,6 +104,7 @@ protected:
 
 private:
     void buildToolBar();
+    void connectDescriptionWatch();
     [[nodiscard]] QString errorText(int resultID) const;
     void startCapture(RunKind kind);
     [[nodiscard]] QVariantList deviceChain() const;
@@ -100,8 +114,9 @@ private:
     [[nodiscard]] WaveMonitor::WaveMonitorWidget *currentWave() const;
 
     QPointer<QWidget> m_mainWindow;
-    QPointer<QWidget> m_page;           // ours; in the tab widget while open
-    RunToolBar *m_runToolBar = nullptr; // child
+    QPointer<QWidget> m_page;             // ours; in the tab widget while open
+    RunToolBar *m_runToolBar = nullptr;   // child
+    DescriptionWatch *m_descriptionWatch; // child
     WaveTabs m_waveTabs;
     QSet<QString> m_openErrors; // texts of the boxes that are open
 };

@@ -1,6 +1,7 @@
 #include "keostandardanalyzerproject.h"
 
 #include "capturedisplay.h"
+#include "exportcore.h"
 #include "runcontrols.h"
 
 #include <capture/standarddatamanager.h>
@@ -75,6 +76,7 @@ bool KeoStandardAnalyzerProject::openFile(const QString &path)
     if (!isKnown || !openKeoFile(path))
         return false;
     updateActions();
+    watchDescription();
     return true;
 }
 
@@ -275,6 +277,25 @@ void KeoStandardAnalyzerProject::leaveDesign()
 QString KeoStandardAnalyzerProject::unknownErrorText(int resultID) const
 {
     return tr("Unknown device error ID%1.").arg(resultID);
+}
+
+/// The windows of a core stand side by side, so a core is new when it differs from the one before.
+QList<ExportCore>
+KeoStandardAnalyzerProject::exportCores(const QList<WaveMonitorWidget *> &monitors) const
+{
+    QList<ExportCore> cores;
+    for (const WaveMonitorWidget *monitor : monitors) {
+        const int index = monitor->coreNumber();
+        if (!cores.isEmpty() && cores.last().index == index)
+            continue;
+        const CoreConfig *core = m_dataManager->coreByIndex(index);
+        ExportCore exported;
+        if (core)
+            exported = exportCore(*core);
+        exported.index = index;
+        cores.append(exported);
+    }
+    return cores;
 }
 
 void KeoStandardAnalyzerProject::updateCoreTree()

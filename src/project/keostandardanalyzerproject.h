@@ -53,6 +53,9 @@ protected:
     void keepNames(const WaveMonitor::WaveMonitorWidget &wave) override;
     void leaveDesign() override;
     [[nodiscard]] QString unknownErrorText(int resultID) const override;
+    [[nodiscard]] ExportMode exportMode() const override { return ExportMode::Standard; }
+    [[nodiscard]] QList<ExportCore>
+    exportCores(const QList<WaveMonitor::WaveMonitorWidget *> &monitors) const override;
 
 private:
     bool openKeoFile(const QString &path);

@@ -22,6 +22,7 @@ class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
 class WaveView;
+class WindowContents;
 
 /// The whole viewer of one capture window: signal tree, wave view and ruler side by side, with
 /// equal rows. The only class of the viewer that a project uses. All data comes in through the
@@ -54,6 +55,10 @@ public:
     void updateData(const QList<QBitArray> &samples);
     /// By id.
     [[nodiscard]] QMap<int, SignalElement> signalMap() const;
+
+    /// What the user sees, in the present order and under the present names. Borrowed, until the
+    /// viewer next changes.
+    [[nodiscard]] const WindowContents &contents() const;
 
     /// Replaces everything by a saved element `Window` (see WindowContents).
     void loadWindow(const QDomElement &window);
