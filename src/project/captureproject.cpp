@@ -75,6 +75,7 @@ void CaptureProject::buildToolBar()
     connect(a.zoomInAction, &QAction::triggered, this, &CaptureProject::onZoomIn);
     connect(a.zoomOutAction, &QAction::triggered, this, &CaptureProject::onZoomOut);
     connect(a.zoomFitAction, &QAction::triggered, this, &CaptureProject::onZoomFit);
+    connect(a.saveAction, &QAction::triggered, this, &CaptureProject::onSave);
 }
 
 bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askStop)
@@ -90,6 +91,8 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
     m_keoFilePath.clear();
     m_projectFilePath.clear();
     m_dataFilePath.clear();
+    if (m_runToolBar)
+        m_runToolBar->actions().saveAction->setEnabled(false);
     if (toolBarGetter && m_runToolBar)
         m_runToolBar->detach(*toolBarGetter());
     clearWaveMonitors(WaveTabs::Layouts::Forget);
@@ -229,9 +232,9 @@ void CaptureProject::updateActions()
     a.autoAction->setEnabled(controls.autoRun);
     a.stopAction->setEnabled(controls.stop);
     a.forceTriggerAction->setEnabled(controls.forceTrigger);
-    // controls.save takes over as soon as waves can be saved and exported: until then a button that
-    // does nothing would promise what it can't keep.
-    a.saveAction->setEnabled(false);
+    a.saveAction->setEnabled(controls.save);
+    // controls.save takes over as soon as waves can be exported: until then a button that does
+    // nothing would promise what it can't keep.
     a.exportAction->setEnabled(false);
     setPageEnabled(controls.settings);
 }
@@ -276,6 +279,11 @@ void CaptureProject::showError(const QString &text)
     showBox(QMessageBox::Critical, m_mainWindow, tr("Error"), text);
     if (self)
         m_openErrors.remove(text);
+}
+
+void CaptureProject::showWarning(const QString &text)
+{
+    showBox(QMessageBox::Warning, m_mainWindow, tr("Warning"), text);
 }
 
 void CaptureProject::showInformation(const QString &text)

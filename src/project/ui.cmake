@@ -4,10 +4,12 @@ keo_add_library(project_ui
     SOURCES
         analyzerproject.h
         captureproject.cpp captureproject.h
+        captureprojectfiles.cpp
         keostandardanalyzerproject.cpp keostandardanalyzerproject.h
         projectlog.cpp projectlog.h
         runcontrols.cpp runcontrols.h
         runtoolbar.cpp runtoolbar.h
+        savedialog.cpp savedialog.h
         waitingtip.cpp waitingtip.h
         wavetabs.cpp wavetabs.h
     LINK keo::project keo::trigger_ui keo::wave keo::image Qt6::Widgets)
