@@ -100,6 +100,7 @@ void CaptureProject::buildToolBar()
     connect(a.zoomOutAction, &QAction::triggered, this, &CaptureProject::onZoomOut);
     connect(a.zoomFitAction, &QAction::triggered, this, &CaptureProject::onZoomFit);
     connect(a.exportAction, &QAction::triggered, this, &CaptureProject::onExport);
+    connect(a.saveAction, &QAction::triggered, this, &CaptureProject::onSave);
 }
 
 bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askStop)
@@ -116,6 +117,8 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
     m_keoFilePath.clear();
     m_projectFilePath.clear();
     m_dataFilePath.clear();
+    if (m_runToolBar)
+        m_runToolBar->actions().saveAction->setEnabled(false);
     if (toolBarGetter && m_runToolBar)
         m_runToolBar->detach(*toolBarGetter());
     clearWaveMonitors(WaveTabs::Layouts::Forget);
@@ -267,9 +270,7 @@ void CaptureProject::updateActions()
     a.autoAction->setEnabled(controls.autoRun);
     a.stopAction->setEnabled(controls.stop);
     a.forceTriggerAction->setEnabled(controls.forceTrigger);
-    // controls.save takes over as soon as waves can be saved: until then a button that does nothing
-    // would promise what it can't keep.
-    a.saveAction->setEnabled(false);
+    a.saveAction->setEnabled(controls.save);
     a.exportAction->setEnabled(controls.save);
     setPageEnabled(controls.settings);
     if (!situation.busy)
@@ -316,6 +317,11 @@ void CaptureProject::showError(const QString &text)
     showBox(QMessageBox::Critical, m_mainWindow, tr("Error"), text);
     if (self)
         m_openErrors.remove(text);
+}
+
+void CaptureProject::showWarning(const QString &text)
+{
+    showBox(QMessageBox::Warning, m_mainWindow, tr("Warning"), text);
 }
 
 void CaptureProject::showInformation(const QString &text)

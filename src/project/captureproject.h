@@ -1,6 +1,8 @@
 #pragma once
 
 #include "analyzerproject.h"
+#include "datafilereader.h"
+#include "datafilewriter.h"
 #include "wavetabs.h"
 
 #include <export/exportfiles.h>
@@ -9,6 +11,8 @@
 #include <QSet>
 #include <QString>
 #include <QVariant>
+
+#include <optional>
 
 namespace KEO {
 
@@ -48,6 +52,8 @@ public Q_SLOTS:
     /// Asks what to export of the waves that show, and writes it.
     void onExport();
     void onComplete(int resultID);
+    /// Writes data file, description and project file. The first time it asks where to.
+    void onSave();
 
 protected:
     enum class RunKind { Single, Auto };
@@ -81,6 +87,27 @@ protected:
     /// The user has had the description reloaded, whatever came of it.
     virtual void descriptionReloaded() {}
 
+    // What a kind of project has to tell about its files.
+
+    /// Takes the settings over from the page and writes them into the description at \a path.
+    /// False if that file can't be written.
+    [[nodiscard]] virtual bool saveDescription(const QString &path) = 0;
+    /// The numbers under which the data file has the wave tab \a wave, which stands at
+    /// \a position in the list; contents are not asked for.
+    [[nodiscard]] virtual WindowToSave numbersOf(const WaveMonitor::WaveMonitorWidget &wave,
+                                                 int position) const = 0;
+    /// Were all of \a windows captured from the open design?
+    [[nodiscard]] virtual bool fitsDesign(const LoadedWindows &windows) const = 0;
+    /// How a saved window shows.
+    struct SavedTab
+    {
+        int core = -1; ///< -1 for none
+        int window = 0;
+        QString title;
+    };
+    /// Nothing for a window that is not to be shown.
+    [[nodiscard]] virtual std::optional<SavedTab> tabOf(const LoadedWindow &window) const = 0;
+
     // What a kind of project may use.
 
     /// The one place that decides what is enabled. Whatever changes the state of a run ends here.
@@ -90,6 +117,12 @@ protected:
     /// A modal box. Does nothing while a box with the same text is open, so that a server which
     /// sends nonsense round by round does not pile them up.
     void showError(const QString &text);
+    void showWarning(const QString &text);
+    enum class DataFileState { Loaded, Unusable };
+    /// Shows the waves of the data file at \a path, all of them or none, and tells in a box why
+    /// there are none. Loaded also when the file belongs to another design. The box may see the
+    /// project closed or deleted.
+    DataFileState loadDataFile(const QString &path);
     /// A modal box under the window's title.
     void showInformation(const QString &text);
     /// Call it after each successful openFile: from now on the user hears of changes on disk.
@@ -108,6 +141,8 @@ private:
     [[nodiscard]] QString errorText(int resultID) const;
     void startCapture(RunKind kind);
     [[nodiscard]] QVariantList deviceChain() const;
+    void showSavedWindows(LoadedWindows windows);
+    void saveDataFile(const QString &path) const;
     void clearWaveMonitors(WaveTabs::Layouts layouts);
     [[nodiscard]] QTabWidget *tabWidget() const;
     /// The wave tab in front, or null.
