@@ -138,7 +138,8 @@ private:
     void endRun();
     /// False when the run has moved on meanwhile.
     bool readSections(const ReadPlan &plan, int window, const Step &step);
-    void takeSection(const CmdPack &reply, const ReadPlan &plan);
+    /// False for a reply that is no section of a window being read.
+    bool takeSection(const CmdPack &reply, const ReadPlan &plan);
 
     JtagSession &m_session; // borrowed
     CaptureState m_state = CaptureState::Idle;
