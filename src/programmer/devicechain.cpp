@@ -1,6 +1,7 @@
 #include "devicechain.h"
 
 #include "devicedatabase.h"
+#include "tooloutput.h"
 
 #include <QCoreApplication>
 
@@ -68,6 +69,32 @@ DeviceRow namedDeviceRow(const DeviceDatabase &database, const QString &family,
         row.series = entry->series->name;
     takeEntry(row, device, entry);
     return row;
+}
+
+DeviceRow scannedDeviceRow(const DeviceDatabase &database, const ScannedDevice &scanned)
+{
+    DeviceRow row = newDeviceRow(database);
+    row.kind = DeviceRow::kKnown;
+    if (database.series(scanned.family))
+        row.series = scanned.family;
+    const DeviceSeries *series = database.series(row.series);
+    const DeviceEntry *entry = series ? series->device(scanned.name) : nullptr;
+    if (entry)
+        row.device = scanned.name;
+    else
+        entry = database.device(row.device);
+    row.operation = entry ? entry->defaultOperation() : nullptr;
+    row.idCode = scanned.idCode;
+    return row;
+}
+
+void becomeDevice(DeviceRow &row, const DeviceEntry &device)
+{
+    row.kind = DeviceRow::kKnown;
+    row.device = device.name;
+    if (device.series && !device.series->devices.isEmpty())
+        row.series = device.series->name;
+    row.operation = device.defaultOperation();
 }
 
 void chooseSeries(DeviceRow &row, const DeviceDatabase &database, int index)

@@ -11,6 +11,7 @@ namespace KEO {
 class DeviceDatabase;
 struct DeviceEntry;
 struct DeviceOperation;
+struct ScannedDevice;
 
 /// Where the programming of the target stands. The numbers are shared with the table's rows.
 enum class ProgrammerStatus {
@@ -58,6 +59,12 @@ using DeviceChain = QList<DeviceRow>;
 [[nodiscard]] DeviceRow namedDeviceRow(const DeviceDatabase &database, const QString &family,
                                        const QString &device);
 
+/// The row that a scan describes; names that the database does not have give way to its first ones.
+[[nodiscard]] DeviceRow scannedDeviceRow(const DeviceDatabase &database,
+                                         const ScannedDevice &scanned);
+
+/// Makes the row that device, with its series, whatever the row's kind. The fs file stays.
+void becomeDevice(DeviceRow &row, const DeviceEntry &device);
 /// Takes the series at \a index of the database. The first one, and an index past the end, stand
 /// for a device that the database does not describe: the row loses what it had. Choosing the series
 /// that the row has changes nothing.

@@ -2,6 +2,6 @@
 
 namespace KEO {
 
-Q_LOGGING_CATEGORY(keoProgrammer, "keo.programmer")
+Q_LOGGING_CATEGORY(keoProgrammer, "keo.programmer", QtInfoMsg)
 
 } // namespace KEO

@@ -90,12 +90,16 @@ void ToolOutput::takeText(QByteArrayView bytes)
 
 void ToolOutput::endLine()
 {
+    // Behind a return that ended a line of its own, a line feed ends nothing more.
+    if (std::exchange(m_isContinued, false) && m_line.isEmpty())
+        return;
     keep(QString::fromLocal8Bit(m_line));
     m_line.resize(0);
 }
 
 void ToolOutput::endOverwritten()
 {
+    m_isContinued = true;
     const QString text = QString::fromLocal8Bit(m_line);
     m_line.resize(0);
     if (!text.simplified().isEmpty() && !isProgressBar(text))

@@ -41,6 +41,7 @@ private:
     QStringList m_lines;
     qint64 m_dropped = 0;
     bool m_hasReturn = false; // the last byte was a carriage return
+    bool m_isContinued = false; // a part of the line has been taken already
     bool m_saysError = false;
 };
 

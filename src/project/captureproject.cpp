@@ -1,11 +1,13 @@
 #include "captureproject.h"
 
+#include "programmerpage.h"
 #include "projectlog.h"
 #include "runcontrols.h"
 #include "runtoolbar.h"
 #include "waitingtip.h"
 
 #include <link/jtagsession.h>
+#include <programmer/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QAction>
@@ -14,6 +16,7 @@
 #include <QMessageBox>
 #include <QTabWidget>
 #include <QToolBar>
+#include <QWidgetAction>
 
 namespace KEO {
 
@@ -31,7 +34,8 @@ void showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, cons
 
 } // namespace
 
-CaptureProject::CaptureProject(QObject *parent) : AnalyzerProject(parent)
+CaptureProject::CaptureProject(QObject *parent)
+    : AnalyzerProject(parent), m_programmer(new ProgrammerPage(this))
 {
 }
 
@@ -54,6 +58,7 @@ void CaptureProject::setupProject(QWidget *mainWindow)
         buildToolBar();
     if (!m_page)
         m_page = buildPage();
+    m_programmer->reset();
     resetPage();
     if (toolBarGetter) {
         m_runToolBar->setCables(JtagSession::instance()->availableCables());
@@ -67,6 +72,8 @@ void CaptureProject::setupProject(QWidget *mainWindow)
 void CaptureProject::buildToolBar()
 {
     m_runToolBar = new RunToolBar(this);
+    m_runToolBar->setStatusAction(m_programmer->statusAction());
+    connect(m_runToolBar, &RunToolBar::cableIndexChanged, this, &CaptureProject::cabelChanged);
     const RunActions &a = m_runToolBar->actions();
     connect(a.startAction, &QAction::triggered, this, &CaptureProject::onStart);
     connect(a.autoAction, &QAction::triggered, this, &CaptureProject::onAuto);
@@ -86,6 +93,7 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
         leaveDesign();
     if (!self)
         return true;
+    m_programmer->reset();
     WaitingTip::close();
     m_keoFilePath.clear();
     m_projectFilePath.clear();
@@ -138,12 +146,19 @@ bool CaptureProject::eventFilter(QObject *watched, QEvent *event)
 
 void CaptureProject::onStart()
 {
-    startCapture(RunKind::Single);
+    startIfFit(RunKind::Single);
 }
 
 void CaptureProject::onAuto()
 {
-    startCapture(RunKind::Auto);
+    startIfFit(RunKind::Auto);
+}
+
+void CaptureProject::startIfFit(RunKind kind)
+{
+    const QPointer<CaptureProject> self(this);
+    if (!isBusy() && m_programmer->mayCapture(m_mainWindow) && self)
+        startCapture(kind);
 }
 
 void CaptureProject::startCapture(RunKind kind)
@@ -155,18 +170,12 @@ void CaptureProject::startCapture(RunKind kind)
         return;
     }
     WaitingTip::show(m_mainWindow);
-    openDevice(deviceChain());
+    openDevice(m_programmer->deviceChain());
     clearWaveMonitors(WaveTabs::Layouts::Keep);
     if (kind == RunKind::Auto)
         setAutorun(0);
     startRun();
     updateActions();
-}
-
-/// One entry for each device on the cable; 0 stands for the one with the cores.
-QVariantList CaptureProject::deviceChain() const
-{
-    return {0};
 }
 
 void CaptureProject::onZoomIn()
@@ -191,9 +200,74 @@ void CaptureProject::onComplete(int resultID)
 {
     WaitingTip::close();
     updateActions();
+    const QPointer<CaptureProject> self(this);
     const QString text = errorText(resultID);
     if (!text.isEmpty())
         showError(text);
+    if (self && m_programmer->widget())
+        m_programmer->widget()->applyPending();
+}
+
+void CaptureProject::setDevice(const QString &family, const QString &device, const QString &fsFile)
+{
+    setDeviceName(device);
+    if (m_programmer->widget())
+        m_programmer->widget()->setDevice(family, device, fsFile);
+}
+
+KeoProgrammerWidget *CaptureProject::makeProgrammerWidget()
+{
+    KeoProgrammerWidget *widget = m_programmer->makeWidget();
+    connect(widget, &KeoProgrammerWidget::programStatusChanged, this,
+            &CaptureProject::onProgrammerChanged);
+    connect(widget, &KeoProgrammerWidget::enableChange, this,
+            &CaptureProject::onProgrammerEnableChange);
+    connect(widget, &KeoProgrammerWidget::toolRunning, this, [this](bool isRunning) {
+        if (isRunning)
+            WaitingTip::show(m_mainWindow);
+        else
+            WaitingTip::close();
+    });
+    connect(this, &CaptureProject::programCableChanged, widget, &KeoProgrammerWidget::updateCable);
+    connect(this, &CaptureProject::programChannelChanged, widget,
+            &KeoProgrammerWidget::updateChannel);
+    return widget;
+}
+
+void CaptureProject::setDesignId(const QString &id)
+{
+    if (m_programmer->widget())
+        m_programmer->widget()->setDesignId(id);
+}
+
+void CaptureProject::updateIsBusy(bool isBusy)
+{
+    if (m_programmer->widget())
+        m_programmer->widget()->updateIsBusy(isBusy);
+}
+
+void CaptureProject::cabelChanged(int index)
+{
+    if (index < 0)
+        return; // the list is being filled
+    const int number = m_runToolBar->cableNumber(index);
+    Q_EMIT programCableChanged(number / 2);
+    if (const int channel = number % 2; channel > 0)
+        Q_EMIT programChannelChanged(channel);
+}
+
+void CaptureProject::onProgrammerChanged(bool succ, const QString &text)
+{
+    m_programmer->setStatus(succ, text);
+    if (succ)
+        setDeviceName(m_programmer->widget()->targetName());
+    updateActions();
+}
+
+void CaptureProject::onProgrammerEnableChange(bool status)
+{
+    m_programmer->showStatus(status);
+    updateActions();
 }
 
 QString CaptureProject::errorText(int resultID) const
@@ -218,6 +292,7 @@ void CaptureProject::updateActions()
     situation.busy = isBusy();
     situation.canStart = canStart();
     situation.canAuto = canAuto();
+    situation.needsProgramming = m_programmer->needsProgramming();
     situation.autorun = autorun();
     situation.hasWaves = !m_waveTabs.isEmpty();
     const RunControls controls = runControls(situation);
@@ -234,6 +309,8 @@ void CaptureProject::updateActions()
     a.saveAction->setEnabled(false);
     a.exportAction->setEnabled(false);
     setPageEnabled(controls.settings);
+    if (m_programmer->widget())
+        m_programmer->widget()->setEnabled(controls.settings);
 }
 
 void CaptureProject::showCapture(const CapturedWindow &captured)

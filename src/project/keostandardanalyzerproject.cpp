@@ -4,6 +4,7 @@
 #include "runcontrols.h"
 
 #include <capture/standarddatamanager.h>
+#include <programmer/keoprogrammerwidget.h>
 #include <trigger/dynamicconfigwidget.h>
 #include <wave/wavemonitorwidget.h>
 
@@ -54,6 +55,8 @@ KeoStandardAnalyzerProject::KeoStandardAnalyzerProject(QObject *parent)
             &KeoStandardAnalyzerProject::drawSignalView);
     connect(m_dataManager.get(), &KeoStandardDataManager::triggerComplete, this,
             &KeoStandardAnalyzerProject::onComplete);
+    connect(m_dataManager.get(), &KeoStandardDataManager::statusChanged, this,
+            &KeoStandardAnalyzerProject::updateIsBusy);
 }
 
 KeoStandardAnalyzerProject::~KeoStandardAnalyzerProject()
@@ -91,13 +94,9 @@ bool KeoStandardAnalyzerProject::openKeoFile(const QString &path)
         return false;
     }
     m_keoFilePath = path;
+    setDesignId(designId);
     updateCoreTree();
     return true;
-}
-
-void KeoStandardAnalyzerProject::setDevice(const QString &, const QString &device, const QString &)
-{
-    m_dataManager->setDeviceName(device);
 }
 
 void KeoStandardAnalyzerProject::onStop()
@@ -190,6 +189,7 @@ QWidget *KeoStandardAnalyzerProject::buildPage()
     auto *configTab = new QWidget;
     configTab->setObjectName(QStringLiteral("configTab"));
     auto *layout = new QVBoxLayout(configTab);
+    layout->addWidget(makeProgrammerWidget());
     layout->addWidget(coreArea, 1); // all the room: expressions and units may be many
     layout->addStretch();
     return configTab;
@@ -231,6 +231,11 @@ int KeoStandardAnalyzerProject::autorun() const
 void KeoStandardAnalyzerProject::setAutorun(int rounds)
 {
     m_dataManager->setAutorun(rounds);
+}
+
+void KeoStandardAnalyzerProject::setDeviceName(const QString &name)
+{
+    m_dataManager->setDeviceName(name);
 }
 
 void KeoStandardAnalyzerProject::openDevice(const QVariantList &chain)

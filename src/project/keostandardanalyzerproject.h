@@ -28,7 +28,6 @@ public:
     /// Takes ".keo" and ".zeo" descriptions. False during a capture, for any other extension
     /// (letter case counts), and after an error, which it has then shown.
     bool openFile(const QString &path) override;
-    void setDevice(const QString &family, const QString &device, const QString &fsFile) override;
 
 public Q_SLOTS:
     void onStop() override;
@@ -48,6 +47,7 @@ protected:
     [[nodiscard]] bool canAuto() const override;
     [[nodiscard]] int autorun() const override;
     void setAutorun(int rounds) override;
+    void setDeviceName(const QString &name) override;
     void openDevice(const QVariantList &chain) override;
     void startRun() override;
     void keepNames(const WaveMonitor::WaveMonitorWidget &wave) override;

@@ -5,9 +5,10 @@ keo_add_library(project_ui
         analyzerproject.h
         captureproject.cpp captureproject.h
         keostandardanalyzerproject.cpp keostandardanalyzerproject.h
+        programmerpage.cpp programmerpage.h
         projectlog.cpp projectlog.h
         runcontrols.cpp runcontrols.h
         runtoolbar.cpp runtoolbar.h
         waitingtip.cpp waitingtip.h
         wavetabs.cpp wavetabs.h
-    LINK keo::project keo::trigger_ui keo::wave keo::image Qt6::Widgets)
+    LINK keo::project keo::programmer_ui keo::trigger_ui keo::wave keo::image Qt6::Widgets)
