@@ -77,7 +77,8 @@ struct ProjectWindow
     /// No run, no tip, and a core that can start again.
     [[nodiscard]] bool isReady() const
     {
-        return !project->isBusy() && !tip() && enabled() == QLatin1String("OSA----P");
+        const QString controls = enabled().replace(5, 2, QLatin1String("--")); // whatever shows
+        return !project->isBusy() && !tip() && controls == QLatin1String("OSA----P");
     }
 
     QAction *action(const char *name) const
