@@ -28,16 +28,20 @@ QString sample(const Viewer &viewer)
     return value(viewer, 2) + value(viewer, 1) + value(viewer, 0);
 }
 
-/// Tops of the rows in a viewer's coordinates, in device pixels.
+/// The place of a point of a view in its viewer, in device pixels.
+qreal heightOf(const Viewer &viewer, const QAbstractScrollArea *view, const QPoint &point)
+{
+    const QPoint global = view->viewport()->mapToGlobal(point);
+    return viewer.widget->mapFromGlobal(global).y() * viewer.widget->devicePixelRatioF();
+}
+
+/// Tops of the rows from the top down.
 QList<qreal> treeRows(const Viewer &viewer)
 {
     QList<qreal> tops;
     for (QModelIndex index = viewer.model->index(0, 0); index.isValid();
-         index = viewer.tree->indexBelow(index)) {
-        const QPoint top = viewer.tree->visualRect(index).topLeft();
-        const QPoint global = viewer.tree->viewport()->mapToGlobal(top);
-        tops.append(viewer.widget->mapFromGlobal(global).y() * viewer.widget->devicePixelRatioF());
-    }
+         index = viewer.tree->indexBelow(index))
+        tops.append(heightOf(viewer, viewer.tree, viewer.tree->visualRect(index).topLeft()));
     return tops;
 }
 
@@ -45,11 +49,9 @@ QList<qreal> waveRows(const Viewer &viewer)
 {
     QList<qreal> tops;
     for (const QGraphicsItem *item : viewer.waves->scene()->items()) {
-        if (!item->isVisible())
-            continue;
-        const QPointF top = viewer.waves->viewportTransform().map(item->scenePos());
-        const QPointF global = viewer.waves->viewport()->mapToGlobal(top);
-        tops.append(viewer.widget->mapFromGlobal(global).y() * viewer.widget->devicePixelRatioF());
+        if (item->isVisible())
+            tops.append(
+                heightOf(viewer, viewer.waves, viewer.waves->mapFromScene(item->scenePos())));
     }
     std::sort(tops.begin(), tops.end());
     return tops;
@@ -66,7 +68,6 @@ private Q_SLOTS:
     void rowsStandSideBySide();
     void rulerStandsOverTheWaves();
     void showsValuesAtTheMarker();
-    void zoomFits_data();
     void zoomFits();
     void viewersZoomAlone();
     void autorunSwapsSamplesAlone();
@@ -187,31 +188,22 @@ void tst_WaveMonitorWidget::showsValuesAtTheMarker()
     QCOMPARE(viewer.widget->focusWidget(), viewer.tree);
 }
 
-void tst_WaveMonitorWidget::zoomFits_data()
-{
-    addColumns<int, qreal>({"samples", "rate"}); // for a width of 1000
-    addRow("some samples", 2000, 0.01);
-    addRow("too many samples", 10'000'000, 1.0 / 256);
-    addRow("one sample", 1, 16.0);
-    addRow("no samples", 0, 16.0);
-}
-
 void tst_WaveMonitorWidget::zoomFits()
 {
-    QFETCH(int, samples);
-    QFETCH(qreal, rate);
-    Viewer viewer("s", samples);
-    const int bar = viewer.waves->verticalScrollBar()->width();
-    viewer.widget->resize(viewer.widget->width() + 1000 + bar - viewer.waves->width(), 400);
-    viewer.settle();
-    QCOMPARE(viewer.waves->width() - bar, 1000);
-    viewer.widget->zoomFit();
-    viewer.settle();
-    QCOMPARE(viewer.widget->zoomRate(), rate);
-    QCOMPARE(viewer.waves->zoomRate(), rate);
-    QCOMPARE(viewer.ruler->zoomRate(), rate);
-    if (samples == 2000)
-        QCOMPARE(viewer.waves->horizontalScrollBar()->maximum(), 0); // all in view
+    const std::pair<int, qreal> rates[] = {
+        {2000, 0.01}, {10'000'000, 1.0 / 256}, {1, 16.0}, {0, 16.0}};
+    for (const auto &[samples, rate] : rates) { // in a width of 1000
+        Viewer viewer("s", samples);
+        const int bar = viewer.waves->verticalScrollBar()->width();
+        viewer.widget->resize(viewer.widget->width() + 1000 + bar - viewer.waves->width(), 400);
+        viewer.settle();
+        viewer.widget->zoomFit();
+        viewer.settle();
+        QCOMPARE(viewer.widget->zoomRate(), rate);
+        QCOMPARE(viewer.waves->zoomRate(), rate);
+        QCOMPARE(viewer.ruler->zoomRate(), rate);
+        QCOMPARE(viewer.waves->horizontalScrollBar()->maximum() == 0, samples != 10'000'000);
+    }
 }
 
 void tst_WaveMonitorWidget::viewersZoomAlone()
