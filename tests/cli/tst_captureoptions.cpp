@@ -22,9 +22,11 @@ void tst_CaptureOptions::refuses_data()
     addRow("no file", "", "FILE");
     addRow("two files", "a.keo b.keo", "FILE");
     addRow("other extension", "a.xml", "a.xml");
+    addRow("extension in capitals", "A.KEO", "A.KEO");
     addRow("unknown option", "--fast a.keo", "fast");
     addRow("core not a number", "--core x a.keo", "\"x\"");
     addRow("core out of range", "--core 16 a.keo", "\"16\"");
+    addRow("core negative", "--core=-1 a.keo", "\"-1\"");
     addRow("chain with a gap", "--chain 0,,8 a.keo", "chain");
     addRow("time zero", "--timeout 0 a.keo", "timeout");
     addRow("time not finite", "--timeout nan a.keo", "nan");
@@ -35,7 +37,9 @@ void tst_CaptureOptions::refuses_data()
     addRow("period zero", "--period 0ns a.keo", "0ns");
     addRow("period too long", "--period 10000000us a.keo", "10000000us");
     addRow("half a picosecond", "--period 1ps --format vcd a.keo", "2ps");
+    addRow("half a picosecond, default format", "--period 1ps a.keo", "2ps");
     addRow("name with a slash", "--name a/b a.keo", "a/b");
+    addRow("name with a dot", "--name a.b a.keo", "a.b");
     addRow("picture of another kind", "--picture a.jpg a.keo", "a.jpg");
     addRow("size without picture", "--size 800x600 a.keo", "--picture");
     addRow("size too large", "--picture a.png --size 99999x100 a.keo", "99999x100");

@@ -297,6 +297,13 @@ void tst_WaveView::rebuildsOnceAndOutlivesOthers()
     QCoreApplication::processEvents();
     QCOMPARE(source.rebuilds, 1);
     QCOMPARE(source.item.scene(), view->scene());
+    raiseLater(ruler.get(), EvStructureChanged);
+    raiseLater(ruler.get(), EvRemoveAllItems); // the last word
+    QCoreApplication::processEvents();
+    QCOMPARE(source.item.scene(), nullptr);
+    raiseLater(ruler.get(), EvAddAllItems);
+    QCoreApplication::processEvents();
+    QCOMPARE(source.item.scene(), view->scene());
     QCOMPARE(view->viewport()->grab().toImage().pixelColor(100, 50), QColor(Qt::red));
 
     raiseLater(ruler.get(), EvAfterMarkerRemove);
