@@ -1,25 +1,12 @@
 #include "viewertest.h"
 
-#include <wave/buswaveitem.h>
 #include <wave/signalwaveitem.h>
 
-#include <QDomDocument>
 #include <QFont>
 
 using namespace WaveMonitor;
 
 namespace {
-
-/// Places of the visible items in rows, in the order that the model gives them.
-QList<int> placesOf(SignalTreeModel &model)
-{
-    QList<int> places;
-    for (const QGraphicsItem *item : model.waveItems()) {
-        if (item->isVisible())
-            places.append(int(item->y() / ROW_HEIGHT));
-    }
-    return places;
-}
 
 bool isRowSelected(QGraphicsItem *item)
 {
@@ -38,10 +25,8 @@ private Q_SLOTS:
     void group();
     void move_data();
     void move();
-    void placesOfItems();
     void reverseAndUngroup();
     void selectionAndItemsAgree();
-    void windowSurvivesXml();
 };
 
 void tst_SignalTreeModel::rename()
@@ -138,20 +123,6 @@ void tst_SignalTreeModel::move()
     QCOMPARE(rowsOf(*tree.model) == before, refused);
 }
 
-void tst_SignalTreeModel::placesOfItems()
-{
-    Tree tree("a B(b c) d");
-    QCOMPARE(placesOf(*tree.model), (QList<int>{0, 1, 2, 3, 4}));
-    // A bus stays expanded while it moves, in the tree and so beside it.
-    tree.model->moveBelow(tree.row("d"), {tree.row("B")});
-    QVERIFY(tree.view->isExpanded(tree.row("B")));
-    QCOMPARE(placesOf(*tree.model), (QList<int>{0, 1, 2, 3, 4}));
-    tree.view->collapse(tree.row("B"));
-    tree.model->relayoutItems();
-    QCOMPARE(placesOf(*tree.model), (QList<int>{0, 1, 2}));
-    QCOMPARE(tree.model->waveItems().size(), 5); // collapsed members too
-}
-
 void tst_SignalTreeModel::reverseAndUngroup()
 {
     Tree tree("a B(b c d) e");
@@ -173,7 +144,6 @@ void tst_SignalTreeModel::reverseAndUngroup()
 
     tree.model->ungroupBus(tree.row("B"));
     QCOMPARE(rowsOf(*tree.model), "a d c b e");
-    QCOMPARE(placesOf(*tree.model), (QList<int>{0, 1, 2, 3, 4}));
     QCOMPARE(tree.scene.items().size(), 5);
     tree.model->ungroupBus(tree.row("a")); // no bus
     QCOMPARE(tree.model->rowCount(), 5);
@@ -193,28 +163,6 @@ void tst_SignalTreeModel::selectionAndItemsAgree()
     SignalWaveItem foreign;
     tree.model->itemPressed(&foreign);
     QCOMPARE(namesOf(tree.view->selectedRows()), "c");
-}
-
-void tst_SignalTreeModel::windowSurvivesXml()
-{
-    Tree saved("a B(b c) d");
-    saved.model->node(saved.row("B"))->color = 0xFF0000;
-    saved.model->setData(saved.row("d"), "ready", Qt::EditRole);
-    QDomDocument document;
-    const QDomElement window = saved.model->writeWindow(document);
-
-    Tree loaded("x Y(y z)");
-    loaded.view->selectAll();
-    QVERIFY(loaded.model->readWindow(window));
-    QCOMPARE(rowsOf(*loaded.model), "a B(b c) ready");
-    QVERIFY(loaded.scene.items().isEmpty()); // rows that are gone show nothing
-    const auto *bus = static_cast<BusWaveItem *>(loaded.model->waveItems().at(1));
-    QCOMPARE(bus->color(), QColor(Qt::red));
-    QCOMPARE(bus->members(), (QList<QBitArray>{countingSamples(1), countingSamples(2)}));
-    QCOMPARE(placesOf(*loaded.model), (QList<int>{0, 1, 2}));
-
-    QVERIFY(loaded.model->readWindow(document.createElement("Door")));
-    QCOMPARE(rowsOf(*loaded.model), "a B(b c) ready");
 }
 
 KEO_WIDGET_TEST_MAIN(tst_SignalTreeModel)

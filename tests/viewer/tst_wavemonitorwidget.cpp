@@ -1,6 +1,7 @@
 #include "viewertest.h"
 
 #include <wave/timesliderdata.h>
+#include <wave/waveitem.h>
 #include <wave/waveview.h>
 
 #include <QDomDocument>
@@ -297,6 +298,7 @@ void tst_WaveMonitorWidget::restoresItsState()
 void tst_WaveMonitorWidget::savesAndLoads()
 {
     Viewer viewer(kRows, kSamples);
+    viewer.model->node(viewer.model->index(0, 0))->color = 0xFF0000;
     QDomDocument document;
     document.appendChild(viewer.widget->saveWindow(document));
     QDomDocument read;
@@ -305,6 +307,7 @@ void tst_WaveMonitorWidget::savesAndLoads()
     other.widget->loadWindow(read.documentElement());
     other.settle();
     QCOMPARE(rowsOf(*other.model), rowsOf(*viewer.model));
+    QCOMPARE(dynamic_cast<WaveItem &>(*other.model->waveItems().first()).color(), QColor(Qt::red));
     QCOMPARE(other.widget->signalMap(), viewer.widget->signalMap());
     QCOMPARE(sample(other), "101");
     QCOMPARE(other.tree->header()->sectionSize(0), 180);
