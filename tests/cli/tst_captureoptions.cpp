@@ -19,43 +19,38 @@ private Q_SLOTS:
 
 void tst_CaptureOptions::refuses_data()
 {
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("word"); // what the message must name
-    const auto row = [](const char *name, const char *line, const char *word) {
-        QTest::newRow(name) << line << word;
-    };
-    row("no file", "", "FILE");
-    row("two files", "a.keo b.keo", "FILE");
-    row("other extension", "a.xml", "a.xml");
-    row("extension in capitals", "A.KEO", "A.KEO");
-    row("unknown option", "--fast a.keo", "fast");
-    row("core not a number", "--core x a.keo", "\"x\"");
-    row("core out of range", "--core 16 a.keo", "\"16\"");
-    row("core negative", "--core=-1 a.keo", "\"-1\"");
-    row("chain with a gap", "--chain 0,,8 a.keo", "chain");
-    row("time zero", "--timeout 0 a.keo", "timeout");
-    row("time not finite", "--timeout nan a.keo", "nan");
-    row("time huge", "--force-after 1e9 a.keo", "force-after");
-    row("rounds zero", "--auto 0 a.keo", "auto");
-    row("format", "--format pdf a.keo", "pdf");
-    row("period without unit", "--period 10 a.keo", "\"10\"");
-    row("period zero", "--period 0ns a.keo", "0ns");
-    row("period too long", "--period 10000000us a.keo", "10000000us");
-    row("half a picosecond", "--period 1ps --format vcd a.keo", "2ps");
-    row("half a picosecond, default format", "--period 1ps a.keo", "2ps");
-    row("name with a slash", "--name a/b a.keo", "a/b");
-    row("name with a dot", "--name a.b a.keo", "a.b");
-    row("picture of another kind", "--picture a.jpg a.keo", "a.jpg");
-    row("size without picture", "--size 800x600 a.keo", "--picture");
-    row("size without height", "--picture a.png --size 800 a.keo", "\"800\"");
-    row("size too large", "--picture a.png --size 99999x100 a.keo", "99999x100");
-    row("project of another kind", "--save a.prj b.keo", "a.prj");
-    row("open and a file", "--open a.analyzer_prj b.keo", "FILE");
-    row("open a description", "--open a.keo", "a.keo");
-    row("open and save", "--open a.analyzer_prj --save b.analyzer_prj", "--save");
-    row("open and a cable", "--open a.analyzer_prj --cable LK7", "--cable");
-    row("list with project", "--list-cables --open a.analyzer_prj", "FILE");
-    row("list with file", "--list-cables a.keo", "FILE");
+    addColumns<QString, QString>({"line", "word"}); // what the message must name
+    addRow("no file", "", "FILE");
+    addRow("two files", "a.keo b.keo", "FILE");
+    addRow("other extension", "a.xml", "a.xml");
+    addRow("extension in capitals", "A.KEO", "A.KEO");
+    addRow("unknown option", "--fast a.keo", "fast");
+    addRow("core not a number", "--core x a.keo", "\"x\"");
+    addRow("core out of range", "--core 16 a.keo", "\"16\"");
+    addRow("core negative", "--core=-1 a.keo", "\"-1\"");
+    addRow("chain with a gap", "--chain 0,,8 a.keo", "chain");
+    addRow("time zero", "--timeout 0 a.keo", "timeout");
+    addRow("time not finite", "--timeout nan a.keo", "nan");
+    addRow("time huge", "--force-after 1e9 a.keo", "force-after");
+    addRow("rounds zero", "--auto 0 a.keo", "auto");
+    addRow("format", "--format pdf a.keo", "pdf");
+    addRow("period without unit", "--period 10 a.keo", "\"10\"");
+    addRow("period zero", "--period 0ns a.keo", "0ns");
+    addRow("period too long", "--period 10000000us a.keo", "10000000us");
+    addRow("half a picosecond", "--period 1ps --format vcd a.keo", "2ps");
+    addRow("half a picosecond, default format", "--period 1ps a.keo", "2ps");
+    addRow("name with a slash", "--name a/b a.keo", "a/b");
+    addRow("name with a dot", "--name a.b a.keo", "a.b");
+    addRow("picture of another kind", "--picture a.jpg a.keo", "a.jpg");
+    addRow("size without picture", "--size 800x600 a.keo", "--picture");
+    addRow("size too large", "--picture a.png --size 99999x100 a.keo", "99999x100");
+    addRow("project of another kind", "--save a.prj b.keo", "a.prj");
+    addRow("open and a file", "--open a.analyzer_prj b.keo", "FILE");
+    addRow("open a description", "--open a.keo", "a.keo");
+    addRow("open and save", "--open a.analyzer_prj --save b.analyzer_prj", "--save");
+    addRow("open and a cable", "--open a.analyzer_prj --cable LK7", "--cable");
+    addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
+    addRow("list with file", "--list-cables a.keo", "FILE");
 }
 
 void tst_CaptureOptions::refuses()
