@@ -2,6 +2,7 @@
 
 #include "boardfile.h"
 #include "cable.h"
+#include "jsonwalk.h"
 
 #include <QTextStream>
 
@@ -23,16 +24,19 @@ void describeCore(const CoreModel &model, QTextStream &out)
 void describeDevice(const DeviceSetup &device, QTextStream &out)
 {
     out << "  device " << (device.model.isEmpty() ? QStringLiteral("(no model)") : device.model)
-        << ", ID code 0x" << QStringLiteral("%1").arg(device.idCode, 8, 16, QLatin1Char('0'))
-        << ", instruction code " << device.instruction
-        << (device.isProgrammed ? "" : ", not programmed") << '\n';
+        << ", ID code 0x" << idCodeText(device.idCode) << ", instruction code "
+        << device.instruction << (device.isProgrammed ? "" : ", not programmed") << '\n';
+}
+
+QString timesText(int nth)
+{
+    return nth == JsonWalk::kEvery ? QStringLiteral("every time")
+                                   : QStringLiteral("number %1").arg(nth);
 }
 
 void describeFault(const Fault &fault, QTextStream &out)
 {
-    out << "  fault: " << fault.name << " at " << fault.operation << ", "
-        << (fault.nth == Fault::kEvery ? QStringLiteral("every time")
-                                       : QStringLiteral("number %1").arg(fault.nth))
+    out << "  fault: " << fault.name << " at " << fault.operation << ", " << timesText(fault.nth)
         << '\n';
 }
 
@@ -45,6 +49,11 @@ bool checkCable(const QString &server, const CableSetup &setup, QTextStream &out
         out << "  no device: every OPEN fails\n";
     for (const Fault &fault : setup.faults)
         describeFault(fault, out);
+
+    for (const ProgrammerFault &fault : setup.programmer.faults)
+        out << "  programmer fault: " << fault.name << " at "
+            << (fault.action == ProgrammerAction::Scan ? "scan" : "download") << ", "
+            << timesText(fault.nth) << '\n';
 
     QStringList notes;
     const auto cable = Cable::build(

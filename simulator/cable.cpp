@@ -122,14 +122,33 @@ Outcome<std::unique_ptr<Cable>> Cable::build(const CableSetup &setup, CoreModel:
 {
     std::unique_ptr<Cable> cable(new Cable(setup, report));
     for (const DeviceSetup &device : setup.chain) {
-        if (device.description.isEmpty() || !device.isProgrammed)
+        if (device.description.isEmpty())
             continue;
         auto built = buildDevice(device, report, notes);
         if (!built)
             return Failure{built.error()};
-        cable->m_device = std::move(*built);
+        if (device.isProgrammed)
+            cable->m_device = std::move(*built);
     }
     return cable;
+}
+
+void Cable::follow(const ChainState &state)
+{
+    const qsizetype analyzer = chainOf(m_setup).indexOf(0);
+    const auto device = state.devices.constFind(int(analyzer));
+    if (analyzer < 0 || device == state.devices.cend())
+        return;
+    if (!device->isProgrammed) {
+        m_device.reset();
+    } else if (device->loads != m_loads) {
+        QStringList notes; // told when the power came on
+        auto built = buildDevice(m_setup.chain.at(analyzer), m_report, &notes);
+        if (!built)
+            m_report(built.error());
+        m_device = built ? std::move(*built) : nullptr;
+    }
+    m_loads = device->loads;
 }
 
 std::optional<Packet> Cable::handle(int client, const Packet &packet,
