@@ -343,7 +343,7 @@ int KeoProgrammerModel::columnCount(const QModelIndex &parent) const
 
 QVariant KeoProgrammerModel::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid() || !checkIndex(index))
         return {};
     const DeviceRow &row = m_rows.at(index.row());
     const auto column = Column(index.column());
@@ -397,7 +397,7 @@ QString KeoProgrammerModel::displayText(const DeviceRow &row, Column column) con
 
 bool KeoProgrammerModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid() || !checkIndex(index))
         return false;
     const auto column = Column(index.column());
     if (column == Enable)
@@ -487,7 +487,7 @@ QVariant KeoProgrammerModel::headerData(int section, Qt::Orientation orientation
 
 Qt::ItemFlags KeoProgrammerModel::flags(const QModelIndex &index) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid() || !checkIndex(index))
         return Qt::NoItemFlags;
     const bool isKnown = m_rows.at(index.row()).kind == DeviceRow::kKnown;
     constexpr Qt::ItemFlags readable = Qt::ItemIsSelectable | Qt::ItemIsEnabled;
@@ -519,7 +519,7 @@ void KeoProgrammerModel::onAddNewDevice()
 
 void KeoProgrammerModel::onRemoveDevice(const QModelIndex &index)
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid() || !checkIndex(index))
         return;
     DeviceChain rows = m_rows;
     rows.remove(index.row());

@@ -23,6 +23,8 @@ void ProgrammerLog::addMessages(const QStringList &messages)
     const bool wasAtEnd = bar->value() == bar->maximum();
     const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));
     bool hasLine = false;
+    QTextCursor edit(document());
+    edit.beginEditBlock(); // one layout for all lines
     for (const QString &text : messages) {
         const QString message = text.simplified();
         if (message.isEmpty())
@@ -37,6 +39,7 @@ void ProgrammerLog::addMessages(const QStringList &messages)
     }
     if (hasLine)
         addLine(Info, {});
+    edit.endEditBlock();
     if (wasAtEnd)
         bar->setValue(bar->maximum()); // who reads further up is left in peace
 }

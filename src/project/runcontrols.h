@@ -12,9 +12,9 @@ struct RunSituation
     bool busy = false;             ///< a run is going on
     bool canStart = false;         ///< the design is ready for a single run
     bool canAuto = false;          ///< the design is ready for an Auto run
-    bool needsProgramming = false; ///< the programmer is in use and the bitstream not in the device
     int autorun = -1;              ///< finished rounds of an Auto run, -1 outside of one
     bool hasWaves = false;         ///< at least one capture window shows
+    bool needsProgramming = false; ///< the programmer is in use and the bitstream not in the device
 };
 
 /// Which controls are enabled.
