@@ -34,6 +34,13 @@ constexpr int kTrailingBits = 1;
 constexpr qint64 kStartRegister = 0;
 enum StartValue { Disarm = 0, Arm = 1, Force = 3 };
 
+/// Tells the answer to a memory read from the answer to a poll. Needed because request ids are used
+/// again at once: a reply that comes after a stop can find a request of the next run under its id.
+bool isSection(const CmdPack &reply)
+{
+    return reply.contains(QStringLiteral("WINDOW"));
+}
+
 } // namespace
 
 KeoStandardDataManager::ReadPlan::ReadPlan(const CoreConfig &core)
@@ -308,7 +315,8 @@ void KeoStandardDataManager::poll(CoreConfig &core, const Step &step)
 void KeoStandardDataManager::takeStartRegister(const CmdPack &reply)
 {
     const QBitArray data = reply.value(QStringLiteral("DATA")).toBitArray();
-    if (m_state != CaptureState::Armed || data.isEmpty() || !isZeroBits(data))
+    const bool isAnswer = !data.isEmpty() && !isSection(reply);
+    if (m_state != CaptureState::Armed || !isAnswer || !isZeroBits(data))
         return;
     m_currentCore->active = 2;
     if (m_autorun > -1)
@@ -349,8 +357,10 @@ bool KeoStandardDataManager::readSections(const ReadPlan &plan, int window, cons
         const qint64 row = window * plan.stride + qint64(section) * plan.sectionSize;
         m_session.sendCommand(burstReadPacket(readBlockWord(row, plan.sectionSize), place));
         const auto task = [step, plan](const CmdPack &reply, bool *done) {
-            *done = true;
-            if (step.isCurrent())
+            // A late answer to a poll can come in under this task's id: the section is still on its
+            // way then, and without it the run would never end.
+            *done = !step.isCurrent() || isSection(reply);
+            if (step.isCurrent() && *done)
                 step.manager->takeSection(reply, plan);
         };
         m_session.sendDataCommand(readRamPacket(plan.sectionBits(), place), task);
