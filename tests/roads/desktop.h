@@ -75,10 +75,15 @@ public:
         QWidget *button = find<QToolBar>("toolBar")->widgetForAction(tool(text));
         QTest::mouseClick(button, Qt::LeftButton);
     }
+    /// After a box the offscreen window system activates nothing; a real one gives the focus back.
+    void activate() const
+    {
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    }
     void press(Qt::Key key) const
     {
-        window->activateWindow(); // after a box the offscreen window system activates nothing
-        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        activate();
         QTest::keyClick(window.get(), key);
     }
     bool isBusy() const
