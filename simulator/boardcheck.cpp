@@ -2,6 +2,7 @@
 
 #include "boardfile.h"
 #include "cable.h"
+#include "jsonwalk.h"
 
 #include <QTextStream>
 
@@ -20,19 +21,32 @@ void describeCore(const CoreModel &model, QTextStream &out)
         << " edge: " << model.stimulusSamples() << " samples\n";
 }
 
+void describeLiteCore(const LiteCoreModel &model, QTextStream &out)
+{
+    const LiteCoreDescription &core = model.description();
+    out << "    lite core " << core.index << ": " << core.captured.size() << " captured bits, "
+        << core.captureAmount << " rows, implementation " << core.implementation
+        << (core.capturesInitData ? ", captures its first samples" : "") << "\n      clock "
+        << core.sampleClock << ", " << (core.fallingEdge ? "falling" : "rising")
+        << " edge: " << model.stimulusSamples() << " samples\n";
+}
+
 void describeDevice(const DeviceSetup &device, QTextStream &out)
 {
     out << "  device " << (device.model.isEmpty() ? QStringLiteral("(no model)") : device.model)
-        << ", ID code 0x" << QStringLiteral("%1").arg(device.idCode, 8, 16, QLatin1Char('0'))
-        << ", instruction code " << device.instruction
-        << (device.isProgrammed ? "" : ", not programmed") << '\n';
+        << ", ID code 0x" << idCodeText(device.idCode) << ", instruction code "
+        << device.instruction << (device.isProgrammed ? "" : ", not programmed") << '\n';
+}
+
+QString timesText(int nth)
+{
+    return nth == JsonWalk::kEvery ? QStringLiteral("every time")
+                                   : QStringLiteral("number %1").arg(nth);
 }
 
 void describeFault(const Fault &fault, QTextStream &out)
 {
-    out << "  fault: " << fault.name << " at " << fault.operation << ", "
-        << (fault.nth == Fault::kEvery ? QStringLiteral("every time")
-                                       : QStringLiteral("number %1").arg(fault.nth))
+    out << "  fault: " << fault.name << " at " << fault.operation << ", " << timesText(fault.nth)
         << '\n';
 }
 
@@ -46,6 +60,11 @@ bool checkCable(const QString &server, const CableSetup &setup, QTextStream &out
     for (const Fault &fault : setup.faults)
         describeFault(fault, out);
 
+    for (const ProgrammerFault &fault : setup.programmer.faults)
+        out << "  programmer fault: " << fault.name << " at "
+            << (fault.action == ProgrammerAction::Scan ? "scan" : "download") << ", "
+            << timesText(fault.nth) << '\n';
+
     QStringList notes;
     const auto cable = Cable::build(
         setup, [](const QString &) {}, &notes);
@@ -56,6 +75,8 @@ bool checkCable(const QString &server, const CableSetup &setup, QTextStream &out
     if (const DeviceModel *device = (*cable)->device()) {
         for (const auto &core : device->cores())
             describeCore(*core, out);
+        if (const LiteCoreModel *lite = device->liteCore())
+            describeLiteCore(*lite, out);
     }
     for (const QString &note : std::as_const(notes))
         out << "  reads as 0: " << note << '\n';

@@ -1,16 +1,15 @@
 #include "boardfile.h"
 
 #include "fileread.h"
+#include "jsonwalk.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <cmath>
 
 namespace Sim {
 
@@ -57,16 +56,15 @@ bool changesReply(Fault::Kind kind)
     return kind != Fault::Kind::Garbage && kind != Fault::Kind::Hang && kind != Fault::Kind::Die;
 }
 
-/// Walks the JSON and remembers the first thing that is wrong, and where.
-class BoardReader final
+class BoardReader final : private JsonWalk
 {
 public:
-    explicit BoardReader(const QString &path) : m_directory(QFileInfo(path).absolutePath()) {}
+    explicit BoardReader(const QString &path) : JsonWalk(QFileInfo(path).absolutePath()) {}
 
     BoardFile read(const QJsonObject &root)
     {
         BoardFile board;
-        allow(root, QString(), {"version", "log", "samples_per_second", "cables"});
+        allow(root, QString(), {"version", "log", "samples_per_second", "scan", "cables"});
         const int version = wholeNumber(root, QString(), "version", BoardFile::kVersion, 1, 1000);
         if (version != BoardFile::kVersion)
             fail(QStringLiteral("version"),
@@ -82,101 +80,32 @@ public:
             const QString place = QStringLiteral("cables.") + cable.key();
             board.cables.insert(cable.key(), readCable(object(*cable, place), place));
         }
+        board.scannedCable = readScannedCable(root, board.cables);
         return board;
     }
 
-    [[nodiscard]] const QString &error() const { return m_error; }
+    using JsonWalk::error;
 
 private:
-    void fail(const QString &place, const QString &text)
+    QString readScannedCable(const QJsonObject &root, const QMap<QString, CableSetup> &cables)
     {
-        if (m_error.isEmpty())
-            m_error = place.isEmpty() ? text : place + QStringLiteral(": ") + text;
-    }
-
-    static QString at(const QString &place, const char *key)
-    {
-        return place.isEmpty() ? QLatin1String(key) : place + u'.' + QLatin1String(key);
-    }
-
-    QJsonObject object(const QJsonValue &value, const QString &place)
-    {
-        if (!value.isObject() && !value.isUndefined())
-            fail(place, QStringLiteral("must be an object"));
-        return value.toObject();
-    }
-
-    QJsonArray array(const QJsonObject &parent, const QString &place, const char *key)
-    {
-        const QJsonValue value = parent.value(QLatin1String(key));
-        if (!value.isArray() && !value.isUndefined())
-            fail(at(place, key), QStringLiteral("must be an array"));
-        return value.toArray();
-    }
-
-    void allow(const QJsonObject &object, const QString &place,
-               std::initializer_list<const char *> keys)
-    {
-        for (auto entry = object.begin(); entry != object.end(); ++entry) {
-            const bool known = std::any_of(keys.begin(), keys.end(), [&entry](const char *key) {
-                return entry.key() == QLatin1String(key);
-            });
-            if (!known && !entry.key().startsWith(QStringLiteral("//")))
-                fail(place, QStringLiteral("the key \"%1\" is unknown").arg(entry.key()));
+        const QString named = text(root, QString(), "scan");
+        if (!named.isEmpty() && !cables.contains(named))
+            fail(QStringLiteral("scan"), QStringLiteral("there is no cable \"%1\"").arg(named));
+        if (!named.isEmpty())
+            return named;
+        for (const ProgrammerCable &cable : kProgrammerCables) {
+            const QString socket = QLatin1String(cable.socket);
+            if (!cables.value(socket).chain.isEmpty())
+                return socket;
         }
-    }
-
-    QString text(const QJsonObject &object, const QString &place, const char *key)
-    {
-        const QJsonValue value = object.value(QLatin1String(key));
-        if (!value.isString() && !value.isUndefined())
-            fail(at(place, key), QStringLiteral("must be a text"));
-        return value.toString();
-    }
-
-    QString path(const QJsonObject &object, const QString &place, const char *key)
-    {
-        const QString name = text(object, place, key);
-        return name.isEmpty() ? QString() : QDir(m_directory).absoluteFilePath(name);
-    }
-
-    bool flag(const QJsonObject &object, const QString &place, const char *key, bool otherwise)
-    {
-        const QJsonValue value = object.value(QLatin1String(key));
-        if (!value.isBool() && !value.isUndefined())
-            fail(at(place, key), QStringLiteral("must be true or false"));
-        return value.toBool(otherwise);
-    }
-
-    double number(const QJsonObject &object, const QString &place, const char *key,
-                  double otherwise, double least, double most)
-    {
-        const QJsonValue value = object.value(QLatin1String(key));
-        if (value.isUndefined())
-            return otherwise;
-        const double number = value.toDouble(std::nan(""));
-        if (!(number >= least && number <= most)) {
-            fail(at(place, key), QStringLiteral("must be a number from %1 to %2")
-                                     .arg(least, 0, 'f', 0)
-                                     .arg(most, 0, 'f', 0));
-            return otherwise;
-        }
-        return number;
-    }
-
-    int wholeNumber(const QJsonObject &object, const QString &place, const char *key, int otherwise,
-                    int least, int most)
-    {
-        const double value = number(object, place, key, otherwise, least, most);
-        if (value != std::floor(value))
-            fail(at(place, key), QStringLiteral("must be a whole number"));
-        return int(value);
+        return {};
     }
 
     CableSetup readCable(const QJsonObject &object, const QString &place)
     {
         CableSetup cable;
-        allow(object, place, {"chain", "faults"});
+        allow(object, place, {"chain", "faults", "programmer"});
         const QJsonArray chain = array(object, place, "chain");
         for (qsizetype i = 0; i < chain.size(); ++i) {
             const QString device = QStringLiteral("%1.chain[%2]").arg(place).arg(i);
@@ -193,6 +122,10 @@ private:
             const QString fault = QStringLiteral("%1.faults[%2]").arg(place).arg(i);
             cable.faults.append(readFault(this->object(faults.at(i), fault), fault));
         }
+        const QString programmer = at(place, "programmer");
+        cable.programmer = readProgrammerSetup(
+            *this, this->object(object.value(QStringLiteral("programmer")), programmer),
+            programmer);
         return cable;
     }
 
@@ -200,8 +133,13 @@ private:
     {
         DeviceSetup device;
         allow(object, place,
-              {"model", "idcode", "instruction", "programmed", "description", "stimulus", "nets"});
+              {"series", "model", "also_named", "idcode", "instruction", "programmed",
+               "description", "stimulus", "nets"});
         device.model = text(object, place, "model");
+        device.alsoNamed = texts(object, place, "also_named");
+        device.series = text(object, place, "series");
+        if (device.series.isEmpty())
+            device.series = device.model.section(u'-', 0, 0);
         device.idCode = readIdCode(text(object, place, "idcode"), at(place, "idcode"));
         device.instruction =
             wholeNumber(object, place, "instruction", device.instruction, 1, 65535);
@@ -236,7 +174,7 @@ private:
         if (!kOperations.contains(fault.operation))
             fail(at(place, "at"),
                  QStringLiteral("must be one of %1").arg(kOperations.join(QStringLiteral(", "))));
-        fault.nth = readNth(object.value(QStringLiteral("nth")), place);
+        fault.nth = nth(object, place);
 
         const auto *known = std::find_if(
             std::begin(kFaultNames), std::end(kFaultNames),
@@ -254,18 +192,6 @@ private:
             fail(place, QStringLiteral("%1 has no reply").arg(fault.operation));
         readDetails(object, place, fault);
         return fault;
-    }
-
-    int readNth(const QJsonValue &value, const QString &place)
-    {
-        if (value.isUndefined())
-            return 1;
-        if (value.toString() == QStringLiteral("every"))
-            return Fault::kEvery;
-        const int nth = value.toInt(0);
-        if (nth < 1)
-            fail(at(place, "nth"), QStringLiteral("must be a number from 1 or \"every\""));
-        return nth;
     }
 
     void readDetails(const QJsonObject &object, const QString &place, Fault &fault)
@@ -314,9 +240,6 @@ private:
                 QStringLiteral("must be one of %1").arg(garbageNames().join(QStringLiteral(", "))));
         return hex.isEmpty() ? garbageNamed(kind) : QByteArray::fromHex(hex.toLatin1());
     }
-
-    QString m_directory;
-    QString m_error;
 };
 
 /// Line and column of a byte, from 1.
@@ -353,6 +276,21 @@ Outcome<BoardFile> readBoardFile(const QString &path)
     if (!json)
         return Failure{json.error()};
     return readBoard(*json, path);
+}
+
+QString idCodeText(quint32 idCode)
+{
+    return QStringLiteral("%1").arg(idCode, 8, 16, QLatin1Char('0')).toUpper();
+}
+
+QString boardPathInForce()
+{
+    const QString named = qEnvironmentVariable("SIGNALSCOPE_BOARD");
+    if (!named.isEmpty())
+        return named;
+    const QString beside =
+        QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("board.json"));
+    return QFileInfo::exists(beside) ? beside : QString();
 }
 
 } // namespace Sim

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "boardfile.h"
+#include "chainstate.h"
 #include "devicemodel.h"
 #include "packet.h"
 
@@ -22,14 +23,18 @@ class Cable final
 public:
     enum OpenResult { Opened = 0, OpenFailed = 1, NotProgrammed = -20 };
 
-    /// Builds the device model, which reads the description and the stimulus. Sentences about what
-    /// is odd but workable are appended to \a notes.
-    static Outcome<std::unique_ptr<Cable>> build(const CableSetup &setup, CoreModel::Report report,
+    /// Builds the device model, which reads the description and the stimulus; does so for a device
+    /// without bitstream as well, to tell early what is wrong with them. Sentences about what is
+    /// odd but workable are appended to \a notes.
+    static Outcome<std::unique_ptr<Cable>> build(const CableSetup &setup, Core::Report report,
                                                  QStringList *notes);
 
     /// The reply to a packet, or nothing when there is none. \a client tells clients apart;
     /// \a forcedResult stands in for the result of an "OPEN".
     std::optional<Packet> handle(int client, const Packet &packet, std::optional<int> forcedResult);
+    /// Takes over what a programmer did to the device with the analyzer: it lost its bitstream, or
+    /// got one, and then its cores start anew.
+    void follow(const ChainState &state);
     /// The client is gone; what it held open is closed.
     void clientLeft(int client);
 
@@ -39,7 +44,7 @@ public:
     [[nodiscard]] const DeviceModel *device() const { return m_device.get(); }
 
 private:
-    Cable(const CableSetup &setup, CoreModel::Report report);
+    Cable(const CableSetup &setup, Core::Report report);
 
     [[nodiscard]] int openResult(int client, const Packet &packet) const;
     void write(int client, const Packet &packet);
@@ -47,9 +52,10 @@ private:
     void reportNotOpen(const QString &packet);
 
     CableSetup m_setup;
-    CoreModel::Report m_report;
-    std::unique_ptr<DeviceModel> m_device;
-    std::optional<int> m_holder; ///< client that has the device open
+    Core::Report m_report;
+    std::unique_ptr<DeviceModel> m_device; ///< null while it has no bitstream
+    int m_loads = 0;                       ///< those that m_device has seen, see DeviceState
+    std::optional<int> m_holder;           ///< client that has the device open
     bool m_notOpenReported = false;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "jsonwalk.h"
+
 #include <QByteArray>
 #include <QHash>
 #include <QList>
@@ -22,7 +24,7 @@ struct Fault
         Hang,    ///< the server reads and answers nothing any more
         Die,     ///< the process ends at once with the exit status `value`
     };
-    static constexpr int kEvery = 0;
+    static constexpr int kEvery = JsonWalk::kEvery;
     static constexpr const char *kAnyOperation = "any";
 
     Kind kind = Kind::Lost;

@@ -7,7 +7,6 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 #include <QTextStream>
 
@@ -19,17 +18,6 @@ constexpr int kBadCommandLine = 1;
 constexpr int kBadBoard = 2;
 constexpr int kNameTaken = 3;
 
-/// The board file in force; an empty path when there is none.
-QString boardPath()
-{
-    const QString named = qEnvironmentVariable("SIGNALSCOPE_BOARD");
-    if (!named.isEmpty())
-        return named;
-    const QString beside =
-        QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("board.json"));
-    return QFileInfo::exists(beside) ? beside : QString();
-}
-
 int serve(const QString &socketName, const QString &logPath)
 {
     Sim::Logbook log(QCoreApplication::applicationName());
@@ -39,7 +27,7 @@ int serve(const QString &socketName, const QString &logPath)
     };
 
     Sim::BoardFile board;
-    const QString path = boardPath();
+    const QString path = Sim::boardPathInForce();
     if (path.isEmpty()) {
         log.complain(QStringLiteral("no board file: nothing hangs on the cable"));
     } else {
@@ -61,7 +49,8 @@ int serve(const QString &socketName, const QString &logPath)
     for (const QString &note : std::as_const(notes))
         log.complain(QStringLiteral("reads as 0: %1").arg(note));
 
-    Sim::Server server(std::move(*cable), setup.faults, board.samplesPerSecond, &log);
+    Sim::Server server(std::move(*cable), setup.faults, board.samplesPerSecond,
+                       Sim::ChainStateFile(socketName, board.path), &log);
     if (const QString error = server.listen(socketName); !error.isEmpty())
         return refuse(error, kNameTaken);
     log.note(QStringLiteral("serves \"%1\"").arg(socketName));

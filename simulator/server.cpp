@@ -87,11 +87,12 @@ private:
 };
 
 Server::Server(std::unique_ptr<Cable> cable, QList<Fault> faults, qint64 samplesPerSecond,
-               Logbook *log, QObject *parent)
+               ChainStateFile chainState, Logbook *log, QObject *parent)
     : QObject(parent),
       m_cable(std::move(cable)),
       m_faults(std::move(faults)),
       m_samplesPerSecond(samplesPerSecond),
+      m_chainState(std::move(chainState)),
       m_log(log)
 {
     m_tick->setInterval(kTickMs);
@@ -99,7 +100,11 @@ Server::Server(std::unique_ptr<Cable> cable, QList<Fault> faults, qint64 samples
     connect(m_server, &QLocalServer::newConnection, this, &Server::acceptClients);
 }
 
-Server::~Server() = default;
+Server::~Server()
+{
+    if (m_server->isListening())
+        m_chainState.clear();
+}
 
 QString Server::listen(const QString &name)
 {
@@ -117,7 +122,10 @@ QString Server::listen(const QString &name)
         QLocalServer::removeServer(name);
     m_server->setSocketOptions(QLocalServer::UserAccessOption);
     if (m_server->listen(name))
-        return {};
+        return m_chainState.clear() ? QString()
+                                    : QStringLiteral("%1 can't be removed, and tells of an "
+                                                     "earlier power-on")
+                                          .arg(m_chainState.path());
     return QStringLiteral("the socket \"%1\" can't be opened: %2")
         .arg(name, m_server->errorString());
 }
@@ -175,6 +183,8 @@ void Server::handle(Connection &connection, const Packet &packet)
         }
     }
 
+    if (operation == QStringLiteral("OPEN"))
+        m_cable->follow(m_chainState.read());
     const auto reply = m_cable->handle(connection.number(), packet, forcedResult);
     if (m_cable->isArmed() && !m_tick->isActive()) {
         m_sampledAt.start();

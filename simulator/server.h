@@ -2,6 +2,7 @@
 
 #include "boardfile.h"
 #include "cable.h"
+#include "chainstate.h"
 #include "faultplan.h"
 #include "logbook.h"
 
@@ -26,12 +27,13 @@ class Server final : public QObject
     Q_OBJECT
 
 public:
-    Server(std::unique_ptr<Cable> cable, QList<Fault> faults, qint64 samplesPerSecond, Logbook *log,
-           QObject *parent = nullptr);
+    Server(std::unique_ptr<Cable> cable, QList<Fault> faults, qint64 samplesPerSecond,
+           ChainStateFile chainState, Logbook *log, QObject *parent = nullptr);
     ~Server() override;
 
-    /// Serves clients of this user under \a name. The place of a server that died is taken; when
-    /// one lives there, or on any other obstacle, the result is the error's text.
+    /// Serves clients of this user under \a name, and switches the board's power on. The place of a
+    /// server that died is taken; when one lives there, or on any other obstacle, the result is the
+    /// error's text.
     QString listen(const QString &name);
 
 private:
@@ -47,6 +49,7 @@ private:
     std::unique_ptr<Cable> m_cable;
     FaultPlan m_faults;
     qint64 m_samplesPerSecond = 0;
+    ChainStateFile m_chainState;                     ///< what a programmer leaves
     Logbook *m_log;                                  // borrowed
     QLocalServer *m_server = new QLocalServer(this); // owned by the object tree
     QTimer *m_tick = new QTimer(this); // owned by the object tree; runs while a core is armed

@@ -130,20 +130,7 @@ Result<QSize> pictureSize(const QString &text)
     return size;
 }
 
-QString wordCharacters(QString name)
-{
-    static const QRegularExpression other(QStringLiteral("\\W"));
-    return name.replace(other, QStringLiteral("_"));
-}
-
 } // namespace
-
-qint64 ClockPeriod::picoseconds() const
-{
-    if (unit == "us")
-        return qint64(number) * 1000000;
-    return unit == "ns" ? qint64(number) * 1000 : number;
-}
 
 Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
 {
@@ -247,8 +234,8 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
     options.directory = QDir(parser.value(declared.out)).absolutePath();
     options.baseName = parser.isSet(declared.name)
                            ? parser.value(declared.name)
-                           : wordCharacters(QFileInfo(options.file).completeBaseName());
-    if (options.baseName.isEmpty() || options.baseName != wordCharacters(options.baseName))
+                           : asExportName(QFileInfo(options.file).completeBaseName());
+    if (options.baseName.isEmpty() || options.baseName != asExportName(options.baseName))
         return usage(tr("--name takes letters, digits and _, not \"%1\".").arg(options.baseName));
     return options;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <base/result.h>
+#include <export/exportfiles.h>
 
 #include <QList>
 #include <QSize>
@@ -10,19 +11,6 @@
 #include <optional>
 
 namespace KEO {
-
-/// Kinds of export file.
-enum class ExportFormat { Csv, Vcd, Prn };
-
-/// Clock period as the user gives it: a number and one of the units us, ns and ps.
-struct ClockPeriod
-{
-    int number = 1; ///< 1 to 9999999
-    QString unit = QStringLiteral("us");
-
-    [[nodiscard]] qint64 picoseconds() const;
-    bool operator==(const ClockPeriod &other) const = default;
-};
 
 /// What the command line asks for.
 struct CaptureOptions

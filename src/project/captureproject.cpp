@@ -1,15 +1,18 @@
 #include "captureproject.h"
 
+#include "descriptionwatch.h"
 #include "projectlog.h"
 #include "runcontrols.h"
 #include "runtoolbar.h"
 #include "waitingtip.h"
 
+#include <export/exportdialog.h>
 #include <link/jtagsession.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QTabWidget>
@@ -31,13 +34,34 @@ void showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, cons
 
 } // namespace
 
-CaptureProject::CaptureProject(QObject *parent) : AnalyzerProject(parent)
+CaptureProject::CaptureProject(QObject *parent)
+    : AnalyzerProject(parent),
+      m_descriptionWatch(new DescriptionWatch([this] { return isBusy(); }, this))
 {
+    connectDescriptionWatch();
 }
 
 CaptureProject::~CaptureProject()
 {
     WaitingTip::close();
+}
+
+/// The main window opens and closes files; a project knows only that it has one.
+void CaptureProject::connectDescriptionWatch()
+{
+    connect(m_descriptionWatch, &DescriptionWatch::reopenRequested, this,
+            [this](const QString &path) {
+                QMetaObject::invokeMethod(parent(), "reopen", Q_ARG(QString, path));
+            });
+    connect(m_descriptionWatch, &DescriptionWatch::closeRequested, this,
+            [this] { QMetaObject::invokeMethod(parent(), "closeCurrentProject"); });
+    connect(m_descriptionWatch, &DescriptionWatch::reloaded, this,
+            [this] { descriptionReloaded(); });
+}
+
+void CaptureProject::watchDescription()
+{
+    m_descriptionWatch->start(m_keoFilePath, m_page);
 }
 
 void CaptureProject::deletePage()
@@ -75,6 +99,8 @@ void CaptureProject::buildToolBar()
     connect(a.zoomInAction, &QAction::triggered, this, &CaptureProject::onZoomIn);
     connect(a.zoomOutAction, &QAction::triggered, this, &CaptureProject::onZoomOut);
     connect(a.zoomFitAction, &QAction::triggered, this, &CaptureProject::onZoomFit);
+    connect(a.exportAction, &QAction::triggered, this, &CaptureProject::onExport);
+    connect(a.saveAction, &QAction::triggered, this, &CaptureProject::onSave);
 }
 
 bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askStop)
@@ -87,9 +113,12 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
     if (!self)
         return true;
     WaitingTip::close();
+    m_descriptionWatch->stop();
     m_keoFilePath.clear();
     m_projectFilePath.clear();
     m_dataFilePath.clear();
+    if (m_runToolBar)
+        m_runToolBar->actions().saveAction->setEnabled(false);
     if (toolBarGetter && m_runToolBar)
         m_runToolBar->detach(*toolBarGetter());
     clearWaveMonitors(WaveTabs::Layouts::Forget);
@@ -187,6 +216,18 @@ void CaptureProject::onZoomFit()
         wave->zoomFit();
 }
 
+void CaptureProject::onExport()
+{
+    const QList<WaveMonitorWidget *> monitors = m_waveTabs.monitors();
+    if (isBusy() || monitors.isEmpty())
+        return;
+    ExportDialog::run({.mode = exportMode(),
+                       .directory = QFileInfo(m_keoFilePath).absolutePath(),
+                       .cores = exportCores(monitors),
+                       .waveMonitors = monitors},
+                      m_mainWindow);
+}
+
 void CaptureProject::onComplete(int resultID)
 {
     WaitingTip::close();
@@ -229,11 +270,11 @@ void CaptureProject::updateActions()
     a.autoAction->setEnabled(controls.autoRun);
     a.stopAction->setEnabled(controls.stop);
     a.forceTriggerAction->setEnabled(controls.forceTrigger);
-    // controls.save takes over as soon as waves can be saved and exported: until then a button that
-    // does nothing would promise what it can't keep.
-    a.saveAction->setEnabled(false);
-    a.exportAction->setEnabled(false);
+    a.saveAction->setEnabled(controls.save);
+    a.exportAction->setEnabled(controls.save);
     setPageEnabled(controls.settings);
+    if (!situation.busy)
+        m_descriptionWatch->tellPending();
 }
 
 void CaptureProject::showCapture(const CapturedWindow &captured)
@@ -276,6 +317,11 @@ void CaptureProject::showError(const QString &text)
     showBox(QMessageBox::Critical, m_mainWindow, tr("Error"), text);
     if (self)
         m_openErrors.remove(text);
+}
+
+void CaptureProject::showWarning(const QString &text)
+{
+    showBox(QMessageBox::Warning, m_mainWindow, tr("Warning"), text);
 }
 
 void CaptureProject::showInformation(const QString &text)

@@ -43,9 +43,14 @@ public:
     void addBus(const BusElement &bus);
     /// Sample index. Also shown in the Value column until a marker takes over.
     void setTriggerPosition(int sample);
+    [[nodiscard]] const WindowContents &contents() const { return m_contents; }
     /// The XML forms are told at WindowContents. Replaces signals and rows by those of an element
     /// `Window`; any other element changes nothing. Always true.
     bool readWindow(const QDomElement &window);
+    /// Replaces signals, rows and trigger.
+    void setContents(WindowContents contents);
+    /// All that is shown. Borrowed; changes with it.
+    [[nodiscard]] const WindowContents &contents() const { return m_contents; }
     [[nodiscard]] QDomElement writeWindow(QDomDocument &document) const;
     /// Replaces the rows by those of an element `Layout`.
     void setLayout(const QDomElement &layout);
