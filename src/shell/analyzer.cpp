@@ -5,6 +5,7 @@
 
 #include <image/images.h>
 #include <link/jtagsession.h>
+#include <project/messagebox.h>
 
 #include <QAction>
 #include <QCloseEvent>
@@ -13,7 +14,6 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QKeySequence>
-#include <QMessageBox>
 #include <QPointer>
 #include <QScreen>
 #include <QStatusBar>
@@ -145,12 +145,13 @@ void Analyzer::onOpen()
 
 void Analyzer::closeEvent(QCloseEvent *event)
 {
+    const QPointer<Analyzer> self(this); // the question waits, and the window may go meanwhile
     const auto askStop = [this] {
-        return QMessageBox::question(
-                   this, tr("Exit"), tr("Task is still running, do you want to exit?"),
-                   QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
+        return showBox(QMessageBox::Question, this, tr("Exit"),
+                       tr("Task is still running, do you want to exit?"),
+                       QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
     };
-    if (!m_d->projectManager->closeCurrent(this, askStop)) {
+    if (!m_d->projectManager->closeCurrent(this, askStop) || !self) {
         event->ignore();
         return;
     }

@@ -32,8 +32,7 @@ public:
         design.write(directory.path());
         qputenv("SIGNALSCOPE_BOARD", directory.filePath("board.json").toLocal8Bit());
         keepLog();
-        KEO::JtagSession::instance()->connectServers(KEO::launchServers(
-            servers, QStringLiteral(KEO_BURNER_DIR), KEO::serverTable().mid(0, 1)));
+        connectServer();
         window = std::make_unique<KEO::Analyzer>();
         window->resize(1200, 800);
         window->show();
@@ -121,6 +120,16 @@ public:
     std::function<void()> whileBoxIsOpen;                  ///< runs once
 
 private:
+    /// On a busy machine a server takes longer to start than the program waits for it.
+    void connectServer()
+    {
+        auto rows = KEO::launchServers(servers, QStringLiteral(KEO_BURNER_DIR),
+                                       KEO::serverTable().mid(0, 1));
+        for (int attempt = 0; attempt < 10 && !rows.isEmpty(); ++attempt)
+            rows = KEO::JtagSession::instance()->connectServers(rows);
+        if (!rows.isEmpty())
+            qFatal("the server does not answer");
+    }
     void keepLog() const
     {
         QFile board(directory.filePath("board.json"));

@@ -31,6 +31,7 @@ private Q_SLOTS:
     void errors_data();
     void errors();
     void closeDuringCapture();
+    void windowGoesWithTheQuestion();
 };
 
 namespace {
@@ -317,6 +318,19 @@ void tst_DesktopRoad::closeDuringCapture()
     QVERIFY(d.window->close());
     QCOMPARE(d.boxes, (QStringList{question, question}));
     QVERIFY(!Desktop::tip() && !JtagSession::instance()->hasConnection());
+}
+
+void tst_DesktopRoad::windowGoesWithTheQuestion()
+{
+    TestDesign design;
+    design.fires = false;
+    Desktop d(design);
+    d.open();
+    d.press(Qt::Key_F1);
+    d.whileBoxIsOpen = [&] { d.window.reset(); };
+    d.window->close();
+    QVERIFY(!d.window && !Desktop::tip());
+    QCOMPARE(d.boxes.size(), 1);
 }
 
 int main(int argc, char **argv)
