@@ -1,6 +1,7 @@
 #include "analyzer.h"
 
 #include "debugdock.h"
+#include "emptyhint.h"
 #include "startupoptions.h"
 
 #include <image/images.h>
@@ -98,6 +99,7 @@ Analyzer::Analyzer(QWidget *parent, const ProjectFactories &factories)
     connect(m_d->openAction, &QAction::triggered, this, &Analyzer::onOpen);
     addToolBar(m_d->toolBar);
     setCentralWidget(m_d->tabWidget);
+    new EmptyHint(m_d->tabWidget);
     resize(kRestoredSize.boundedTo(screen()->availableSize()));
     if (wantsDebugMessages(QCoreApplication::arguments()))
         buildDebugDock();

@@ -119,6 +119,9 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
     design.device = "KX-1"; // a file opened by hand names no device, so none with a rule of its own
     Desktop d(design);
 
+    auto *hint = d.find<QWidget>("emptyHint");
+    QVERIFY(hint->isVisible() && d.tabs()->rect().contains(hint->geometry()));
+
     // Open by the file dialog.
     onDialog([&](QDialog *dialog) {
         auto *name = dialog->findChild<QLineEdit *>("fileNameEdit");
@@ -128,6 +131,7 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
     d.activate();
     QTest::keyClick(d.window.get(), Qt::Key_O, Qt::ControlModifier);
     QCOMPARE(d.tabs()->count(), 1);
+    QVERIFY(!hint->isVisible());
 
     // Select the second core, which shows its settings.
     auto *cores = d.find<QTreeWidget>("coreTree");
@@ -225,6 +229,9 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
     QVERIFY(isStimulus(*d.wave(2), changed, countAt(*d.wave(2), design.position)));
     QCOMPARE(countAt(*d.wave(2), design.position) & 0xFF, 0x55);
     QVERIFY(rowNames(*d.wave(1)->findChild<SignalTreeView *>()) != arranged);
+
+    QVERIFY(d.window->closeCurrentProject());
+    QVERIFY(hint->isVisible());
 }
 
 void tst_DesktopRoad::autoRoundsAndForcedTriggers()
