@@ -1,12 +1,10 @@
 #include "boundedxml.h"
 
-#include <QByteArray>
 #include <QCoreApplication>
 #include <QRegularExpression>
 #include <QStringConverter>
-#include <QXmlStreamReader>
 
-#include <optional>
+#include <utility>
 
 namespace KEO {
 namespace {
@@ -21,40 +19,74 @@ struct Text
     Q_DECLARE_TR_FUNCTIONS(KEO::BoundedXml)
 };
 
-Error errorAt(Error::Kind kind, const QString &message, qint64 line, qint64 column)
+// Text is UTF-16 or bytes of UTF-8; what markup is made of looks the same in both.
+qsizetype find(QStringView text, QLatin1StringView wanted, qsizetype from)
 {
-    return {kind,
-            Text::tr("%1 at %2:%3").arg(message, QString::number(line), QString::number(column))};
+    return text.indexOf(wanted, from);
 }
 
-Error errorAt(QStringView text, qsizetype position, const QString &message)
+qsizetype find(QByteArrayView text, QLatin1StringView wanted, qsizetype from)
 {
-    const QStringView before = text.first(position);
-    const qsizetype lineStart = before.lastIndexOf(u'\n') + 1;
-    return errorAt(Error::Limit, message, before.count(u'\n') + 1, position - lineStart + 1);
+    return text.indexOf(QByteArrayView(wanted.data(), wanted.size()), from);
 }
 
-Error tooManyAttributes(QStringView text, qsizetype position, int allowed)
+qsizetype findTag(QStringView text, qsizetype from)
 {
-    return errorAt(text, position, Text::tr("A tag has more than %1 attributes").arg(allowed));
+    return text.indexOf(u'<', from);
 }
 
-Error tooLarge(qsizetype allowed)
+qsizetype findTag(QByteArrayView text, qsizetype from)
 {
-    return errorAt(Error::Limit, Text::tr("The document is larger than %1 bytes").arg(allowed), 0,
-                   0);
+    return text.indexOf('<', from);
+}
+
+bool begins(QStringView text, QLatin1StringView wanted)
+{
+    return text.startsWith(wanted);
+}
+
+bool begins(QByteArrayView text, QLatin1StringView wanted)
+{
+    return text.startsWith(QByteArrayView(wanted.data(), wanted.size()));
+}
+
+char16_t unit(QChar c)
+{
+    return c.unicode();
+}
+
+char16_t unit(char c)
+{
+    return uchar(c);
+}
+
+template <typename View>
+XmlFault faultAt(View text, qsizetype position, const QString &message)
+{
+    XmlFault fault{Error::Limit, message, 1, 1};
+    for (qsizetype i = 0; i < position; ++i) {
+        const bool endsLine = unit(text[i]) == u'\n';
+        fault.line += endsLine ? 1 : 0;
+        fault.column = endsLine ? 1 : fault.column + 1;
+    }
+    return fault;
+}
+
+XmlFault tooLarge(qsizetype allowed)
+{
+    return {Error::Limit, Text::tr("The document is larger than %1 bytes").arg(allowed)};
 }
 
 /// First of \a wanted in \a text from \a position on that no quotes enclose; the end if there is
 /// none.
-template <typename Wanted>
-qsizetype findUnquoted(QStringView text, qsizetype position, Wanted wanted)
+template <typename View, typename Wanted>
+qsizetype findUnquoted(View text, qsizetype position, Wanted wanted)
 {
-    QChar quote;
+    char16_t quote = 0;
     for (; position < text.size(); ++position) {
-        const QChar c = text[position];
-        if (!quote.isNull())
-            quote = c == quote ? QChar() : quote;
+        const char16_t c = unit(text[position]);
+        if (quote != 0)
+            quote = c == quote ? 0 : quote;
         else if (c == u'"' || c == u'\'')
             quote = c;
         else if (wanted(c))
@@ -63,73 +95,46 @@ qsizetype findUnquoted(QStringView text, qsizetype position, Wanted wanted)
     return position;
 }
 
-qsizetype behind(QStringView text, QStringView terminator, qsizetype position)
+template <typename View>
+qsizetype behind(View text, QLatin1StringView terminator, qsizetype position)
 {
-    const qsizetype found = text.indexOf(terminator, position);
+    const qsizetype found = find(text, terminator, position);
     return found < 0 ? text.size() : found + terminator.size();
 }
 
 /// Refuses what already costs the stream parser too much: it compares every attribute of a tag with
 /// every other, and expands entities while it reads the declarations of a DOCTYPE. Follows markup
 /// only as far as well-formed text needs; in other text the parser stops first.
-std::optional<Error> checkMarkup(QStringView text, const XmlLimits &limits)
+template <typename View>
+std::optional<XmlFault> checkMarkup(View text, const XmlLimits &limits)
 {
     qsizetype position = 0;
-    while ((position = text.indexOf(u'<', position)) >= 0) {
-        const QStringView rest = text.sliced(position);
-        if (rest.startsWith(u"<!--")) {
-            position = behind(text, u"-->", position + 4);
-        } else if (rest.startsWith(u"<![CDATA[")) {
-            position = behind(text, u"]]>", position);
-        } else if (rest.startsWith(u"<?")) {
-            position = behind(text, u"?>", position);
-        } else if (rest.startsWith(u"<!")) {
-            position = findUnquoted(text, position, [](QChar c) { return c == u'[' || c == u'>'; });
-            if (position < text.size() && text[position] == u'[')
-                return errorAt(text, position, Text::tr("A DOCTYPE must not declare anything"));
+    while ((position = findTag(text, position)) >= 0) {
+        const View rest = text.sliced(position);
+        if (begins(rest, "<!--"_L1)) {
+            position = behind(text, "-->"_L1, position + 4);
+        } else if (begins(rest, "<![CDATA["_L1)) {
+            position = behind(text, "]]>"_L1, position);
+        } else if (begins(rest, "<?"_L1)) {
+            position = behind(text, "?>"_L1, position);
+        } else if (begins(rest, "<!"_L1)) {
+            position =
+                findUnquoted(text, position, [](char16_t c) { return c == u'[' || c == u'>'; });
+            if (position < text.size() && unit(text[position]) == u'[')
+                return faultAt(text, position, Text::tr("A DOCTYPE must not declare anything"));
         } else {
             int attributes = 0;
-            const auto endsTag = [&](QChar c) {
+            const auto endsTag = [&](char16_t c) {
                 attributes += c == u'=' ? 1 : 0;
                 return c == u'>' || attributes > limits.maxAttributes;
             };
             position = findUnquoted(text, position, endsTag);
             if (attributes > limits.maxAttributes)
-                return tooManyAttributes(text, position, limits.maxAttributes);
+                return faultAt(
+                    text, position,
+                    Text::tr("A tag has more than %1 attributes").arg(limits.maxAttributes));
         }
     }
-    return std::nullopt;
-}
-
-/// Walks the whole text without a tree: every fault of form, the depth and the number of nodes.
-std::optional<Error> checkStream(const QString &text, const XmlLimits &limits)
-{
-    QXmlStreamReader reader(text);
-    reader.setNamespaceProcessing(false);
-    const auto refuse = [&](const QString &message) {
-        return errorAt(Error::Limit, message, reader.lineNumber(), reader.columnNumber());
-    };
-    qint64 nodes = 0;
-    int depth = 0;
-    while (!reader.atEnd()) {
-        const QXmlStreamReader::TokenType token = reader.readNext();
-        nodes += 1;
-        if (token == QXmlStreamReader::StartElement) {
-            nodes += kNodesOfAttribute * reader.attributes().size();
-            depth += 1;
-        } else if (token == QXmlStreamReader::EndElement) {
-            nodes -= 1;
-            depth -= 1;
-        }
-        if (depth > limits.maxDepth)
-            return refuse(Text::tr("Elements are nested more than %1 deep").arg(limits.maxDepth));
-        if (nodes > limits.maxNodes)
-            return refuse(Text::tr("The document has more than %1 elements, attributes and texts")
-                              .arg(limits.maxNodes));
-    }
-    if (reader.hasError())
-        return errorAt(Error::Format, reader.errorString(), reader.lineNumber(),
-                       reader.columnNumber());
     return std::nullopt;
 }
 
@@ -155,58 +160,139 @@ QString withoutDeclaration(QString text)
     return text;
 }
 
-Result<QString> decode(const QByteArray &bytes)
+/// Name of the encoding that the bytes claim to have.
+QByteArray encodingOf(const QByteArray &bytes)
 {
-    QByteArray encoding = "UTF-8";
-    if (const auto detected = QStringConverter::encodingForData(bytes, u'<')) {
-        encoding = QStringConverter::nameForEncoding(*detected);
-    } else {
-        const QString start = QString::fromLatin1(bytes.first(qMin<qsizetype>(bytes.size(), 1024)));
-        const QString declared = declaration().match(start).captured(1);
-        if (!declared.isEmpty())
-            encoding = declared.toLatin1();
-    }
+    if (const auto detected = QStringConverter::encodingForData(bytes, u'<'))
+        return QStringConverter::nameForEncoding(*detected);
+    const QString start = QString::fromLatin1(bytes.first(qMin<qsizetype>(bytes.size(), 1024)));
+    const QString declared = declaration().match(start).captured(1);
+    return declared.isEmpty() ? QByteArray("UTF-8") : declared.toLatin1();
+}
+
+std::optional<XmlFault> decode(const QByteArray &bytes, QString &text)
+{
+    const QByteArray encoding = encodingOf(bytes);
+    const QString name = QString::fromLatin1(encoding);
     QStringDecoder decoder(encoding.constData());
     if (!decoder.isValid())
-        return errorAt(
-            Error::Format,
-            Text::tr("The encoding %1 is not supported").arg(QString::fromLatin1(encoding)), 1, 1);
-    QString text = decoder.decode(bytes);
+        return XmlFault{Error::Format, Text::tr("The encoding %1 is not supported").arg(name), 1,
+                        1};
+    text = decoder.decode(bytes);
     if (decoder.hasError())
-        return errorAt(Error::Format,
-                       Text::tr("The document is not valid %1").arg(QString::fromLatin1(encoding)),
-                       0, 0);
-    return text;
+        return XmlFault{Error::Format, Text::tr("The document is not valid %1").arg(name)};
+    return std::nullopt;
 }
 
 } // namespace
 
+Error XmlFault::toError() const
+{
+    return {kind,
+            Text::tr("%1 at %2:%3").arg(message, QString::number(line), QString::number(column))};
+}
+
+BoundedXmlReader::BoundedXmlReader(const QByteArray &bytes, const XmlLimits &limits)
+    : m_limits(limits)
+{
+    if (bytes.size() > limits.maxSize) {
+        m_fault = tooLarge(limits.maxSize);
+    } else if (encodingOf(bytes).compare("UTF-8", Qt::CaseInsensitive) != 0) {
+        QString text;
+        m_fault = decode(bytes, text);
+        start(withoutDeclaration(text));
+    } else {
+        m_fault = checkMarkup(QByteArrayView(bytes), limits);
+        // A device is decoded piece by piece, bytes all at once.
+        m_buffer.setData(bytes);
+        m_buffer.open(QIODevice::ReadOnly);
+        m_xml.setDevice(&m_buffer);
+        m_xml.setNamespaceProcessing(false);
+    }
+}
+
+BoundedXmlReader::BoundedXmlReader(const QString &text, const XmlLimits &limits) : m_limits(limits)
+{
+    if (text.size() > limits.maxSize)
+        m_fault = tooLarge(limits.maxSize);
+    else
+        start(text);
+}
+
+void BoundedXmlReader::start(const QString &text)
+{
+    if (!m_fault)
+        m_fault = checkMarkup(QStringView(text), m_limits);
+    m_xml.addData(text);
+    m_xml.setNamespaceProcessing(false);
+}
+
+bool BoundedXmlReader::next()
+{
+    if (m_fault || m_xml.atEnd())
+        return false;
+    if (std::exchange(m_leaves, false))
+        --m_depth;
+    m_xml.readNext();
+    takeIntoAccount();
+    if (m_xml.hasError() && !m_fault)
+        refuse(Error::Format, m_xml.errorString());
+    return !m_fault;
+}
+
+void BoundedXmlReader::takeIntoAccount()
+{
+    if (m_xml.isEndElement()) {
+        m_leaves = true;
+        return;
+    }
+    ++m_nodes;
+    if (m_xml.isStartElement()) {
+        m_nodes += kNodesOfAttribute * m_xml.attributes().size();
+        ++m_depth;
+    }
+    if (m_depth > m_limits.maxDepth)
+        refuse(Error::Limit,
+               Text::tr("Elements are nested more than %1 deep").arg(m_limits.maxDepth));
+    else if (m_nodes > m_limits.maxNodes)
+        refuse(Error::Limit,
+               Text::tr("The document has more than %1 elements, attributes and texts")
+                   .arg(m_limits.maxNodes));
+}
+
+void BoundedXmlReader::refuse(Error::Kind kind, const QString &message)
+{
+    if (!m_fault)
+        m_fault = XmlFault{kind, message, m_xml.lineNumber(), m_xml.columnNumber()};
+}
+
 Result<QDomDocument> parseBoundedXml(const QString &text, const XmlLimits &limits)
 {
     if (text.size() > limits.maxSize)
-        return tooLarge(limits.maxSize);
+        return tooLarge(limits.maxSize).toError();
     const QString content = withoutDeclaration(text);
-    if (const std::optional<Error> error = checkMarkup(content, limits))
-        return *error;
-    if (const std::optional<Error> error = checkStream(content, limits))
-        return *error;
+    BoundedXmlReader reader(content, limits);
+    while (reader.next()) {
+    }
+    if (reader.fault())
+        return reader.fault()->toError();
     QDomDocument document;
     QString message;
     int line = 0;
     int column = 0;
     if (!document.setContent(content, &message, &line, &column))
-        return errorAt(Error::Format, message, line, column);
+        return XmlFault{Error::Format, message, line, column}.toError();
     return document;
 }
 
 Result<QDomDocument> parseBoundedXml(const QByteArray &bytes, const XmlLimits &limits)
 {
     if (bytes.size() > limits.maxSize)
-        return tooLarge(limits.maxSize);
-    const Result<QString> text = decode(bytes);
-    if (!text)
-        return text.error();
-    return parseBoundedXml(*text, limits);
+        return tooLarge(limits.maxSize).toError();
+    QString text;
+    if (const std::optional<XmlFault> fault = decode(bytes, text))
+        return fault->toError();
+    return parseBoundedXml(text, limits);
 }
 
 } // namespace KEO

@@ -2,10 +2,13 @@
 
 #include "result.h"
 
+#include <QBuffer>
+#include <QByteArray>
 #include <QDomDocument>
 #include <QString>
+#include <QXmlStreamReader>
 
-class QByteArray;
+#include <optional>
 
 namespace KEO {
 
@@ -20,10 +23,55 @@ struct XmlLimits
     int maxNodes = 1'000'000; ///< elements, texts, comments and the like; an attribute counts as 3
 };
 
-/// Reads \a text into a tree, once a pass without a tree has shown that it is well-formed and
-/// within \a limits. A DOCTYPE may name a document type but declare nothing: declared entities and
-/// default attributes grow a short text without bound. Names keep their prefix; namespaces mean
+/// Why and where a document was refused. Line and column count from 1; 0:0 means the whole text.
+struct XmlFault
+{
+    Error::Kind kind = Error::Format; ///< Format for text that is no XML, Limit for XML beyond them
+    QString message;
+    qint64 line = 0;
+    qint64 column = 0;
+
+    /// The message with " at <line>:<column>" behind it.
+    [[nodiscard]] Error toError() const;
+};
+
+/// Walks a document token by token without a tree, and stops at its first fault of form and where
+/// it leaves the limits. A DOCTYPE may name a document type but declare nothing: declared entities
+/// and default attributes grow a short text without bound. Names keep their prefix; namespaces mean
 /// nothing.
+class BoundedXmlReader final
+{
+public:
+    /// Takes the encoding of the byte order mark, else of the XML declaration, else UTF-8. Bytes
+    /// that the encoding does not know are a fault. Shares \a bytes.
+    explicit BoundedXmlReader(const QByteArray &bytes, const XmlLimits &limits = {});
+    explicit BoundedXmlReader(const QString &text, const XmlLimits &limits = {});
+
+    /// Reads the next token. False behind the last one and at a fault.
+    bool next();
+    /// The present token. Not to be moved on.
+    [[nodiscard]] const QXmlStreamReader &token() const { return m_xml; }
+    /// Elements that are open, the present start or end tag's included.
+    [[nodiscard]] int depth() const { return m_depth; }
+    /// Lets the owner refuse a document for a reason of its own, at the present place.
+    void refuse(Error::Kind kind, const QString &message);
+    [[nodiscard]] const std::optional<XmlFault> &fault() const { return m_fault; }
+
+private:
+    void start(const QString &text);
+    void takeIntoAccount();
+
+    const XmlLimits m_limits;
+    QBuffer m_buffer; ///< what m_xml reads, unless it has a text of its own
+    QXmlStreamReader m_xml;
+    std::optional<XmlFault> m_fault;
+    qint64 m_nodes = 0;
+    int m_depth = 0;
+    bool m_leaves = false; ///< the present token is an end tag
+};
+
+/// Reads \a text into a tree, once a pass without a tree has shown that it is well-formed and
+/// within \a limits, see BoundedXmlReader.
 ///
 /// The XML declaration's version and encoding are not looked at, because the text is decoded
 /// already and our own files say version "1", which the parser refuses.

@@ -67,6 +67,16 @@ CmdPack readStartPacket(int size)
     return read("READ_START_REG", size);
 }
 
+CmdPack selectCaptureInitPacket(const QBitArray &word)
+{
+    return write("OP_SELECT_CAPTURE_INIT", word);
+}
+
+CmdPack readCaptureInitPacket(int size)
+{
+    return read("OP_READ_CAPTURE_INIT", size);
+}
+
 CmdPack burstReadPacket(const QBitArray &word, const SectionPlace &place)
 {
     return at(place, write("BRUST_READ", word));

@@ -29,6 +29,10 @@ CmdPack writeRegisterPacket(const QBitArray &word);
 CmdPack writeStartPacket(const QBitArray &word);
 /// Reads \a size bits of the start register that was selected. The reply holds "DATA".
 CmdPack readStartPacket(int size);
+/// Selects the capture init register of a lite core for reading; no reply.
+CmdPack selectCaptureInitPacket(const QBitArray &word);
+/// Reads the \a size bits of that register. The reply holds "DATA".
+CmdPack readCaptureInitPacket(int size);
 /// Asks for a block of capture memory; no reply.
 CmdPack burstReadPacket(const QBitArray &word, const SectionPlace &place);
 /// Reads the \a size bits of that block. The reply holds "DATA", "SECTION_COUNT" and "WINDOW".

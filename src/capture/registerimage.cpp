@@ -2,6 +2,7 @@
 
 #include "bits.h"
 #include "capturelog.h"
+#include "devicemodels.h"
 #include "shiftword.h"
 
 #include <trigger/expression.h>
@@ -23,14 +24,6 @@ constexpr qint64 kBlock = 16; // addresses that a unit or an expression takes
 
 constexpr qint64 kMaxImageBytes = qint64(512) * 1024 * 1024;
 constexpr qint64 kBytesPerWord = 64; // of a bit array in a list, apart from its bits
-
-/// Device models whose cores write one row more after the trigger.
-constexpr std::array kLongOffsetModels = {
-    QLatin1String("KR-A"), QLatin1String("KR-B"), QLatin1String("KR-C"), QLatin1String("KR-D"),
-    QLatin1String("KR-E"), QLatin1String("KR-F"), QLatin1String("KR-G"), QLatin1String("KR-H"),
-    QLatin1String("KR-I"), QLatin1String("KR-J"), QLatin1String("KR-K"), QLatin1String("KR-L"),
-    QLatin1String("KR-M"), QLatin1String("KR-N"), QLatin1String("KR-O"), QLatin1String("KR-P"),
-    QLatin1String("KR-Q"), QLatin1String("KR-R")};
 
 /// Register writes of one core: all data right-aligned in its register width.
 class RegisterWriter final
@@ -62,9 +55,7 @@ qint64 expressionCount(const CoreConfig &core)
 qint64 triggerOffset(const CoreConfig &core, const QString &deviceName, bool isZeo)
 {
     const qint64 offset = qint64(core.capture_amount) - core.trigger_pos - (core.dynamic ? 4 : 3);
-    const bool longer =
-        !isZeo && std::ranges::find(kLongOffsetModels, deviceName) != kLongOffsetModels.end();
-    return longer ? offset - 1 : offset;
+    return !isZeo && writesOneRowLate(deviceName) ? offset - 1 : offset;
 }
 
 void appendUnit(QList<QBitArray> &image, const MatchUnit &unit, const RegisterWriter &writer)

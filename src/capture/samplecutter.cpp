@@ -1,6 +1,9 @@
 #include "samplecutter.h"
 
+#include "devicemodels.h"
+
 #include <config/coreconfig.h>
+#include <config/litecoreconfig.h>
 
 #include <QtEndian>
 
@@ -70,11 +73,12 @@ private:
 class Rows final
 {
 public:
-    Rows(const RawBits &raw, const CaptureGeometry &geometry)
+    /// Rows of \a width bits, \a stride bits apart, and at most \a most of them.
+    Rows(const RawBits &raw, qsizetype width, qsizetype stride, qint64 most)
         : m_raw(raw),
-          m_width(geometry.columns + 1),
-          m_stride(geometry.registerWidth),
-          m_count(std::min<qint64>(geometry.captureAmount, (raw.size() + m_stride - 1) / m_stride))
+          m_width(width),
+          m_stride(stride),
+          m_count(std::min<qint64>(most, (raw.size() + stride - 1) / stride))
     {
     }
 
@@ -167,6 +171,22 @@ private:
     std::vector<quint64> m_words;
 };
 
+/// The samples of \a columns columns from \a firstColumn of the rows on, in ring order from row
+/// \a oldest on.
+QList<QBitArray> columnSamples(const Rows &rows, qsizetype oldest, qsizetype firstColumn,
+                               qsizetype columns)
+{
+    QList<QBitArray> samples;
+    samples.reserve(columns);
+    for (qsizetype first = 0; first < columns; first += 64) {
+        const qsizetype groupColumns = std::min<qsizetype>(columns - first, 64);
+        const ColumnGroup group(rows, oldest, firstColumn + first, groupColumns);
+        for (qsizetype c = 0; c < groupColumns; ++c)
+            samples.append(group.samples(c, rows.count()));
+    }
+    return samples;
+}
+
 } // namespace
 
 CaptureGeometry captureGeometry(const CoreConfig &core)
@@ -180,20 +200,33 @@ QList<QBitArray> cutSamples(const QList<QBitArray> &sections, const CaptureGeome
     if (geometry.columns <= 0 || geometry.registerWidth <= geometry.columns)
         return {};
     const RawBits raw(sections, geometry.columns + 1);
-    const Rows rows(raw, geometry);
+    const Rows rows(raw, geometry.columns + 1, geometry.registerWidth, geometry.captureAmount);
     if (rows.count() <= 0)
         return {};
+    return columnSamples(rows, oldestRow(rows, geometry), 1, geometry.columns);
+}
 
-    const qsizetype oldest = oldestRow(rows, geometry);
-    QList<QBitArray> samples;
-    samples.reserve(geometry.columns);
-    for (qsizetype first = 0; first < geometry.columns; first += 64) {
-        const qsizetype columns = std::min<qsizetype>(geometry.columns - first, 64);
-        const ColumnGroup group(rows, oldest, first + 1, columns);
-        for (qsizetype c = 0; c < columns; ++c)
-            samples.append(group.samples(c, rows.count()));
-    }
-    return samples;
+/// The form 0 of the core writes late in the models that do: the address has wrapped round when the
+/// last row is written, so the newest row stands first. Other forms, and designs of a .zeo file,
+/// make up for it themselves.
+PlainGeometry plainGeometry(const LiteCoreConfig &core, const QString &deviceModel, bool isZeo)
+{
+    const bool isLate = core.implemention == 0 && !isZeo && writesOneRowLate(deviceModel);
+    return {signalBits(core.signals), core.capture_amount,
+            isLate ? PlainGeometry::FirstRow::Newest : PlainGeometry::FirstRow::Oldest};
+}
+
+QList<QBitArray> cutPlainSamples(const QList<QBitArray> &sections, const PlainGeometry &geometry)
+{
+    if (geometry.columns <= 0)
+        return {};
+    const RawBits raw(sections, geometry.columns);
+    const Rows rows(raw, geometry.columns, geometry.columns, geometry.captureAmount);
+    if (rows.count() <= 0)
+        return {};
+    // With one row only, the newest is the oldest as well.
+    const bool moves = geometry.firstRow == PlainGeometry::FirstRow::Newest && rows.count() > 1;
+    return columnSamples(rows, moves ? 1 : 0, 0, geometry.columns);
 }
 
 } // namespace KEO

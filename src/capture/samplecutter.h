@@ -2,10 +2,12 @@
 
 #include <QBitArray>
 #include <QList>
+#include <QString>
 
 namespace KEO {
 
 struct CoreConfig;
+struct LiteCoreConfig;
 
 /// How the samples of one capture window lie in the raw bits that a core delivers.
 struct CaptureGeometry
@@ -31,5 +33,24 @@ CaptureGeometry captureGeometry(const CoreConfig &core);
 /// the last row lacks are clear. The result is empty when there is no row, no column, or a geometry
 /// whose rows overlap.
 QList<QBitArray> cutSamples(const QList<QBitArray> &sections, const CaptureGeometry &geometry);
+
+/// How the samples of a lite core lie in its raw bits: rows without marker and filling.
+struct PlainGeometry
+{
+    enum class FirstRow { Oldest, Newest };
+
+    qsizetype columns = 0;    ///< captured bits, which are also the bits from one row to the next
+    qint64 captureAmount = 0; ///< most rows to take
+    FirstRow firstRow = FirstRow::Oldest; ///< what the row of the lowest memory address holds
+
+    bool operator==(const PlainGeometry &other) const = default;
+};
+
+/// The geometry that \a core has in a chip of that model, described by a .keo or a .zeo file.
+PlainGeometry plainGeometry(const LiteCoreConfig &core, const QString &deviceModel, bool isZeo);
+
+/// As above for a lite core: \a sections hold the row of the highest memory address first as well,
+/// but the memory is filled from its first row on, so nothing has to be found.
+QList<QBitArray> cutPlainSamples(const QList<QBitArray> &sections, const PlainGeometry &geometry);
 
 } // namespace KEO

@@ -10,13 +10,10 @@
 #include <config/standardconfig.h>
 #include <link/jtagsession.h>
 
-#include <QCoreApplication>
 #include <QFileInfo>
-#include <QThread>
 #include <QTimer>
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace KEO {
@@ -24,32 +21,24 @@ namespace KEO {
 namespace {
 
 constexpr int kPollInterval = 500; // ms
-constexpr int kSectionPause = 50;  // ms
 constexpr int kSectionRows = 128;  // at most
-
-/// Bits that a memory read shifts out around the rows.
-constexpr int kLeadingBits = 32;
-constexpr int kTrailingBits = 1;
-
-constexpr qint64 kStartRegister = 0;
-enum StartValue { Disarm = 0, Arm = 1, Force = 3 };
+constexpr int kLeadingBits = 32;   // that a memory read shifts out before the rows
 
 } // namespace
 
-KeoStandardDataManager::ReadPlan::ReadPlan(const CoreConfig &core)
-    : registerWidth(core.requiredRegisterWidth()),
-      sectionSize(std::clamp(core.capture_amount, 0, kSectionRows)),
-      sectionCount(sectionSize > 0 ? core.capture_amount / sectionSize : 0),
-      windowCount(core.window_num)
+CaptureManager::ReadPlan KeoStandardDataManager::readPlan(const CoreConfig &core)
 {
-    if (windowCount > 0)
-        stride = core.storage_depth / roundUpToPowerOfTwo(windowCount);
-}
-
-int KeoStandardDataManager::ReadPlan::sectionBits() const
-{
-    const qint64 bits = qint64(registerWidth) * sectionSize + kLeadingBits + kTrailingBits;
-    return int(std::min<qint64>(bits, std::numeric_limits<int>::max()));
+    const int rows = std::clamp(core.capture_amount, 0, kSectionRows);
+    ReadPlan plan;
+    plan.core = core.index;
+    plan.rowBits = core.requiredRegisterWidth();
+    plan.sectionRows = rows;
+    plan.sectionCount = rows > 0 ? core.capture_amount / rows : 0;
+    plan.windowCount = core.window_num;
+    if (plan.windowCount > 0)
+        plan.stride = core.storage_depth / roundUpToPowerOfTwo(plan.windowCount);
+    plan.leadingBits = kLeadingBits;
+    return plan;
 }
 
 KeoStandardDataManager::KeoStandardDataManager(QObject *parent)
@@ -58,7 +47,7 @@ KeoStandardDataManager::KeoStandardDataManager(QObject *parent)
 }
 
 KeoStandardDataManager::KeoStandardDataManager(JtagSession &session, QObject *parent)
-    : QObject(parent), m_session(session), m_timer(new QTimer(this))
+    : CaptureManager(session, parent), m_timer(new QTimer(this))
 {
     m_timer->setInterval(kPollInterval);
     connect(m_timer, &QTimer::timeout, this, &KeoStandardDataManager::checkState);
@@ -70,10 +59,7 @@ bool KeoStandardDataManager::load(const QString &path, QString &id)
 {
     if (!QFileInfo::exists(path))
         return false;
-    if (path.endsWith(QLatin1String(".keo")))
-        m_isZeo = false;
-    else if (path.endsWith(QLatin1String(".zeo")))
-        m_isZeo = true;
+    noteExtension(path);
     setCores(loadStandardConfigFile(path, &id));
     return !m_cores.empty();
 }
@@ -89,7 +75,7 @@ void KeoStandardDataManager::setCores(CoreList cores)
 void KeoStandardDataManager::release()
 {
     const QPointer<KeoStandardDataManager> self(this);
-    if (m_state != CaptureState::Idle)
+    if (state() != CaptureState::Idle)
         stop();
     if (!self)
         return;
@@ -98,22 +84,9 @@ void KeoStandardDataManager::release()
     m_cores.clear();
 }
 
-void KeoStandardDataManager::openDevice(const QVariantList &chain)
-{
-    const auto task = [self = QPointer(this)](const CmdPack &reply) {
-        const int result = reply.value(QStringLiteral("RES")).toInt();
-        if (!self || result == 0)
-            return;
-        self->stop();
-        if (self)
-            Q_EMIT self->triggerComplete(result);
-    };
-    m_session.sendCommand(openPacket(chain), task);
-}
-
 void KeoStandardDataManager::start(const QList<int> &positions)
 {
-    if (m_state != CaptureState::Idle)
+    if (state() != CaptureState::Idle)
         return;
     const Step step = beginStep();
     enterState(CaptureState::Armed);
@@ -123,43 +96,29 @@ void KeoStandardDataManager::start(const QList<int> &positions)
         if (position < 0 || size_t(position) >= m_cores.size() || !m_cores[size_t(position)])
             continue;
         CoreConfig &core = *m_cores[size_t(position)];
-        arm(core, buildRegisterImage(core, m_deviceName, m_isZeo) + buildExpressionImage(core));
+        arm(core, buildRegisterImage(core, deviceName(), isZeo()) + buildExpressionImage(core));
     }
     m_timer->start();
 }
 
-void KeoStandardDataManager::stop()
-{
-    for (const auto &core : m_cores) {
-        if (core->active != 1)
-            continue;
-        core->active = 2;
-        selectCore(*core);
-        writeStartRegister(*core, Disarm);
-    }
-    m_session.sendCommand(closePacket());
-    m_session.clearTasks();
-    endRun();
-}
-
 void KeoStandardDataManager::forceTrigger()
 {
-    if (m_state == CaptureState::Reading)
+    if (state() == CaptureState::Reading)
         return;
     for (const auto &core : m_cores) {
         if (core->active != 1)
             continue;
         selectCore(*core);
-        writeStartRegister(*core, Force);
+        writeStartRegister(Force, core->requiredRegisterWidth());
     }
 }
 
 QList<QBitArray> KeoStandardDataManager::rawWindow(int window)
 {
-    const QList<QBitArray> sections = m_windowData.value(window);
-    if (m_autorun >= 0)
+    const QList<QBitArray> sections = this->sections(window);
+    if (autorun() >= 0)
         rearm();
-    else if (m_state == CaptureState::ReadComplete)
+    else if (state() == CaptureState::ReadComplete)
         m_timer->start();
     return sections;
 }
@@ -188,18 +147,17 @@ void KeoStandardDataManager::setErrorBox(ErrorBox box)
 
 void KeoStandardDataManager::checkState()
 {
-    if (m_state != CaptureState::Armed && m_state != CaptureState::ReadComplete)
+    if (state() != CaptureState::Armed && state() != CaptureState::ReadComplete)
         return;
     CoreConfig *core = firstArmedCore();
     if (core) {
-        const bool goesOn = m_state == CaptureState::Armed && core == m_currentCore;
+        const bool goesOn = state() == CaptureState::Armed && core == m_currentCore;
         const Step step = goesOn ? currentStep() : beginStep();
         enterState(CaptureState::Armed);
         if (step.isCurrent())
             poll(*core, step);
-    } else if (m_state == CaptureState::ReadComplete) {
-        m_session.sendCommand(closePacket());
-        endRun();
+    } else if (state() == CaptureState::ReadComplete) {
+        finish();
     }
 }
 
@@ -215,31 +173,32 @@ void KeoStandardDataManager::onTimeout()
         qCWarning(keoCapture).noquote() << text;
 }
 
-KeoStandardDataManager::Step KeoStandardDataManager::beginStep()
+void KeoStandardDataManager::disarm()
 {
-    ++m_step;
-    return currentStep();
+    for (const auto &core : m_cores) {
+        if (core->active != 1)
+            continue;
+        core->active = 2;
+        selectCore(*core);
+        writeStartRegister(Disarm, core->requiredRegisterWidth());
+    }
 }
 
-void KeoStandardDataManager::enterState(CaptureState state)
+void KeoStandardDataManager::forgetRun()
 {
-    m_state = state;
-    Q_EMIT statusChanged(state != CaptureState::Idle);
-}
-
-/// Everything is reset before the first signal, so that a receiver can start the next run.
-void KeoStandardDataManager::endRun()
-{
-    const QPointer<KeoStandardDataManager> self(this);
-    beginStep();
     m_timer->stop();
     m_currentCore = nullptr;
     m_selectedCore = nullptr;
-    m_windowData.clear();
-    m_autorun = -1;
-    enterState(CaptureState::Idle);
-    if (self)
-        Q_EMIT triggerComplete(0);
+}
+
+QBitArray KeoStandardDataManager::sectionWord(const ReadPlan &plan, qint64 row) const
+{
+    return readBlockWord(row, plan.sectionRows);
+}
+
+void KeoStandardDataManager::windowComplete(const ReadPlan &plan, int window)
+{
+    Q_EMIT readRamComplete(plan.core, window);
 }
 
 CoreConfig *KeoStandardDataManager::firstArmedCore() const
@@ -252,13 +211,7 @@ CoreConfig *KeoStandardDataManager::firstArmedCore() const
 void KeoStandardDataManager::selectCore(CoreConfig &core)
 {
     m_selectedCore = &core;
-    m_session.sendCommand(writeRegisterPacket(coreSelectWord(core.index)));
-}
-
-void KeoStandardDataManager::writeStartRegister(const CoreConfig &core, int value)
-{
-    const QBitArray data = alignBits(bitsOfInt32(value), core.requiredRegisterWidth());
-    m_session.sendCommand(writeStartPacket(writeRegisterWord(kStartRegister, data)));
+    session().sendCommand(writeRegisterPacket(coreSelectWord(core.index)));
 }
 
 /// \a image begins with the word that selects the core.
@@ -267,14 +220,14 @@ void KeoStandardDataManager::arm(CoreConfig &core, const QList<QBitArray> &image
     core.active = 1;
     m_selectedCore = &core;
     for (const QBitArray &word : image)
-        m_session.sendCommand(writeRegisterPacket(word));
-    writeStartRegister(core, Arm);
+        session().sendCommand(writeRegisterPacket(word));
+    writeStartRegister(Arm, core.requiredRegisterWidth());
 }
 
 /// The next round of an Auto run. The cores still hold their truth tables.
 void KeoStandardDataManager::rearm()
 {
-    if (m_state != CaptureState::ReadComplete)
+    if (state() != CaptureState::ReadComplete)
         return;
     const Step step = beginStep();
     enterState(CaptureState::Armed);
@@ -282,7 +235,7 @@ void KeoStandardDataManager::rearm()
         return;
     for (const auto &core : m_cores) {
         if (core->active != 0)
-            arm(*core, buildRegisterImage(*core, m_deviceName, m_isZeo));
+            arm(*core, buildRegisterImage(*core, deviceName(), isZeo()));
     }
     m_timer->start();
 }
@@ -295,98 +248,22 @@ void KeoStandardDataManager::poll(CoreConfig &core, const Step &step)
         m_currentCore = &core;
         selectCore(core);
     }
-    m_session.sendCommand(writeStartPacket(readRegisterWord(kStartRegister)));
-    const auto task = [step](const CmdPack &reply, bool *done) {
+    readStartRegister(core.requiredRegisterWidth(), [this, step](const CmdPack &reply, bool *done) {
         *done = true;
         if (step.isCurrent())
-            step.manager->takeStartRegister(reply);
-    };
-    m_session.sendDataCommand(readStartPacket(core.requiredRegisterWidth()), task);
+            takeStartRegister(reply);
+    });
 }
 
 /// The core clears its start register when its windows are full. No bits are no answer.
 void KeoStandardDataManager::takeStartRegister(const CmdPack &reply)
 {
     const QBitArray data = reply.value(QStringLiteral("DATA")).toBitArray();
-    if (m_state != CaptureState::Armed || data.isEmpty() || !isZeroBits(data))
+    if (state() != CaptureState::Armed || data.isEmpty() || !isZeroBits(data))
         return;
     m_currentCore->active = 2;
-    if (m_autorun > -1)
-        ++m_autorun;
     m_timer->stop();
-    readWindows();
-}
-
-void KeoStandardDataManager::readWindows()
-{
-    const ReadPlan plan(*m_currentCore);
-    const Step step = beginStep();
-    m_windowData.clear();
-    enterState(CaptureState::Reading);
-    if (!step.isCurrent())
-        return;
-    if (plan.sectionCount == 0) {
-        qCDebug(keoCapture, "core %d: nothing to read, capture amount %d", m_currentCore->index,
-                m_currentCore->capture_amount);
-        return; // not even a pause, or a huge window number would hang here
-    }
-    for (int window = 0; window < plan.windowCount; ++window) {
-        m_windowData.append(QList<QBitArray>());
-        if (!readSections(plan, window, step))
-            return;
-    }
-}
-
-bool KeoStandardDataManager::readSections(const ReadPlan &plan, int window, const Step &step)
-{
-    for (int section = 0; section < plan.sectionCount; ++section) {
-        // The pause paces the server, and the event loop takes its replies and the user's Stop.
-        QThread::msleep(kSectionPause);
-        QCoreApplication::processEvents();
-        if (!step.isCurrent() || m_state != CaptureState::Reading)
-            return false;
-        const SectionPlace place{section, plan.sectionCount, window};
-        const qint64 row = window * plan.stride + qint64(section) * plan.sectionSize;
-        m_session.sendCommand(burstReadPacket(readBlockWord(row, plan.sectionSize), place));
-        const auto task = [step, plan](const CmdPack &reply, bool *done) {
-            *done = true;
-            if (step.isCurrent())
-                step.manager->takeSection(reply, plan);
-        };
-        m_session.sendDataCommand(readRamPacket(plan.sectionBits(), place), task);
-    }
-    return true;
-}
-
-void KeoStandardDataManager::takeSection(const CmdPack &reply, const ReadPlan &plan)
-{
-    bool hasWindow = false;
-    const int window = reply.value(QStringLiteral("WINDOW")).toInt(&hasWindow);
-    if (!hasWindow || window < 0 || window >= m_windowData.size()) {
-        qCDebug(keoCapture, "section dropped: no window %d is being read", window);
-        return;
-    }
-    QBitArray data = reply.value(QStringLiteral("DATA")).toBitArray();
-    if (data.size() > plan.sectionBits()) {
-        qCDebug(keoCapture, "section of %lld bits cut to the %d asked for", qlonglong(data.size()),
-                plan.sectionBits());
-        data.truncate(plan.sectionBits());
-    }
-    QList<QBitArray> &sections = m_windowData[window];
-    sections.prepend(dropBackBits(dropFrontBits(data, kLeadingBits), kTrailingBits));
-
-    const Step step = currentStep();
-    const int core = m_currentCore->index;
-    const int count = int(sections.size());
-    Q_EMIT sectionRead(core, window, count, plan.sectionCount);
-    if (!step.isCurrent() || count != reply.value(QStringLiteral("SECTION_COUNT")).toInt())
-        return;
-    if (window + 1 == plan.windowCount) {
-        enterState(CaptureState::ReadComplete);
-        if (!step.isCurrent())
-            return;
-    }
-    Q_EMIT readRamComplete(core, window);
+    readMemory(readPlan(*m_currentCore));
 }
 
 } // namespace KEO

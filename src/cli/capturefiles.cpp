@@ -1,9 +1,8 @@
 #include "capturefiles.h"
 
 #include <config/coreconfig.h>
-#include <export/csvwriter.h>
-#include <export/prnwriter.h>
-#include <export/vcdwriter.h>
+#include <export/exportfiles.h>
+#include <project/exportcore.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -18,43 +17,10 @@ QString tr(const char *text)
     return QCoreApplication::translate("CaptureFiles", text);
 }
 
-// All signals and buses, as the export dialog offers first.
-constexpr int kPrnAll = 0;
-
-QString extension(ExportFormat format)
-{
-    switch (format) {
-    case ExportFormat::Csv:
-        return QStringLiteral("csv");
-    case ExportFormat::Vcd:
-        return QStringLiteral("vcd");
-    case ExportFormat::Prn:
-        return QStringLiteral("prn");
-    }
-    Q_UNREACHABLE();
-}
-
 QString suffix(const CaptureLabel &label)
 {
     const QString round = label.round > 0 ? u'_' + QString::number(label.round) : QString();
-    return QStringLiteral("%1_core%2_window%3")
-        .arg(round, QString::number(label.core), QString::number(label.window));
-}
-
-bool write(const QString &path, const CaptureOptions &options, ExportFormat format,
-           const CoreConfig &core, const WaveMonitor::WindowContents &contents)
-{
-    const ClockPeriod &period = options.period;
-    switch (format) {
-    case ExportFormat::Csv:
-        return writeCsv(path, period.unit, period.number, contents);
-    case ExportFormat::Vcd:
-        return writeVcd(path, core.module_name, core.sample_clock, core.trig_type == 1,
-                        QStringLiteral("ps"), period.picoseconds(), core.trigger_pos, contents);
-    case ExportFormat::Prn:
-        return writePrn(path, period.unit, period.number, contents, kPrnAll);
-    }
-    Q_UNREACHABLE();
+    return round + windowSuffix(label.core, label.window);
 }
 
 } // namespace
@@ -73,8 +39,7 @@ Result<QString> prepareDirectory(const QString &path)
 
 QString exportPath(const CaptureOptions &options, const CaptureLabel &label, ExportFormat format)
 {
-    return QStringLiteral("%1/%2%3.%4")
-        .arg(options.directory, options.baseName, suffix(label), extension(format));
+    return exportPath(options.directory, options.baseName + suffix(label), format);
 }
 
 QString picturePath(const CaptureOptions &options, const CaptureLabel &label, bool only)
@@ -92,7 +57,8 @@ Result<QStringList> writeCapture(const CaptureOptions &options, const CaptureLab
     QStringList paths;
     for (const ExportFormat format : options.formats) {
         const QString path = exportPath(options, label, format);
-        if (!write(path, options, format, core, contents))
+        const ExportSettings settings{.format = format, .period = options.period, .buses = {}};
+        if (!writeExport(path, settings, exportCore(core), contents))
             return Error{Error::File, tr("The file %1 can not be written.").arg(path)};
         paths.append(path);
     }

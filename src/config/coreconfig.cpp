@@ -5,11 +5,6 @@
 namespace KEO {
 namespace {
 
-qsizetype bitsOf(const SignalEntry &entry)
-{
-    return std::max<qsizetype>(1, entry.members.size());
-}
-
 /// The record of \a records with that `index`, or null.
 template <typename Record>
 Record *recordByIndex(const std::vector<std::unique_ptr<Record>> &records, int index)
@@ -20,26 +15,6 @@ Record *recordByIndex(const std::vector<std::unique_ptr<Record>> &records, int i
 }
 
 } // namespace
-
-QStringList flatSignalNames(const QList<SignalEntry> &signals)
-{
-    QStringList names;
-    for (const SignalEntry &entry : signals) {
-        if (entry.members.isEmpty())
-            names += entry.name;
-        for (const SignalEntry &member : entry.members)
-            names += member.name;
-    }
-    return names;
-}
-
-qsizetype signalBits(const QList<SignalEntry> &signals)
-{
-    qsizetype bits = 0;
-    for (const SignalEntry &entry : signals)
-        bits += bitsOf(entry);
-    return bits;
-}
 
 QStringList TriggerPort::flatSignalNames() const
 {
@@ -116,34 +91,12 @@ void CoreConfig::setExpression(const QString &expression, int position)
 
 SignalEntry CoreConfig::signalAtPosition(int position) const
 {
-    if (position < 0)
-        return {};
-    qsizetype left = position;
-    for (const SignalEntry &entry : signals) {
-        if (left < bitsOf(entry))
-            return entry.members.isEmpty() ? entry : entry.members[left];
-        left -= bitsOf(entry);
-    }
-    return {};
+    return KEO::signalAtPosition(signals, position);
 }
 
 bool CoreConfig::applySignalNames(const QMap<int, SignalNames> &table)
 {
-    if (table.size() != signalBits(signals))
-        return false;
-    int position = 0;
-    const auto rename = [&](SignalEntry &entry) {
-        const SignalNames names = table.value(position++);
-        entry.name = names.name;
-        entry.text = names.text;
-    };
-    for (SignalEntry &entry : signals) {
-        if (entry.members.isEmpty())
-            rename(entry);
-        for (SignalEntry &member : entry.members)
-            rename(member);
-    }
-    return true;
+    return KEO::applySignalNames(signals, table);
 }
 
 int CoreConfig::requiredRegisterWidth() const

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "signalentry.h"
+
 #include <QList>
-#include <QMap>
 #include <QString>
 
 #include <array>
@@ -11,30 +12,6 @@
 namespace KEO {
 
 struct CoreConfig;
-
-/// One line of a signal list: a single signal, or a bus when `members` is not empty. Members are
-/// single signals; nothing looks at members of members.
-struct SignalEntry
-{
-    QString name;               ///< name given by the tool flow
-    QString text;               ///< display name; empty means `name`
-    QList<SignalEntry> members; ///< of a bus, in file order
-
-    bool operator==(const SignalEntry &other) const = default;
-};
-
-/// A new name and display text for one captured bit, see CoreConfig::applySignalNames.
-struct SignalNames
-{
-    QString name;
-    QString text;
-};
-
-/// The names in flat order: a single signal's own, a bus's members one after the other. The length
-/// of the list is the number of bits that the signals take.
-QStringList flatSignalNames(const QList<SignalEntry> &signals);
-/// The length of that list, without the list.
-qsizetype signalBits(const QList<SignalEntry> &signals);
 
 /// A trigger port: the signals that a match unit compares. No signals means that the design leaves
 /// the port unconnected.

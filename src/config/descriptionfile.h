@@ -3,6 +3,9 @@
 #include <base/boundedxml.h>
 
 #include <QLoggingCategory>
+#include <QString>
+
+#include <utility>
 
 namespace KEO {
 
@@ -15,5 +18,39 @@ inline constexpr qint64 kMaxDescriptionSize = 16 * 1024 * 1024;
 /// What a core description of any kind may cost.
 inline constexpr XmlLimits kDescriptionLimits{
     .maxSize = kMaxDescriptionSize, .maxDepth = 64, .maxAttributes = 64, .maxNodes = 500'000};
+
+/// Cores in one description. The chip's select word reaches 16.
+inline constexpr int kMaxCores = 256;
+/// Captured bits of all cores of a description together. It bounds the width of the register words,
+/// and the lists of a core that captures its trigger signals: there a few elements can stand for
+/// many signals.
+inline constexpr qsizetype kMaxCapturedBits = 65'536;
+
+/// What a description says of a design.
+template <typename Cores>
+struct Description
+{
+    Cores cores;
+    QString id; ///< check value of the design
+};
+
+/// Hands a description to the caller of a loader, each of the three where he wants it, or a
+/// refusal: no cores, and the reason in the debug log.
+template <typename Cores>
+Cores deliver(Result<Description<Cores>> description, QString *idOut, bool *okOut,
+              QString *errorOut)
+{
+    const bool ok = bool(description);
+    const QString error = ok ? QString() : description.error().message;
+    if (!ok)
+        qCDebug(lcConfig).noquote() << "Core description refused:" << error;
+    if (okOut)
+        *okOut = ok;
+    if (errorOut)
+        *errorOut = error;
+    if (idOut)
+        *idOut = ok ? description->id : QString();
+    return ok ? std::move(description->cores) : Cores();
+}
 
 } // namespace KEO

@@ -15,7 +15,7 @@ SignalEntry readSignal(const QDomElement &element)
     return {element.text(), element.attribute(u"text"_s), {}};
 }
 
-SignalEntry readBus(const QDomElement &element)
+SignalEntry readBus(const QDomElement &element, BusMembers members)
 {
     SignalEntry bus;
     bus.name = element.attribute(u"restorename"_s);
@@ -23,8 +23,9 @@ SignalEntry readBus(const QDomElement &element)
         bus.name = element.attribute(u"name"_s);
     else
         bus.text = element.attribute(u"name"_s);
-    for (QDomElement member = element.firstChildElement(u"Signal"_s); !member.isNull();
-         member = member.nextSiblingElement(u"Signal"_s))
+    const QString name = members == BusMembers::Signals ? u"Signal"_s : QString(); // empty: any
+    for (QDomElement member = element.firstChildElement(name); !member.isNull();
+         member = member.nextSiblingElement(name))
         bus.members += readSignal(member);
     return bus;
 }
@@ -51,7 +52,7 @@ void writeBus(QXmlStreamWriter &xml, const SignalEntry &bus)
 
 } // namespace
 
-QList<SignalEntry> readSignalList(const QDomElement &signalList)
+QList<SignalEntry> readSignalList(const QDomElement &signalList, BusMembers members)
 {
     QList<SignalEntry> signals;
     for (QDomElement element = signalList.firstChildElement(); !element.isNull();
@@ -59,7 +60,7 @@ QList<SignalEntry> readSignalList(const QDomElement &signalList)
         if (element.tagName() == u"Signal")
             signals += readSignal(element);
         else if (element.tagName() == u"Bus")
-            signals += readBus(element);
+            signals += readBus(element, members);
     }
     return signals;
 }

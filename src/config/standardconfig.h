@@ -1,6 +1,7 @@
 #pragma once
 
 #include "coreconfig.h"
+#include "descriptionfile.h"
 
 class QDomDocument;
 
@@ -14,13 +15,6 @@ namespace KEO {
 /// kDescriptionLimits and the two bounds below. A description is taken whole or refused whole; a
 /// refusal gives an empty list, and its reason goes to the debug log. Numbers are not checked
 /// against each other: a depth, amount or window number of 0 or below loads as it stands.
-
-/// Cores in one description. The chip's select word reaches 16.
-inline constexpr int kMaxCores = 256;
-/// Captured bits of all cores of a description together. It bounds the width of the register words,
-/// and the lists of a core that captures its trigger signals: there a few elements can stand for
-/// many signals.
-inline constexpr qsizetype kMaxCapturedBits = 65'536;
 
 /// Reads the description at \a path as Latin-1, whatever encoding it declares, so that every byte
 /// survives a load and a save. An empty file holds no cores and is no error. \a idOut receives the

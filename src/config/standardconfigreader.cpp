@@ -1,6 +1,6 @@
 #include "standardconfig.h"
 
-#include "descriptionfile.h"
+#include "descriptionelement.h"
 #include "signallist.h"
 #include "versioncompare.h"
 
@@ -20,40 +20,17 @@ struct Text
     Q_DECLARE_TR_FUNCTIONS(KEO::StandardConfig)
 };
 
-struct Description
-{
-    CoreList cores;
-    QString id;
-};
-
-int number(const QDomElement &element, const QString &attribute)
-{
-    return element.attribute(attribute).toInt();
-}
-
-bool flag(const QDomElement &element, const QString &attribute)
-{
-    return number(element, attribute) != 0;
-}
-
-/// Calls \a read with each child element of that name, in document order.
-template <typename Read>
-void forEachChild(const QDomElement &parent, const QString &name, Read read)
-{
-    for (QDomElement child = parent.firstChildElement(name); !child.isNull();
-         child = child.nextSiblingElement(name))
-        read(child);
-}
+using StandardDescription = Description<CoreList>;
 
 void readAttributes(const QDomElement &element, CoreConfig &core)
 {
-    core.index = number(element, u"index"_s);
+    core.index = numberAttribute(element, u"index"_s);
     core.sample_clock = element.attribute(u"sample_clock"_s);
-    core.trig_type = number(element, u"trig_type"_s);
-    core.storage_depth = number(element, u"storage_depth"_s);
-    core.window_num = number(element, u"window_num"_s);
-    core.capture_amount = number(element, u"capture_amount"_s);
-    core.trigger_pos = number(element, u"trigger_pos"_s);
+    core.trig_type = numberAttribute(element, u"trig_type"_s);
+    core.storage_depth = numberAttribute(element, u"storage_depth"_s);
+    core.window_num = numberAttribute(element, u"window_num"_s);
+    core.capture_amount = numberAttribute(element, u"capture_amount"_s);
+    core.trigger_pos = numberAttribute(element, u"trigger_pos"_s);
     core.module_name = element.attribute(u"module_name"_s, core.module_name);
 }
 
@@ -64,7 +41,7 @@ QList<SignalEntry> readTriggers(const QDomElement &triggers, CoreConfig &core)
     QList<SignalEntry> concatenated;
     qsizetype bits = 0;
     forEachChild(triggers, u"Trigger"_s, [&](const QDomElement &element) {
-        TriggerPort *port = core.triggerByIndex(number(element, u"index"_s));
+        TriggerPort *port = core.triggerByIndex(numberAttribute(element, u"index"_s));
         if (!port)
             return;
         const QDomElement signalList = element.firstChildElement(u"SignalList"_s);
@@ -80,16 +57,16 @@ QList<SignalEntry> readTriggers(const QDomElement &triggers, CoreConfig &core)
 
 void readMatchUnit(const QDomElement &element, const CoreConfig &core)
 {
-    MatchUnit *unit = core.matchUnitByIndex(number(element, u"index"_s));
+    MatchUnit *unit = core.matchUnitByIndex(numberAttribute(element, u"index"_s));
     if (!unit)
         return;
-    unit->enabled = flag(element, u"enabled"_s);
-    unit->match_type = number(element, u"match_type"_s);
-    unit->counter_enable = flag(element, u"counter_enable"_s);
-    unit->counter_width = number(element, u"counter_width"_s);
-    unit->counter = number(element, u"counter"_s);
-    unit->countinuous = flag(element, u"countinuous"_s);
-    unit->func = number(element, u"func"_s);
+    unit->enabled = flagAttribute(element, u"enabled"_s);
+    unit->match_type = numberAttribute(element, u"match_type"_s);
+    unit->counter_enable = flagAttribute(element, u"counter_enable"_s);
+    unit->counter_width = numberAttribute(element, u"counter_width"_s);
+    unit->counter = numberAttribute(element, u"counter"_s);
+    unit->countinuous = flagAttribute(element, u"countinuous"_s);
+    unit->func = numberAttribute(element, u"func"_s);
     unit->value0 = element.attribute(u"value0"_s);
     unit->value1 = element.attribute(u"value1"_s);
     const QString port = element.attribute(u"trigger"_s);
@@ -115,7 +92,7 @@ std::unique_ptr<CoreConfig> readCore(const QDomElement &element)
     auto core = std::make_unique<CoreConfig>(0);
     readAttributes(element, *core);
     const QList<SignalEntry> ports = readTriggers(element.firstChildElement(u"Triggers"_s), *core);
-    const int captureFromTrigger = number(element, u"capture_from_trigger"_s);
+    const int captureFromTrigger = numberAttribute(element, u"capture_from_trigger"_s);
     if (captureFromTrigger == 0)
         core->signals = readSignalList(element.firstChildElement(u"SignalList"_s));
     else if (captureFromTrigger == 1)
@@ -126,10 +103,10 @@ std::unique_ptr<CoreConfig> readCore(const QDomElement &element)
     return core;
 }
 
-Result<Description> readDescription(const QDomDocument &document)
+Result<StandardDescription> readDescription(const QDomDocument &document)
 {
     const QDomElement root = document.documentElement();
-    Description description;
+    StandardDescription description;
     qsizetype bits = 0;
     for (QDomElement element = root.firstChildElement(u"KoCore"_s); !element.isNull();
          element = element.nextSiblingElement(u"KoCore"_s)) {
@@ -146,13 +123,8 @@ Result<Description> readDescription(const QDomDocument &document)
     return description;
 }
 
-bool isAtMost(const QString &version, const QString &newest)
-{
-    return (compareVersions(version, newest) & (LowerVersion | EqualVersion)) != 0;
-}
-
 /// Throws CompareException at a version that is not made of numbers.
-Result<Description> readVersioned(const QDomDocument &document)
+Result<StandardDescription> readVersioned(const QDomDocument &document)
 {
     const QDomElement version = document.documentElement().firstChildElement(u"Version"_s);
     if (version.isNull())
@@ -164,10 +136,10 @@ Result<Description> readVersioned(const QDomDocument &document)
     return Error{Error::Format, Text::tr("The version of Keo config file is too high.")};
 }
 
-Result<Description> parseDescription(const QString &text)
+Result<StandardDescription> parseDescription(const QString &text)
 {
     if (text.isEmpty())
-        return Description{};
+        return StandardDescription{};
     const Result<QDomDocument> document = parseBoundedXml(text, kDescriptionLimits);
     if (!document)
         return document.error();
@@ -176,21 +148,6 @@ Result<Description> parseDescription(const QString &text)
     } catch (const CompareException &exception) {
         return Error{Error::Format, exception.message()};
     }
-}
-
-CoreList deliver(Result<Description> description, QString *idOut, bool *okOut, QString *errorOut)
-{
-    const bool ok = bool(description);
-    const QString error = ok ? QString() : description.error().message;
-    if (!ok)
-        qCDebug(lcConfig).noquote() << "Core description refused:" << error;
-    if (okOut)
-        *okOut = ok;
-    if (errorOut)
-        *errorOut = error;
-    if (idOut)
-        *idOut = ok ? description->id : QString();
-    return ok ? std::move(description->cores) : CoreList();
 }
 
 /// A byte order mark is no content, and as Latin-1 it would be text before the document.
@@ -209,9 +166,10 @@ CoreList loadStandardConfigFile(const QString &path, QString *idOut, bool *okOut
         return deliver(parseDescription(QString::fromLatin1(withoutByteOrderMark(*bytes))), idOut,
                        okOut, errorOut);
     if (bytes.error().kind == Error::Limit)
-        return deliver(bytes.error(), idOut, okOut, errorOut);
+        return deliver<CoreList>(bytes.error(), idOut, okOut, errorOut);
     qCDebug(lcConfig).noquote() << bytes.error().message;
-    return deliver(Error{Error::File, Text::tr("Open file failed.")}, idOut, okOut, errorOut);
+    return deliver<CoreList>(Error{Error::File, Text::tr("Open file failed.")}, idOut, okOut,
+                             errorOut);
 }
 
 CoreList loadStandardConfig(const QString &text, QString *idOut, bool *okOut, QString *errorOut)

@@ -1,6 +1,6 @@
 #include "standardconfig.h"
 
-#include "descriptionfile.h"
+#include "descriptionelement.h"
 #include "signallist.h"
 
 #include <base/wholefile.h>
@@ -12,21 +12,6 @@ namespace KEO {
 namespace {
 
 using namespace Qt::StringLiterals;
-
-void writeNumber(QXmlStreamWriter &xml, const QString &name, int value)
-{
-    xml.writeAttribute(name, QString::number(value));
-}
-
-void writeFlag(QXmlStreamWriter &xml, const QString &name, bool value)
-{
-    xml.writeAttribute(name, value ? u"1"_s : u"0"_s);
-}
-
-void writeText(QXmlStreamWriter &xml, const QString &name, const QString &value)
-{
-    xml.writeAttribute(name, xmlSafeText(value));
-}
 
 void writeTrigger(QXmlStreamWriter &xml, const TriggerPort &port)
 {

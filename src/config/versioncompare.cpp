@@ -36,4 +36,9 @@ VersionOrders compareVersions(const QString &a, const QString &b)
     return EqualVersion;
 }
 
+bool isAtMost(const QString &version, const QString &newest)
+{
+    return (compareVersions(version, newest) & (LowerVersion | EqualVersion)) != 0;
+}
+
 } // namespace KEO

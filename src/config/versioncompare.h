@@ -30,5 +30,7 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(VersionOrders)
 /// skipped, missing ones count as 0. Throws CompareException at a part that is no number, unless an
 /// earlier part has decided.
 VersionOrders compareVersions(const QString &a, const QString &b);
+/// \a version is no higher than \a newest. Throws as compareVersions does.
+bool isAtMost(const QString &version, const QString &newest);
 
 } // namespace KEO

@@ -24,16 +24,12 @@ void appendFlat(QList<SignalElement> &elements, const SignalEntry &entry,
     elements.append(element);
 }
 
-} // namespace
-
-QList<SignalElement> extractSignalData(const CoreConfig *core, const QList<QBitArray> &sections)
+/// One element for each bit of \a signals, as far as there are samples.
+QList<SignalElement> elementsOf(const QList<SignalEntry> &signals, const QList<QBitArray> &samples)
 {
-    if (!core)
-        return {};
-    const QList<QBitArray> samples = cutSamples(sections, captureGeometry(*core));
     QList<SignalElement> elements;
     elements.reserve(samples.size());
-    for (const SignalEntry &entry : core->signals) {
+    for (const SignalEntry &entry : signals) {
         if (entry.members.isEmpty())
             appendFlat(elements, entry, samples);
         for (const SignalEntry &member : entry.members)
@@ -42,11 +38,40 @@ QList<SignalElement> extractSignalData(const CoreConfig *core, const QList<QBitA
     return elements;
 }
 
-void fillWindow(WindowContents &contents, const CoreConfig &core, QList<SignalElement> elements)
+void fill(WindowContents &contents, const QList<SignalEntry> &signals, int triggerPosition,
+          QList<SignalElement> elements)
 {
     contents.clear();
-    addCapturedRows(contents, core.signals, std::move(elements));
-    contents.setTriggerPosition(core.trigger_pos);
+    addCapturedRows(contents, signals, std::move(elements));
+    contents.setTriggerPosition(triggerPosition);
+}
+
+} // namespace
+
+QList<SignalElement> extractSignalData(const CoreConfig *core, const QList<QBitArray> &sections)
+{
+    if (!core)
+        return {};
+    return elementsOf(core->signals, cutSamples(sections, captureGeometry(*core)));
+}
+
+QList<SignalElement> extractSignalData(const LiteCoreConfig *core, const QList<QBitArray> &sections,
+                                       const QString &deviceModel, bool isZeo)
+{
+    if (!core)
+        return {};
+    return elementsOf(core->signals,
+                      cutPlainSamples(sections, plainGeometry(*core, deviceModel, isZeo)));
+}
+
+void fillWindow(WindowContents &contents, const CoreConfig &core, QList<SignalElement> elements)
+{
+    fill(contents, core.signals, core.trigger_pos, std::move(elements));
+}
+
+void fillWindow(WindowContents &contents, const LiteCoreConfig &core, QList<SignalElement> elements)
+{
+    fill(contents, core.signals, 0, std::move(elements));
 }
 
 } // namespace KEO

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <config/coreconfig.h>
+#include <config/litecoreconfig.h>
 #include <wave/signalelement.h>
 #include <wave/windowcontents.h>
 
@@ -14,6 +15,12 @@ namespace KEO {
 /// 0 the oldest. Empty if there is no core or no whole row in the sections.
 QList<WaveMonitor::SignalElement> extractSignalData(const CoreConfig *core,
                                                     const QList<QBitArray> &sections);
+
+/// The same for a lite core, in a chip of the model \a deviceModel (empty: not known) and described
+/// by a .keo or a .zeo file. Both decide on the order in which the core stores its rows.
+QList<WaveMonitor::SignalElement> extractSignalData(const LiteCoreConfig *core,
+                                                    const QList<QBitArray> &sections,
+                                                    const QString &deviceModel, bool isZeo);
 
 /// Hands the rows of a capture to \a receiver in the order of the description: addSignal for a
 /// plain signal, addBus for a bus, which takes one of \a elements for each member. Stops at a row
@@ -43,6 +50,9 @@ void addCapturedRows(Receiver &receiver, const QList<SignalEntry> &rows,
 /// order of the description, and its trigger position. \a elements are those of extractSignalData;
 /// the samples are shared, not copied.
 void fillWindow(WaveMonitor::WindowContents &contents, const CoreConfig &core,
+                QList<WaveMonitor::SignalElement> elements);
+/// The same for a lite core, whose trigger is its first sample.
+void fillWindow(WaveMonitor::WindowContents &contents, const LiteCoreConfig &core,
                 QList<WaveMonitor::SignalElement> elements);
 
 } // namespace KEO

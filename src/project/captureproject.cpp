@@ -1,17 +1,20 @@
 #include "captureproject.h"
 
+#include "descriptionwatch.h"
 #include "programmerpage.h"
 #include "projectlog.h"
 #include "runcontrols.h"
 #include "runtoolbar.h"
 #include "waitingtip.h"
 
+#include <export/exportdialog.h>
 #include <link/jtagsession.h>
 #include <programmer/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QTabWidget>
@@ -35,13 +38,37 @@ void showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, cons
 } // namespace
 
 CaptureProject::CaptureProject(QObject *parent)
-    : AnalyzerProject(parent), m_programmer(new ProgrammerPage(this))
+    : AnalyzerProject(parent),
+      m_descriptionWatch(new DescriptionWatch([this] { return isBusy(); }, this)),
+      m_programmer(new ProgrammerPage(this))
 {
+    connectDescriptionWatch();
 }
 
 CaptureProject::~CaptureProject()
 {
     WaitingTip::close();
+}
+
+/// The main window opens and closes files; a project knows only that it has one.
+void CaptureProject::connectDescriptionWatch()
+{
+    connect(m_descriptionWatch, &DescriptionWatch::reopenRequested, this,
+            [this](const QString &path) {
+                QMetaObject::invokeMethod(parent(), "reopen", Q_ARG(QString, path));
+            });
+    connect(m_descriptionWatch, &DescriptionWatch::closeRequested, this,
+            [this] { QMetaObject::invokeMethod(parent(), "closeCurrentProject"); });
+    // What was downloaded belongs to the description of before.
+    connect(m_descriptionWatch, &DescriptionWatch::reloaded, this, [this] {
+        if (m_programmer->widget())
+            m_programmer->widget()->setEnabledByUser(false);
+    });
+}
+
+void CaptureProject::watchDescription()
+{
+    m_descriptionWatch->start(m_keoFilePath, m_page);
 }
 
 void CaptureProject::deletePage()
@@ -82,6 +109,8 @@ void CaptureProject::buildToolBar()
     connect(a.zoomInAction, &QAction::triggered, this, &CaptureProject::onZoomIn);
     connect(a.zoomOutAction, &QAction::triggered, this, &CaptureProject::onZoomOut);
     connect(a.zoomFitAction, &QAction::triggered, this, &CaptureProject::onZoomFit);
+    connect(a.exportAction, &QAction::triggered, this, &CaptureProject::onExport);
+    connect(a.saveAction, &QAction::triggered, this, &CaptureProject::onSave);
 }
 
 bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askStop)
@@ -95,9 +124,12 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
         return true;
     m_programmer->reset();
     WaitingTip::close();
+    m_descriptionWatch->stop();
     m_keoFilePath.clear();
     m_projectFilePath.clear();
     m_dataFilePath.clear();
+    if (m_runToolBar)
+        m_runToolBar->actions().saveAction->setEnabled(false);
     if (toolBarGetter && m_runToolBar)
         m_runToolBar->detach(*toolBarGetter());
     clearWaveMonitors(WaveTabs::Layouts::Forget);
@@ -194,6 +226,18 @@ void CaptureProject::onZoomFit()
 {
     if (WaveMonitorWidget *wave = currentWave())
         wave->zoomFit();
+}
+
+void CaptureProject::onExport()
+{
+    const QList<WaveMonitorWidget *> monitors = m_waveTabs.monitors();
+    if (isBusy() || monitors.isEmpty())
+        return;
+    ExportDialog::run({.mode = exportMode(),
+                       .directory = QFileInfo(m_keoFilePath).absolutePath(),
+                       .cores = exportCores(monitors),
+                       .waveMonitors = monitors},
+                      m_mainWindow);
 }
 
 void CaptureProject::onComplete(int resultID)
@@ -304,13 +348,13 @@ void CaptureProject::updateActions()
     a.autoAction->setEnabled(controls.autoRun);
     a.stopAction->setEnabled(controls.stop);
     a.forceTriggerAction->setEnabled(controls.forceTrigger);
-    // controls.save takes over as soon as waves can be saved and exported: until then a button that
-    // does nothing would promise what it can't keep.
-    a.saveAction->setEnabled(false);
-    a.exportAction->setEnabled(false);
+    a.saveAction->setEnabled(controls.save);
+    a.exportAction->setEnabled(controls.save);
     setPageEnabled(controls.settings);
     if (m_programmer->widget())
         m_programmer->widget()->setEnabled(controls.settings);
+    if (!situation.busy)
+        m_descriptionWatch->tellPending();
 }
 
 void CaptureProject::showCapture(const CapturedWindow &captured)
@@ -353,6 +397,11 @@ void CaptureProject::showError(const QString &text)
     showBox(QMessageBox::Critical, m_mainWindow, tr("Error"), text);
     if (self)
         m_openErrors.remove(text);
+}
+
+void CaptureProject::showWarning(const QString &text)
+{
+    showBox(QMessageBox::Warning, m_mainWindow, tr("Warning"), text);
 }
 
 void CaptureProject::showInformation(const QString &text)

@@ -1,15 +1,22 @@
 #pragma once
 
 #include "analyzerproject.h"
+#include "datafilereader.h"
+#include "datafilewriter.h"
 #include "wavetabs.h"
+
+#include <export/exportfiles.h>
 
 #include <QPointer>
 #include <QSet>
 #include <QString>
 #include <QVariant>
 
+#include <optional>
+
 namespace KEO {
 
+class DescriptionWatch;
 class KeoProgrammerWidget;
 class ProgrammerPage;
 class RunToolBar;
@@ -46,7 +53,11 @@ public Q_SLOTS:
     void onZoomIn();
     void onZoomOut();
     void onZoomFit();
+    /// Asks what to export of the waves that show, and writes it.
+    void onExport();
     void onComplete(int resultID);
+    /// Writes data file, description and project file. The first time it asks where to.
+    void onSave();
     /// Another cable is chosen: the one at \a index of the list.
     void cabelChanged(int index);
     void onProgrammerChanged(bool succ, const QString &text);
@@ -85,6 +96,31 @@ protected:
     virtual void leaveDesign() = 0;
     /// The sentence for a result that has no text of its own.
     [[nodiscard]] virtual QString unknownErrorText(int resultID) const = 0;
+    [[nodiscard]] virtual ExportMode exportMode() const = 0;
+    /// The cores to choose from in an export, given the waves that show, of which there are some.
+    [[nodiscard]] virtual QList<ExportCore>
+    exportCores(const QList<WaveMonitor::WaveMonitorWidget *> &monitors) const = 0;
+
+    // What a kind of project has to tell about its files.
+
+    /// Takes the settings over from the page and writes them into the description at \a path.
+    /// False if that file can't be written.
+    [[nodiscard]] virtual bool saveDescription(const QString &path) = 0;
+    /// The numbers under which the data file has the wave tab \a wave, which stands at
+    /// \a position in the list; contents are not asked for.
+    [[nodiscard]] virtual WindowToSave numbersOf(const WaveMonitor::WaveMonitorWidget &wave,
+                                                 int position) const = 0;
+    /// Were all of \a windows captured from the open design?
+    [[nodiscard]] virtual bool fitsDesign(const LoadedWindows &windows) const = 0;
+    /// How a saved window shows.
+    struct SavedTab
+    {
+        int core = -1; ///< -1 for none
+        int window = 0;
+        QString title;
+    };
+    /// Nothing for a window that is not to be shown.
+    [[nodiscard]] virtual std::optional<SavedTab> tabOf(const LoadedWindow &window) const = 0;
 
     // What a kind of project may use.
 
@@ -101,8 +137,16 @@ protected:
     /// A modal box. Does nothing while a box with the same text is open, so that a server which
     /// sends nonsense round by round does not pile them up.
     void showError(const QString &text);
+    void showWarning(const QString &text);
+    enum class DataFileState { Loaded, Unusable };
+    /// Shows the waves of the data file at \a path, all of them or none, and tells in a box why
+    /// there are none. Loaded also when the file belongs to another design. The box may see the
+    /// project closed or deleted.
+    DataFileState loadDataFile(const QString &path);
     /// A modal box under the window's title.
     void showInformation(const QString &text);
+    /// Call it after each successful openFile: from now on the user hears of changes on disk.
+    void watchDescription();
     /// For the destructors of the kinds: the page goes while there still is somebody to talk to.
     void deletePage();
 
@@ -113,19 +157,23 @@ protected:
 
 private:
     void buildToolBar();
+    void connectDescriptionWatch();
     [[nodiscard]] QString errorText(int resultID) const;
     /// Starts if the programmer's chain allows it.
     void startIfFit(RunKind kind);
     void startCapture(RunKind kind);
+    void showSavedWindows(LoadedWindows windows);
+    void saveDataFile(const QString &path) const;
     void clearWaveMonitors(WaveTabs::Layouts layouts);
     [[nodiscard]] QTabWidget *tabWidget() const;
     /// The wave tab in front, or null.
     [[nodiscard]] WaveMonitor::WaveMonitorWidget *currentWave() const;
 
     QPointer<QWidget> m_mainWindow;
-    QPointer<QWidget> m_page;           // ours; in the tab widget while open
-    RunToolBar *m_runToolBar = nullptr; // child
-    ProgrammerPage *m_programmer;       // child
+    QPointer<QWidget> m_page;             // ours; in the tab widget while open
+    RunToolBar *m_runToolBar = nullptr;   // child
+    DescriptionWatch *m_descriptionWatch; // child
+    ProgrammerPage *m_programmer;         // child
     WaveTabs m_waveTabs;
     QSet<QString> m_openErrors; // texts of the boxes that are open
 };

@@ -1,9 +1,14 @@
 #include "keostandardanalyzerproject.h"
 
 #include "capturedisplay.h"
+#include "datafilecheck.h"
+#include "exportcore.h"
+#include "projectfile.h"
+#include "projectlog.h"
 #include "runcontrols.h"
 
 #include <capture/standarddatamanager.h>
+#include <config/standardconfig.h>
 #include <programmer/keoprogrammerwidget.h>
 #include <trigger/dynamicconfigwidget.h>
 #include <wave/wavemonitorwidget.h>
@@ -73,30 +78,87 @@ bool KeoStandardAnalyzerProject::openFile(const QString &path)
 {
     if (isBusy())
         return false;
-    const bool isKnown =
-        path.endsWith(QLatin1String(".keo")) || path.endsWith(QLatin1String(".zeo"));
-    if (!isKnown || !openKeoFile(path))
-        return false;
-    updateActions();
-    return true;
+    const QPointer<KeoStandardAnalyzerProject> self(this);
+    bool isOpen = false;
+    if (path.endsWith(QLatin1String(".analyzer_prj")))
+        isOpen = openProjectFile(path);
+    else if (path.endsWith(QLatin1String(".keo")) || path.endsWith(QLatin1String(".zeo")))
+        isOpen = openKeoFile(path);
+    if (isOpen && self) {
+        updateActions();
+        watchDescription();
+    }
+    return isOpen;
 }
 
 bool KeoStandardAnalyzerProject::openKeoFile(const QString &path)
+{
+    if (!loadCores(path)) {
+        showError(tr("Invalid KEO file specified in project."));
+        return false;
+    }
+    m_keoFilePath = path;
+    updateCoreTree();
+    return true;
+}
+
+bool KeoStandardAnalyzerProject::openProjectFile(const QString &path)
+{
+    const Result<ProjectFile> project = readProjectFile(path);
+    if (!project)
+        qCDebug(keoProject).noquote() << project.error().message;
+    if (!project || !loadCores(project->keoFile)) {
+        showError(tr("Invalid KEO file specified in project file."));
+        return false;
+    }
+    m_keoFilePath = project->keoFile;
+    m_projectFilePath = path;
+    m_dataFilePath = project->dataFile;
+    updateCoreTree();
+    loadDataFile(project->dataFile);
+    return true;
+}
+
+bool KeoStandardAnalyzerProject::loadCores(const QString &path)
 {
     if (m_dynamicConfigWidget) {
         m_dynamicConfigWidget->saveToCore();
         m_dynamicConfigWidget->setCore(nullptr); // loading deletes the cores
     }
     QString designId;
-    if (!m_dataManager->load(path, designId)) {
+    const bool loaded = m_dataManager->load(path, designId);
+    if (loaded)
+        setDesignId(designId);
+    else
         showCore(m_coreTree ? m_coreTree->indexOfTopLevelItem(m_coreTree->currentItem()) : -1);
-        showError(tr("Invalid KEO file specified in project."));
-        return false;
-    }
-    m_keoFilePath = path;
-    setDesignId(designId);
-    updateCoreTree();
-    return true;
+    return loaded;
+}
+
+bool KeoStandardAnalyzerProject::saveDescription(const QString &path)
+{
+    if (m_dynamicConfigWidget)
+        m_dynamicConfigWidget->saveToCore();
+    return saveStandardConfigFile(m_dataManager->cores(), path);
+}
+
+WindowToSave KeoStandardAnalyzerProject::numbersOf(const WaveMonitorWidget &wave, int) const
+{
+    return {wave.coreNumber(), wave.windowNumber()};
+}
+
+bool KeoStandardAnalyzerProject::fitsDesign(const LoadedWindows &windows) const
+{
+    return fitsCores(windows, m_dataManager->cores());
+}
+
+std::optional<CaptureProject::SavedTab>
+KeoStandardAnalyzerProject::tabOf(const LoadedWindow &window) const
+{
+    const std::optional<WindowPlace> place = placeOf(window);
+    if (!place)
+        return std::nullopt;
+    return SavedTab{place->core, place->window,
+                    tr("core %1 Window %2").arg(place->core).arg(place->window)};
 }
 
 void KeoStandardAnalyzerProject::onStop()
@@ -280,6 +342,25 @@ void KeoStandardAnalyzerProject::leaveDesign()
 QString KeoStandardAnalyzerProject::unknownErrorText(int resultID) const
 {
     return tr("Unknown device error ID%1.").arg(resultID);
+}
+
+/// The windows of a core stand side by side, so a core is new when it differs from the one before.
+QList<ExportCore>
+KeoStandardAnalyzerProject::exportCores(const QList<WaveMonitorWidget *> &monitors) const
+{
+    QList<ExportCore> cores;
+    for (const WaveMonitorWidget *monitor : monitors) {
+        const int index = monitor->coreNumber();
+        if (!cores.isEmpty() && cores.last().index == index)
+            continue;
+        const CoreConfig *core = m_dataManager->coreByIndex(index);
+        ExportCore exported;
+        if (core)
+            exported = exportCore(*core);
+        exported.index = index;
+        cores.append(exported);
+    }
+    return cores;
 }
 
 void KeoStandardAnalyzerProject::updateCoreTree()

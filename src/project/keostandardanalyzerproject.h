@@ -25,8 +25,9 @@ public:
     ~KeoStandardAnalyzerProject() override;
 
     [[nodiscard]] bool isBusy() const override;
-    /// Takes ".keo" and ".zeo" descriptions. False during a capture, for any other extension
-    /// (letter case counts), and after an error, which it has then shown.
+    /// Takes ".keo" and ".zeo" descriptions and ".analyzer_prj" project files. False during a
+    /// capture, for any other extension (letter case counts), and after an error in the
+    /// description, which it has then shown. Without usable samples a project opens all the same.
     bool openFile(const QString &path) override;
 
 public Q_SLOTS:
@@ -53,9 +54,20 @@ protected:
     void keepNames(const WaveMonitor::WaveMonitorWidget &wave) override;
     void leaveDesign() override;
     [[nodiscard]] QString unknownErrorText(int resultID) const override;
+    [[nodiscard]] ExportMode exportMode() const override { return ExportMode::Standard; }
+    [[nodiscard]] QList<ExportCore>
+    exportCores(const QList<WaveMonitor::WaveMonitorWidget *> &monitors) const override;
+    [[nodiscard]] bool saveDescription(const QString &path) override;
+    [[nodiscard]] WindowToSave numbersOf(const WaveMonitor::WaveMonitorWidget &wave,
+                                         int position) const override;
+    [[nodiscard]] bool fitsDesign(const LoadedWindows &windows) const override;
+    [[nodiscard]] std::optional<SavedTab> tabOf(const LoadedWindow &window) const override;
 
 private:
     bool openKeoFile(const QString &path);
+    bool openProjectFile(const QString &path);
+    /// Loads the description; the page shows the old one on when that fails.
+    bool loadCores(const QString &path);
     void updateCoreTree();
     /// Shows the core at that position of the tree; a clear page if there is none.
     void showCore(int position);

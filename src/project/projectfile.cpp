@@ -3,7 +3,11 @@
 #include <base/wholefile.h>
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QSettings>
+#include <QTemporaryDir>
 
 namespace KEO {
 
@@ -63,6 +67,9 @@ QByteArray resolved(QByteArrayView ini)
     return plain;
 }
 
+const QString kKeoFile = QStringLiteral("KEO_FILE");
+const QString kDataFile = QStringLiteral("DATA_FILE");
+
 bool holdsSerialisedObject(QByteArrayView ini)
 {
     const QByteArray plain = resolved(ini);
@@ -75,6 +82,42 @@ QString plainText(const QSettings &settings, const QString &key)
     return value.typeId() == QMetaType::QString ? value.toString() : QString();
 }
 
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("KEO::ProjectFile", text);
+}
+
+/// The toolkit's INI code works on a private copy of the file. On the file itself it would read
+/// something else than what was checked, wait for locks of other hosts, take what it remembers of a
+/// path for what is there now, and on a full disk leave half a file.
+class IniCopy final
+{
+public:
+    explicit IniCopy(const QByteArray &ini)
+    {
+        QFile file(path());
+        // Not writeWholeFile, which waits for the disk.
+        if (!m_directory.isValid() || !file.open(QIODevice::WriteOnly) ||
+            file.write(ini) != ini.size() || !file.flush())
+            m_fault = Error{Error::File,
+                            tr("No temporary file can be made in %1.").arg(QDir::tempPath())};
+    }
+
+    [[nodiscard]] QString path() const { return m_directory.filePath(QStringLiteral("copy.ini")); }
+    [[nodiscard]] const std::optional<Error> &fault() const { return m_fault; }
+
+private:
+    QTemporaryDir m_directory;
+    std::optional<Error> m_fault;
+};
+
+/// What is to stay of the file at \a path: nothing if it is none of ours.
+QByteArray presentContent(const QString &path)
+{
+    const Result<QByteArray> bytes = readWholeFile(path, kMaxProjectFileSize, LineEnds::AsTheyAre);
+    return bytes && !holdsSerialisedObject(*bytes) ? *bytes : QByteArray();
+}
+
 } // namespace
 
 Result<ProjectFile> readProjectFile(const QString &path)
@@ -82,14 +125,47 @@ Result<ProjectFile> readProjectFile(const QString &path)
     const Result<QByteArray> bytes = readWholeFile(path, kMaxProjectFileSize, LineEnds::AsTheyAre);
     if (!bytes)
         return bytes.error();
-    if (holdsSerialisedObject(*bytes))
-        return Error{Error::Format,
-                     QCoreApplication::translate(
-                         "KEO::ProjectFile", "The project file %1 holds a value that is no text.")
-                         .arg(path)};
-    const QSettings settings(path, QSettings::IniFormat);
-    return ProjectFile{plainText(settings, QStringLiteral("KEO_FILE")),
-                       plainText(settings, QStringLiteral("DATA_FILE"))};
+    Result<ProjectFile> project = parseProjectFile(*bytes);
+    if (!project)
+        return Error{project.error().kind, path + QStringLiteral(": ") + project.error().message};
+    return project;
+}
+
+Result<ProjectFile> parseProjectFile(const QByteArray &ini)
+{
+    if (holdsSerialisedObject(ini))
+        return Error{Error::Format, tr("The project file holds a value that is no text.")};
+    const IniCopy copy(ini);
+    if (copy.fault())
+        return *copy.fault();
+    const QSettings settings(copy.path(), QSettings::IniFormat);
+    return ProjectFile{plainText(settings, kKeoFile), plainText(settings, kDataFile)};
+}
+
+std::optional<Error> writeProjectFile(const QString &path, const ProjectFile &project)
+{
+    const IniCopy copy(presentContent(path));
+    if (copy.fault())
+        return copy.fault();
+    {
+        QSettings settings(copy.path(), QSettings::IniFormat);
+        settings.setValue(kKeoFile, QDir::toNativeSeparators(project.keoFile));
+        settings.setValue(kDataFile, QDir::toNativeSeparators(project.dataFile));
+        settings.sync();
+        if (settings.status() != QSettings::NoError)
+            return Error{Error::File, tr("The text of %1 can't be made.").arg(path)};
+    }
+    const Result<QByteArray> ini =
+        readWholeFile(copy.path(), 2 * kMaxProjectFileSize, LineEnds::AsTheyAre);
+    if (!ini)
+        return ini.error();
+    return writeWholeFile(path, *ini, LineEnds::AsTheyAre);
+}
+
+QString dataFileBeside(const QString &projectPath)
+{
+    const QFileInfo info(projectPath);
+    return QStringLiteral("%1/%2.xml").arg(info.path(), info.baseName());
 }
 
 } // namespace KEO

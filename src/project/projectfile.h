@@ -2,7 +2,10 @@
 
 #include <base/result.h>
 
+#include <QByteArray>
 #include <QString>
+
+#include <optional>
 
 namespace KEO {
 
@@ -12,11 +15,26 @@ struct ProjectFile
 {
     QString keoFile;  ///< core description
     QString dataFile; ///< captured samples
+
+    bool operator==(const ProjectFile &other) const = default;
 };
 
 /// Reads a project file of at most 1 MB. An error of kind File or Limit if it can't be read, of
 /// kind Format if a value is anything but text: a serialised object in a foreign file can take all
 /// memory or end the program when it is read.
 Result<ProjectFile> readProjectFile(const QString &path);
+
+/// The same from its bytes.
+Result<ProjectFile> parseProjectFile(const QByteArray &ini);
+
+/// Writes the two paths, with the system's separators, into the project file at \a path, whole or
+/// not at all; other keys of a file that is there keep their values. Nothing on success, else an
+/// error of kind File.
+[[nodiscard]] std::optional<Error> writeProjectFile(const QString &path,
+                                                    const ProjectFile &project);
+
+/// The data file that goes with a project file which names none yet: beside it, with its name up to
+/// the first dot.
+[[nodiscard]] QString dataFileBeside(const QString &projectPath);
 
 } // namespace KEO

@@ -4,11 +4,16 @@ keo_add_library(project_ui
     SOURCES
         analyzerproject.h
         captureproject.cpp captureproject.h
+        captureprojectfiles.cpp
+        descriptionwatch.cpp descriptionwatch.h
         keostandardanalyzerproject.cpp keostandardanalyzerproject.h
         programmerpage.cpp programmerpage.h
         projectlog.cpp projectlog.h
+        reloadbanner.cpp reloadbanner.h
         runcontrols.cpp runcontrols.h
         runtoolbar.cpp runtoolbar.h
+        savedialog.cpp savedialog.h
         waitingtip.cpp waitingtip.h
         wavetabs.cpp wavetabs.h
-    LINK keo::project keo::programmer_ui keo::trigger_ui keo::wave keo::image Qt6::Widgets)
+    LINK keo::project keo::export_ui keo::programmer_ui keo::trigger_ui keo::wave keo::image
+         Qt6::Widgets)

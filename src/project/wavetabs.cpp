@@ -3,6 +3,7 @@
 #include "capturedisplay.h"
 
 #include <wave/wavemonitorwidget.h>
+#include <wave/windowcontents.h>
 
 #include <QTabWidget>
 
@@ -13,6 +14,7 @@ namespace KEO {
 
 using WaveMonitor::SignalElement;
 using WaveMonitor::WaveMonitorWidget;
+using WaveMonitor::WindowContents;
 using WaveMonitor::WindowState;
 
 namespace {
@@ -55,6 +57,16 @@ WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured, QWidget *parent
     monitor->setTriggerPosition(captured.triggerPosition);
     monitor->setTitle(captured.window, captured.core);
     monitor->restoreState(layout);
+    return monitor;
+}
+
+WaveMonitorWidget *WaveTabs::add(int core, int window, WindowContents contents, QWidget *parent)
+{
+    // Here the window number counts, so tabs of different cores may share a domain.
+    auto *monitor = new WaveMonitorWidget(quint64(window) * kDomainStep, parent);
+    m_waveMonitors.append(monitor);
+    monitor->setTitle(window, core);
+    monitor->loadWindow(std::move(contents));
     return monitor;
 }
 

@@ -15,7 +15,8 @@ class QWidget;
 
 namespace WaveMonitor {
 class WaveMonitorWidget;
-}
+class WindowContents;
+} // namespace WaveMonitor
 
 namespace KEO {
 
@@ -47,6 +48,10 @@ public:
     /// Makes a monitor below \a parent that shows \a captured as the user last arranged that
     /// window. Borrowed.
     WaveMonitor::WaveMonitorWidget *add(const CapturedWindow &captured, QWidget *parent);
+    /// Makes a monitor below \a parent that shows a saved window, with the core and the window in
+    /// its title; core -1 means none. Borrowed.
+    WaveMonitor::WaveMonitorWidget *add(int core, int window, WaveMonitor::WindowContents contents,
+                                        QWidget *parent);
     /// New samples for the first monitor; an Auto run has only this one.
     void updateFirst(const QList<WaveMonitor::SignalElement> &elements, int rounds);
     /// Takes all monitors out of \a tabs, which may be null, and deletes them. Kept layouts replace

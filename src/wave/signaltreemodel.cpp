@@ -90,6 +90,16 @@ bool SignalTreeModel::readWindow(const QDomElement &window)
     return true;
 }
 
+void SignalTreeModel::setContents(WindowContents contents)
+{
+    beginResetModel();
+    m_items.clear();
+    m_contents = std::move(contents);
+    endResetModel();
+    raiseLater(this, EvStructureChanged);
+    raiseLater(this, EvRepaintItems);
+}
+
 QDomElement SignalTreeModel::writeWindow(QDomDocument &document) const
 {
     return m_contents.writeWindow(document);

@@ -46,6 +46,10 @@ public:
     /// The XML forms are told at WindowContents. Replaces signals and rows by those of an element
     /// `Window`; any other element changes nothing. Always true.
     bool readWindow(const QDomElement &window);
+    /// Replaces signals, rows and trigger.
+    void setContents(WindowContents contents);
+    /// All that is shown. Borrowed; changes with it.
+    [[nodiscard]] const WindowContents &contents() const { return m_contents; }
     [[nodiscard]] QDomElement writeWindow(QDomDocument &document) const;
     /// Replaces the rows by those of an element `Layout`.
     void setLayout(const QDomElement &layout);

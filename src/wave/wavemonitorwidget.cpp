@@ -17,6 +17,7 @@
 #include <QVariant>
 
 #include <cmath>
+#include <utility>
 
 namespace WaveMonitor {
 
@@ -153,6 +154,17 @@ QMap<int, SignalElement> WaveMonitorWidget::signalMap() const
 void WaveMonitorWidget::loadWindow(const QDomElement &window)
 {
     m_model->readWindow(window);
+    showLoaded();
+}
+
+void WaveMonitorWidget::loadWindow(WindowContents contents)
+{
+    m_model->setContents(std::move(contents));
+    showLoaded();
+}
+
+void WaveMonitorWidget::showLoaded()
+{
     followDataLength();
     m_treeView->header()->resizeSection(SignalTreeModel::NameColumn, kLoadedNameWidth);
     m_treeView->header()->resizeSection(SignalTreeModel::ValueColumn, kLoadedValueWidth);
@@ -161,6 +173,11 @@ void WaveMonitorWidget::loadWindow(const QDomElement &window)
 QDomElement WaveMonitorWidget::saveWindow(QDomDocument &document) const
 {
     return m_model->writeWindow(document);
+}
+
+const WindowContents &WaveMonitorWidget::contents() const
+{
+    return m_model->contents();
 }
 
 void WaveMonitorWidget::restoreState(const WindowState *state)

@@ -22,6 +22,7 @@ class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
 class WaveView;
+class WindowContents;
 
 /// The whole viewer of one capture window: signal tree, wave view and ruler side by side, with
 /// equal rows. The only class of the viewer that a project uses. All data comes in through the
@@ -57,8 +58,12 @@ public:
 
     /// Replaces everything by a saved element `Window` (see WindowContents).
     void loadWindow(const QDomElement &window);
+    /// The same from contents that have been read already.
+    void loadWindow(WindowContents contents);
     /// A new element `Window`, attached to nothing.
     [[nodiscard]] QDomElement saveWindow(QDomDocument &document) const;
+    /// What saveWindow saves, for writers that need no tree. Borrowed; changes with the viewer.
+    [[nodiscard]] const WindowContents &contents() const;
 
     /// Null does nothing.
     void restoreState(const WindowState *state);
@@ -90,6 +95,7 @@ private:
     void layOutPanes();
     void joinScrollBars();
     void followDataLength();
+    void showLoaded();
 
     SignalTreeModel *m_model;   ///< child, the data source of the wave view
     SignalTreeView *m_treeView; ///< child

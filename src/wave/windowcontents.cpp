@@ -1,6 +1,7 @@
 #include "windowcontents.h"
 
 #include "busnames.h"
+#include "windowxml.h"
 #include "xmltext.h"
 
 #include <QDomDocument>
@@ -14,54 +15,19 @@ namespace {
 
 const QString kNode = QStringLiteral("Node");
 const QString kSignal = QStringLiteral("Signal");
-const QString kId = QStringLiteral("id");
-const QString kName = QStringLiteral("name");
-const QString kText = QStringLiteral("text");
 
 QDomElement writeSignal(QDomDocument &document, const SignalElement &signal)
 {
-    QDomElement element = document.createElement(kSignal);
-    element.setAttribute(kName, storableText(signal.name));
-    element.setAttribute(kId, signal.id);
-    element.setAttribute(kText, storableText(signal.text));
+    QDomElement element = newElement(document, kSignal, signalAttributes(signal));
     element.appendChild(document.createTextNode(sampleText(signal.data)));
     return element;
 }
 
 SignalElement readSignal(const QDomElement &element)
 {
-    return {.id = element.attribute(kId).toInt(),
-            .name = element.attribute(kName),
-            .text = element.attribute(kText),
-            .data = readSamples(element)};
-}
-
-int readColor(const QDomElement &node)
-{
-    const QString color = node.attribute(QStringLiteral("color"));
-    return color.isEmpty() ? LayoutNode::kDefaultColor : color.toInt();
-}
-
-std::unique_ptr<LayoutNode> readSignalNode(const QDomElement &element)
-{
-    auto node = std::make_unique<SignalLayoutNode>(element.attribute(kId).toInt());
-    node->text = element.attribute(kText);
-    node->color = readColor(element);
-    return node;
-}
-
-std::unique_ptr<LayoutNode> readBusNode(const QDomElement &element)
-{
-    auto node = std::make_unique<BusLayoutNode>();
-    node->name = element.attribute(kName);
-    node->text = element.attribute(kText);
-    node->format->setType(DataFormat::typeFromKey(element.attribute(QStringLiteral("format"))));
-    node->color = readColor(element);
-    // Whatever type a child claims to be, a bus holds nothing but signals.
-    for (QDomElement member = element.firstChildElement(kNode); !member.isNull();
-         member = member.nextSiblingElement(kNode))
-        node->appendChild(readSignalNode(member));
-    return node;
+    SignalElement signal = readSignalTag(attributesOf(element));
+    signal.data = readSamples(element);
+    return signal;
 }
 
 } // namespace
@@ -71,6 +37,8 @@ WindowContents::WindowContents() : m_layout(std::make_unique<LayoutNode>())
 }
 
 WindowContents::~WindowContents() = default;
+WindowContents::WindowContents(WindowContents &&other) noexcept = default;
+WindowContents &WindowContents::operator=(WindowContents &&other) noexcept = default;
 
 const SignalElement *WindowContents::signal(int id) const
 {
@@ -222,11 +190,15 @@ void WindowContents::readLayout(const QDomElement &layout)
     clearLayout();
     for (QDomElement element = layout.firstChildElement(kNode); !element.isNull();
          element = element.nextSiblingElement(kNode)) {
-        const QString type = element.attribute(QStringLiteral("type"));
-        if (type == QLatin1String("sig"))
-            m_layout->appendChild(readSignalNode(element));
-        else if (type == QLatin1String("bus"))
-            m_layout->appendChild(readBusNode(element));
+        std::unique_ptr<LayoutNode> row = readRowTag(attributesOf(element));
+        if (!row)
+            continue;
+        if (row->type == LayoutNode::Bus) {
+            for (QDomElement member = element.firstChildElement(kNode); !member.isNull();
+                 member = member.nextSiblingElement(kNode))
+                row->appendChild(readMemberTag(attributesOf(member)));
+        }
+        m_layout->appendChild(std::move(row));
     }
 }
 

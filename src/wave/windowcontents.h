@@ -29,6 +29,9 @@ public:
     WindowContents();
     WindowContents(const WindowContents &) = delete;
     WindowContents &operator=(const WindowContents &) = delete;
+    /// Rows stay where they are in memory. What was moved from may only be assigned to or deleted.
+    WindowContents(WindowContents &&other) noexcept;
+    WindowContents &operator=(WindowContents &&other) noexcept;
     ~WindowContents();
 
     /// By id. A copy of the map shares everything with it.

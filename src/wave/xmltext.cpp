@@ -1,7 +1,6 @@
 #include "xmltext.h"
 
 #include <QDomElement>
-#include <QStringList>
 
 #include <algorithm>
 #include <array>
@@ -127,7 +126,11 @@ QString sampleText(const QBitArray &samples)
 
 QBitArray readSamples(const QDomElement &element)
 {
-    const QStringList texts = ownTexts(element);
+    return readSamples(ownTexts(element));
+}
+
+QBitArray readSamples(const QStringList &texts)
+{
     qsizetype samples = 0;
     for (const QString &text : texts)
         samples += text.size();

@@ -2,6 +2,7 @@
 
 #include <QBitArray>
 #include <QString>
+#include <QStringList>
 
 class QDomElement;
 
@@ -20,5 +21,7 @@ namespace WaveMonitor {
 /// Reads back what sampleText wrote from the text directly inside \a element: as many samples as
 /// there are characters, and every character but "1" is 0.
 [[nodiscard]] QBitArray readSamples(const QDomElement &element);
+/// The same from the pieces of that text.
+[[nodiscard]] QBitArray readSamples(const QStringList &texts);
 
 } // namespace WaveMonitor

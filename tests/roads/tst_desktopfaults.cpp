@@ -7,15 +7,13 @@
 
 using namespace KEO;
 
-class tst_DesktopFaults : public ViewerTest
+class tst_DesktopFaults : public WidgetTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void atEachStep_data();
     void atEachStep();
-    void nonsenseFromTheServer_data();
-    void nonsenseFromTheServer();
 };
 
 namespace {
@@ -66,7 +64,7 @@ void act(Act what, Desktop &d)
         d.open();
         break;
     case Act::CloseNo:
-        d.answer = QMessageBox::No;
+        d.boxes.answer = QMessageBox::No;
         d.window->close();
         break;
     case Act::CloseYes:
@@ -124,18 +122,18 @@ void tst_DesktopFaults::atEachStep()
             actOnce();
     });
     if (step == Step::Box)
-        d.whileBoxIsOpen = actOnce;
+        d.boxes.whileOpen = [&](const QMessageBox &) { actOnce(); };
     if (step == Step::TabComes)
         connect(d.tabs(), &QTabWidget::currentChanged, &onlooker, actOnce);
     d.press(step == Step::Rounds ? Qt::Key_F2 : Qt::Key_F1);
     clock.start();
     onlooker.start(2);
-    QTRY_VERIFY_WITH_TIMEOUT(isDone, Desktop::kCaptureTime);
+    QTRY_VERIFY_WITH_TIMEOUT(isDone, kCaptureTime);
     QTest::qWait(200); // late replies and ticks
     QTRY_VERIFY(!QApplication::activeModalWidget());
 
     if (what == Act::CloseYes || what == Act::DeleteWindow) {
-        QVERIFY(!Desktop::tip());
+        QVERIFY(!waitingTip());
         QVERIFY(!d.window || (!d.window->isVisible() && d.tabs()->count() == 0));
         return;
     }
@@ -147,64 +145,19 @@ void tst_DesktopFaults::atEachStep()
     if (what == Act::Open || what == Act::CloseNo) {
         QVERIFY(d.window->isVisible());
         if (design.fires && design.programmed && step != Step::Rounds) {
-            QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), Desktop::kCaptureTime);
+            QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), kCaptureTime);
             QCOMPARE(d.tabs()->count(), 3);
         }
     }
     if (d.isBusy())
         d.press(Qt::Key_F4);
-    QVERIFY(!d.isBusy() && !Desktop::tip());
+    QVERIFY(d.isIdle());
     QVERIFY(d.tool("Start")->isEnabled());
     if (what == Act::Stop && design.fires && design.programmed) {
-        d.press(Qt::Key_F1);
-        QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), Desktop::kCaptureTime);
+        d.capture();
         QCOMPARE(d.tabs()->count(), 1 + design.windows);
     }
 }
 
-void tst_DesktopFaults::nonsenseFromTheServer_data()
-{
-    QTest::addColumn<QString>("at");
-    QTest::addColumn<QString>("kind");
-    for (const char *at : {"OPEN", "READ_START_REG", "READ_RAM"}) {
-        for (const char *kind :
-             {"wrong length", "huge length", "unknown type", "huge count", "deep nesting", "empty"})
-            QTest::addRow("%s at %s", kind, at) << at << kind;
-    }
-}
-
-// The run goes on or waits; Stop and a new window on a new server find everything as before.
-void tst_DesktopFaults::nonsenseFromTheServer()
-{
-    QFETCH(QString, at);
-    QFETCH(QString, kind);
-    TestDesign design;
-    design.amount = 32;
-    design.faults =
-        QStringLiteral(R"([{ "at": "%1", "nth": "every", "do": "garbage", "kind": "%2" }])")
-            .arg(at, kind);
-    Desktop d(design);
-    d.open();
-    d.press(Qt::Key_F1);
-    QVERIFY(d.isBusy());
-    QTest::qWait(750);
-    if (d.isBusy())
-        d.press(Qt::Key_F4);
-    QVERIFY(!d.isBusy() && !Desktop::tip());
-    QVERIFY(d.tool("Start")->isEnabled() && d.tool("Open...")->isEnabled());
-    for (int tab = 1; tab < d.tabs()->count(); ++tab) {
-        const auto elements = d.wave(tab)->signalMap();
-        const qint64 trigger = design.firstTrigger(design.position);
-        for (int sample = 0; sample < design.amount; ++sample)
-            QCOMPARE(elements[15].data.testBit(sample),
-                     design.level(15, trigger - design.position + sample));
-    }
-    d.window->close();
-    QVERIFY(!d.window->isVisible());
-}
-
-int main(int argc, char **argv)
-{
-    return runTest<tst_DesktopFaults, QApplication>(argc, argv);
-}
+KEO_WIDGET_TEST_MAIN(tst_DesktopFaults)
 #include "tst_desktopfaults.moc"

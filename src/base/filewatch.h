@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QDateTime>
+#include <QFileSystemWatcher>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+namespace KEO {
+
+/// Tells when one file changes, however a tool writes it: in place, by a rename over it, or by
+/// removing it and making it again. The system's watch follows the file and not its name, so it is
+/// renewed after each event; while the file is missing, its name is looked at from time to time.
+/// Files that tools are in the middle of replacing count as missing only after a second.
+///
+/// Holds at most one file and needs an event loop. Not for files that others may lock: it opens
+/// none.
+class FileWatch final : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit FileWatch(QObject *parent = nullptr);
+    ~FileWatch() override;
+
+    /// Watches \a path, which need not exist, in place of the file before. What it holds now counts
+    /// as known.
+    void watch(const QString &path);
+    void stop();
+
+    /// Empty while nothing is watched.
+    [[nodiscard]] QString path() const { return m_path; }
+
+Q_SIGNALS:
+    /// The file was written, was removed, or is back. Several events in a row are told once.
+    void fileChanged(const QString &path);
+
+private:
+    /// By which a file is told from its former self.
+    struct Stamp
+    {
+        bool exists = false;
+        qint64 size = 0;    ///< bytes
+        QDateTime written;  ///< UTC
+        QDateTime created;  ///< UTC, invalid where the system does not know
+        QDateTime lookedAt; ///< UTC
+
+        [[nodiscard]] bool surelyEquals(const Stamp &later) const;
+    };
+    [[nodiscard]] Stamp stampOfFile() const;
+    void renewWatch();
+    void look();
+
+    QFileSystemWatcher m_watcher;
+    QTimer m_timer; ///< runs between an event and the look at the file, and while it is missing
+    QString m_path;
+    Stamp m_known;         ///< what listeners know
+    int m_looksInVain = 0; ///< since the file was missing
+};
+
+} // namespace KEO

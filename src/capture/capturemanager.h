@@ -1,0 +1,154 @@
+#pragma once
+
+#include <link/cmdpack.h>
+#include <link/jtagsession.h>
+
+#include <QBitArray>
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QVariant>
+
+namespace KEO {
+
+/// Where a run stands. The numbers are fixed; a standard core's run has no state 2, and the state 1
+/// of the two kinds of core has two names.
+enum class CaptureState {
+    Idle = 0,
+    Armed = 1,       ///< standard: cores are programmed, the start register is polled
+    Started = 1,     ///< lite: the capture has not been armed yet, or its data has been taken
+    Polling = 2,     ///< lite: armed, the start register is polled
+    Reading = 3,     ///< the capture memory of a core is being read
+    ReadComplete = 4 ///< all of it is there
+};
+
+/// What the runs of the two kinds of core have in common: the device, the steps of a run and who
+/// may disturb them, reading the capture memory section by section, and the end. A kind of core
+/// adds how it is armed and polled and what its memory looks like.
+///
+/// GUI thread; nothing blocks, but reading runs the event loop between two sections. A run ends
+/// with triggerComplete: when everything has been read, on stop, or when the device can't be
+/// opened. There is no time-out: a lost reply, or a description that asks for no section at all,
+/// leaves the run waiting for stop.
+///
+/// Every receiver of a signal, and whatever else runs in the event loop, may stop, start, release
+/// or delete the manager. Replies that arrive for an earlier run, or for a manager that is gone, do
+/// nothing.
+class CaptureManager : public QObject
+{
+    Q_OBJECT
+
+public:
+    ~CaptureManager() override;
+
+    /// Sends "OPEN"; selectCable must have succeeded before. Does not wait: start may follow at
+    /// once, and a device that can't be opened stops the run, which emits triggerComplete(0), and
+    /// then triggerComplete(result).
+    void openDevice(const QVariantList &chain);
+    /// Aborts the run and closes the device. Also when idle, and then it still sends "CLOSE".
+    void stop();
+
+    [[nodiscard]] CaptureState state() const { return m_state; }
+    /// Finished rounds of an Auto run; -1 outside of one. Set to 0 before start, a run begins again
+    /// after each read until it is stopped.
+    [[nodiscard]] int autorun() const { return m_autorun; }
+    void setAutorun(int rounds) { m_autorun = rounds; }
+    /// Device model of the run.
+    [[nodiscard]] const QString &deviceName() const { return m_deviceName; }
+    void setDeviceName(const QString &name) { m_deviceName = name; }
+    /// The description was a .zeo file.
+    [[nodiscard]] bool isZeo() const { return m_isZeo; }
+    void setZeo(bool isZeo) { m_isZeo = isZeo; }
+
+Q_SIGNALS:
+    /// A run is over: 0, or after that the result of an "OPEN" that failed.
+    void triggerComplete(int resultID);
+    /// Sent on every step of a run, also when the value stays.
+    void statusChanged(bool isBusy);
+    /// Progress of a window: \a sectionsRead of \a sections have arrived.
+    void sectionRead(int core, int window, int sectionsRead, int sections);
+
+protected:
+    /// \a session is borrowed and outlives the manager.
+    explicit CaptureManager(JtagSession &session, QObject *parent);
+
+    /// How the memory of a core is read.
+    struct ReadPlan
+    {
+        int core = 0;         ///< its index, as the signals carry it
+        int rowBits = 0;      ///< from one row to the next
+        int sectionRows = 0;  ///< in a section
+        int sectionCount = 0; ///< in a window; 0 if there is nothing to read
+        int windowCount = 0;
+        qint64 stride = 0;   ///< rows from one window to the next
+        int leadingBits = 0; ///< that a section's read shifts out before its rows
+
+        /// Bits that are read for a section, filling included.
+        [[nodiscard]] int sectionBits() const;
+    };
+
+    /// Remembers a step of a run, so that a loop or reply can tell whether the run has moved on, or
+    /// the manager is gone.
+    struct Step
+    {
+        QPointer<CaptureManager> manager;
+        quint64 number = 0;
+
+        [[nodiscard]] bool isCurrent() const { return manager && manager->m_step == number; }
+    };
+
+    // What a kind of core has to do.
+
+    /// Takes the cores that are armed out of the run and tells them so.
+    virtual void disarm() = 0;
+    /// A run is over: stops its timers and forgets what it has left behind.
+    virtual void forgetRun() = 0;
+    /// The word that asks for the section of \a plan which begins at \a row.
+    [[nodiscard]] virtual QBitArray sectionWord(const ReadPlan &plan, qint64 row) const = 0;
+    /// The last section of a window has arrived. May delete the manager.
+    virtual void windowComplete(const ReadPlan &plan, int window) = 0;
+
+    // What a kind of core may use.
+
+    [[nodiscard]] Step currentStep() { return {this, m_step}; }
+    /// Makes all loops and replies that are under way stale.
+    Step beginStep();
+    void enterState(CaptureState state);
+    /// Closes the device at the end of a run that was not stopped.
+    void finish();
+    /// A description's extension tells the form of the design; another one tells nothing.
+    void noteExtension(const QString &path);
+    void writeStartRegister(int value, int registerWidth);
+    /// Selects the start register and reads it.
+    void readStartRegister(int registerWidth, JtagDataTask task);
+    /// Reads all windows, with the event loop running between two sections. Returns when all has
+    /// been asked for, or the run has moved on.
+    void readMemory(const ReadPlan &plan);
+    /// The sections of a window in list order, the last one first; empty if it was not read.
+    [[nodiscard]] QList<QBitArray> sections(int window) const { return m_windows.value(window); }
+    void forgetSections() { m_windows.clear(); }
+    [[nodiscard]] JtagSession &session() const { return m_session; }
+    /// "OPEN" has not been answered yet.
+    [[nodiscard]] bool isOpening() const { return m_isOpening; }
+
+    enum StartValue { Disarm = 0, Arm = 1, Force = 3 };
+
+private:
+    void endRun();
+    /// False when the run has moved on meanwhile.
+    bool readSections(const ReadPlan &plan, int window, const Step &step);
+    /// False for a reply that is no section of a window being read.
+    bool takeSection(const CmdPack &reply, const ReadPlan &plan);
+
+    JtagSession &m_session; // borrowed
+    CaptureState m_state = CaptureState::Idle;
+    QList<QList<QBitArray>> m_windows; // sections of each window, last first
+    QString m_deviceName;
+    int m_autorun = -1;
+    bool m_isZeo = false;
+    bool m_isOpening = false;
+    quint64 m_step = 0;
+};
+
+} // namespace KEO

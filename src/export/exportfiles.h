@@ -1,0 +1,70 @@
+#pragma once
+
+#include "exportwindow.h"
+
+#include <QList>
+#include <QRegularExpression>
+#include <QString>
+
+namespace KEO {
+
+/// Kinds of export file.
+enum class ExportFormat { Csv, Vcd, Prn };
+
+/// Clock period as the user gives it: a number and one of the units us, ns and ps.
+struct ClockPeriod
+{
+    int number = 1; ///< 1 to 9999999
+    QString unit = QStringLiteral("us");
+
+    [[nodiscard]] qint64 picoseconds() const;
+    bool operator==(const ClockPeriod &other) const = default;
+};
+
+/// Which kind of core the waves come from.
+enum class ExportMode { Lite = 0, Standard = 1 };
+
+/// Which columns a PRN file has. The first two values are the writer's selectors.
+enum class PrnContent { All = 0, Shown = 1, Buses = 2 };
+
+/// What an export tells of a core beyond its samples.
+struct ExportCore
+{
+    int index = -1;             ///< as the description counts
+    QString moduleName;         ///< scope in a VCD
+    QString sampleClock;        ///< net name
+    bool clockInverted = false; ///< the core samples on the falling edge
+    int triggerSample = 0;      ///< of each window
+};
+
+/// How one window is written.
+struct ExportSettings
+{
+    ExportFormat format = ExportFormat::Csv;
+    ClockPeriod period;
+    PrnContent prnContent = PrnContent::All;
+    QList<int> buses; ///< ordinals of the buses in a PRN of buses, ascending
+};
+
+/// The name of an export before its suffix is made of word characters of any script.
+[[nodiscard]] QRegularExpression exportNamePattern();
+/// \a text with an underscore in place of every other character.
+[[nodiscard]] QString asExportName(QString text);
+
+/// Tells one window's file from the others': "_core<core>_window<window>", both in decimal.
+[[nodiscard]] QString windowSuffix(int core, int window);
+/// The suffix of a file written from a core of kind \a mode. A lite core has one window, so that
+/// its CSV and VCD carry none; its PRN does, as programs that read it expect.
+[[nodiscard]] QString exportSuffix(ExportMode mode, ExportFormat format, int core, int window);
+
+/// `<directory>/<name>.<csv, vcd or prn>`, where \a name includes the suffix.
+[[nodiscard]] QString exportPath(const QString &directory, const QString &name,
+                                 ExportFormat format);
+
+/// Writes a window to \a path, whose content is replaced. A VCD counts in picoseconds, the other
+/// formats in the period's own unit. False, with the reason in the debug log "keo.export", when the
+/// file can't be written or \a path is something else than a file.
+[[nodiscard]] bool writeExport(const QString &path, const ExportSettings &settings,
+                               const ExportCore &core, const ExportWindow &window);
+
+} // namespace KEO

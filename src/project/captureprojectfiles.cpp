@@ -1,0 +1,87 @@
+// The files of a project: what both kinds do alike to save and to show what was saved.
+
+#include "captureproject.h"
+#include "projectfile.h"
+#include "projectlog.h"
+#include "savedialog.h"
+
+#include <wave/wavemonitorwidget.h>
+
+#include <QFileInfo>
+#include <QTabWidget>
+
+#include <utility>
+
+namespace KEO {
+
+using WaveMonitor::WaveMonitorWidget;
+
+void CaptureProject::onSave()
+{
+    const QPointer<CaptureProject> self(this);
+    if (m_projectFilePath.isEmpty()) {
+        const QString path = askProjectPath(m_mainWindow, suggestedProjectPath(parent()));
+        if (!self || m_keoFilePath.isEmpty()) // closed while the dialog showed
+            return;
+        m_projectFilePath = path;
+    }
+    if (m_projectFilePath.isEmpty())
+        return;
+    if (m_dataFilePath.isEmpty())
+        m_dataFilePath = dataFileBeside(m_projectFilePath);
+    const QString projectFile = m_projectFilePath;
+    const ProjectFile paths{m_keoFilePath, m_dataFilePath};
+    saveDataFile(paths.dataFile);
+    if (!saveDescription(paths.keoFile))
+        showError(tr("Can not save to %1").arg(paths.keoFile));
+    if (const std::optional<Error> error = writeProjectFile(projectFile, paths))
+        qCDebug(keoProject).noquote() << "project file not saved:" << error->message;
+}
+
+void CaptureProject::saveDataFile(const QString &path) const
+{
+    QList<WindowToSave> windows;
+    for (const WaveMonitorWidget *wave : m_waveTabs.monitors()) {
+        windows.append(numbersOf(*wave, int(windows.size())));
+        windows.last().contents = &wave->contents();
+    }
+    if (const std::optional<Error> error = writeDataFile(path, windows))
+        qCDebug(keoProject).noquote() << "data file not saved:" << error->message;
+}
+
+CaptureProject::DataFileState CaptureProject::loadDataFile(const QString &path)
+{
+    if (!QFileInfo::exists(path)) {
+        showWarning(tr("Cached data file specified in project file is missing."));
+        return DataFileState::Unusable;
+    }
+    Result<LoadedWindows> windows = KEO::loadDataFile(path);
+    if (!windows) {
+        qCDebug(keoProject).noquote() << path << windows.error().message;
+        if (windows.error().kind != Error::File)
+            showError(windows.error().message);
+        return DataFileState::Unusable;
+    }
+    if (fitsDesign(*windows))
+        showSavedWindows(*std::move(windows));
+    else
+        showWarning(tr("Data file miss match the project"));
+    return DataFileState::Loaded;
+}
+
+void CaptureProject::showSavedWindows(LoadedWindows windows)
+{
+    int count = 0;
+    for (LoadedWindow &window : windows) {
+        const std::optional<SavedTab> tab = tabOf(window);
+        if (!tab)
+            continue;
+        WaveMonitorWidget *wave =
+            m_waveTabs.add(tab->core, tab->window, std::move(window.contents), m_mainWindow);
+        ++count;
+        if (QTabWidget *tabs = tabWidget())
+            tabs->insertTab(count, wave, tab->title);
+    }
+}
+
+} // namespace KEO

@@ -1,0 +1,48 @@
+#include "datafilecheck.h"
+
+#include <algorithm>
+
+namespace KEO {
+
+namespace {
+
+constexpr int kNone = -1;
+
+bool fitsCore(const LoadedWindow &window, const CoreList &cores)
+{
+    const int number = window.core.toInt();
+    const auto core = std::ranges::find_if(
+        cores, [number](const auto &candidate) { return candidate->index == number; });
+    if (core == cores.end())
+        return false;
+    const int index = window.index.toInt();
+    // A window that says "none" is harmless: it is not shown.
+    return index >= kNone && index < (*core)->window_num &&
+           fitsCapture(window, QString::number((*core)->trigger_pos), (*core)->flatSignalNames());
+}
+
+} // namespace
+
+bool fitsCapture(const LoadedWindow &window, const QString &triggerPosition,
+                 const QStringList &signalNames)
+{
+    return window.triggerText == triggerPosition && window.signalNames == signalNames;
+}
+
+bool fitsCores(const LoadedWindows &windows, const CoreList &cores)
+{
+    return std::ranges::all_of(windows,
+                               [&](const LoadedWindow &window) { return fitsCore(window, cores); });
+}
+
+std::optional<WindowPlace> placeOf(const LoadedWindow &window)
+{
+    bool isNumber = false;
+    const int index = window.index.toInt(&isNumber);
+    const int core = window.core.isNull() ? kNone : window.core.toInt();
+    if (!window.isTopLevel || !isNumber || index == kNone || core == kNone)
+        return std::nullopt;
+    return WindowPlace{core, index};
+}
+
+} // namespace KEO

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "datafilereader.h"
+
+#include <config/coreconfig.h>
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace KEO {
+
+/// Do the trigger and the signals of \a window fit a design? \a triggerPosition is its text in the
+/// file, \a signalNames the names of the captured bits in flat order.
+[[nodiscard]] bool fitsCapture(const LoadedWindow &window, const QString &triggerPosition,
+                               const QStringList &signalNames);
+
+/// Were all of \a windows captured with standard cores as \a cores describes them? A window without
+/// `core` or `index` counts as one with 0.
+[[nodiscard]] bool fitsCores(const LoadedWindows &windows, const CoreList &cores);
+
+/// Where a window of a data file belongs.
+struct WindowPlace
+{
+    int core = 0;   ///< CoreConfig::index
+    int window = 0; ///< number within the core
+
+    bool operator==(const WindowPlace &other) const = default;
+};
+
+/// The place of a standard core's window; none for a window that is not to be shown: it lacks
+/// `core` or `index`, has -1 there, or its `index` is no number.
+[[nodiscard]] std::optional<WindowPlace> placeOf(const LoadedWindow &window);
+
+} // namespace KEO

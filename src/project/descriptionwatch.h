@@ -1,0 +1,67 @@
+#pragma once
+
+#include <base/filewatch.h>
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <functional>
+
+class QWidget;
+
+namespace KEO {
+
+class ReloadBanner;
+
+/// Watches the core description of an open project and tells the user in a banner above the
+/// project's page when it was changed or removed. During a capture nothing shows; the change is
+/// told when the capture is over. The project does what the banner's buttons ask for.
+class DescriptionWatch final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// \a isBusy says whether a capture is going on.
+    explicit DescriptionWatch(std::function<bool()> isBusy, QObject *parent = nullptr);
+
+    /// A description has been opened: takes old banners away and watches \a keoFilePath. Banners
+    /// come to the top of the vertical layout of \a page, which is borrowed.
+    void start(const QString &keoFilePath, QWidget *page);
+    /// The project is closed: nothing is watched or told any more.
+    void stop();
+    /// Call it when no capture is going on: tells of a change during the last one, once.
+    void tellPending();
+
+public Q_SLOTS:
+    /// The file was changed or is gone. An empty \a path stands for the description's own.
+    void onFileChanged(const QString &path);
+    void onReloadKeoFile();
+    void onBannerClose();
+    /// Takes the banner away and goes on watching.
+    void onBannerCancel();
+    /// Takes the banner away and lets the file be.
+    void onBannerKeep();
+
+Q_SIGNALS:
+    /// Open the description anew; it exists.
+    void reopenRequested(const QString &keoFilePath);
+    /// The user pressed Reload, and the description has been opened anew if it exists: a new
+    /// download is for the user to decide.
+    void reloaded();
+    void closeRequested();
+
+private:
+    void addBanner(int mode, const QString &path);
+    void removeBanners() const;
+    void removeBanner(ReloadBanner *banner) const;
+
+    std::function<bool()> m_isBusy;
+    FileWatch m_fileWatcher;
+    QString m_keoFilePath;
+    QPointer<QWidget> m_page;
+    QPointer<ReloadBanner> m_reloadBanner; ///< the newest one, in the page
+    bool m_reloadPending = false;
+};
+
+} // namespace KEO

@@ -1,0 +1,16 @@
+#include "exportcore.h"
+
+#include <config/coreconfig.h>
+
+namespace KEO {
+
+ExportCore exportCore(const CoreConfig &core)
+{
+    return {.index = core.index,
+            .moduleName = core.module_name,
+            .sampleClock = core.sample_clock,
+            .clockInverted = core.trig_type == 1,
+            .triggerSample = core.trigger_pos};
+}
+
+} // namespace KEO

@@ -1,0 +1,119 @@
+#include "reloadbanner.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QStyle>
+
+#include <algorithm>
+
+namespace KEO {
+
+namespace {
+
+const QColor kAmber(0xf0, 0xa8, 0x28); // of the warning sign
+constexpr qreal kFillShare = 0.22;     // of amber in the strip; enough on light and dark windows
+constexpr qreal kLineShare = 0.70;
+
+QColor mixed(const QColor &base, const QColor &added, qreal share)
+{
+    const auto part = [share](float from, float to) { return from + (to - from) * float(share); };
+    return QColor::fromRgbF(part(base.redF(), added.redF()), part(base.greenF(), added.greenF()),
+                            part(base.blueF(), added.blueF()));
+}
+
+/// A sentence with a path in it. Shows a long path without its middle rather than making the window
+/// wide. What text() returns is whole.
+class PathLabel final : public QLabel
+{
+public:
+    PathLabel()
+    {
+        setTextFormat(Qt::PlainText); // the path is the user's and may look like markup
+    }
+
+    /// \a sentence has "%1" where the path goes.
+    void setSentence(const QString &sentence, const QString &path)
+    {
+        m_sentence = sentence;
+        m_path = path;
+        setText(sentence.arg(path));
+        setToolTip(path);
+    }
+
+    [[nodiscard]] QSize minimumSizeHint() const override
+    {
+        return {fontMetrics().averageCharWidth() * kLeastCharacters,
+                QLabel::minimumSizeHint().height()};
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        style()->drawItemText(&painter, rect(), int(Qt::AlignVCenter | Qt::AlignLeft), palette(),
+                              isEnabled(), shownText(), foregroundRole());
+    }
+
+private:
+    static constexpr int kLeastCharacters = 20;
+
+    [[nodiscard]] QString shownText() const
+    {
+        const QFontMetrics metrics = fontMetrics();
+        const int whole = metrics.horizontalAdvance(text());
+        if (whole <= width())
+            return text();
+        const int room = metrics.horizontalAdvance(m_path) - (whole - width());
+        const QString path = metrics.elidedText(m_path, Qt::ElideMiddle, std::max(0, room));
+        return metrics.elidedText(m_sentence.arg(path), Qt::ElideRight, width());
+    }
+
+    QString m_sentence;
+    QString m_path;
+};
+
+} // namespace
+
+ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent) : QWidget(parent)
+{
+    auto *button = new QPushButton;
+    setObjectName(QStringLiteral("reloadBanner"));
+    button->setObjectName(QStringLiteral("btnA"));
+    auto *labelFile = new PathLabel;
+    labelFile->setObjectName(QStringLiteral("labelFile"));
+    QFont bold = labelFile->font();
+    bold.setBold(true);
+    labelFile->setFont(bold);
+
+    if (mode == Changed) {
+        labelFile->setSentence(tr("Keo file '%1' has been changed on disk."), path);
+        button->setText(tr("Reload"));
+        connect(button, &QPushButton::clicked, this, &ReloadBanner::reload);
+    } else if (mode == Removed) {
+        labelFile->setSentence(tr("Keo file '%1' has been removed on disk."), path);
+        button->setText(tr("Close"));
+        connect(button, &QPushButton::clicked, this, &ReloadBanner::closeIt);
+    }
+
+    auto *sign = new QLabel;
+    sign->setPixmap(QPixmap(QStringLiteral(":/keo/image/warning.png")));
+    auto *layout = new QHBoxLayout(this);
+    layout->addWidget(sign);
+    layout->addWidget(labelFile);
+    layout->addStretch();
+    layout->addWidget(button);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void ReloadBanner::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    const QColor base = palette().color(QPalette::Window);
+    painter.fillRect(rect(), mixed(base, kAmber, kFillShare));
+    painter.setPen(mixed(base, kAmber, kLineShare));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+} // namespace KEO

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QWidget>
+
+namespace KEO {
+
+/// A strip above a project's page that tells what happened to its core description on disk, with
+/// one button to act on it. Acts on nothing itself.
+class ReloadBanner final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    enum Mode : int {
+        Changed = 0, ///< offers to reload
+        Removed = 1  ///< offers to close
+    };
+
+    /// \a path stands in the message. Any other mode gives a strip without texts.
+    ReloadBanner(int mode, const QString &path, QWidget *parent = nullptr);
+
+Q_SIGNALS:
+    void reload();
+    void closeIt();
+    // For a strip with a way to dismiss it, which this one has not.
+    void cancel();
+    void keepIt();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+};
+
+} // namespace KEO
