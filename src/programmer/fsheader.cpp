@@ -62,18 +62,18 @@ bool FsHeaderReader::read(int msecs)
     while (m_file.isOpen()) {
         const qint64 size = m_file.read(m_block.data(), m_block.size());
         if (size <= 0) {
-            endLine();
+            m_parser.finish();
             m_file.close();
             break;
         }
-        take(QByteArrayView(m_block).first(size));
+        m_parser.append(QByteArrayView(m_block).first(size));
         if (msecs >= 0 && clock.hasExpired(msecs))
             return false;
     }
     return true;
 }
 
-void FsHeaderReader::take(QByteArrayView bytes)
+void FsHeaderParser::append(QByteArrayView bytes)
 {
     while (!bytes.isEmpty()) {
         const void *feed = std::memchr(bytes.data(), '\n', size_t(bytes.size()));
@@ -91,7 +91,7 @@ void FsHeaderReader::take(QByteArrayView bytes)
     }
 }
 
-void FsHeaderReader::endLine()
+void FsHeaderParser::endLine()
 {
     const bool isHeader = !m_skipsLine && m_line.startsWith("//");
     const QString line = isHeader ? QString::fromUtf8(m_line) : QString();
@@ -109,7 +109,7 @@ void FsHeaderReader::endLine()
     }
 }
 
-void FsHeaderReader::takeClaim(FsHeader::Claim claim)
+void FsHeaderParser::takeClaim(FsHeader::Claim claim)
 {
     if (m_header.claims.size() < FsHeader::kMaxClaims && !m_header.claims.contains(claim))
         m_header.claims.append(std::move(claim));

@@ -33,31 +33,43 @@ struct FsHeader
     static constexpr qsizetype kMaxClaims = 64;
 };
 
+/// Takes the header from a file's bytes as they come, in pieces of any size.
+class FsHeaderParser final
+{
+public:
+    static constexpr qsizetype kMaxLine = 4096; ///< bytes of a header line that count
+
+    void append(QByteArrayView bytes);
+    /// A line without a line end at the end counts as well. Call it once.
+    void finish() { endLine(); }
+    [[nodiscard]] const FsHeader &header() const { return m_header; }
+
+private:
+    void endLine();
+    void takeClaim(FsHeader::Claim claim);
+
+    QByteArray m_line;        // what has come of the line, up to kMaxLine bytes
+    bool m_skipsLine = false; // no header line
+    FsHeader m_header;
+};
+
 /// Reads a header piece by piece, because bitstreams have hundreds of megabytes and no header says
 /// where it ends. Needs a few hundred kilobytes, whatever the file.
 class FsHeaderReader final
 {
 public:
-    static constexpr qsizetype kMaxLine = 4096; ///< bytes of a header line that count
-
     /// Opens the file. A path that is no regular file, or can't be read, is at its end at once.
     explicit FsHeaderReader(const QString &path);
 
     [[nodiscard]] bool isOpen() const { return m_file.isOpen(); }
     /// Reads on for about \a msecs, and to the end if that is negative. True at the end.
     bool read(int msecs);
-    [[nodiscard]] const FsHeader &header() const { return m_header; }
+    [[nodiscard]] const FsHeader &header() const { return m_parser.header(); }
 
 private:
-    void take(QByteArrayView bytes);
-    void endLine();
-    void takeClaim(FsHeader::Claim claim);
-
     QFile m_file;
-    QByteArray m_block;       // buffer
-    QByteArray m_line;        // what has been read of the line, up to kMaxLine bytes
-    bool m_skipsLine = false; // no header line, or already too long
-    FsHeader m_header;
+    QByteArray m_block; // buffer
+    FsHeaderParser m_parser;
 };
 
 /// How a header and the row that got its file agree.

@@ -29,7 +29,7 @@ void renameOver(const QString &from, const QString &to)
     QVERIFY(::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0);
 }
 
-constexpr int kQuiet = 250; // ms in which a change would have been told
+constexpr int kQuiet = 400; // ms in which a change would have been told
 constexpr int kGone = 1500; // ms in which a removal would have been told
 
 } // namespace

@@ -83,7 +83,7 @@ void tst_FsFile::headers_data()
         << QByteArray("//KEOCRC:\n//CheckSum: 1\n") << "1||00000000" << fine;
     QTest::newRow("a line without end")
         << QByteArray("//CheckSum: 1\n//UserCode: ") + QByteArray(1000000, 'x') + "\n//CheckSum: 2"
-        << "2|" + QString(FsHeaderReader::kMaxLine - 12, 'x') + "|00000000" << fine;
+        << "2|" + QString(FsHeaderParser::kMaxLine - 12, 'x') + "|00000000" << fine;
 }
 
 void tst_FsFile::headers()

@@ -1,7 +1,6 @@
 // The programmer page by keys and clicks, with a script in the place of the tool.
 
 #include <programmer/devicedatabase.h>
-#include <programmer/filewatch.h>
 #include <programmer/keoprogrammermodel.h>
 #include <programmer/keoprogrammerwidget.h>
 #include <programmer/legiblecolor.h>
@@ -595,15 +594,21 @@ void tst_ProgrammerPage::fileChanges()
         page.writeFile("a.fs", "//CheckSum: 2\n");
     }
     if (duringDownload) {
-        QTest::qWait(4 * FileWatch::kSettleTime);
+        QTest::qWait(1000);
         QVERIFY(page.log().isEmpty() && page.tools(false));
         page.writeFile("go", "");
     }
     QTRY_COMPARE(page.log(), QStringList("Warn: File updated,checksum:2."));
     QCOMPARE(page.widget.status(), ProgrammerStatus::DeviceFound);
     QCOMPARE(page.row(0).section(u'|', 4, 4), "2");
-    if (!duringDownload)
+    if (!duringDownload) {
+        // A file that no longer fits goes, and the watch with it.
+        page.writeFile("a.fs", "//Device-package: MR-1-Q48\n");
+        QTRY_COMPARE(page.log().size(), 3);
+        QVERIFY(page.log().at(1).endsWith(" and current series or device do not match."));
+        QVERIFY(page.row(0).section(u'|', 3, 3).isEmpty());
         return;
+    }
     QCOMPARE(page.statusTexts, (QStringList{"- Waiting download ", "+ Ready to acquire ",
                                             "- Please program the device first "}));
 }

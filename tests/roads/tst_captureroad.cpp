@@ -108,7 +108,7 @@ void tst_CaptureRoad::samplesAreTheStimulus()
     ServerProcesses processes;
     startBenchServer(processes);
     JtagSession &session = *JtagSession::instance();
-    QVERIFY(session.selectCable(serverTable().first().name));
+    QVERIFY(session.selectCable(serverTable().first().connection.name));
 
     KeoStandardDataManager manager;
     QString id;
