@@ -144,7 +144,8 @@ bool CaptureManager::readSections(const ReadPlan &plan, int window, const Step &
         const qint64 row = window * plan.stride + qint64(section) * plan.sectionRows;
         m_session.sendCommand(burstReadPacket(sectionWord(plan, row), place));
         const auto task = [this, step, plan](const CmdPack &reply, bool *done) {
-            // Another reply under this id leaves the task to wait for its own.
+            // Ids are used again at once, so a poll of a stopped run may be answered under this
+            // one. The task goes on waiting for its own reply: without it the run would never end.
             *done = !step.isCurrent() || takeSection(reply, plan);
         };
         m_session.sendDataCommand(readRamPacket(plan.sectionBits(), place), task);

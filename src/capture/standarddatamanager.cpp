@@ -24,6 +24,13 @@ constexpr int kPollInterval = 500; // ms
 constexpr int kSectionRows = 128;  // at most
 constexpr int kLeadingBits = 32;   // that a memory read shifts out before the rows
 
+/// Tells the answer to a memory read from the answer to a poll. Needed because request ids are used
+/// again at once: a reply that comes after a stop can find a request of the next run under its id.
+bool isSection(const CmdPack &reply)
+{
+    return reply.contains(QStringLiteral("WINDOW"));
+}
+
 } // namespace
 
 CaptureManager::ReadPlan KeoStandardDataManager::readPlan(const CoreConfig &core)
@@ -259,7 +266,8 @@ void KeoStandardDataManager::poll(CoreConfig &core, const Step &step)
 void KeoStandardDataManager::takeStartRegister(const CmdPack &reply)
 {
     const QBitArray data = reply.value(QStringLiteral("DATA")).toBitArray();
-    if (state() != CaptureState::Armed || data.isEmpty() || !isZeroBits(data))
+    const bool isAnswer = !data.isEmpty() && !isSection(reply);
+    if (state() != CaptureState::Armed || !isAnswer || !isZeroBits(data))
         return;
     m_currentCore->active = 2;
     m_timer->stop();

@@ -1,6 +1,7 @@
 #include "captureproject.h"
 
 #include "descriptionwatch.h"
+#include "messagebox.h"
 #include "programmerpage.h"
 #include "projectlog.h"
 #include "runcontrols.h"
@@ -16,7 +17,6 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QKeyEvent>
-#include <QMessageBox>
 #include <QTabWidget>
 #include <QToolBar>
 #include <QWidgetAction>
@@ -26,14 +26,6 @@ namespace KEO {
 using WaveMonitor::WaveMonitorWidget;
 
 namespace {
-
-/// On the heap: a window that is destroyed while its box shows takes the box along.
-void showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text)
-{
-    const QPointer<QMessageBox> box = new QMessageBox(icon, title, text, QMessageBox::Ok, parent);
-    box->exec();
-    delete box;
-}
 
 } // namespace
 

@@ -7,6 +7,7 @@ keo_add_library(project_ui
         captureprojectfiles.cpp
         descriptionwatch.cpp descriptionwatch.h
         keostandardanalyzerproject.cpp keostandardanalyzerproject.h
+        messagebox.cpp messagebox.h
         programmerpage.cpp programmerpage.h
         projectlog.cpp projectlog.h
         reloadbanner.cpp reloadbanner.h

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QProgressBar>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -12,6 +13,7 @@ namespace {
 
 constexpr int kBarHeight = 15; // pixels
 constexpr int kWidth = 200;    // pixels
+constexpr float kFrameStrength = 0.5f;
 
 } // namespace
 
@@ -73,6 +75,16 @@ void WaitingTip::showEvent(QShowEvent *event)
     centre();
     if (parentWidget())
         parentWidget()->setFocus(Qt::OtherFocusReason);
+}
+
+/// A frame, or the tip would blend into the page behind it: it has no shadow everywhere.
+void WaitingTip::paintEvent(QPaintEvent *)
+{
+    QColor line = palette().color(QPalette::WindowText);
+    line.setAlphaF(kFrameStrength);
+    QPainter painter(this);
+    painter.setPen(QPen(line, 0));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 
 void WaitingTip::centre()

@@ -1,10 +1,12 @@
 #include "analyzer.h"
 
 #include "debugdock.h"
+#include "emptyhint.h"
 #include "startupoptions.h"
 
 #include <image/images.h>
 #include <link/jtagsession.h>
+#include <project/messagebox.h>
 
 #include <QAction>
 #include <QCloseEvent>
@@ -13,7 +15,6 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QKeySequence>
-#include <QMessageBox>
 #include <QPointer>
 #include <QScreen>
 #include <QStatusBar>
@@ -98,6 +99,7 @@ Analyzer::Analyzer(QWidget *parent, const ProjectFactories &factories)
     connect(m_d->openAction, &QAction::triggered, this, &Analyzer::onOpen);
     addToolBar(m_d->toolBar);
     setCentralWidget(m_d->tabWidget);
+    new EmptyHint(m_d->tabWidget);
     resize(kRestoredSize.boundedTo(screen()->availableSize()));
     if (wantsDebugMessages(QCoreApplication::arguments()))
         buildDebugDock();
@@ -145,12 +147,13 @@ void Analyzer::onOpen()
 
 void Analyzer::closeEvent(QCloseEvent *event)
 {
+    const QPointer<Analyzer> self(this); // the question waits, and the window may go meanwhile
     const auto askStop = [this] {
-        return QMessageBox::question(
-                   this, tr("Exit"), tr("Task is still running, do you want to exit?"),
-                   QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
+        return showBox(QMessageBox::Question, this, tr("Exit"),
+                       tr("Task is still running, do you want to exit?"),
+                       QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
     };
-    if (!m_d->projectManager->closeCurrent(this, askStop)) {
+    if (!m_d->projectManager->closeCurrent(this, askStop) || !self) {
         event->ignore();
         return;
     }

@@ -9,6 +9,7 @@
 
 #include <QDomDocument>
 #include <QLoggingCategory>
+#include <QPointer>
 
 namespace KEO {
 
@@ -104,9 +105,11 @@ bool ProjectManager::closeCurrent(QWidget *parent, const std::function<bool()> &
 {
     if (!m_current)
         return true;
+    const QPointer<ProjectManager> self(this); // the window may go while the project asks
     if (!m_current->closeProject(parent, askStop))
         return false;
-    m_current = nullptr;
+    if (self)
+        m_current = nullptr;
     return true;
 }
 

@@ -50,8 +50,11 @@ Startup::Startup(StartupOptions options, Surroundings surroundings)
 
 int Startup::run()
 {
-    if (wantsDebugMessages(QCoreApplication::arguments()))
-        QLoggingCategory::setFilterRules(QStringLiteral("keo.*.debug=true"));
+    // The viewer tells of every row it makes, in the default category.
+    const bool isDebugging = wantsDebugMessages(QCoreApplication::arguments());
+    QLoggingCategory::setFilterRules(
+        isDebugging ? QStringLiteral("keo.*.debug=true")
+                    : QStringLiteral("default.debug=false\nkeo.*.debug=false"));
     if (m_options.device.isEmpty() || m_options.family.isEmpty())
         return fail(StartupStatus::NoDevice, tr("Can not set device."));
 

@@ -5,6 +5,7 @@ keo_add_library(shell_ui
     SOURCES
         analyzer.cpp analyzer.h
         debugdock.cpp debugdock.h
+        emptyhint.cpp emptyhint.h
         projectmanager.cpp projectmanager.h
         startup.cpp startup.h
         startupoptions.cpp startupoptions.h

@@ -125,6 +125,7 @@ private Q_SLOTS:
     void hostileSections();
     void hostilePolls();
     void repliesOfAnEarlierRun();
+    void pollsOfAnEarlierRun();
     void replyOfAnEarlierRound();
     void hostileNumbers();
     void load();
@@ -487,6 +488,31 @@ void tst_StandardDataManager::repliesOfAnEarlierRun()
     QTest::qWait(50);
     QCOMPARE(rig.state(), CaptureState::Armed);
     QVERIFY(rig.windows.isEmpty());
+}
+
+/// A slow server answers two polls of a stopped run while the next one reads. Neither may stand in
+/// for a section, or the run would wait for that one for ever.
+void tst_StandardDataManager::pollsOfAnEarlierRun()
+{
+    Rig rig(Rig::one(makeCore(0, 256)));
+    FakeServer::Replies polls;
+    rig.server.answer = [&](const Wire::Packet &request, const Wire::Packet &reply) {
+        if (request.contains("SECTION"))
+            return std::exchange(polls, {}) + FakeServer::Replies{reply};
+        if (polls.size() == 2) // the next run is answered
+            return FakeServer::Replies{reply};
+        polls += reply;
+        return FakeServer::Replies{};
+    };
+    rig.run();
+    rig.manager->checkState();
+    QTRY_COMPARE(polls.size(), 2);
+    rig.manager->stop();
+    rig.events.clear();
+    rig.run();
+    QTRY_VERIFY_WITH_TIMEOUT(rig.isOver(), 5000);
+    QCOMPARE(rig.windows, (QList<QList<QBitArray>>{
+                              {storedSection(0, 1, 128 * 16), storedSection(0, 0, 128 * 16)}}));
 }
 
 /// In an Auto run the tasks of a round stay when the next one begins.

@@ -47,11 +47,15 @@ struct Desktop : Bench
         QWidget *button = find<QToolBar>("toolBar")->widgetForAction(tool(text));
         QTest::mouseClick(button, Qt::LeftButton);
     }
-    /// After a box the offscreen window system activates nothing.
-    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const
+    /// After a box the offscreen window system activates nothing; a real one gives the focus back.
+    void activate() const
     {
         window->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const
+    {
+        activate();
         QTest::keyClick(window.get(), key, modifiers);
     }
     bool isBusy() const

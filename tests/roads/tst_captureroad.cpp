@@ -5,7 +5,7 @@
 #include <capture/standarddatamanager.h>
 #include <link/jtagsession.h>
 #include <project/capturedisplay.h>
-#include <shell/serverlauncher.h>
+#include <support/benchserver.h>
 #include <support/testdesign.h>
 #include <support/testmain.h>
 
@@ -106,12 +106,9 @@ void tst_CaptureRoad::samplesAreTheStimulus()
     qputenv("SIGNALSCOPE_BOARD", directory.filePath("board.json").toLocal8Bit());
 
     ServerProcesses processes;
-    const QList<JtagConnection> started =
-        launchServers(processes, QStringLiteral(KEO_BURNER_DIR), serverTable().mid(0, 1));
-    QCOMPARE(started.size(), 1);
+    startBenchServer(processes);
     JtagSession &session = *JtagSession::instance();
-    QVERIFY(session.connectServers(started).isEmpty());
-    QVERIFY(session.selectCable(started.first().name));
+    QVERIFY(session.selectCable(serverTable().first().connection.name));
 
     KeoStandardDataManager manager;
     QString id;

@@ -14,6 +14,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QTableView>
 #include <QTreeWidget>
@@ -28,6 +29,7 @@ class tst_DesktopRoad : public WidgetTest
 private Q_SLOTS:
     void fromFileToArrangedWaves();
     void autoRoundsAndForcedTriggers();
+    void windowGoesWithTheQuestion();
 };
 
 namespace {
@@ -100,6 +102,9 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
     design.device = "KX-1"; // a file opened by hand names no device, so none with a rule of its own
     Desktop d(design);
 
+    auto *hint = d.find<QWidget>("emptyHint");
+    QVERIFY(hint->isVisible() && d.tabs()->rect().contains(hint->geometry()));
+
     // Open by the file dialog.
     const OnModal<QFileDialog> fileDialog([&](QFileDialog *dialog) {
         auto *name = dialog->findChild<QLineEdit *>("fileNameEdit");
@@ -108,6 +113,7 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
     });
     d.press(Qt::Key_O, Qt::ControlModifier);
     QCOMPARE(d.tabs()->count(), 1);
+    QVERIFY(!hint->isVisible());
 
     // Select the second core, which shows its settings.
     auto *cores = d.find<QTreeWidget>("coreTree");
@@ -175,14 +181,23 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
         if (picture.pixelColor(x, picture.height() - 2) == QColor(Qt::yellow))
             yellow.append(x);
     }
-    QCOMPARE(yellow.size(), 1);
+    const int sampleWidth = 50; // pixels, not zoomed
+    QCOMPARE(yellow,
+             QList<int>{design.position * sampleWidth - view->horizontalScrollBar()->value()});
 
-    // Group two rows.
+    // Rename a row, and group two others.
     const auto clickRow = [&](int row, Qt::KeyboardModifiers modifiers = {}) {
         const QPoint place = tree->visualRect(tree->model()->index(row, 0)).center();
         QTest::mouseClick(tree->viewport(), Qt::LeftButton, modifiers, place);
         return place;
     };
+    d.activate();
+    driveContextMenu(tree->viewport(), clickRow(1), "Rename");
+    auto *editor = tree->findChild<QLineEdit *>("editName");
+    QVERIFY(editor && editor->hasFocus());
+    QTest::keyClicks(editor, "hush");
+    QTest::keyClick(editor, Qt::Key_Return);
+    QTRY_COMPARE(rowNames(*tree)[1], "hush");
     clickRow(2);
     driveContextMenu(tree->viewport(), clickRow(3, Qt::ControlModifier), "Group");
     const QStringList arranged = rowNames(*tree);
@@ -195,6 +210,9 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
     QVERIFY(isStimulus(*d.wave(2), changed, countAt(*d.wave(2), design.position)));
     QCOMPARE(countAt(*d.wave(2), design.position) & 0xFF, 0x55);
     QVERIFY(rowNames(*d.wave(1)->findChild<SignalTreeView *>()) != arranged);
+
+    QVERIFY(d.window->closeCurrentProject());
+    QVERIFY(hint->isVisible());
 }
 
 void tst_DesktopRoad::autoRoundsAndForcedTriggers()
@@ -232,6 +250,19 @@ void tst_DesktopRoad::autoRoundsAndForcedTriggers()
         QVERIFY(isStimulus(*d.wave(1), design, countAt(*d.wave(1), design.position)));
     }
     QVERIFY(d.boxes.seen.isEmpty());
+}
+
+void tst_DesktopRoad::windowGoesWithTheQuestion()
+{
+    TestDesign design;
+    design.fires = false;
+    Desktop d(design);
+    d.open();
+    d.press(Qt::Key_F1);
+    d.boxes.whileOpen = [&](const QMessageBox &) { d.window.reset(); };
+    d.window->close();
+    QVERIFY(!d.window && !waitingTip());
+    QCOMPARE(d.boxes.seen.size(), 1);
 }
 
 KEO_WIDGET_TEST_MAIN(tst_DesktopRoad)

@@ -5,7 +5,7 @@
 #include <QBitArray>
 
 /// The capture program saves, the window opens and saves, the capture program exports.
-class tst_ProjectRoad : public ViewerTest
+class tst_ProjectRoad : public WidgetTest
 {
     Q_OBJECT
 
@@ -37,7 +37,7 @@ void tst_ProjectRoad::thereAndBack()
 
     const QString project = d.directory.filePath("p.analyzer_prj");
     d.window->openFile(project, {}, design.device, {});
-    QCOMPARE(d.boxes, QStringList());
+    QCOMPARE(d.boxes.seen, QStringList());
     QCOMPARE(d.tabs()->count(), 3);
     qint64 earliest = 0; // sample at which the window may begin
     for (int window = 0; window < 2; ++window) {
@@ -67,12 +67,8 @@ void tst_ProjectRoad::thereAndBack()
     QVERIFY(csv.open(QIODevice::ReadOnly));
     const QString last = QString::fromUtf8(csv.readAll()).trimmed().section(u'\n', -1);
     QCOMPARE(last.section(", ", 1, 1).toInt(nullptr, 16), int(earliest - 1));
-    QCOMPARE(d.boxes, QStringList());
+    QCOMPARE(d.boxes.seen, QStringList());
 }
 
-int main(int argc, char **argv)
-{
-    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    return runTest<tst_ProjectRoad, QApplication>(argc, argv);
-}
+KEO_WIDGET_TEST_MAIN(tst_ProjectRoad)
 #include "tst_projectroad.moc"

@@ -7,6 +7,7 @@
 #include <support/widgettest.h>
 
 #include <QLocalSocket>
+#include <QLoggingCategory>
 #include <QProcess>
 #include <QSplashScreen>
 
@@ -146,6 +147,7 @@ void tst_Startup::runs()
         Startup(options, {.serverDirectory = burner.path(), .projects = fakeProjects(log)}).run(),
         0);
     QVERIFY(wasShown);
+    QVERIFY(!QLoggingCategory::defaultCategory()->isDebugEnabled()); // nobody asked for -debug
     QCOMPARE(cables, (QStringList{"Tarno USB Cable(FT2CH)", "LK7"}));
     QCOMPARE(log.take(), (QStringList{"standard: setup", "standard: open " + options.keoFile,
                                       "standard: device KR/KR-A/a.fs", "standard: close"}));

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "benchserver.h"
 #include "testdesign.h"
 
-#include <link/jtagsession.h>
 #include <project/waitingtip.h>
-#include <shell/serverlauncher.h>
 
 #include <QApplication>
 #include <QFile>
@@ -23,9 +22,7 @@ struct Bench
         design.logs = true;
         design.write(directory.path());
         qputenv("SIGNALSCOPE_BOARD", directory.filePath("board.json").toLocal8Bit());
-        const auto started = KEO::launchServers(servers, QStringLiteral(KEO_BURNER_DIR),
-                                                KEO::serverTable().mid(0, 1));
-        KEO::JtagSession::instance()->connectServers(started);
+        startBenchServer(servers);
     }
     ~Bench()
     {

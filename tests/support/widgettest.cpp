@@ -53,6 +53,10 @@ QStringList driveContextMenu(QWidget *viewport, const QPoint &position, const QS
         auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
         if (!menu)
             return;
+        // The offscreen window system makes the menu the active window, which no real one does, and
+        // an editor that the choice opens would lose the focus with the menu's end.
+        viewport->window()->activateWindow();
+        QCoreApplication::processEvents();
         const QList<QAction *> actions = menu->actions();
         for (QAction *action : actions) {
             texts.append(action->text());

@@ -3,6 +3,7 @@
 
 #include <QDomDocument>
 #include <QRandomGenerator>
+#include <QXmlStreamReader>
 
 using namespace WaveMonitor;
 
@@ -26,6 +27,24 @@ QString xmlOf(const WindowContents &contents)
     QDomDocument document;
     document.appendChild(contents.writeWindow(document));
     return document.toString(-1);
+}
+
+/// The elements of a text on lines of their own, with their attributes by name: a document keeps
+/// them in an order that changes from run to run.
+QString inOrder(const QString &xml)
+{
+    QStringList parts;
+    for (QXmlStreamReader reader(xml); !reader.atEnd(); reader.readNext()) {
+        QStringList attributes;
+        for (const QXmlStreamAttribute &attribute : reader.attributes())
+            attributes += QStringLiteral("%1=%2").arg(attribute.name(), attribute.value());
+        attributes.sort();
+        if (!reader.isWhitespace())
+            parts += reader.tokenString() +
+                     QStringLiteral(" %1%2 ").arg(reader.name(), reader.text()) +
+                     attributes.join(u' ');
+    }
+    return parts.join(u'\n');
 }
 
 const SignalLayoutNode &signalRow(const LayoutNode &parent, int position)
@@ -86,9 +105,7 @@ void tst_WindowContents::writesAndReadsEverything()
     contents.setTriggerPosition(2);
 
     const QString xml = xmlOf(contents);
-    QDomDocument expected;
-    QVERIFY(
-        expected.setContent(QStringLiteral(R"(<Window><TriggerPosition>2</TriggerPosition><Signals>
+    const QString expected = QStringLiteral(R"(<Window><TriggerPosition>2</TriggerPosition><Signals>
         <Signal id="0" name="d[0]" text="">1010</Signal>
         <Signal id="1" name="d[1]" text="mine">1100</Signal>
         <Signal id="7" name="clk" text="">0101</Signal></Signals><Layout>
@@ -96,13 +113,13 @@ void tst_WindowContents::writesAndReadsEverything()
         <Node color="65280" format="signed decimal" name="d[1:0]" text="a &lt;b>" type="bus">
             <Node color="65280" id="1" text="" type="sig"/>
             <Node color="65280" id="0" text="row name" type="sig"/></Node>
-        <Node color="65280" format="hex" name="empty" text="" type="bus"/></Layout></Window>)")));
-    QCOMPARE(xml, expected.toString(-1));
+        <Node color="65280" format="hex" name="empty" text="" type="bus"/></Layout></Window>)");
+    QCOMPARE(inOrder(xml), inOrder(expected));
 
     WindowContents again;
     QDomDocument document;
     QVERIFY(again.readWindow(parse(document, xml)));
-    QCOMPARE(xmlOf(again), xml);
+    QCOMPARE(inOrder(xmlOf(again)), inOrder(xml));
     QCOMPARE(again.signalMap(), contents.signalMap());
     QCOMPARE(again.shownSample(), 2);
     QCOMPARE(rowsOf(again, again.layout()), "7=clk d[1:0](1=mine 0=row name) empty()");

@@ -1,0 +1,109 @@
+#include "emptyhint.h"
+
+#include <QEvent>
+#include <QGridLayout>
+#include <QKeySequence>
+#include <QLabel>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace KEO {
+
+namespace {
+
+constexpr qreal kTitleScale = 1.4;  // of the window's font
+constexpr qreal kQuietShare = 0.62; // of the text's colour, the rest is the page's
+constexpr int kRowGap = 6;          // pixels
+constexpr int kColumnGap = 16;
+constexpr int kTitleGap = 14;
+
+QString shown(const QKeySequence &key)
+{
+    return key.toString(QKeySequence::NativeText);
+}
+
+QColor mixed(const QColor &text, const QColor &page)
+{
+    const auto part = [](float a, float b) { return b + (a - b) * float(kQuietShare); };
+    return QColor::fromRgbF(part(text.redF(), page.redF()), part(text.greenF(), page.greenF()),
+                            part(text.blueF(), page.blueF()));
+}
+
+} // namespace
+
+EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs)
+{
+    setObjectName(QStringLiteral("emptyHint"));
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+
+    auto *title = new QLabel(tr("No design is open"));
+    QFont large = font();
+    large.setPointSizeF(large.pointSizeF() * kTitleScale);
+    title->setFont(large);
+
+    auto *keys = new QGridLayout;
+    keys->setHorizontalSpacing(kColumnGap);
+    keys->setVerticalSpacing(kRowGap);
+    addKey(keys, shown(QKeySequence::Open), tr("Open a core description or a project"));
+    addKey(keys, shown(Qt::Key_F1), tr("Start a capture of the open design"));
+    addKey(keys, shown(Qt::Key_F2), tr("Capture again and again"));
+    addKey(keys, shown(Qt::Key_F3), tr("Trigger now"));
+    addKey(keys, shown(Qt::Key_F4), tr("Stop"));
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setSpacing(kTitleGap);
+    layout->addStretch();
+    layout->addWidget(title, 0, Qt::AlignHCenter);
+    layout->addLayout(keys);
+    layout->setAlignment(keys, Qt::AlignHCenter);
+    layout->addStretch();
+
+    mute();
+    tabs->installEventFilter(this);
+    connect(tabs, &QTabWidget::currentChanged, this, &EmptyHint::follow);
+    follow();
+}
+
+void EmptyHint::addKey(QGridLayout *keys, const QString &key, const QString &meaning)
+{
+    const int row = keys->rowCount();
+    keys->addWidget(new QLabel(key), row, 0, Qt::AlignRight);
+    keys->addWidget(new QLabel(meaning), row, 1);
+}
+
+bool EmptyHint::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_tabs && event->type() == QEvent::Resize)
+        follow();
+    return QWidget::eventFilter(watched, event);
+}
+
+/// The colour is made of two of the palette, and a label keeps what it was given.
+void EmptyHint::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange)
+        mute();
+    QWidget::changeEvent(event);
+}
+
+void EmptyHint::mute()
+{
+    const QPalette &window = m_tabs->palette();
+    const QColor quiet = mixed(window.color(QPalette::WindowText), window.color(QPalette::Window));
+    for (QLabel *label : findChildren<QLabel *>()) {
+        QPalette own = label->palette();
+        if (own.color(QPalette::WindowText) == quiet)
+            continue;
+        own.setColor(QPalette::WindowText, quiet);
+        label->setPalette(own);
+    }
+}
+
+void EmptyHint::follow()
+{
+    setGeometry(m_tabs->rect());
+    setVisible(m_tabs->count() == 0);
+    raise();
+}
+
+} // namespace KEO
