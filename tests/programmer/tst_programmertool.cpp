@@ -1,4 +1,4 @@
-// The calls of the command-line programmer: what it is told, what it prints, how it fails.
+// The calls of the command-line programmer: what it is told, what it prints, how it is ended.
 
 #include "scripttool.h"
 
@@ -24,8 +24,6 @@ private Q_SLOTS:
     void outputInPieces_data();
     void outputInPieces();
     void endlessOutputIsBounded();
-    void faults_data();
-    void faults();
     void stopEndsTheChildren();
 };
 
@@ -144,45 +142,6 @@ void tst_ProgrammerTool::endlessOutputIsBounded()
     tool.finish();
     QCOMPARE(tool.lines().last().size(), ToolOutput::kMaxLine);
     QVERIFY(tool.saysError());
-}
-
-void tst_ProgrammerTool::faults_data()
-{
-    QTest::addColumn<QByteArray>("script"); // none if empty
-    QTest::addColumn<QString>("end");       // exit code, or "failed"
-    QTest::addColumn<QStringList>("lines");
-    QTest::newRow("well") << QByteArray("echo $1; echo on stderr >&2; printf cut") << "0"
-                          << QStringList{"--scan", "cut"};
-    QTest::newRow("bad exit") << QByteArray("echo a; exit 3") << "3" << QStringList("a");
-    QTest::newRow("killed") << QByteArray("kill -9 $$") << "failed" << QStringList();
-    QTest::newRow("never there") << QByteArray() << "failed" << QStringList();
-}
-
-void tst_ProgrammerTool::faults()
-{
-    QFETCH(QByteArray, script);
-    QTemporaryDir directory;
-    const QString path = directory.filePath("tool with blank");
-    if (!script.isEmpty())
-        writeTool(path, script);
-    ProgrammerTool tool;
-    QStringList ends;
-    connect(&tool, &ProgrammerTool::finished, this, [&](int code) {
-        QVERIFY(!tool.isRunning());
-        ends.append(QString::number(code));
-    });
-    connect(&tool, &ProgrammerTool::failed, this, [&] {
-        QVERIFY(!tool.isRunning());
-        ends.append("failed");
-    });
-    for (int run = 1; run <= 2; ++run) { // the second as the first
-        tool.start(path, scanArguments());
-        QTRY_COMPARE(ends.size(), run);
-        QTest::qWait(20); // for a second end
-        QCOMPARE(ends.size(), run);
-        QTEST(ends.last(), "end");
-        QTEST(tool.output().lines(), "lines");
-    }
 }
 
 void tst_ProgrammerTool::stopEndsTheChildren()
