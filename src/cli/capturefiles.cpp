@@ -1,6 +1,5 @@
 #include "capturefiles.h"
 
-#include <config/coreconfig.h>
 #include <export/csvwriter.h>
 #include <export/prnwriter.h>
 #include <export/vcdwriter.h>
@@ -34,15 +33,17 @@ QString extension(ExportFormat format)
     Q_UNREACHABLE();
 }
 
-QString suffix(const CaptureLabel &label)
+QString suffix(const CaptureLabel &label, ExportFormat format)
 {
     const QString round = label.round > 0 ? u'_' + QString::number(label.round) : QString();
+    if (label.kind == CapturedCore::Kind::Lite && format != ExportFormat::Prn)
+        return round;
     return QStringLiteral("%1_core%2_window%3")
         .arg(round, QString::number(label.core), QString::number(label.window));
 }
 
 bool write(const QString &path, const CaptureOptions &options, ExportFormat format,
-           const CoreConfig &core, const WaveMonitor::WindowContents &contents)
+           const CapturedCore &core, const WaveMonitor::WindowContents &contents)
 {
     const ClockPeriod &period = options.period;
     switch (format) {
@@ -74,7 +75,7 @@ Result<QString> prepareDirectory(const QString &path)
 QString exportPath(const CaptureOptions &options, const CaptureLabel &label, ExportFormat format)
 {
     return QStringLiteral("%1/%2%3.%4")
-        .arg(options.directory, options.baseName, suffix(label), extension(format));
+        .arg(options.directory, options.baseName, suffix(label, format), extension(format));
 }
 
 QString picturePath(const CaptureOptions &options, const CaptureLabel &label, bool only)
@@ -82,11 +83,11 @@ QString picturePath(const CaptureOptions &options, const CaptureLabel &label, bo
     if (only)
         return options.picture;
     const qsizetype dot = options.picture.lastIndexOf(u'.');
-    return options.picture.left(dot) + suffix(label) + options.picture.mid(dot);
+    return options.picture.left(dot) + suffix(label, ExportFormat::Vcd) + options.picture.mid(dot);
 }
 
 Result<QStringList> writeCapture(const CaptureOptions &options, const CaptureLabel &label,
-                                 const CoreConfig &core,
+                                 const CapturedCore &core,
                                  const WaveMonitor::WindowContents &contents)
 {
     QStringList paths;

@@ -1,6 +1,7 @@
 #include "capturepicture.h"
 
-#include <config/coreconfig.h>
+#include "capturesource.h"
+
 #include <project/capturedisplay.h>
 #include <wave/wavemonitorwidget.h>
 
@@ -22,7 +23,7 @@ void deliverNotifications()
 
 } // namespace
 
-bool drawPicture(const QString &path, QSize size, const CoreConfig &core, int window,
+bool drawPicture(const QString &path, QSize size, const CapturedCore &core, int window,
                  const QList<WaveMonitor::SignalElement> &elements)
 {
     WaveMonitor::WaveMonitorWidget viewer(0, nullptr);

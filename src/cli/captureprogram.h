@@ -3,12 +3,11 @@
 #include "cableaccess.h"
 #include "capturefiles.h"
 #include "captureoptions.h"
+#include "capturesource.h"
 #include "exitstatus.h"
 #include "progressreport.h"
 
 #include <base/result.h>
-#include <capture/standarddatamanager.h>
-
 #include <wave/signalelement.h>
 
 #include <QJsonArray>
@@ -16,6 +15,7 @@
 #include <QSize>
 
 #include <functional>
+#include <memory>
 
 class QTimer;
 
@@ -32,7 +32,7 @@ public:
     /// Draws a captured window as the viewer shows it into a PNG file; false if that can't be
     /// written. Handed in, since it needs widgets and this class does without.
     using PictureWriter =
-        std::function<bool(const QString &path, QSize size, const CoreConfig &core, int window,
+        std::function<bool(const QString &path, QSize size, const CapturedCore &core, int window,
                            const QList<WaveMonitor::SignalElement> &elements)>;
 
     /// \a drawPicture is needed when the options ask for a picture.
@@ -46,15 +46,11 @@ private:
     ExitStatus listCables();
     ExitStatus capture();
 
-    // Preparation; an error's kind decides the exit status.
-    Result<QList<int>> loadCores();
-    Result<QList<int>> chooseCores() const;
-
-    void startCapture(const QList<int> &cores);
+    void warnOfMissingDevice();
+    void startCapture();
     void rearmTimers();
-    void onReadRamComplete(int core, int window);
-    Result<QStringList> writeFiles(const CaptureLabel &label, const CoreConfig &core,
-                                   const QList<WaveMonitor::SignalElement> &elements) const;
+    void onCaptured(int core, int window);
+    Result<QStringList> writeFiles(const CaptureLabel &label, const CapturedWindow &window) const;
     void onSectionRead(int core, int window, int sectionsRead, int sections);
     void onTriggerComplete(int resultId);
     void endIfIncomplete();
@@ -68,10 +64,11 @@ private:
     const PictureWriter m_drawPicture;
     ProgressReport m_report;
     CableAccess m_cables;
-    KeoStandardDataManager m_manager;
-    QTimer *m_forceTimer;   // owned by the object tree
-    QTimer *m_timeoutTimer; // owned by the object tree
-    QTimer *m_linkTimer;    // owned by the object tree
+    std::unique_ptr<CaptureSource> m_source;
+    CaptureManager &m_manager; // of the source
+    QTimer *m_forceTimer;      // owned by the object tree
+    QTimer *m_timeoutTimer;    // owned by the object tree
+    QTimer *m_linkTimer;       // owned by the object tree
 
     QString m_cable;       // the one in use
     int m_windows = 0;     // of the whole run, Auto rounds apart
