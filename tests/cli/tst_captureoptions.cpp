@@ -32,6 +32,8 @@ void tst_CaptureOptions::refuses_data()
     row("core out of range", "--core 16 a.keo", "\"16\"");
     row("core negative", "--core=-1 a.keo", "\"-1\"");
     row("chain with a gap", "--chain 0,,8 a.keo", "chain");
+    row("delay negative", "--delay=-1 a.keo", "delay");
+    row("delay too long", "--delay 3600001 a.keo", "3600000");
     row("time zero", "--timeout 0 a.keo", "timeout");
     row("time not finite", "--timeout nan a.keo", "nan");
     row("time huge", "--force-after 1e9 a.keo", "force-after");

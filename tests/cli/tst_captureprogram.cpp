@@ -5,6 +5,7 @@
 #include <support/testmain.h>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 #include <QJsonArray>
@@ -69,6 +70,9 @@ private Q_SLOTS:
     void endsWithItsStatus();
     void forcesTheTrigger();
     void numbersTheRounds();
+    void capturesFromLiteCores_data();
+    void capturesFromLiteCores();
+    void startsLiteCoresLater();
     void capturesBothCoresOfTheExample();
     void usesAServerThatRuns();
     void noticesADeadServer();
@@ -205,6 +209,13 @@ void tst_CaptureProgram::endsWithItsStatus_data()
         << "result" << QStringList{"design.keo"} << 5 << "Unknown device error ID77.";
     QTest::newRow("no such file") << "" << QStringList{"other.keo"} << 6 << "other.keo";
     QTest::newRow("no XML") << "text" << QStringList{"design.keo"} << 6 << "design.keo";
+    QTest::newRow("delay of a standard core")
+        << "" << QStringList{"--delay", "5", "design.keo"} << 2 << "--delay";
+    QTest::newRow("lite core never done")
+        << "lite" << QStringList{"--timeout", "0.7", "design.keo"} << 4 << "the capture of core 0";
+    QTest::newRow("no such lite core")
+        << "lite" << QStringList{"--core", "3", "design.keo"} << 2 << "core 3";
+    QTest::newRow("two lite cores") << "two" << QStringList{"design.keo"} << 6 << "2 lite cores";
     QTest::newRow("no folder can be made")
         << "" << QStringList{"--out", "board.json/x", "design.keo"} << 6 << "board.json/x";
     QTest::newRow("export is a folder")
@@ -223,7 +234,18 @@ void tst_CaptureProgram::endsWithItsStatus()
     design.programmed = change != "blank";
     if (change == "result")
         design.faults = R"([{"at": "OPEN", "nth": 1, "do": "result", "value": 77}])";
+    design.lite = change == "lite" || change == "two";
+    if (change == "lite")
+        design.samplesPerSecond = 10;
     board(design);
+    if (change == "two") {
+        QFile description(file("design.keo"));
+        QVERIFY(description.open(QIODevice::ReadWrite));
+        QByteArray text = description.readAll();
+        text.replace("<KEO_ID>", "<KoCore_Lite/><KEO_ID>");
+        QVERIFY(description.seek(0) && description.write(text) > 0);
+        qputenv("SIGNALSCOPE_BOARD", ""); // what the board makes of it is not the point here
+    }
     if (change == "folder")
         QDir(m_directory->path()).mkdir("design_core0_window0.vcd");
     if (change == "text") {
@@ -264,6 +286,83 @@ void tst_CaptureProgram::numbersTheRounds()
                           file("design_3_core0_window0.vcd")}));
     for (const QString &path : outcome.output.split(u'\n', Qt::SkipEmptyParts))
         QVERIFY(lines(path).contains("$comment Sample 16 (Trigger) $end"));
+}
+
+void tst_CaptureProgram::capturesFromLiteCores_data()
+{
+    QTest::addColumn<QString>("device");
+    QTest::addColumn<QString>("extension");
+    QTest::addColumn<int>("implementation");
+    QTest::addColumn<bool>("initData");
+    QTest::addColumn<int>("amount");
+    QTest::newRow("in the list") << "KR-H"
+                                 << "keo" << 0 << false << 300;
+    QTest::newRow("not in the list") << "KR-Z"
+                                     << "keo" << 0 << false << 300;
+    QTest::newRow(".zeo") << "KR-H"
+                          << "zeo" << 0 << false << 300;
+    QTest::newRow("another implementation") << "KR-H"
+                                            << "keo" << 2 << false << 256;
+    QTest::newRow("data is there already") << "KR-H"
+                                           << "keo" << 0 << true << 129;
+    QTest::newRow("one sample") << "KR-H"
+                                << "keo" << 0 << false << 1;
+}
+
+/// Every signal at every sample is the stimulus, round after round without a gap.
+void tst_CaptureProgram::capturesFromLiteCores()
+{
+    QFETCH(const QString, device);
+    QFETCH(const QString, extension);
+    QFETCH(const int, amount);
+    TestDesign design;
+    design.lite = true;
+    design.device = device;
+    design.extension = extension;
+    design.amount = amount;
+    design.noise = 70; // rows of more than 64 bits
+    QFETCH(const int, implementation);
+    design.implementation = implementation;
+    QFETCH(const bool, initData);
+    design.initData = initData;
+    board(design);
+    const Outcome outcome = run({"--device", device, "--auto", "2", "--format", "csv", "--format",
+                                 "prn", "design." + extension});
+    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
+    QCOMPARE(outcome.output.split(u'\n', Qt::SkipEmptyParts),
+             (QStringList{file("design_1.csv"), file("design_1_core0_window0.prn"),
+                          file("design_2.csv"), file("design_2_core0_window0.prn")}));
+    for (const int round : {0, 1}) {
+        const QStringList csv = lines(file(QStringLiteral("design_%1.csv").arg(round + 1)));
+        const qsizetype first = csv.indexOf(QRegularExpression("^0, X.*")) + 1;
+        for (int i = 0; i < amount; ++i) {
+            const QStringList cells = csv.at(first + i).split(QRegularExpression(",\\s*"));
+            const qint64 sample = round * amount + i;
+            for (int signal = 0; signal < design.signalCount(); ++signal)
+                QCOMPARE(cells.at(2 + signal).toInt(), int(design.level(signal, sample)));
+        }
+        QVERIFY(csv.value(first + amount).isEmpty());
+    }
+}
+
+/// The core takes no sample before the delay is over, and --force-after cuts it short.
+void tst_CaptureProgram::startsLiteCoresLater()
+{
+    TestDesign design;
+    design.lite = true;
+    board(design);
+    QElapsedTimer time;
+    time.start();
+    QStringList arguments{"--device", "KR-A", "--delay", "1500", "design.keo"};
+    QCOMPARE(run(arguments).status, 0);
+    QVERIFY(time.elapsed() >= 1500);
+    QVERIFY(lines(file("design.vcd")).contains("$comment Sample 0 (Trigger) $end"));
+    arguments[3] = "3600000";
+    const Outcome forced =
+        run(QStringList{"--force-after", "0.3", "--picture", "shot.png"} + arguments);
+    QVERIFY2(forced.status == 0, qPrintable(forced.errors));
+    QVERIFY(forced.errors.contains("Forcing the trigger."));
+    QCOMPARE(QImage(file("shot.png")).size(), QSize(1280, 720));
 }
 
 void tst_CaptureProgram::capturesBothCoresOfTheExample()
