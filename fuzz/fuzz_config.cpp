@@ -1,6 +1,8 @@
-// Bytes as a standard core description: whatever loads must come back the same from what is saved.
+// Bytes as a core description of either kind: whatever loads must come back the same from what is
+// saved.
 
 #include <config/coretext.h>
+#include <config/liteconfig.h>
 #include <config/standardconfig.h>
 
 #include <QLoggingCategory>
@@ -14,9 +16,10 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
     return 0;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+namespace {
+
+void readStandard(QByteArrayView bytes)
 {
-    const QByteArrayView bytes(data, qsizetype(size));
     bool ok = false;
     const KEO::CoreList cores =
         KEO::loadStandardConfig(QString::fromLatin1(bytes), nullptr, &ok, nullptr);
@@ -33,5 +36,27 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         if (core->requiredRegisterWidth() < KEO::CoreConfig::kMinRegisterWidth)
             std::abort();
     }
+}
+
+void readLite(const QByteArray &bytes)
+{
+    bool ok = false;
+    const auto cores = KEO::loadLiteConfig(bytes, nullptr, &ok);
+    if (!ok && !cores.isEmpty())
+        std::abort();
+    const QByteArray saved = KEO::saveLiteConfig(cores);
+    if (KEO::loadLiteConfig(saved, nullptr, &ok) != cores || !ok) {
+        qDebug().noquote() << saved;
+        std::abort();
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
+    readStandard(bytes);
+    readLite(bytes);
     return 0;
 }

@@ -10,9 +10,9 @@ module top (
 );
     reg  [2:0]  channel;
     reg  [5:0]  pause;
-    wire        start = cs_n && pause == 6'd0;
     wire [11:0] value;
     wire        done;
+    wire        start = cs_n && !done && pause == 6'd0;
 
     spi_master u_spi (
         .clk(clk), .rst(rst), .start(start), .channel(channel), .cs_n(cs_n), .sclk(sclk),

@@ -1,9 +1,5 @@
 #include "capturefiles.h"
 
-#include <config/coreconfig.h>
-#include <export/exportfiles.h>
-#include <project/exportcore.h>
-
 #include <QCoreApplication>
 #include <QDir>
 #include <QTemporaryFile>
@@ -17,10 +13,10 @@ QString tr(const char *text)
     return QCoreApplication::translate("CaptureFiles", text);
 }
 
-QString suffix(const CaptureLabel &label)
+QString suffix(const CaptureLabel &label, ExportFormat format)
 {
     const QString round = label.round > 0 ? u'_' + QString::number(label.round) : QString();
-    return round + windowSuffix(label.core, label.window);
+    return round + exportSuffix(label.mode, format, label.core, label.window);
 }
 
 } // namespace
@@ -39,7 +35,7 @@ Result<QString> prepareDirectory(const QString &path)
 
 QString exportPath(const CaptureOptions &options, const CaptureLabel &label, ExportFormat format)
 {
-    return exportPath(options.directory, options.baseName + suffix(label), format);
+    return exportPath(options.directory, options.baseName + suffix(label, format), format);
 }
 
 QString picturePath(const CaptureOptions &options, const CaptureLabel &label, bool only)
@@ -47,18 +43,18 @@ QString picturePath(const CaptureOptions &options, const CaptureLabel &label, bo
     if (only)
         return options.picture;
     const qsizetype dot = options.picture.lastIndexOf(u'.');
-    return options.picture.left(dot) + suffix(label) + options.picture.mid(dot);
+    return options.picture.left(dot) + suffix(label, ExportFormat::Vcd) + options.picture.mid(dot);
 }
 
 Result<QStringList> writeCapture(const CaptureOptions &options, const CaptureLabel &label,
-                                 const CoreConfig &core,
+                                 const ExportCore &core,
                                  const WaveMonitor::WindowContents &contents)
 {
     QStringList paths;
     for (const ExportFormat format : options.formats) {
         const QString path = exportPath(options, label, format);
         const ExportSettings settings{.format = format, .period = options.period, .buses = {}};
-        if (!writeExport(path, settings, exportCore(core), contents))
+        if (!writeExport(path, settings, core, contents))
             return Error{Error::File, tr("The file %1 can not be written.").arg(path)};
         paths.append(path);
     }

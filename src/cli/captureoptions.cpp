@@ -29,6 +29,8 @@ struct Declarations
     QCommandLineOption core{"core", tr("Core to capture, repeatable; default the first."), "N"};
     QCommandLineOption chain{
         "chain", tr("Instruction codes of the JTAG chain, 0 for the target; default 0."), "LIST"};
+    QCommandLineOption delay{"delay", tr("Start a lite core after MS milliseconds; default 0."),
+                             "MS"};
     QCommandLineOption forceAfter{"force-after", tr("Force the trigger after S seconds."), "S"};
     QCommandLineOption timeout{"timeout", tr("Give up after S seconds."), "S"};
     QCommandLineOption rounds{"auto", tr("Capture N rounds, each exported under its own number."),
@@ -55,14 +57,14 @@ struct Declarations
 
     [[nodiscard]] QList<QCommandLineOption> all() const
     {
-        return {device, cable, core, chain,   forceAfter, timeout, rounds,
-                format, out,   name, period,  picture,    size,    listCables,
-                json,   quiet, help, version, save,       open};
+        return {device,     cable,  core,  chain, delay,   forceAfter, timeout,
+                rounds,     format, out,   name,  period,  picture,    size,
+                listCables, json,   quiet, help,  version, save,       open};
     }
     /// What a capture needs and a saved project has no use for.
     [[nodiscard]] QList<QCommandLineOption> ofCaptures() const
     {
-        return {device, cable, chain, forceAfter, timeout, rounds, save};
+        return {device, cable, chain, delay, forceAfter, timeout, rounds, save};
     }
 };
 
@@ -78,6 +80,9 @@ Result<qint64> milliseconds(const QString &option, const QString &text)
             tr("--%1 takes seconds above 0 and up to 86400, not \"%2\".").arg(option, text));
     return qint64(std::ceil(seconds * 1000));
 }
+
+// As long as a delay in the window can be.
+constexpr int kMaxDelay = 3600000;
 
 Result<QList<int>> numberList(const QString &option, const QStringList &texts, int maximum)
 {
@@ -177,9 +182,10 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(
         tr("Captures from an on-chip logic analyzer without a window: loads the core description "
-           "FILE (.keo or .zeo), arms its cores through a cable server, waits for the trigger, "
-           "reads the samples and exports them. Or exports what was saved as a project "
-           "before.\n\nExit status: 0 captured, 2 usage, 3 no server, "
+           "FILE (.keo or .zeo), arms its cores through a cable server, waits for the trigger (a "
+           "lite core has none and starts after the delay), reads the samples and exports them. "
+           "Or exports what was saved as a project before.\n\n"
+           "Exit status: 0 captured, 2 usage, 3 no server, "
            "4 timed out, 5 the device refused, 6 a file could not be read or written, 130 stopped "
            "by Ctrl-C."));
     parser.addOptions(declared.all());
@@ -233,6 +239,12 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         if (!chain)
             return chain.error();
         options.chain = *chain;
+    }
+    if (parser.isSet(declared.delay)) {
+        const auto delay = numberList("delay", {parser.value(declared.delay)}, kMaxDelay);
+        if (!delay)
+            return delay.error();
+        options.delay = delay->first();
     }
     for (const auto &[option, name, target] :
          {std::tuple(&declared.forceAfter, "force-after", &options.forceAfter),

@@ -2,9 +2,7 @@
 
 #include "interruption.h"
 
-#include <config/standardconfig.h>
 #include <link/jtagsession.h>
-#include <project/capturedisplay.h>
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -23,8 +21,6 @@ namespace {
 
 // How often the program looks whether the server is still there.
 constexpr int kLinkCheckInterval = 500;
-// Rows that the data manager reads at a time.
-constexpr int kSectionRows = 128;
 
 void print(FILE *stream, const QString &text)
 {
@@ -65,6 +61,8 @@ CaptureProgram::CaptureProgram(CaptureOptions options, PictureWriter drawPicture
       m_options(std::move(options)),
       m_drawPicture(std::move(drawPicture)),
       m_report(ProgressReport::styleFor(m_options.quiet)),
+      m_source(CaptureSource::forOptions(m_options)),
+      m_manager(m_source->manager()),
       m_forceTimer(new QTimer(this)),
       m_timeoutTimer(new QTimer(this)),
       m_linkTimer(new QTimer(this))
@@ -73,7 +71,7 @@ CaptureProgram::CaptureProgram(CaptureOptions options, PictureWriter drawPicture
     m_timeoutTimer->setSingleShot(true);
     connect(m_forceTimer, &QTimer::timeout, this, [this] {
         m_report.say(tr("Forcing the trigger."));
-        m_manager.forceTrigger();
+        m_source->forceTrigger();
     });
     connect(m_timeoutTimer, &QTimer::timeout, this, [this] {
         end(ExitStatus::TimedOut, tr("Timed out while waiting for %1.").arg(waitingFor()));
@@ -82,11 +80,9 @@ CaptureProgram::CaptureProgram(CaptureOptions options, PictureWriter drawPicture
         if (!JtagSession::instance()->isCurrentConnected())
             end(ExitStatus::NoServer, tr("The server of %1 went away.").arg(m_cable));
     });
-    connect(&m_manager, &KeoStandardDataManager::readRamComplete, this,
-            &CaptureProgram::onReadRamComplete);
-    connect(&m_manager, &KeoStandardDataManager::sectionRead, this, &CaptureProgram::onSectionRead);
-    connect(&m_manager, &KeoStandardDataManager::triggerComplete, this,
-            &CaptureProgram::onTriggerComplete);
+    connect(m_source.get(), &CaptureSource::captured, this, &CaptureProgram::onCaptured);
+    connect(&m_manager, &CaptureManager::sectionRead, this, &CaptureProgram::onSectionRead);
+    connect(&m_manager, &CaptureManager::triggerComplete, this, &CaptureProgram::onTriggerComplete);
 }
 
 ExitStatus CaptureProgram::run()
@@ -139,9 +135,9 @@ ExitStatus CaptureProgram::capture()
         m_message = error.message;
         return statusOf(error.kind);
     };
-    const Result<QList<int>> cores = loadCores();
-    if (!cores)
-        return fail(cores.error());
+    if (const std::optional<Error> error = m_source->prepare(m_options))
+        return fail(*error);
+    warnOfMissingDevice();
     if (!m_options.formats.isEmpty()) {
         const Result<QString> directory = prepareDirectory(m_options.directory);
         if (!directory)
@@ -165,7 +161,7 @@ ExitStatus CaptureProgram::capture()
     connect(&interruption, &Interruption::interrupted, this, [this] {
         end(Interruption::pending().value_or(ExitStatus::Interrupted), tr("Capture Stopped!"));
     });
-    QTimer::singleShot(0, this, [this, cores] { startCapture(*cores); });
+    QTimer::singleShot(0, this, &CaptureProgram::startCapture);
     QCoreApplication::exec();
     return m_status;
 }
@@ -180,7 +176,7 @@ ExitStatus CaptureProgram::exportSaved()
     if (!project)
         return fail(project.error());
     const auto isWanted = [this](const SavedCapture &capture) {
-        return m_options.cores.isEmpty() || m_options.cores.contains(capture.core);
+        return m_options.cores.isEmpty() || m_options.cores.contains(capture.core.index);
     };
     m_windows = int(std::ranges::count_if(project->captures, isWanted));
     if (m_windows == 0)
@@ -191,79 +187,27 @@ ExitStatus CaptureProgram::exportSaved()
     for (SavedCapture &capture : project->captures) {
         if (!isWanted(capture))
             continue;
-        const auto core = std::ranges::find_if(project->cores, [&](const auto &candidate) {
-            return candidate->index == capture.core;
-        });
-        const CaptureLabel label{capture.core, capture.window, 0};
+        const CaptureLabel label{capture.core.index, capture.window, 0, project->mode};
         const qsizetype samples = capture.contents.maxDataLength();
         const Result<QStringList> written =
-            writeFiles(label, **core, std::move(capture.contents), m_windows == 1);
+            writeFiles(label, capture.core, std::move(capture.contents), m_windows == 1);
         if (!written)
             return fail(written.error());
-        reportCapture(label, **core, samples, *written);
+        reportCapture(label, capture.core, samples, *written);
     }
     return ExitStatus::Captured;
 }
 
-Result<QList<int>> CaptureProgram::loadCores()
+void CaptureProgram::warnOfMissingDevice()
 {
-    QString id;
-    if (!m_manager.load(m_options.file, id)) {
-        // The data manager only says that nothing came of it; the loader knows why.
-        bool ok = false;
-        QString reason;
-        loadStandardConfigFile(m_options.file, &id, &ok, &reason);
-        if (ok || reason.isEmpty())
-            reason = tr("It describes no standard analyzer core.");
-        return Error{Error::File, tr("%1 can not be used: %2").arg(m_options.file, reason)};
-    }
     if (m_options.device.isEmpty() && m_options.file.endsWith(".keo"))
-        m_report.say(tr("No --device given: if the model is one that needs a longer capture of a "
-                        ".keo design, the trigger is shown one sample off."));
-    m_manager.setDeviceName(m_options.device);
-    for (const auto &core : m_manager.cores())
-        core->ensureExpressionFlags(); // nobody chooses among them here
-    return chooseCores();
+        m_report.say(tr("No --device given: if the model is one that stores the samples of a .keo "
+                        "design late, they are shown one off."));
 }
 
-Result<QList<int>> CaptureProgram::chooseCores() const
+void CaptureProgram::startCapture()
 {
-    const CoreList &cores = m_manager.cores();
-    QList<int> positions;
-    for (const int number : m_options.cores) {
-        const auto found = std::find_if(cores.begin(), cores.end(), [number](const auto &core) {
-            return core->index == number;
-        });
-        if (found == cores.end())
-            return Error{Error::Usage, tr("The description has no core %1.").arg(number)};
-        positions.append(int(found - cores.begin()));
-    }
-    if (positions.isEmpty())
-        positions.append(0);
-    std::sort(positions.begin(), positions.end());
-    for (const int position : positions) {
-        const CoreConfig &core = *cores[size_t(position)];
-        if (core.capture_amount < 1 || core.window_num < 1)
-            return Error{Error::Format,
-                         tr("Core %1 captures %2 samples in %3 windows: nothing to read.")
-                             .arg(QString::number(core.index), QString::number(core.capture_amount),
-                                  QString::number(core.window_num))};
-        if (core.capture_amount > kSectionRows && core.capture_amount % kSectionRows != 0)
-            return Error{Error::Format,
-                         tr("Core %1 captures %2 samples; above %3 only multiples of %3 can be "
-                            "read.")
-                             .arg(QString::number(core.index), QString::number(core.capture_amount),
-                                  QString::number(kSectionRows))};
-    }
-    if (isAuto() && (positions.size() > 1 || cores[size_t(positions.first())]->window_num != 1))
-        return Error{Error::Usage, tr("--auto takes one core with one window.")};
-    return positions;
-}
-
-void CaptureProgram::startCapture(const QList<int> &cores)
-{
-    for (const int position : cores)
-        m_windows += m_manager.cores()[size_t(position)]->window_num;
+    m_windows = m_source->windowCount();
     m_windowsLeft = m_windows;
     QVariantList chain;
     for (const int code : m_options.chain)
@@ -274,7 +218,7 @@ void CaptureProgram::startCapture(const QList<int> &cores)
     m_linkTimer->start(kLinkCheckInterval);
     if (m_options.timeout)
         m_timeoutTimer->start(int(*m_options.timeout));
-    m_manager.start(cores);
+    m_source->start();
     rearmTimers();
 }
 
@@ -289,19 +233,12 @@ void CaptureProgram::rearmTimers()
 
 QString CaptureProgram::waitingFor() const
 {
-    QStringList cores;
-    for (const CoreConfig *core : m_manager.activeCores()) {
-        if (core->active == 1)
-            cores.append(QString::number(core->index));
-    }
     const QString round =
         isAuto() ? tr(", round %1 of %2")
                        .arg(QString::number(m_round + 1), QString::number(*m_options.autoRounds))
                  : QString();
-    if (cores.isEmpty())
-        return tr("the samples on %1%2").arg(m_cable, round);
-    return tr("the trigger of core %1 on %2%3")
-        .arg(cores.join(QStringLiteral(", ")), m_cable, round);
+    const QString cores = m_source->waitingFor();
+    return tr("%1 on %2%3").arg(cores.isEmpty() ? tr("the samples") : cores, m_cable, round);
 }
 
 void CaptureProgram::onSectionRead(int core, int window, int sectionsRead, int sections)
@@ -312,32 +249,28 @@ void CaptureProgram::onSectionRead(int core, int window, int sectionsRead, int s
         sections);
 }
 
-void CaptureProgram::onReadRamComplete(int core, int window)
+void CaptureProgram::onCaptured(int core, int window)
 {
-    // Fetching the sections lets the run go on, so it happens once, whatever comes of them.
-    const QList<QBitArray> sections = m_manager.rawWindow(window);
+    // Taking the window lets the run go on, so it happens once, whatever comes of it.
+    const CapturedWindow captured = m_source->take(core, window);
     if (m_ended)
         return;
-    const CoreConfig &config = *m_manager.coreByIndex(core);
-    const QList<WaveMonitor::SignalElement> elements = extractSignalData(&config, sections);
-    if (elements.isEmpty()) {
+    if (captured.elements.isEmpty()) {
         end(ExitStatus::Refused,
             tr("No data in core %1 window %2").arg(QString::number(core), QString::number(window)));
         return;
     }
     ++m_round;
-    const CaptureLabel label{core, window, isAuto() ? m_round : 0};
-    WaveMonitor::WindowContents contents;
-    fillWindow(contents, config, elements);
+    const CaptureLabel label{core, window, isAuto() ? m_round : 0, captured.mode};
     const Result<QStringList> written =
-        writeFiles(label, config, std::move(contents), m_windows == 1 && !isAuto());
+        writeFiles(label, captured.core, captured.contents(), m_windows == 1 && !isAuto());
     if (!written) {
         end(ExitStatus::FileError, written.error().message);
         return;
     }
-    reportCapture(label, config, elements.first().data.size(), *written);
+    reportCapture(label, captured.core, captured.elements.first().data.size(), *written);
     if (!m_options.project.isEmpty())
-        keepForProject(label, config, elements);
+        keepForProject(captured, window);
 
     if (!isAuto()) {
         --m_windowsLeft;
@@ -351,7 +284,7 @@ void CaptureProgram::onReadRamComplete(int core, int window)
         rearmTimers();
 }
 
-Result<QStringList> CaptureProgram::writeFiles(const CaptureLabel &label, const CoreConfig &core,
+Result<QStringList> CaptureProgram::writeFiles(const CaptureLabel &label, const ExportCore &core,
                                                WaveMonitor::WindowContents contents,
                                                bool isOnly) const
 {
@@ -365,7 +298,7 @@ Result<QStringList> CaptureProgram::writeFiles(const CaptureLabel &label, const 
     return written;
 }
 
-void CaptureProgram::reportCapture(const CaptureLabel &label, const CoreConfig &core,
+void CaptureProgram::reportCapture(const CaptureLabel &label, const ExportCore &core,
                                    qsizetype samples, const QStringList &files)
 {
     if (!m_options.json) {
@@ -376,20 +309,19 @@ void CaptureProgram::reportCapture(const CaptureLabel &label, const CoreConfig &
     QJsonObject entry{{"core", label.core},
                       {"window", label.window},
                       {"samples", samples},
-                      {"trigger_position", core.trigger_pos},
+                      {"trigger_position", core.triggerSample},
                       {"files", QJsonArray::fromStringList(files)}};
     if (label.round > 0)
         entry.insert("round", label.round);
     m_captures.append(entry);
 }
 
-void CaptureProgram::keepForProject(const CaptureLabel &label, const CoreConfig &core,
-                                    const QList<WaveMonitor::SignalElement> &elements)
+void CaptureProgram::keepForProject(const CapturedWindow &captured, int window)
 {
     if (isAuto())
-        m_kept.clear(); // the last round counts
-    m_kept.push_back({label.core, label.window, {}});
-    fillWindow(m_kept.back().contents, core, elements);
+        m_kept.captures.clear(); // the last round counts
+    m_kept.mode = captured.mode;
+    m_kept.captures.push_back({captured.core, window, captured.contents()});
 }
 
 /// The run is complete: what there is to save is there.

@@ -3,13 +3,12 @@
 #include "cableaccess.h"
 #include "capturefiles.h"
 #include "captureoptions.h"
+#include "capturesource.h"
 #include "exitstatus.h"
 #include "progressreport.h"
 #include "savedcapture.h"
 
 #include <base/result.h>
-#include <capture/standarddatamanager.h>
-
 #include <wave/windowcontents.h>
 
 #include <QJsonArray>
@@ -17,6 +16,7 @@
 #include <QSize>
 
 #include <functional>
+#include <memory>
 
 class QTimer;
 
@@ -47,20 +47,16 @@ private:
     ExitStatus capture();
     ExitStatus exportSaved();
 
-    // Preparation; an error's kind decides the exit status.
-    Result<QList<int>> loadCores();
-    Result<QList<int>> chooseCores() const;
-
-    void startCapture(const QList<int> &cores);
+    void warnOfMissingDevice();
+    void startCapture();
     void rearmTimers();
-    void onReadRamComplete(int core, int window);
-    Result<QStringList> writeFiles(const CaptureLabel &label, const CoreConfig &core,
+    void onCaptured(int core, int window);
+    Result<QStringList> writeFiles(const CaptureLabel &label, const ExportCore &core,
                                    WaveMonitor::WindowContents contents, bool isOnly) const;
     /// Tells of one exported window.
-    void reportCapture(const CaptureLabel &label, const CoreConfig &core, qsizetype samples,
+    void reportCapture(const CaptureLabel &label, const ExportCore &core, qsizetype samples,
                        const QStringList &files);
-    void keepForProject(const CaptureLabel &label, const CoreConfig &core,
-                        const QList<WaveMonitor::SignalElement> &elements);
+    void keepForProject(const CapturedWindow &captured, int window);
     void endWithProject();
     void onSectionRead(int core, int window, int sectionsRead, int sections);
     void onTriggerComplete(int resultId);
@@ -75,10 +71,11 @@ private:
     const PictureWriter m_drawPicture;
     ProgressReport m_report;
     CableAccess m_cables;
-    KeoStandardDataManager m_manager;
-    QTimer *m_forceTimer;   // owned by the object tree
-    QTimer *m_timeoutTimer; // owned by the object tree
-    QTimer *m_linkTimer;    // owned by the object tree
+    std::unique_ptr<CaptureSource> m_source;
+    CaptureManager &m_manager; // of the source
+    QTimer *m_forceTimer;      // owned by the object tree
+    QTimer *m_timeoutTimer;    // owned by the object tree
+    QTimer *m_linkTimer;       // owned by the object tree
 
     QString m_cable;       // the one in use
     int m_windows = 0;     // of the whole run, Auto rounds apart
@@ -88,7 +85,7 @@ private:
     ExitStatus m_status = ExitStatus::Captured;
     QString m_message;
     QJsonArray m_captures;
-    std::vector<SavedCapture> m_kept; // of the latest round, for the project
+    SavedProject m_kept; // the latest round
     bool m_projectSaved = false;
 };
 

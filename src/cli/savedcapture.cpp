@@ -1,13 +1,17 @@
 #include "savedcapture.h"
 
-#include <config/standardconfig.h>
+#include "coredescriptions.h"
+
+#include <config/descriptionkind.h>
 #include <project/datafilecheck.h>
 #include <project/datafilereader.h>
 #include <project/datafilewriter.h>
+#include <project/exportcore.h>
 #include <project/projectfile.h>
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -20,26 +24,67 @@ QString tr(const char *text)
     return QCoreApplication::translate("SavedCapture", text);
 }
 
-Result<CoreList> loadCores(const QString &path)
+Error otherDesign()
 {
-    bool ok = false;
-    QString reason;
-    CoreList cores = loadStandardConfigFile(path, nullptr, &ok, &reason);
-    if (!cores.empty())
-        return cores;
-    if (reason.isEmpty())
-        reason = tr("It describes no standard analyzer core.");
-    return Error{Error::File, tr("%1 can not be used: %2").arg(path, reason)};
+    return {Error::Format, tr("Data file miss match the project")};
+}
+
+Result<SavedProject> standardProject(const ProjectFile &project)
+{
+    const Result<CoreList> cores = loadStandardCores(project.keoFile);
+    if (!cores)
+        return cores.error();
+    Result<LoadedWindows> windows = loadDataFile(project.dataFile);
+    if (!windows)
+        return windows.error();
+    if (!fitsCores(*windows, *cores))
+        return otherDesign();
+    SavedProject saved{ExportMode::Standard, {}};
+    for (LoadedWindow &window : *windows) {
+        const std::optional<WindowPlace> place = placeOf(window);
+        if (!place)
+            continue;
+        const auto core = std::ranges::find_if(
+            *cores, [&](const auto &candidate) { return candidate->index == place->core; });
+        saved.captures.push_back({exportCore(**core), place->window, std::move(window.contents)});
+    }
+    return saved;
+}
+
+Result<SavedProject> liteProject(const ProjectFile &project)
+{
+    const Result<LiteCoreConfig> core = loadLiteCore(project.keoFile);
+    if (!core)
+        return core.error();
+    Result<LoadedWindows> windows = loadDataFile(project.dataFile);
+    if (!windows)
+        return windows.error();
+    if (!fitsLiteCore(*windows, *core))
+        return otherDesign();
+    SavedProject saved{ExportMode::Lite, {}};
+    for (LoadedWindow &window : *windows) {
+        if (const std::optional<int> number = windowNumberOf(window))
+            saved.captures.push_back({exportCore(*core), *number, std::move(window.contents)});
+    }
+    // The names of a lite core's files tell nothing of the window: one would replace the other.
+    if (saved.captures.size() > 1)
+        return Error{Error::Format,
+                     tr("The data file %1 holds %2 windows of a lite core, which has one.")
+                         .arg(project.dataFile, QString::number(saved.captures.size()))};
+    return saved;
 }
 
 } // namespace
 
 Result<QString> saveProject(const QString &path, const QString &description,
-                            const std::vector<SavedCapture> &captures)
+                            const SavedProject &captures)
 {
     QList<WindowToSave> windows;
-    for (const SavedCapture &capture : captures)
-        windows.append({capture.core, capture.window, &capture.contents});
+    for (const SavedCapture &capture : captures.captures) {
+        const bool isNumbered = captures.mode == ExportMode::Standard;
+        windows.append({isNumbered ? std::optional(capture.core.index) : std::nullopt,
+                        capture.window, &capture.contents});
+    }
     const ProjectFile project{description, dataFileBeside(path)};
     std::optional<Error> error = writeDataFile(project.dataFile, windows);
     if (!error)
@@ -54,20 +99,9 @@ Result<SavedProject> openProject(const QString &path)
     const Result<ProjectFile> project = readProjectFile(path);
     if (!project)
         return project.error();
-    Result<CoreList> cores = loadCores(project->keoFile);
-    if (!cores)
-        return cores.error();
-    Result<LoadedWindows> windows = loadDataFile(project->dataFile);
-    if (!windows)
-        return windows.error();
-    if (!fitsCores(*windows, *cores))
-        return Error{Error::Format, tr("Data file miss match the project")};
-    SavedProject saved{*std::move(cores), {}};
-    for (LoadedWindow &window : *windows) {
-        if (const std::optional<WindowPlace> place = placeOf(window))
-            saved.captures.push_back({place->core, place->window, std::move(window.contents)});
-    }
-    if (saved.captures.empty())
+    const bool isLite = descriptionKind(project->keoFile) == DescriptionKind::Lite;
+    Result<SavedProject> saved = isLite ? liteProject(*project) : standardProject(*project);
+    if (saved && saved->captures.empty())
         return Error{Error::Format, tr("The project %1 holds no waves.").arg(path)};
     return saved;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <base/result.h>
-#include <config/coreconfig.h>
+#include <export/exportfiles.h>
 #include <wave/windowcontents.h>
 
 #include <QString>
@@ -13,25 +13,26 @@ namespace KEO {
 /// One window of a project.
 struct SavedCapture
 {
-    int core = 0; ///< CoreConfig::index
+    ExportCore core;
     int window = 0;
     WaveMonitor::WindowContents contents;
 };
 
-/// A project as it was saved.
+/// A project's captures, all from cores of one kind.
 struct SavedProject
 {
-    CoreList cores;
-    std::vector<SavedCapture> captures; ///< in the order of the data file; each fits its core
+    ExportMode mode = ExportMode::Standard;
+    std::vector<SavedCapture> captures; ///< in the order of the data file
 };
 
 /// Saves \a captures as the project \a path, which names the description \a description as it
 /// stands and a data file beside it. Both files are written whole or not at all. Returns the path
 /// of the data file.
 Result<QString> saveProject(const QString &path, const QString &description,
-                            const std::vector<SavedCapture> &captures);
+                            const SavedProject &captures);
 
-/// Opens a project of standard cores. Refuses one that has no waves or waves of another design.
+/// Opens a project of either kind of core. Refuses one that has no waves or waves of another
+/// design.
 Result<SavedProject> openProject(const QString &path);
 
 } // namespace KEO

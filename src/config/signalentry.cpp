@@ -24,6 +24,13 @@ void forEachBit(Entries &entries, Visit visit)
 
 } // namespace
 
+// Written out, since a list of the type that is being defined can't be compared yet where the
+// compiler would write it.
+bool SignalEntry::operator==(const SignalEntry &other) const
+{
+    return name == other.name && text == other.text && members == other.members;
+}
+
 QStringList flatSignalNames(const QList<SignalEntry> &signals)
 {
     QStringList names;

@@ -15,7 +15,7 @@ struct SignalEntry
     QString text;               ///< display name; empty means `name`
     QList<SignalEntry> members; ///< of a bus, in file order
 
-    bool operator==(const SignalEntry &other) const = default;
+    bool operator==(const SignalEntry &other) const;
 };
 
 /// A new name and display text for one captured bit, see applySignalNames.

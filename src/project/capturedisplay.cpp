@@ -38,14 +38,6 @@ QList<SignalElement> elementsOf(const QList<SignalEntry> &signals, const QList<Q
     return elements;
 }
 
-void fill(WindowContents &contents, const QList<SignalEntry> &signals, int triggerPosition,
-          QList<SignalElement> elements)
-{
-    contents.clear();
-    addCapturedRows(contents, signals, std::move(elements));
-    contents.setTriggerPosition(triggerPosition);
-}
-
 } // namespace
 
 QList<SignalElement> extractSignalData(const CoreConfig *core, const QList<QBitArray> &sections)
@@ -66,12 +58,15 @@ QList<SignalElement> extractSignalData(const LiteCoreConfig *core, const QList<Q
 
 void fillWindow(WindowContents &contents, const CoreConfig &core, QList<SignalElement> elements)
 {
-    fill(contents, core.signals, core.trigger_pos, std::move(elements));
+    fillWindow(contents, core.signals, core.trigger_pos, std::move(elements));
 }
 
-void fillWindow(WindowContents &contents, const LiteCoreConfig &core, QList<SignalElement> elements)
+void fillWindow(WindowContents &contents, const QList<SignalEntry> &rows, int triggerPosition,
+                QList<SignalElement> elements)
 {
-    fill(contents, core.signals, 0, std::move(elements));
+    contents.clear();
+    addCapturedRows(contents, rows, std::move(elements));
+    contents.setTriggerPosition(triggerPosition);
 }
 
 } // namespace KEO

@@ -51,8 +51,8 @@ void addCapturedRows(Receiver &receiver, const QList<SignalEntry> &rows,
 /// the samples are shared, not copied.
 void fillWindow(WaveMonitor::WindowContents &contents, const CoreConfig &core,
                 QList<WaveMonitor::SignalElement> elements);
-/// The same for a lite core, whose trigger is its first sample.
-void fillWindow(WaveMonitor::WindowContents &contents, const LiteCoreConfig &core,
-                QList<WaveMonitor::SignalElement> elements);
+/// The same for rows and a trigger position of any kind of core.
+void fillWindow(WaveMonitor::WindowContents &contents, const QList<SignalEntry> &rows,
+                int triggerPosition, QList<WaveMonitor::SignalElement> elements);
 
 } // namespace KEO

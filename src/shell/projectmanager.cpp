@@ -1,13 +1,10 @@
 #include "projectmanager.h"
 
-#include <base/boundedxml.h>
-#include <base/wholefile.h>
-#include <config/descriptionfile.h>
+#include <config/descriptionkind.h>
 #include <project/analyzerproject.h>
 #include <project/keostandardanalyzerproject.h>
 #include <project/projectfile.h>
 
-#include <QDomDocument>
 #include <QLoggingCategory>
 #include <QPointer>
 
@@ -16,29 +13,6 @@ namespace KEO {
 namespace {
 
 Q_LOGGING_CATEGORY(lcShell, "keo.shell", QtInfoMsg)
-
-/// A description with a byte that its declared encoding does not have still tells its kind: the
-/// tool flow writes net names in the encoding of its own system.
-Result<QDomDocument> parseDescription(const QByteArray &bytes)
-{
-    Result<QDomDocument> document = parseBoundedXml(bytes, kDescriptionLimits);
-    if (document)
-        return document;
-    constexpr QByteArrayView mark("\xEF\xBB\xBF");
-    const bool marked = QByteArrayView(bytes).startsWith(mark);
-    const QByteArrayView content = QByteArrayView(bytes).sliced(marked ? mark.size() : 0);
-    return parseBoundedXml(QString::fromLatin1(content), kDescriptionLimits);
-}
-
-ProjectKind kindOfMode(const QDomElement &mode)
-{
-    if (mode.isNull() || mode.text() == QLatin1String("Standard"))
-        return ProjectKind::Standard;
-    if (mode.text() == QLatin1String("Lite"))
-        return ProjectKind::Lite;
-    qCDebug(lcShell) << "a description for an unknown kind of core:" << mode.text().left(80);
-    return ProjectKind::Unknown;
-}
 
 /// The description that \a file is or names, or nothing.
 QString descriptionPath(const QString &file)
@@ -56,17 +30,15 @@ QString descriptionPath(const QString &file)
 
 ProjectKind kindOfFile(const QString &path)
 {
-    const Result<QByteArray> bytes = readWholeFile(path, kMaxDescriptionSize, LineEnds::Native);
-    if (!bytes) {
-        qCDebug(lcShell).noquote() << bytes.error().message;
-        return ProjectKind::Unknown;
+    switch (descriptionKind(path)) {
+    case DescriptionKind::Standard:
+        return ProjectKind::Standard;
+    case DescriptionKind::Lite:
+        return ProjectKind::Lite;
+    case DescriptionKind::Unknown:
+        break;
     }
-    const Result<QDomDocument> document = parseDescription(*bytes);
-    if (!document) {
-        qCDebug(lcShell).noquote() << path << document.error().message;
-        return ProjectKind::Unknown;
-    }
-    return kindOfMode(document->documentElement().firstChildElement(QStringLiteral("Mode")));
+    return ProjectKind::Unknown;
 }
 
 ProjectFactories projectFactories()

@@ -27,6 +27,10 @@ public:
     int openResult = 0;
     /// Polls that read 1 before one reads 0; it starts again with the next arming word.
     int busyPolls = 0;
+    /// Of a lite core: what its capture init register reads, as many bits as asked for.
+    bool hasInitData = false;
+    /// Bits before the rows of a memory read; a lite core has none.
+    int leadingBits = 32;
     /// Turns the regular answer to a request into what is sent.
     std::function<Replies(const Wire::Packet &request, const Wire::Packet &reply)> answer;
 
@@ -81,11 +85,13 @@ private:
             regular["RES"] = openResult;
         } else if (operation == u"READ_START_REG") {
             regular["DATA"] = QBitArray(request["SIZE"].toInt(), m_polls++ < busyPolls);
+        } else if (operation == u"OP_READ_CAPTURE_INIT") {
+            regular["DATA"] = QBitArray(request["SIZE"].toInt(), !hasInitData);
         } else if (operation == u"READ_RAM") {
             QBitArray data(request["SIZE"].toInt(), true);
-            for (qsizetype i = 32; i < data.size() - 1; ++i) {
-                data.setBit(
-                    i, storedBit(request["WINDOW"].toInt(), request["SECTION"].toInt(), i - 32));
+            for (qsizetype i = leadingBits; i < data.size() - 1; ++i) {
+                data.setBit(i, storedBit(request["WINDOW"].toInt(), request["SECTION"].toInt(),
+                                         i - leadingBits));
             }
             regular["DATA"] = data;
         } else {

@@ -1,6 +1,7 @@
 #include <capture/samplecutter.h>
 
 #include <config/coreconfig.h>
+#include <config/litecoreconfig.h>
 
 #include <support/testmain.h>
 
@@ -93,6 +94,9 @@ private Q_SLOTS:
     void randomShapes();
     void shortRawData();
     void hostileGeometry();
+    void plainRows();
+    void whichFirstRow_data();
+    void whichFirstRow();
 };
 
 /// Eight rows of three columns in 16 bits whose columns count 0 to 7, as a core wrote them: the
@@ -177,6 +181,75 @@ void tst_SampleCutter::hostileGeometry()
         const QList<QBitArray> whole(3, QBitArray(6, true)); // 96 bits are six rows
         QCOMPARE(cutSamples(raw, {3, 16, kMost, position, true}), whole);
     }
+}
+
+/// Rows of a lite core: the first one ends the last section, and nothing stands between them.
+void tst_SampleCutter::plainRows()
+{
+    QRandomGenerator random(4);
+    const auto oldest = PlainGeometry::FirstRow::Oldest;
+    const auto newest = PlainGeometry::FirstRow::Newest;
+    for (const int columns : {1, 3, 64, 65, 200}) {
+        for (const int rows : {1, 2, 63, 200}) {
+            QList<QBitArray> stored(rows, QBitArray(columns));
+            QBitArray raw((rows + 3) * columns); // with rows behind the capture
+            for (int row = 0; row < rows; ++row) {
+                for (int column = 0; column < columns; ++column) {
+                    const bool level = random.bounded(2);
+                    stored[row].setBit(column, level);
+                    raw.setBit((rows + 2 - row) * columns + column, level);
+                }
+            }
+            QBitArray front = raw;
+            front.truncate(raw.size() / 3);
+            QBitArray back(raw.size() - front.size());
+            for (qsizetype i = 0; i < back.size(); ++i)
+                back.setBit(i, raw.testBit(front.size() + i));
+            for (const auto first : {oldest, newest}) {
+                const auto samples = cutPlainSamples({front, back}, {columns, rows, first});
+                QCOMPARE(samples.size(), columns);
+                for (int column = 0; column < columns; ++column) {
+                    QCOMPARE(samples[column].size(), rows);
+                    for (int i = 0; i < rows; ++i) {
+                        const int row = first == oldest ? i : (i + 1) % rows; // a b c: b c a
+                        QCOMPARE(samples[column].testBit(i), stored[row].testBit(column));
+                    }
+                }
+            }
+        }
+    }
+    QVERIFY(cutPlainSamples({}, {3, 8, newest}).isEmpty());
+    QVERIFY(cutPlainSamples({QBitArray(9)}, {0, 8, newest}).isEmpty());
+    QVERIFY(
+        cutPlainSamples({QBitArray(9)}, {3, std::numeric_limits<int>::min(), newest}).isEmpty());
+}
+
+void tst_SampleCutter::whichFirstRow_data()
+{
+    QTest::addColumn<QString>("device");
+    QTest::addColumn<bool>("isZeo");
+    QTest::addColumn<int>("implementation");
+    QTest::addColumn<bool>("isNewest");
+    QTest::newRow("of the list") << "KR-R" << false << 0 << true;
+    QTest::newRow("not of the list") << "KR-S" << false << 0 << false;
+    QTest::newRow("letter case counts") << "kr-a" << false << 0 << false;
+    QTest::newRow("no device") << "" << false << 0 << false;
+    QTest::newRow(".zeo") << "KR-A" << true << 0 << false;
+    QTest::newRow("another implementation") << "KR-A" << false << 1 << false;
+}
+
+void tst_SampleCutter::whichFirstRow()
+{
+    QFETCH(const QString, device);
+    QFETCH(const bool, isZeo);
+    QFETCH(const int, implementation);
+    QFETCH(const bool, isNewest);
+    LiteCoreConfig core;
+    core.implemention = implementation;
+    core.capture_amount = 77;
+    core.signals = QList<SignalEntry>(5);
+    const auto first = isNewest ? PlainGeometry::FirstRow::Newest : PlainGeometry::FirstRow::Oldest;
+    QVERIFY(plainGeometry(core, device, isZeo) == (PlainGeometry{5, 77, first}));
 }
 
 KEO_TEST_MAIN(tst_SampleCutter)

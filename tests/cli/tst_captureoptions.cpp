@@ -29,6 +29,8 @@ void tst_CaptureOptions::refuses_data()
     addRow("core out of range", "--core 16 a.keo", "\"16\"");
     addRow("core negative", "--core=-1 a.keo", "\"-1\"");
     addRow("chain with a gap", "--chain 0,,8 a.keo", "chain");
+    addRow("delay negative", "--delay=-1 a.keo", "delay");
+    addRow("delay too long", "--delay 3600001 a.keo", "3600000");
     addRow("time zero", "--timeout 0 a.keo", "timeout");
     addRow("time not finite", "--timeout nan a.keo", "nan");
     addRow("time huge", "--force-after 1e9 a.keo", "force-after");
@@ -49,6 +51,7 @@ void tst_CaptureOptions::refuses_data()
     addRow("open a description", "--open a.keo", "a.keo");
     addRow("open and save", "--open a.analyzer_prj --save b.analyzer_prj", "--save");
     addRow("open and a cable", "--open a.analyzer_prj --cable LK7", "--cable");
+    addRow("open and a delay", "--open a.analyzer_prj --delay 5", "--delay");
     addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
     addRow("list with file", "--list-cables a.keo", "FILE");
 }

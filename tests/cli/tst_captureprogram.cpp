@@ -5,6 +5,7 @@
 #include <support/testmain.h>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 #include <QJsonArray>
@@ -76,7 +77,9 @@ private Q_SLOTS:
     void writesEveryFormat();
     void tellsResultsAsJson();
     void savesProjects();
+    void exportsProjects_data();
     void exportsProjects();
+    void exportsOneCoreOfAProject();
     void refusesProjects_data();
     void refusesProjects();
     void drawsPictures();
@@ -84,6 +87,9 @@ private Q_SLOTS:
     void endsWithItsStatus();
     void forcesTheTrigger();
     void numbersTheRounds();
+    void capturesFromLiteCores_data();
+    void capturesFromLiteCores();
+    void startsLiteCoresLater();
     void capturesBothCoresOfTheExample();
     void usesAServerThatRuns();
     void stopsOnCtrlC();
@@ -95,6 +101,8 @@ private:
     Outcome run(const QString &line, const QString &program = kProgram);
     QString file(const QString &name) const { return m_directory->filePath(name); }
     void board(const TestDesign &design);
+    /// A copy of the program with no servers beside it.
+    QString copyWithoutServers();
 
     std::unique_ptr<QTemporaryDir> m_directory;
 };
@@ -109,6 +117,14 @@ void tst_CaptureProgram::board(const TestDesign &design)
 {
     design.write(m_directory->path());
     qputenv("SIGNALSCOPE_BOARD", file("board.json").toLocal8Bit());
+}
+
+QString tst_CaptureProgram::copyWithoutServers()
+{
+    const QString copy = file("SignalScope/bin/signalscope-capture");
+    if (!QDir(m_directory->path()).mkpath("SignalScope/bin") || !QFile::copy(kProgram, copy))
+        QTest::qFail("no copy of the program", __FILE__, __LINE__);
+    return copy;
 }
 
 Outcome tst_CaptureProgram::run(const QString &line, const QString &program)
@@ -174,8 +190,7 @@ void tst_CaptureProgram::savesProjects()
 {
     board(TestDesign());
     const QStringList description = lines(file("design.keo"));
-    const Outcome outcome =
-        run({"--device", "KR-A", "--auto", "2", "--save", "new/p.1.analyzer_prj", "design.keo"});
+    const Outcome outcome = run("--device KR-A --auto 2 --save new/p.1.analyzer_prj design.keo");
     QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
     QCOMPARE(outcome.output.split(u'\n', Qt::SkipEmptyParts),
              (QStringList{file("new/p.1.analyzer_prj"), file("new/p.xml")}));
@@ -187,43 +202,44 @@ void tst_CaptureProgram::savesProjects()
     QCOMPARE(lines(file("new/p.xml")).filter("<Window").size(), 1);
 
     QVERIFY(QFile::remove(file("new/p.xml")) && QDir(m_directory->path()).mkdir("new/p.xml"));
-    const Outcome blocked =
-        run({"--device", "KR-A", "--save", "new/p.1.analyzer_prj", "design.keo"});
+    const Outcome blocked = run("--device KR-A --save new/p.1.analyzer_prj design.keo");
     QCOMPARE(blocked.status, 6);
     QVERIFY2(blocked.errors.contains(file("new/p.xml")), qPrintable(blocked.errors));
     QCOMPARE(lines(file("new/p.1.analyzer_prj")), project);
 }
 
+void tst_CaptureProgram::exportsProjects_data()
+{
+    addColumns<bool, QString, int>({"lite", "cores", "files"});
+    addRow("standard cores", false, "--core 0 --core 1", 12);
+    addRow("lite core", true, "--delay 5", 3);
+}
+
 // Saved and exported, the capture gives the files that it gives at once. No server can be reached.
 void tst_CaptureProgram::exportsProjects()
 {
+    QFETCH(const bool, lite);
+    QFETCH(const QString, cores);
+    QFETCH(const int, files);
     TestDesign design;
+    design.lite = lite;
     design.windows = 2;
     design.cores = 2;
     board(design);
-    const QStringList formats{"--format", "csv",      "--format", "vcd",    "--format",
-                              "prn",      "--period", "10ns",     "--name", "capture"};
-    const Outcome captured = run(QStringList{"--device", "KR-A", "--core", "0", "--core", "1",
-                                             "--out", "once", "--save", "p.analyzer_prj"} +
-                                 formats + QStringList("design.keo"));
+    const QString formats = " --format csv --format vcd --format prn --period 10ns --name capture";
+    const Outcome captured = run("--device KR-A " + cores + " --out once --save p.analyzer_prj" +
+                                 formats + " design.keo");
     QVERIFY2(captured.status == 0, qPrintable(captured.errors));
+    // The windows of a lite core name none.
+    QCOMPARE(lines(file("p.xml")).filter("<Window").filter(" core=").isEmpty(), lite);
 
-    QVERIFY(QDir(m_directory->path()).mkpath("SignalScope/bin"));
-    const QString lonely = file("SignalScope/bin/signalscope-capture");
-    QVERIFY(QFile::copy(kProgram, lonely));
-    const auto runLonely = [&](const QStringList &arguments) {
-        QProcess process;
-        process.setWorkingDirectory(m_directory->path());
-        process.start(lonely, arguments);
-        return finished(process);
-    };
-    const Outcome outcome =
-        runLonely(QStringList{"--open", "p.analyzer_prj", "--out", "again"} + formats);
+    const QString lonely = copyWithoutServers();
+    const Outcome outcome = run("--open p.analyzer_prj --out again" + formats, lonely);
     QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
     const QStringList once = QDir(file("once")).entryList(QDir::Files, QDir::Name);
-    QCOMPARE(once.size(), 12);
+    QCOMPARE(once.size(), files);
     QCOMPARE(QDir(file("again")).entryList(QDir::Files, QDir::Name), once);
-    QCOMPARE(outcome.output.count(file("again/")), 12);
+    QCOMPARE(outcome.output.count(file("again/")), files);
     for (const QString &name : once) {
         const auto content = [&](const char *folder) {
             QStringList all = lines(file(QLatin1String(folder) + u'/' + name));
@@ -232,35 +248,54 @@ void tst_CaptureProgram::exportsProjects()
         };
         QCOMPARE(content("again"), content("once"));
     }
+    QCOMPARE(run("--open p.analyzer_prj --core 7", lonely).status, 2);
+}
 
-    const Outcome one = runLonely({"--open", "p.analyzer_prj", "--core", "1", "--json", "--picture",
-                                   "shot.png", "--out", "one"});
+void tst_CaptureProgram::exportsOneCoreOfAProject()
+{
+    TestDesign design;
+    design.windows = 2;
+    design.cores = 2;
+    board(design);
+    QCOMPARE(run("--device KR-A --core 0 --core 1 --save p.analyzer_prj design.keo").status, 0);
+    const Outcome one = run("--open p.analyzer_prj --core 1 --json --picture shot.png --out one");
     QVERIFY2(one.status == 0, qPrintable(one.errors));
     const QJsonObject document = QJsonDocument::fromJson(one.output.toUtf8()).object();
     QCOMPARE(document["captures"].toArray().size(), 2);
     QCOMPARE(document["captures"].toArray().first()["samples"].toInt(), design.amount);
     QVERIFY(!QImage(file("shot_core1_window0.png")).isNull());
     QVERIFY(QFile::exists(file("one/p_core1_window1.vcd")));
-    QCOMPARE(runLonely({"--open", "p.analyzer_prj", "--core", "7"}).status, 2);
 }
 
 void tst_CaptureProgram::refusesProjects_data()
 {
-    QTest::addColumn<QByteArray>("data");
-    QTest::addColumn<QString>("words");
-    QTest::newRow("no data file") << QByteArray() << "p.xml";
-    QTest::newRow("cut off") << QByteArray("<WaveData><Window") << "Error when reading data file.";
-    QTest::newRow("another design")
-        << QByteArray("<WaveData><Window/></WaveData>") << "Data file miss match the project";
-    QTest::newRow("no waves") << QByteArray("<WaveData/>") << "holds no waves";
-    QTest::newRow("no description") << QByteArray("gone") << "design.keo can not be used";
+    addColumns<bool, QByteArray, QString>({"lite", "data", "words"});
+    addRow("no data file", false, QByteArray(), "p.xml");
+    addRow("cut off", false, QByteArray("<WaveData><Window"), "Error when reading data file.");
+    const QByteArray other("<WaveData><Window/></WaveData>");
+    addRow("another design", false, other, "Data file miss match the project");
+    addRow("another lite design", true, other, "Data file miss match the project");
+    addRow("no waves", false, QByteArray("<WaveData/>"), "holds no waves");
+    addRow("no description", false, QByteArray("gone"), "design.keo can not be used");
+    // Windows that fit, but would get the same file names.
+    QByteArray window("><TriggerPosition>0</TriggerPosition><Signals>");
+    for (int signal = 0; signal < TestDesign().signalCount(); ++signal)
+        window += "<Signal name=\"" + TestDesign().name(signal).toLatin1() + "\">01</Signal>";
+    window += "</Signals></Window>";
+    addRow("two windows of a lite core", true,
+           "<WaveData><Window index=\"0\"" + window + "<Window index=\"1\"" + window +
+               "</WaveData>",
+           "2 windows");
 }
 
 void tst_CaptureProgram::refusesProjects()
 {
+    QFETCH(const bool, lite);
     QFETCH(QByteArray, data);
     QFETCH(QString, words);
-    TestDesign().write(m_directory->path());
+    TestDesign design;
+    design.lite = lite;
+    design.write(m_directory->path());
     const auto writeFile = [&](const char *name, const QByteArray &text) {
         QFile out(file(QLatin1String(name)));
         QVERIFY(out.open(QIODevice::WriteOnly) && out.write(text) == text.size());
@@ -271,7 +306,7 @@ void tst_CaptureProgram::refusesProjects()
         writeFile("p.xml", data);
     if (data == "gone")
         QVERIFY(QFile::remove(file("design.keo")));
-    const Outcome outcome = run({"--open", "p.analyzer_prj"});
+    const Outcome outcome = run("--open p.analyzer_prj");
     QCOMPARE(outcome.status, 6);
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
     QCOMPARE(QDir(m_directory->path()).entryList({"*.vcd"}).size(), 1); // the stimulus
@@ -311,6 +346,10 @@ void tst_CaptureProgram::endsWithItsStatus_data()
     addRow("unknown result", "result", "design.keo", 5, "Unknown device error ID77.");
     addRow("no such file", "", "other.keo", 6, "other.keo");
     addRow("no XML", "text", "design.keo", 6, "design.keo");
+    addRow("delay of a standard core", "", "--delay 5 design.keo", 2, "--delay");
+    addRow("lite core never done", "lite", "--timeout 0.7 design.keo", 4, "the capture of core 0");
+    addRow("no such lite core", "lite", "--core 3 design.keo", 2, "core 3");
+    addRow("two lite cores", "two", "design.keo", 6, "2 lite cores");
     addRow("no folder can be made", "", "--out board.json/x design.keo", 6, "board.json/x");
     addRow("export is a folder", "folder", "design.keo", 6, "design_core0_window0.vcd");
 }
@@ -329,7 +368,18 @@ void tst_CaptureProgram::endsWithItsStatus()
         design.faults = R"([{"at": "READ_RAM", "nth": 2, "do": "die"}])";
     if (change == "result")
         design.faults = R"([{"at": "OPEN", "nth": 1, "do": "result", "value": 77}])";
+    design.lite = change == "lite" || change == "two";
+    if (change == "lite")
+        design.samplesPerSecond = 10;
     board(design);
+    if (change == "two") {
+        QFile description(file("design.keo"));
+        QVERIFY(description.open(QIODevice::ReadWrite));
+        QByteArray text = description.readAll();
+        text.replace("<KEO_ID>", "<KoCore_Lite/><KEO_ID>");
+        QVERIFY(description.seek(0) && description.write(text) > 0);
+        qputenv("SIGNALSCOPE_BOARD", ""); // what the board makes of it is not the point here
+    }
     if (change == "folder")
         QDir(m_directory->path()).mkdir("design_core0_window0.vcd");
     if (change == "text") {
@@ -367,6 +417,72 @@ void tst_CaptureProgram::numbersTheRounds()
         QVERIFY(outcome.output.contains(path));
         QVERIFY(lines(path).contains("$comment Sample 16 (Trigger) $end"));
     }
+}
+
+void tst_CaptureProgram::capturesFromLiteCores_data()
+{
+    addColumns<QString, QString, int, bool, int>(
+        {"device", "extension", "implementation", "initData", "amount"});
+    addRow("in the list", "KR-H", "keo", 0, false, 300);
+    addRow("not in the list", "KR-Z", "keo", 0, false, 300);
+    addRow(".zeo", "KR-H", "zeo", 0, false, 300);
+    addRow("another implementation", "KR-H", "keo", 2, false, 256);
+    addRow("data is there already", "KR-H", "keo", 0, true, 129);
+    addRow("one sample", "KR-H", "keo", 0, false, 1);
+}
+
+/// Every signal at every sample is the stimulus, round after round without a gap.
+void tst_CaptureProgram::capturesFromLiteCores()
+{
+    QFETCH(const QString, device);
+    QFETCH(const QString, extension);
+    QFETCH(const int, amount);
+    TestDesign design;
+    design.lite = true;
+    design.device = device;
+    design.extension = extension;
+    design.amount = amount;
+    design.noise = 70; // rows of more than 64 bits
+    QFETCH(const int, implementation);
+    design.implementation = implementation;
+    QFETCH(const bool, initData);
+    design.initData = initData;
+    board(design);
+    const Outcome outcome =
+        run("--device " + device + " --auto 2 --format csv --format prn design." + extension);
+    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
+    QCOMPARE(outcome.output.split(u'\n', Qt::SkipEmptyParts),
+             (QStringList{file("design_1.csv"), file("design_1_core0_window0.prn"),
+                          file("design_2.csv"), file("design_2_core0_window0.prn")}));
+    for (const int round : {0, 1}) {
+        const QList<QStringList> csv =
+            csvRows(file(QStringLiteral("design_%1.csv").arg(round + 1)));
+        QCOMPARE(csv.size(), amount);
+        for (int i = 0; i < amount; ++i) {
+            const qint64 sample = round * amount + i;
+            for (int signal = 0; signal < design.signalCount(); ++signal)
+                QCOMPARE(csv.at(i).at(2 + signal).at(0).digitValue(),
+                         int(design.level(signal, sample)));
+        }
+    }
+}
+
+/// The core takes no sample before the delay is over, and --force-after cuts it short.
+void tst_CaptureProgram::startsLiteCoresLater()
+{
+    TestDesign design;
+    design.lite = true;
+    board(design);
+    QElapsedTimer time;
+    time.start();
+    QCOMPARE(run("--device KR-A --delay 1500 design.keo").status, 0);
+    QVERIFY(time.elapsed() >= 1500);
+    QVERIFY(lines(file("design.vcd")).contains("$comment Sample 0 (Trigger) $end"));
+    const Outcome forced = run("--device KR-A --delay 3600000 --force-after 0.3 "
+                               "--picture shot.png design.keo");
+    QVERIFY2(forced.status == 0, qPrintable(forced.errors));
+    QVERIFY(forced.errors.contains("Forcing the trigger."));
+    QCOMPARE(QImage(file("shot.png")).size(), QSize(1280, 720));
 }
 
 void tst_CaptureProgram::capturesBothCoresOfTheExample()
@@ -415,10 +531,7 @@ void tst_CaptureProgram::stopsOnCtrlC()
 void tst_CaptureProgram::findsNoServer()
 {
     board(TestDesign());
-    // A copy without servers beside it.
-    QVERIFY(QDir(m_directory->path()).mkpath("SignalScope/bin"));
-    const QString copy = file("SignalScope/bin/signalscope-capture");
-    QVERIFY(QFile::copy(kProgram, copy));
+    const QString copy = copyWithoutServers();
     for (const char *line : {"design.keo", "--list-cables"})
         QCOMPARE(run(line, copy).status, 3);
 }

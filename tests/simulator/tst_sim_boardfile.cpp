@@ -93,7 +93,16 @@ void tst_SimBoardFile::errors_data()
     const QByteArray good = description(kDepth);
     core("cut", good.left(100), "x.zeo:1:");
     core("no core", "<KEO_CONFIG/>", "no core");
-    core("lite", "<KEO_CONFIG><Mode>Lite</Mode></KEO_CONFIG>", "lite core");
+    const QByteArray lite = "<KoCore_Lite sample_clock=\"c\" capture_amount=\"8\"><SignalList>"
+                            "<Signal>a</Signal></SignalList></KoCore_Lite>";
+    const auto liteCore = [&core](const char *name, const QByteArray &content, const char *error) {
+        core(name, "<KEO_CONFIG><Mode>Lite</Mode>" + content + "</KEO_CONFIG>", error);
+    };
+    liteCore("lite", lite, "");
+    liteCore("lite without a core", good, "no core");
+    liteCore("two lite cores", lite + lite, "a second lite core");
+    liteCore("lite without rows", QByteArray(lite).replace("8", "0"), "capture_amount");
+    liteCore("lite without signals", QByteArray(lite).replace("Signal>", "Other>"), "no signal");
     core("no depth", description(""), "storage_depth");
     core("index", description(kDepth + " index=\"16\""), "index");
     core("twins",

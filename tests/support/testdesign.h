@@ -12,6 +12,9 @@
 /// in the range 0x100 to 0xEFF. A static core fires on M0, a dynamic one on M0&M1.
 struct TestDesign
 {
+    bool lite = false; ///< one lite core, of which only amount, coreIndex and the next two count
+    int implementation = 0;
+    bool initData = false; ///< holds its first samples before it is ever started
     bool dynamic = false;
     QString extension = QStringLiteral("keo");
     QString device = QStringLiteral("KR-A"); ///< model on the board
@@ -23,9 +26,10 @@ struct TestDesign
     int coreIndex = 0;
     int cores = 1; ///< the same core so many times, with indexes counting up
     bool programmed = true;
-    bool fires = true;   ///< false: M0 matches a value that the design never takes
-    bool logs = false;   ///< the server keeps a packets.log beside the files
-    QString faults = {}; ///< JSON array text for the first cable, may be empty
+    bool fires = true;                ///< false: M0 matches a value that the design never takes
+    int samplesPerSecond = 2'000'000; ///< of the board
+    bool logs = false;                ///< the server keeps a packets.log beside the files
+    QString faults = {};              ///< JSON array text for the first cable, may be empty
 
     static constexpr int kLength = 4096; ///< samples of the stimulus, then it starts again
 
@@ -41,4 +45,9 @@ struct TestDesign
     [[nodiscard]] bool isTrigger(qint64 sample) const;
     /// The first sample from \a from on that fires.
     [[nodiscard]] qint64 firstTrigger(qint64 from) const;
+
+private:
+    [[nodiscard]] QString captured() const;
+    [[nodiscard]] QString standardCores() const;
+    [[nodiscard]] QString liteCore() const;
 };
