@@ -21,6 +21,16 @@ void describeCore(const CoreModel &model, QTextStream &out)
         << " edge: " << model.stimulusSamples() << " samples\n";
 }
 
+void describeLiteCore(const LiteCoreModel &model, QTextStream &out)
+{
+    const LiteCoreDescription &core = model.description();
+    out << "    lite core " << core.index << ": " << core.captured.size() << " captured bits, "
+        << core.captureAmount << " rows, implementation " << core.implementation
+        << (core.capturesInitData ? ", captures its first samples" : "") << "\n      clock "
+        << core.sampleClock << ", " << (core.fallingEdge ? "falling" : "rising")
+        << " edge: " << model.stimulusSamples() << " samples\n";
+}
+
 void describeDevice(const DeviceSetup &device, QTextStream &out)
 {
     out << "  device " << (device.model.isEmpty() ? QStringLiteral("(no model)") : device.model)
@@ -65,6 +75,8 @@ bool checkCable(const QString &server, const CableSetup &setup, QTextStream &out
     if (const DeviceModel *device = (*cable)->device()) {
         for (const auto &core : device->cores())
             describeCore(*core, out);
+        if (const LiteCoreModel *lite = device->liteCore())
+            describeLiteCore(*lite, out);
     }
     for (const QString &note : std::as_const(notes))
         out << "  reads as 0: " << note << '\n';

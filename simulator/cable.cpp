@@ -23,8 +23,9 @@ const QString kSize = QStringLiteral("SIZE");
 const QString kChain = QStringLiteral("CHAIN");
 const QString kResult = QStringLiteral("RES");
 
-/// The devices whose cores write one row more after the marker when the design's description is a
-/// `.keo` file.
+/// The devices whose cores write their memory one row late when the design's description is a
+/// `.keo` file: a standard core one row more after the marker, a lite core of the implementation 0
+/// from the second row on.
 bool isLongListModel(const QString &model)
 {
     static const QRegularExpression kModel(QStringLiteral("^KR-[A-R]$"));
@@ -61,8 +62,8 @@ QString textOf(const QVariant &value)
     return value.toString();
 }
 
-Outcome<std::unique_ptr<DeviceModel>>
-buildDevice(const DeviceSetup &setup, const CoreModel::Report &report, QStringList *notes)
+Outcome<std::unique_ptr<DeviceModel>> buildDevice(const DeviceSetup &setup,
+                                                  const Core::Report &report, QStringList *notes)
 {
     auto design = readDescriptionFile(setup.description);
     if (!design)
@@ -70,19 +71,34 @@ buildDevice(const DeviceSetup &setup, const CoreModel::Report &report, QStringLi
     QFile dump(setup.stimulus);
     if (!QFileInfo(setup.stimulus).isFile() || !dump.open(QIODevice::ReadOnly))
         return Failure{QStringLiteral("%1: can't be opened").arg(setup.stimulus)};
-    auto stimuli = readStimulus(dump, design->cores, setup.nets, notes);
-    if (!stimuli)
-        return Failure{QStringLiteral("%1: %2").arg(setup.stimulus, stimuli.error())};
-
-    const bool extraRow = design->isKeo && isLongListModel(setup.model);
+    const bool isLate = design->isKeo && isLongListModel(setup.model);
     auto device = std::make_unique<DeviceModel>(report);
-    for (qsizetype i = 0; i < design->cores.size(); ++i) {
-        const CoreDescription &core = design->cores.at(i);
-        const auto named = [report, index = core.index](const QString &text) {
+    const auto named = [&report](int index) -> Core::Report {
+        return [report, index](const QString &text) {
             report(QStringLiteral("core %1: %2").arg(index).arg(text));
         };
+    };
+    const auto badStimulus = [&setup](const QString &error) {
+        return Failure{QStringLiteral("%1: %2").arg(setup.stimulus, error)};
+    };
+    if (const auto &lite = design->lite) {
+        auto stimulus = readLiteStimulus(dump, *lite, setup.nets, notes);
+        if (!stimulus)
+            return badStimulus(stimulus.error());
+        const auto first = isLate && lite->implementation == 0
+                               ? LiteCoreModel::FirstSample::SecondRow
+                               : LiteCoreModel::FirstSample::FirstRow;
+        device->setLiteCore(std::make_unique<LiteCoreModel>(*lite, std::move(*stimulus), first,
+                                                            named(lite->index)));
+        return device;
+    }
+    auto stimuli = readStimulus(dump, design->cores, setup.nets, notes);
+    if (!stimuli)
+        return badStimulus(stimuli.error());
+    for (qsizetype i = 0; i < design->cores.size(); ++i) {
+        const CoreDescription &core = design->cores.at(i);
         device->addCore(
-            std::make_unique<CoreModel>(core, std::move((*stimuli)[i]), extraRow, named));
+            std::make_unique<CoreModel>(core, std::move((*stimuli)[i]), isLate, named(core.index)));
     }
     return device;
 }
@@ -112,12 +128,12 @@ QString describe(const Packet &packet)
     return parts.isEmpty() ? QStringLiteral("(empty)") : parts.join(u' ');
 }
 
-Cable::Cable(const CableSetup &setup, CoreModel::Report report)
+Cable::Cable(const CableSetup &setup, Core::Report report)
     : m_setup(setup), m_report(std::move(report))
 {
 }
 
-Outcome<std::unique_ptr<Cable>> Cable::build(const CableSetup &setup, CoreModel::Report report,
+Outcome<std::unique_ptr<Cable>> Cable::build(const CableSetup &setup, Core::Report report,
                                              QStringList *notes)
 {
     std::unique_ptr<Cable> cable(new Cable(setup, report));

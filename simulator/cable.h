@@ -26,7 +26,7 @@ public:
     /// Builds the device model, which reads the description and the stimulus; does so for a device
     /// without bitstream as well, to tell early what is wrong with them. Sentences about what is
     /// odd but workable are appended to \a notes.
-    static Outcome<std::unique_ptr<Cable>> build(const CableSetup &setup, CoreModel::Report report,
+    static Outcome<std::unique_ptr<Cable>> build(const CableSetup &setup, Core::Report report,
                                                  QStringList *notes);
 
     /// The reply to a packet, or nothing when there is none. \a client tells clients apart;
@@ -44,7 +44,7 @@ public:
     [[nodiscard]] const DeviceModel *device() const { return m_device.get(); }
 
 private:
-    Cable(const CableSetup &setup, CoreModel::Report report);
+    Cable(const CableSetup &setup, Core::Report report);
 
     [[nodiscard]] int openResult(int client, const Packet &packet) const;
     void write(int client, const Packet &packet);
@@ -52,7 +52,7 @@ private:
     void reportNotOpen(const QString &packet);
 
     CableSetup m_setup;
-    CoreModel::Report m_report;
+    Core::Report m_report;
     std::unique_ptr<DeviceModel> m_device; ///< null while it has no bitstream
     int m_loads = 0;                       ///< those that m_device has seen, see DeviceState
     std::optional<int> m_holder;           ///< client that has the device open

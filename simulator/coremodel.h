@@ -1,15 +1,14 @@
 #pragma once
 
 #include "bits.h"
+#include "core.h"
 #include "description.h"
 #include "matchunit.h"
-#include "shiftword.h"
 
 #include <QBitArray>
 #include <QMap>
 
 #include <array>
-#include <functional>
 #include <optional>
 #include <vector>
 
@@ -23,9 +22,7 @@ struct CoreStimulus
     std::array<BitMatrix, kPorts> ports; ///< columns from the most significant bit
 };
 
-/// One standard core behind the cable, at the level of its registers. It knows shift words and
-/// samples; it has no clock, so whoever owns it calls advance(). Samples pass only while the core
-/// is armed: a capture goes on in the stimulus where the last one ended.
+/// One standard core.
 ///
 /// Registers, each registerWidth() bits wide, values right-aligned:
 ///
@@ -39,12 +36,9 @@ struct CoreStimulus
 ///     0xab01 + 16 * e     sets it
 ///
 /// Settings count from the next arming on; truth tables keep their content between runs.
-class CoreModel final
+class CoreModel final : public Core
 {
 public:
-    /// Takes sentences about words that no core understands.
-    using Report = std::function<void(const QString &)>;
-
     /// \a extraRow: the core writes one row more after the marker than its register says.
     CoreModel(CoreDescription description, CoreStimulus stimulus, bool extraRow, Report report);
 
@@ -52,10 +46,8 @@ public:
     [[nodiscard]] int registerWidth() const { return m_width; }
     [[nodiscard]] qint64 stimulusSamples() const { return m_stimulus.captured.rows(); }
 
-    /// Register write, read select or block read. A core select is the device's affair.
-    void shiftIn(const ShiftWord &word);
-    /// Shifts \a size bits out of what was selected for reading; nothing when nothing was.
-    QBitArray shiftOut(qsizetype size);
+    void shiftIn(const ShiftWord &word) override;
+    QBitArray shiftOut(qsizetype size) override;
 
     /// The value of a register, or nothing when there is none to read at that address.
     [[nodiscard]] std::optional<QBitArray> readRegister(quint16 address) const;
@@ -63,9 +55,8 @@ public:
     /// each right-aligned in the register width with its marker in front, and one trailing bit.
     [[nodiscard]] QBitArray readBlock(quint16 address, int rows) const;
 
-    [[nodiscard]] bool isArmed() const { return m_armed; }
-    /// Lets as many samples pass; none when the core is not armed.
-    void advance(qint64 samples);
+    [[nodiscard]] bool isArmed() const override { return m_armed; }
+    void advance(qint64 samples) override;
 
 private:
     struct StoredRow

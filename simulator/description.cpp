@@ -6,6 +6,7 @@
 #include <QXmlStreamReader>
 
 #include <algorithm>
+#include <utility>
 
 namespace Sim {
 
@@ -29,10 +30,29 @@ QString withoutDeclaration(const QByteArray &content)
     return end < 0 ? text : text.mid(end + 2).prepend(QString(text.left(end).count(u'\n'), u'\n'));
 }
 
+/// The `Mode` of the design is "Lite".
+bool isLite(const QByteArray &content)
+{
+    QXmlStreamReader xml(withoutDeclaration(content));
+    xml.readNextStartElement();
+    while (xml.readNextStartElement()) {
+        if (xml.name() == u"Mode")
+            return xml.readElementText(QXmlStreamReader::SkipChildElements) == u"Lite";
+        xml.skipCurrentElement();
+    }
+    return false;
+}
+
 class DescriptionReader final
 {
 public:
-    explicit DescriptionReader(const QByteArray &content) : m_xml(withoutDeclaration(content)) {}
+    explicit DescriptionReader(const QByteArray &content) : m_isLite(isLite(content))
+    {
+        if (m_isLite)
+            m_xml.addData(content);
+        else
+            m_xml.addData(withoutDeclaration(content));
+    }
 
     Outcome<DesignDescription> read(const QString &fileName)
     {
@@ -41,12 +61,12 @@ public:
         if (!m_xml.readNextStartElement())
             return failure(fileName);
         while (m_xml.readNextStartElement()) {
-            if (m_xml.name() == u"KoCore")
+            if (m_xml.name() == u"KoCore" && !m_isLite)
                 design.cores.append(readCore());
+            else if (m_xml.name() == u"KoCore_Lite" && m_isLite)
+                readLiteCore(design);
             else if (m_xml.name() == u"KEO_ID")
                 design.id = readText();
-            else if (m_xml.name() == u"Mode")
-                refuseLite();
             else
                 m_xml.skipCurrentElement();
         }
@@ -72,17 +92,39 @@ private:
         return m_xml.attributes().value(QLatin1String(attribute)).toInt();
     }
 
-    void refuseLite()
+    QString text(const char *attribute) const
     {
-        if (readText() == QStringLiteral("Lite"))
-            m_xml.raiseError(QStringLiteral("the simulated board has no lite core yet"));
+        return m_xml.attributes().value(QLatin1String(attribute)).toString();
+    }
+
+    void readLiteCore(DesignDescription &design)
+    {
+        if (design.lite) {
+            m_xml.raiseError(QStringLiteral("a second lite core"));
+            return;
+        }
+        LiteCoreDescription core;
+        core.index = number("index");
+        core.sampleClock = text("sample_clock");
+        core.fallingEdge = number("trig_type") == 1;
+        core.implementation = number("implemention");
+        core.captureAmount = number("capture_amount");
+        core.capturesInitData = number("capture_init_data_enabled") != 0;
+        bool isFirst = true;
+        while (m_xml.readNextStartElement()) {
+            if (m_xml.name() == u"SignalList" && std::exchange(isFirst, false))
+                core.captured = readNets();
+            else
+                m_xml.skipCurrentElement();
+        }
+        design.lite = core;
     }
 
     CoreDescription readCore()
     {
         CoreDescription core;
         core.index = number("index");
-        core.sampleClock = m_xml.attributes().value(QLatin1String("sample_clock")).toString();
+        core.sampleClock = text("sample_clock");
         core.fallingEdge = number("trig_type") == 1;
         core.storageDepth = number("storage_depth");
         const int captureFromTrigger = number("capture_from_trigger");
@@ -123,13 +165,12 @@ private:
 
     QStringList readBus()
     {
-        const QXmlStreamAttributes attributes = m_xml.attributes();
-        QString name = attributes.value(QLatin1String("restorename")).toString();
+        QString name = text("restorename");
         if (name.isEmpty())
-            name = attributes.value(QLatin1String("name")).toString();
+            name = text("name");
         QStringList members;
         while (m_xml.readNextStartElement()) {
-            if (m_xml.name() == u"Signal")
+            if (m_xml.name() == u"Signal" || m_isLite)
                 members.append(readText());
             else
                 m_xml.skipCurrentElement();
@@ -191,6 +232,7 @@ private:
     }
 
     QXmlStreamReader m_xml;
+    bool m_isLite;
 };
 
 /// Empty when a core can be built from \a core.
@@ -215,8 +257,21 @@ QString flawOf(const CoreDescription &core)
     return {};
 }
 
+QString flawOf(const LiteCoreDescription &core)
+{
+    if (core.captureAmount < 1 || core.captureAmount > kMaxDepth)
+        return QStringLiteral("its capture_amount must be between 1 and %1").arg(kMaxDepth);
+    if (core.sampleClock.isEmpty())
+        return QStringLiteral("it names no sample_clock");
+    return core.captured.isEmpty() ? QStringLiteral("it captures no signal") : QString();
+}
+
 QString flawOf(const DesignDescription &design)
 {
+    if (design.lite) {
+        const QString flaw = flawOf(*design.lite);
+        return flaw.isEmpty() ? flaw : QStringLiteral("the lite core: ") + flaw;
+    }
     if (design.cores.isEmpty())
         return QStringLiteral("it describes no core");
     for (qsizetype i = 0; i < design.cores.size(); ++i) {

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <array>
+#include <optional>
 
 class QByteArray;
 
@@ -45,16 +46,30 @@ struct CoreDescription
     [[nodiscard]] int registerWidth() const;
 };
 
+/// A lite core as it was built into the design.
+struct LiteCoreDescription
+{
+    int index = 0;
+    QString sampleClock;           ///< net
+    bool fallingEdge = false;      ///< samples on the falling edge of the clock
+    int implementation = 0;        ///< 0 writes its memory one row late on some devices
+    int captureAmount = 0;         ///< rows of the capture memory
+    bool capturesInitData = false; ///< takes its first samples as soon as the device is configured
+    QStringList captured;          ///< nets, one a bit, in the order of a row
+};
+
 /// What a `.keo` or `.zeo` file says of a design.
 struct DesignDescription
 {
-    bool isKeo = false; ///< by the file's name; such cores write one more row on some devices
+    bool isKeo = false; ///< by the file's name; such cores write one row late on some devices
     QString id;         ///< check value of the design, may be empty
     QList<CoreDescription> cores;
+    std::optional<LiteCoreDescription> lite; ///< then there are no other cores
 };
 
-/// Reads a core description: XML, root `KEO_CONFIG`, one `KoCore` element a core. Numbers that are
-/// absent or malformed count as 0, as they do for everyone who reads these files; a description
+/// Reads a core description: XML, root `KEO_CONFIG`, one `KoCore` element a core; with the
+/// `Mode` "Lite", exactly one `KoCore_Lite`, and the encoding is the document's own. Numbers that
+/// are absent or malformed count as 0, as they do for everyone who reads these files; a description
 /// that no core could be built from is an error.
 Outcome<DesignDescription> readDescription(const QByteArray &content, const QString &fileName);
 Outcome<DesignDescription> readDescriptionFile(const QString &path);

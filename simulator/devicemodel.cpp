@@ -11,23 +11,24 @@ void DeviceModel::shiftIn(const QBitArray &bits)
         m_report(word.flaw);
     else if (word.kind == ShiftWord::Kind::CoreSelect)
         select(word.core);
-    else if (m_selected)
-        m_selected->shiftIn(word);
+    else if (Core *core = addressed())
+        core->shiftIn(word);
     else
         m_report(QStringLiteral("no core is selected for: %1").arg(describe(word)));
 }
 
 QBitArray DeviceModel::shiftOut(qsizetype size)
 {
-    if (m_selected)
-        return m_selected->shiftOut(size);
+    if (Core *core = addressed())
+        return core->shiftOut(size);
     m_report(QStringLiteral("a read, and no core is selected"));
     return {};
 }
 
 bool DeviceModel::isArmed() const
 {
-    return std::any_of(m_cores.begin(), m_cores.end(),
+    return (m_lite && m_lite->isArmed()) ||
+           std::any_of(m_cores.begin(), m_cores.end(),
                        [](const auto &core) { return core->isArmed(); });
 }
 
@@ -35,6 +36,15 @@ void DeviceModel::advance(qint64 samples)
 {
     for (const auto &core : m_cores)
         core->advance(samples);
+    if (m_lite)
+        m_lite->advance(samples);
+}
+
+Core *DeviceModel::addressed() const
+{
+    if (m_lite)
+        return m_lite.get();
+    return m_selected;
 }
 
 void DeviceModel::select(int index)

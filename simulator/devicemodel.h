@@ -1,6 +1,7 @@
 #pragma once
 
 #include "coremodel.h"
+#include "litecoremodel.h"
 
 #include <memory>
 #include <vector>
@@ -8,14 +9,17 @@
 namespace Sim {
 
 /// The analyzer side of one programmed device: its cores, of which a core select word picks the
-/// one that all following words are for.
+/// one that all following words are for. A lite core stands alone in its device and gets all words.
 class DeviceModel final
 {
 public:
-    explicit DeviceModel(CoreModel::Report report) : m_report(std::move(report)) {}
+    explicit DeviceModel(Core::Report report) : m_report(std::move(report)) {}
 
     void addCore(std::unique_ptr<CoreModel> core) { m_cores.push_back(std::move(core)); }
+    void setLiteCore(std::unique_ptr<LiteCoreModel> core) { m_lite = std::move(core); }
     [[nodiscard]] const std::vector<std::unique_ptr<CoreModel>> &cores() const { return m_cores; }
+    /// Null when the device has standard cores.
+    [[nodiscard]] const LiteCoreModel *liteCore() const { return m_lite.get(); }
 
     void shiftIn(const QBitArray &bits);
     /// Shifts out of the selected core; nothing when none is selected.
@@ -27,9 +31,12 @@ public:
 
 private:
     void select(int index);
+    /// The core that words are for, or null.
+    [[nodiscard]] Core *addressed() const;
 
-    CoreModel::Report m_report;
+    Core::Report m_report;
     std::vector<std::unique_ptr<CoreModel>> m_cores;
+    std::unique_ptr<LiteCoreModel> m_lite;
     CoreModel *m_selected = nullptr; // borrowed from m_cores
 };
 

@@ -175,6 +175,21 @@ private:
     QHash<int, qsizetype> m_isPending; ///< place in m_pending by code
 };
 
+QStringList renamedNets(QStringList nets, const QMap<QString, QString> &renamed)
+{
+    for (QString &net : nets)
+        net = renamed.value(net, net);
+    return nets;
+}
+
+void appendOnce(QStringList *sentences, const QStringList &more)
+{
+    for (const QString &sentence : more) {
+        if (sentences && !sentences->contains(sentence))
+            sentences->append(sentence);
+    }
+}
+
 } // namespace
 
 Outcome<QList<SampledNets>> sampleNets(QIODevice &dump, const QList<SamplingPlan> &plans,
@@ -191,17 +206,12 @@ Outcome<QList<CoreStimulus>> readStimulus(QIODevice &dump, const QList<CoreDescr
                                           const QMap<QString, QString> &renamed,
                                           QStringList *missing)
 {
-    const auto rename = [&renamed](QStringList nets) {
-        for (QString &net : nets)
-            net = renamed.value(net, net);
-        return nets;
-    };
     QList<SamplingPlan> plans;
     for (const CoreDescription &core : cores) {
         SamplingPlan plan{renamed.value(core.sampleClock, core.sampleClock), core.fallingEdge, {}};
-        plan.nets.append(rename(core.captured));
+        plan.nets.append(renamedNets(core.captured, renamed));
         for (const QStringList &port : core.ports)
-            plan.nets.append(rename(port));
+            plan.nets.append(renamedNets(port, renamed));
         plans.append(plan);
     }
     auto sampled = sampleNets(dump, plans);
@@ -215,12 +225,22 @@ Outcome<QList<CoreStimulus>> readStimulus(QIODevice &dump, const QList<CoreDescr
         for (BitMatrix &port : stimulus.ports)
             port = nets.tables.takeFirst();
         stimuli.append(std::move(stimulus));
-        for (const QString &sentence : std::as_const(nets.missing)) {
-            if (missing && !missing->contains(sentence))
-                missing->append(sentence);
-        }
+        appendOnce(missing, nets.missing);
     }
     return stimuli;
+}
+
+Outcome<BitMatrix> readLiteStimulus(QIODevice &dump, const LiteCoreDescription &core,
+                                    const QMap<QString, QString> &renamed, QStringList *missing)
+{
+    const SamplingPlan plan{renamed.value(core.sampleClock, core.sampleClock),
+                            core.fallingEdge,
+                            {renamedNets(core.captured, renamed)}};
+    auto sampled = sampleNets(dump, {plan});
+    if (!sampled)
+        return Failure{sampled.error()};
+    appendOnce(missing, sampled->first().missing);
+    return sampled->first().tables.takeFirst();
 }
 
 } // namespace Sim

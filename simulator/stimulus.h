@@ -46,4 +46,8 @@ Outcome<QList<CoreStimulus>> readStimulus(QIODevice &dump, const QList<CoreDescr
                                           const QMap<QString, QString> &renamed,
                                           QStringList *missing);
 
+/// The same for the signals of a lite core.
+Outcome<BitMatrix> readLiteStimulus(QIODevice &dump, const LiteCoreDescription &core,
+                                    const QMap<QString, QString> &renamed, QStringList *missing);
+
 } // namespace Sim

@@ -151,11 +151,6 @@ QMap<int, SignalElement> WaveMonitorWidget::signalMap() const
     return m_model->signalMap();
 }
 
-const WindowContents &WaveMonitorWidget::contents() const
-{
-    return m_model->contents();
-}
-
 void WaveMonitorWidget::loadWindow(const QDomElement &window)
 {
     m_model->readWindow(window);

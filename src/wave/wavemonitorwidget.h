@@ -56,10 +56,6 @@ public:
     /// By id.
     [[nodiscard]] QMap<int, SignalElement> signalMap() const;
 
-    /// What the user sees, in the present order and under the present names. Borrowed, until the
-    /// viewer next changes.
-    [[nodiscard]] const WindowContents &contents() const;
-
     /// Replaces everything by a saved element `Window` (see WindowContents).
     void loadWindow(const QDomElement &window);
     /// The same from contents that have been read already.
