@@ -6,11 +6,11 @@
 #include <wave/xmltext.h>
 
 #include <QByteArrayView>
-#include <QDomDocument>
-#include <QTextStream>
 
 namespace KEO {
 
+using WaveMonitor::Attributes;
+using WaveMonitor::LayoutNode;
 using WaveMonitor::SignalElement;
 using WaveMonitor::WindowContents;
 
@@ -31,6 +31,36 @@ qsizetype expectedSize(const QList<WindowToSave> &windows)
     return size;
 }
 
+/// Text with references for what would not come back from an attribute as it is.
+QByteArray attributeText(const QString &value)
+{
+    QByteArray text;
+    for (const char c : value.toUtf8()) {
+        switch (c) {
+        case '&':
+            text += "&amp;";
+            break;
+        case '<':
+            text += "&lt;";
+            break;
+        case '>':
+            text += "&gt;";
+            break;
+        case '"':
+            text += "&quot;";
+            break;
+        case '\t':
+        case '\n':
+        case '\r':
+            text += "&#" + QByteArray::number(int(c)) + ';';
+            break;
+        default:
+            text += c;
+        }
+    }
+    return text;
+}
+
 class Writer final
 {
 public:
@@ -42,23 +72,39 @@ public:
         m_text.append(text).append('\n');
     }
 
-    /// An element and what is in it, as the toolkit writes a tree.
-    void element(int depth, const QDomElement &element)
+    /// A line that holds an element, or its start.
+    void tag(int depth, QByteArrayView name, const Attributes &attributes, QByteArrayView end)
     {
-        for (const QByteArray &text : linesOf(element))
-            line(depth - 1, text);
+        indent(depth);
+        m_text.append('<').append(name);
+        // Not by way of the toolkit's tree, which writes attributes in an order that changes from
+        // run to run.
+        for (const auto &[key, value] : attributes)
+            m_text.append(' ')
+                .append(key.toLatin1())
+                .append("=\"")
+                .append(attributeText(value))
+                .append('"');
+        m_text.append(end);
     }
 
     void signal(int depth, const SignalElement &signal)
     {
-        QDomDocument document;
-        const QByteArray tag = linesOf(WaveMonitor::writeSignalTag(document, signal)).first();
-        indent(depth);
-        m_text
-            .append(QByteArrayView(tag.trimmed()).chopped(2)) // "/>"
-            .append('>')
-            .append(WaveMonitor::sampleText(signal.data).toLatin1())
-            .append("</Signal>\n");
+        tag(depth, "Signal", WaveMonitor::signalAttributes(signal), ">");
+        m_text.append(WaveMonitor::sampleText(signal.data).toLatin1()).append("</Signal>\n");
+    }
+
+    void row(int depth, const LayoutNode &row)
+    {
+        const Attributes attributes = WaveMonitor::rowAttributes(row);
+        if (row.children.empty()) {
+            tag(depth, "Node", attributes, "/>\n");
+            return;
+        }
+        tag(depth, "Node", attributes, ">\n");
+        for (const auto &member : row.children)
+            this->row(depth + 1, *member);
+        line(depth, "</Node>");
     }
 
     [[nodiscard]] QByteArray text() const { return m_text; }
@@ -66,45 +112,31 @@ public:
 private:
     void indent(int depth) { m_text.append(depth * kIndent, ' '); }
 
-    /// The toolkit indents the element itself by one level.
-    static QByteArrayList linesOf(const QDomElement &element)
-    {
-        QString text;
-        QTextStream stream(&text);
-        element.save(stream, kIndent);
-        stream.flush();
-        QByteArrayList lines = text.toUtf8().split('\n');
-        lines.removeLast(); // behind the last line end
-        return lines;
-    }
-
     QByteArray m_text;
 };
 
-QByteArray windowTag(const WindowToSave &window)
+Attributes windowAttributes(const WindowToSave &window)
 {
-    QByteArray tag = "<Window";
+    Attributes attributes{{QStringLiteral("index"), QString::number(window.index)}};
     if (window.core)
-        tag += " core=\"" + QByteArray::number(*window.core) + '"';
-    return tag + " index=\"" + QByteArray::number(window.index) + "\">";
+        attributes.append({QStringLiteral("core"), QString::number(*window.core)});
+    return attributes;
 }
 
 void writeWindow(Writer &out, const WindowToSave &window)
 {
     const WindowContents &contents = *window.contents;
-    out.line(1, windowTag(window));
+    out.tag(1, "Window", windowAttributes(window), ">\n");
     out.line(2, "<TriggerPosition>" + QByteArray::number(contents.triggerPosition()) +
                     "</TriggerPosition>");
-    if (contents.signalMap().isEmpty()) {
-        out.line(2, "<Signals/>");
-    } else {
-        out.line(2, "<Signals>");
-        for (const SignalElement &signal : contents.signalMap())
-            out.signal(3, signal);
-        out.line(2, "</Signals>");
-    }
-    QDomDocument document;
-    out.element(2, contents.writeLayout(document));
+    out.line(2, "<Signals>");
+    for (const SignalElement &signal : contents.signalMap())
+        out.signal(3, signal);
+    out.line(2, "</Signals>");
+    out.line(2, "<Layout>");
+    for (const auto &row : contents.layout().children)
+        out.row(3, *row);
+    out.line(2, "</Layout>");
     out.line(1, "</Window>");
 }
 
@@ -114,10 +146,6 @@ QByteArray dataFileText(const QList<WindowToSave> &windows)
 {
     Writer out(expectedSize(windows));
     out.line(0, R"(<?xml version="1.0" encoding="UTF-8"?>)");
-    if (windows.isEmpty()) {
-        out.line(0, "<WaveData/>");
-        return out.text();
-    }
     out.line(0, "<WaveData>");
     for (const WindowToSave &window : windows)
         writeWindow(out, window);

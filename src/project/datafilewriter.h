@@ -22,10 +22,10 @@ struct WindowToSave
     const WaveMonitor::WindowContents *contents = nullptr; ///< borrowed; never null
 };
 
-/// The data file of a project: XML in UTF-8, indented by 4. The root `WaveData` holds an element
-/// `Window` (see WaveMonitor::WindowContents) with the attributes `core`, if it has one, and
-/// `index` for each window, in list order. Samples go from their bits straight into the text, which
-/// is sized first.
+/// The data file of a project: XML in UTF-8, indented by 4, the same bytes for the same windows.
+/// The root `WaveData` holds an element `Window` (see WaveMonitor::WindowContents) for each window,
+/// in list order, with the attributes `index` and, if it has one, `core`. Samples go from their
+/// bits straight into the text, which is sized first.
 [[nodiscard]] QByteArray dataFileText(const QList<WindowToSave> &windows);
 
 /// Writes that text whole or not at all. Nothing on success, else an error of kind File.

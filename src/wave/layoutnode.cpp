@@ -1,6 +1,6 @@
 #include "layoutnode.h"
 
-#include "xmltext.h"
+#include "windowxml.h"
 
 #include <QDomDocument>
 #include <QDomElement>
@@ -72,23 +72,12 @@ void LayoutNode::reverseChildren()
 
 QDomElement SignalLayoutNode::toElement(QDomDocument &document) const
 {
-    QDomElement node = document.createElement(QStringLiteral("Node"));
-    node.setAttribute(QStringLiteral("type"), QStringLiteral("sig"));
-    node.setAttribute(QStringLiteral("id"), id);
-    node.setAttribute(QStringLiteral("text"), storableText(text));
-    node.setAttribute(QStringLiteral("color"), color);
-    return node;
+    return newElement(document, QStringLiteral("Node"), rowAttributes(*this));
 }
 
 QDomElement BusLayoutNode::toElement(QDomDocument &document) const
 {
-    QDomElement node = document.createElement(QStringLiteral("Node"));
-    node.setAttribute(QStringLiteral("type"), QStringLiteral("bus"));
-    node.setAttribute(QStringLiteral("name"), storableText(name));
-    node.setAttribute(QStringLiteral("text"), storableText(text));
-    node.setAttribute(QStringLiteral("format"), DataFormat::typeKey(format->type()));
-    node.setAttribute(QStringLiteral("color"), color);
-    return node;
+    return newElement(document, QStringLiteral("Node"), rowAttributes(*this));
 }
 
 } // namespace WaveMonitor

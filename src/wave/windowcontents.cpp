@@ -18,7 +18,7 @@ const QString kSignal = QStringLiteral("Signal");
 
 QDomElement writeSignal(QDomDocument &document, const SignalElement &signal)
 {
-    QDomElement element = writeSignalTag(document, signal);
+    QDomElement element = newElement(document, kSignal, signalAttributes(signal));
     element.appendChild(document.createTextNode(sampleText(signal.data)));
     return element;
 }

@@ -11,10 +11,15 @@ namespace {
 const QString kId = QStringLiteral("id");
 const QString kName = QStringLiteral("name");
 const QString kText = QStringLiteral("text");
+const QString kColor = QStringLiteral("color");
+const QString kFormat = QStringLiteral("format");
+const QString kType = QStringLiteral("type");
+const QString kSignal = QStringLiteral("sig");
+const QString kBus = QStringLiteral("bus");
 
 int readColor(const AttributeReader &attribute)
 {
-    const QString color = attribute(QStringLiteral("color"));
+    const QString color = attribute(kColor);
     return color.isEmpty() ? LayoutNode::kDefaultColor : color.toInt();
 }
 
@@ -23,7 +28,7 @@ std::unique_ptr<LayoutNode> readBusTag(const AttributeReader &attribute)
     auto node = std::make_unique<BusLayoutNode>();
     node->name = attribute(kName);
     node->text = attribute(kText);
-    node->format->setType(DataFormat::typeFromKey(attribute(QStringLiteral("format"))));
+    node->format->setType(DataFormat::typeFromKey(attribute(kFormat)));
     node->color = readColor(attribute);
     return node;
 }
@@ -35,12 +40,36 @@ AttributeReader attributesOf(const QDomElement &element)
     return [element](const QString &name) { return element.attribute(name); };
 }
 
-QDomElement writeSignalTag(QDomDocument &document, const SignalElement &signal)
+Attributes signalAttributes(const SignalElement &signal)
 {
-    QDomElement element = document.createElement(QStringLiteral("Signal"));
-    element.setAttribute(kName, storableText(signal.name));
-    element.setAttribute(kId, signal.id);
-    element.setAttribute(kText, storableText(signal.text));
+    return {{kName, storableText(signal.name)},
+            {kId, QString::number(signal.id)},
+            {kText, storableText(signal.text)}};
+}
+
+Attributes rowAttributes(const LayoutNode &row)
+{
+    const QPair<QString, QString> color(kColor, QString::number(row.color));
+    if (row.type == LayoutNode::Bus) {
+        const auto &bus = static_cast<const BusLayoutNode &>(row);
+        return {{kType, kBus},
+                {kName, storableText(bus.name)},
+                {kText, storableText(bus.text)},
+                {kFormat, DataFormat::typeKey(bus.format->type())},
+                color};
+    }
+    const auto &signal = static_cast<const SignalLayoutNode &>(row);
+    return {{kType, kSignal},
+            {kId, QString::number(signal.id)},
+            {kText, storableText(signal.text)},
+            color};
+}
+
+QDomElement newElement(QDomDocument &document, const QString &tag, const Attributes &attributes)
+{
+    QDomElement element = document.createElement(tag);
+    for (const auto &[name, value] : attributes)
+        element.setAttribute(name, value);
     return element;
 }
 
@@ -54,10 +83,10 @@ SignalElement readSignalTag(const AttributeReader &attribute)
 
 std::unique_ptr<LayoutNode> readRowTag(const AttributeReader &attribute)
 {
-    const QString type = attribute(QStringLiteral("type"));
-    if (type == QLatin1String("sig"))
+    const QString type = attribute(kType);
+    if (type == kSignal)
         return readMemberTag(attribute);
-    return type == QLatin1String("bus") ? readBusTag(attribute) : nullptr;
+    return type == kBus ? readBusTag(attribute) : nullptr;
 }
 
 std::unique_ptr<LayoutNode> readMemberTag(const AttributeReader &attribute)
