@@ -43,7 +43,6 @@ public:
     void addBus(const BusElement &bus);
     /// Sample index. Also shown in the Value column until a marker takes over.
     void setTriggerPosition(int sample);
-    [[nodiscard]] const WindowContents &contents() const { return m_contents; }
     /// The XML forms are told at WindowContents. Replaces signals and rows by those of an element
     /// `Window`; any other element changes nothing. Always true.
     bool readWindow(const QDomElement &window);
