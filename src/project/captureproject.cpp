@@ -6,6 +6,7 @@
 #include "runtoolbar.h"
 #include "waitingtip.h"
 
+#include <capture/capturemanager.h>
 #include <export/exportdialog.h>
 #include <link/jtagsession.h>
 #include <wave/wavemonitorwidget.h>
@@ -32,11 +33,22 @@ void showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, cons
     delete box;
 }
 
+/// By flat position.
+QMap<int, SignalNames> namesIn(const WaveMonitorWidget &wave)
+{
+    QMap<int, SignalNames> names;
+    const QMap<int, WaveMonitor::SignalElement> elements = wave.signalMap();
+    for (auto element = elements.begin(); element != elements.end(); ++element)
+        names.insert(element.key(), {element->name, element->text});
+    return names;
+}
+
 } // namespace
 
-CaptureProject::CaptureProject(QObject *parent)
+CaptureProject::CaptureProject(LayoutKey layoutKey, QObject *parent)
     : AnalyzerProject(parent),
-      m_descriptionWatch(new DescriptionWatch([this] { return isBusy(); }, this))
+      m_descriptionWatch(new DescriptionWatch([this] { return isBusy(); }, this)),
+      m_waveTabs(layoutKey)
 {
     connectDescriptionWatch();
 }
@@ -59,9 +71,9 @@ void CaptureProject::connectDescriptionWatch()
             [this] { descriptionReloaded(); });
 }
 
-void CaptureProject::watchDescription()
+bool CaptureProject::isBusy() const
 {
-    m_descriptionWatch->start(m_keoFilePath, m_page);
+    return manager().state() != CaptureState::Idle;
 }
 
 void CaptureProject::deletePage()
@@ -74,8 +86,10 @@ void CaptureProject::setupProject(QWidget *mainWindow)
     m_mainWindow = mainWindow;
     if (mainWindow)
         mainWindow->installEventFilter(this);
-    if (!m_runToolBar)
+    if (!m_runToolBar) {
         buildToolBar();
+        connectManager();
+    }
     if (!m_page)
         m_page = buildPage();
     resetPage();
@@ -103,6 +117,16 @@ void CaptureProject::buildToolBar()
     connect(a.saveAction, &QAction::triggered, this, &CaptureProject::onSave);
 }
 
+void CaptureProject::connectManager()
+{
+    connect(&manager(), &CaptureManager::triggerComplete, this, &CaptureProject::onComplete);
+}
+
+void CaptureProject::setDevice(const QString &, const QString &device, const QString &)
+{
+    manager().setDeviceName(device);
+}
+
 bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askStop)
 {
     const QPointer<CaptureProject> self(this);
@@ -117,11 +141,10 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
     m_keoFilePath.clear();
     m_projectFilePath.clear();
     m_dataFilePath.clear();
-    if (m_runToolBar)
-        m_runToolBar->actions().saveAction->setEnabled(false);
     if (toolBarGetter && m_runToolBar)
         m_runToolBar->detach(*toolBarGetter());
     clearWaveMonitors(WaveTabs::Layouts::Forget);
+    updateActions(); // takes Save and Export away with the waves
     if (QTabWidget *tabs = tabWidget())
         tabs->removeTab(tabs->indexOf(m_page));
     if (m_mainWindow)
@@ -184,12 +207,29 @@ void CaptureProject::startCapture(RunKind kind)
         return;
     }
     WaitingTip::show(m_mainWindow);
-    openDevice(deviceChain());
+    manager().openDevice(deviceChain());
     clearWaveMonitors(WaveTabs::Layouts::Keep);
     if (kind == RunKind::Auto)
-        setAutorun(0);
+        manager().setAutorun(0);
     startRun();
     updateActions();
+}
+
+void CaptureProject::onStop()
+{
+    const QPointer<CaptureProject> self(this);
+    manager().stop();
+    if (!self)
+        return;
+    updateActions();
+    showInformation(stoppedText());
+}
+
+void CaptureProject::onForceTrigger()
+{
+    forceTrigger();
+    updateActions();
+    showInformation(forcedText());
 }
 
 /// One entry for each device on the cable; 0 stands for the one with the cores.
@@ -259,7 +299,7 @@ void CaptureProject::updateActions()
     situation.busy = isBusy();
     situation.canStart = canStart();
     situation.canAuto = canAuto();
-    situation.autorun = autorun();
+    situation.autorun = manager().autorun();
     situation.hasWaves = !m_waveTabs.isEmpty();
     const RunControls controls = runControls(situation);
 
@@ -279,7 +319,7 @@ void CaptureProject::updateActions()
 
 void CaptureProject::showCapture(const CapturedWindow &captured)
 {
-    const int rounds = autorun();
+    const int rounds = manager().autorun();
     if (rounds >= 1 && !m_waveTabs.isEmpty()) {
         m_waveTabs.updateFirst(captured.elements, rounds);
         return;
@@ -301,7 +341,7 @@ void CaptureProject::clearWaveMonitors(WaveTabs::Layouts layouts)
 {
     if (layouts == WaveTabs::Layouts::Keep) {
         for (const WaveMonitorWidget *wave : m_waveTabs.monitors())
-            keepNames(*wave);
+            keepNames(wave->coreNumber(), namesIn(*wave));
     }
     m_waveTabs.clear(tabWidget(), layouts);
 }
@@ -326,6 +366,8 @@ void CaptureProject::showWarning(const QString &text)
 
 void CaptureProject::showInformation(const QString &text)
 {
+    if (text.isEmpty())
+        return;
     const QString title = m_mainWindow ? m_mainWindow->windowTitle() : QString();
     showBox(QMessageBox::Information, m_mainWindow, title, text);
 }

@@ -3,10 +3,13 @@
 #include "analyzerproject.h"
 #include "datafilereader.h"
 #include "datafilewriter.h"
+#include "projectfile.h"
 #include "wavetabs.h"
 
+#include <config/signalentry.h>
 #include <export/exportfiles.h>
 
+#include <QMap>
 #include <QPointer>
 #include <QSet>
 #include <QString>
@@ -16,12 +19,13 @@
 
 namespace KEO {
 
+class CaptureManager;
 class DescriptionWatch;
 class RunToolBar;
 
 /// What the standard and the lite project have in common: their place in the main window, the run
-/// control from Start to the last wave, and the tabs with the waves. A kind of project adds its
-/// page, its data manager and the texts in which the kinds differ.
+/// control from Start to the last wave, the tabs with the waves, and their files. A kind of project
+/// adds its page, its data manager and what the kinds tell in different words.
 ///
 /// Everything runs on the GUI thread, much of it inside the signals of a data manager or inside a
 /// box's event loop. A run may be stopped, and the project closed or deleted, in either.
@@ -30,11 +34,16 @@ class CaptureProject : public AnalyzerProject
     Q_OBJECT
 
 public:
-    explicit CaptureProject(QObject *parent = nullptr);
     ~CaptureProject() override;
 
+    [[nodiscard]] bool isBusy() const final;
     void setupProject(QWidget *mainWindow) final;
     bool closeProject(QWidget *parent, const std::function<bool()> &askStop) final;
+    /// Takes ".keo" and ".zeo" descriptions and ".analyzer_prj" project files. False during a
+    /// capture, for any other extension (letter case counts), and after an error, which it has then
+    /// shown.
+    bool openFile(const QString &path) final;
+    void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
 
     /// F3 forces the trigger and F4 stops, and both take the waiting tip away.
     bool event(QEvent *event) override;
@@ -44,8 +53,8 @@ public:
 public Q_SLOTS:
     void onStart();
     void onAuto();
-    virtual void onStop() = 0;
-    virtual void onForceTrigger() = 0;
+    void onStop();
+    void onForceTrigger();
     void onZoomIn();
     void onZoomOut();
     void onZoomFit();
@@ -58,8 +67,13 @@ public Q_SLOTS:
 protected:
     enum class RunKind { Single, Auto };
 
+    /// How the arrangements of the waves find their windows in the next capture.
+    explicit CaptureProject(LayoutKey layoutKey, QObject *parent);
+
     // What a kind of project has to tell or do.
 
+    /// Owned by the class of the kind. Not asked for while that is being made or destroyed.
+    [[nodiscard]] virtual CaptureManager &manager() const = 0;
     /// The tab with the settings. Called once.
     virtual QWidget *buildPage() = 0;
     [[nodiscard]] virtual QString pageTitle() const = 0;
@@ -68,15 +82,16 @@ protected:
     virtual void setPageEnabled(bool enabled) = 0;
     [[nodiscard]] virtual bool canStart() const = 0; ///< judged while idle
     [[nodiscard]] virtual bool canAuto() const = 0;  ///< judged while idle
-    /// Finished rounds of an Auto run, -1 outside of one.
-    [[nodiscard]] virtual int autorun() const = 0;
-    virtual void setAutorun(int rounds) = 0;
-    virtual void openDevice(const QVariantList &chain) = 0;
     /// Takes the settings over from the page and starts.
     virtual void startRun() = 0;
-    /// The user's names of a wave tab that is about to go belong to the core.
-    virtual void keepNames(const WaveMonitor::WaveMonitorWidget &wave) = 0;
-    /// The project leaves the main window: ends the run and lets go of the design as its kind does.
+    virtual void forceTrigger() = 0;
+    /// What a box says when the user has stopped a run, or forced its trigger; empty for no box.
+    [[nodiscard]] virtual QString stoppedText() const = 0;
+    [[nodiscard]] virtual QString forcedText() const = 0;
+    /// A wave tab of the core with that number is about to go; the names that the user gave its
+    /// signals, by flat position, belong to the core.
+    virtual void keepNames(int core, const QMap<int, SignalNames> &names) = 0;
+    /// The project leaves the main window: what becomes of a run and of the design.
     virtual void leaveDesign() = 0;
     /// The sentence for a result that has no text of its own.
     [[nodiscard]] virtual QString unknownErrorText(int resultID) const = 0;
@@ -89,6 +104,11 @@ protected:
 
     // What a kind of project has to tell about its files.
 
+    /// Loads the description at \a path and shows it on the page. Fills in its check value.
+    [[nodiscard]] virtual bool loadDesign(const QString &path, QString &id) = 0;
+    /// Opens a saved session: takes its three paths over and shows its waves. False after an error,
+    /// which it has then shown.
+    [[nodiscard]] virtual bool openProjectFile(const QString &path) = 0;
     /// Takes the settings over from the page and writes them into the description at \a path.
     /// False if that file can't be written.
     [[nodiscard]] virtual bool saveDescription(const QString &path) = 0;
@@ -123,10 +143,11 @@ protected:
     /// there are none. Loaded also when the file belongs to another design. The box may see the
     /// project closed or deleted.
     DataFileState loadDataFile(const QString &path);
-    /// A modal box under the window's title.
-    void showInformation(const QString &text);
-    /// Call it after each successful openFile: from now on the user hears of changes on disk.
-    void watchDescription();
+    /// What the project file at \a path says; nothing, with the reason in the debug log, if it
+    /// can't be read or its description can't be loaded.
+    [[nodiscard]] std::optional<ProjectFile> loadProject(const QString &path);
+    [[nodiscard]] static QString invalidDescriptionText();
+    [[nodiscard]] bool isOpen() const { return !m_keoFilePath.isEmpty(); }
     /// For the destructors of the kinds: the page goes while there still is somebody to talk to.
     void deletePage();
 
@@ -137,6 +158,11 @@ protected:
 
 private:
     void buildToolBar();
+    void connectManager();
+    [[nodiscard]] bool openDescription(const QString &path);
+    [[nodiscard]] bool takeDesign(const QString &path);
+    /// A modal box under the window's title; none without a text.
+    void showInformation(const QString &text);
     void connectDescriptionWatch();
     [[nodiscard]] QString errorText(int resultID) const;
     void startCapture(RunKind kind);

@@ -35,14 +35,30 @@ bool fitsCores(const LoadedWindows &windows, const CoreList &cores)
                                [&](const LoadedWindow &window) { return fitsCore(window, cores); });
 }
 
+bool fitsLiteCore(const LoadedWindows &windows, const LiteCoreConfig &core)
+{
+    const QStringList names = core.flatSignalNames();
+    return std::ranges::all_of(windows, [&names](const LoadedWindow &window) {
+        return fitsCapture(window, QStringLiteral("0"), names);
+    });
+}
+
 std::optional<WindowPlace> placeOf(const LoadedWindow &window)
+{
+    const std::optional<int> index = windowNumberOf(window);
+    const int core = window.core.isNull() ? kNone : window.core.toInt();
+    if (!index || core == kNone)
+        return std::nullopt;
+    return WindowPlace{core, *index};
+}
+
+std::optional<int> windowNumberOf(const LoadedWindow &window)
 {
     bool isNumber = false;
     const int index = window.index.toInt(&isNumber);
-    const int core = window.core.isNull() ? kNone : window.core.toInt();
-    if (!window.isTopLevel || !isNumber || index == kNone || core == kNone)
+    if (!window.isTopLevel || !isNumber || index == kNone)
         return std::nullopt;
-    return WindowPlace{core, index};
+    return index;
 }
 
 } // namespace KEO

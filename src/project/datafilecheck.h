@@ -3,6 +3,7 @@
 #include "datafilereader.h"
 
 #include <config/coreconfig.h>
+#include <config/litecoreconfig.h>
 
 #include <QString>
 #include <QStringList>
@@ -20,6 +21,9 @@ namespace KEO {
 /// `core` or `index` counts as one with 0.
 [[nodiscard]] bool fitsCores(const LoadedWindows &windows, const CoreList &cores);
 
+/// Were all of \a windows captured with the lite core \a core? Its trigger is the first sample.
+[[nodiscard]] bool fitsLiteCore(const LoadedWindows &windows, const LiteCoreConfig &core);
+
 /// Where a window of a data file belongs.
 struct WindowPlace
 {
@@ -32,5 +36,9 @@ struct WindowPlace
 /// The place of a standard core's window; none for a window that is not to be shown: it lacks
 /// `core` or `index`, has -1 there, or its `index` is no number.
 [[nodiscard]] std::optional<WindowPlace> placeOf(const LoadedWindow &window);
+
+/// Its window number alone, as far as it is to be shown by that; what it says of a core is nothing
+/// to a design with a single one.
+[[nodiscard]] std::optional<int> windowNumberOf(const LoadedWindow &window);
 
 } // namespace KEO

@@ -4,6 +4,7 @@
 #include <base/wholefile.h>
 #include <config/descriptionfile.h>
 #include <project/analyzerproject.h>
+#include <project/keoliteanalyzerproject.h>
 #include <project/keostandardanalyzerproject.h>
 #include <project/projectfile.h>
 
@@ -71,7 +72,9 @@ ProjectKind kindOfFile(const QString &path)
 ProjectFactories projectFactories()
 {
     return {{ProjectKind::Standard,
-             [](QObject *parent) { return std::make_unique<KeoStandardAnalyzerProject>(parent); }}};
+             [](QObject *parent) { return std::make_unique<KeoStandardAnalyzerProject>(parent); }},
+            {ProjectKind::Lite,
+             [](QObject *parent) { return std::make_unique<KeoLiteAnalyzerProject>(parent); }}};
 }
 
 ProjectManager::ProjectManager(QObject *parent, const ProjectFactories &factories) : QObject(parent)

@@ -49,25 +49,17 @@ qint64 TestDesign::firstTrigger(qint64 from) const
     return from;
 }
 
-void TestDesign::write(const QString &directory) const
+QString TestDesign::coreTexts(const QString &captured, const QString &bus) const
 {
-    // The description.
-    QString bus = QStringLiteral("<Bus name=\"count[15:0]\">");
-    for (int bit = 0; bit < 16; ++bit)
-        bus += QStringLiteral("<Signal>%1</Signal>").arg(name(bit));
-    bus += QStringLiteral("</Bus>");
-    QString captured = bus;
-    for (int bit = 16; bit < signalCount(); ++bit)
-        captured += QStringLiteral("<Signal>%1</Signal>").arg(name(bit));
     const QString pattern =
         fires ? QStringLiteral("XXXXXXXX00110111") : QStringLiteral("11111111XXXXXXXX");
     const QString units = QStringLiteral(
         "<MatchUnit index=\"0\" enabled=\"1\" match_type=\"0\" func=\"0\" value0=\"%1\" "
         "trigger=\"2\"/><MatchUnit index=\"1\" enabled=\"1\" match_type=\"4\" func=\"6\" "
         "value0=\"0000000100000000\" value1=\"0000111011111111\" trigger=\"2\"/>");
-    QString coreTexts;
+    QString texts;
     for (int core = 0; core < cores; ++core) {
-        coreTexts +=
+        texts +=
             QStringLiteral("<KoCore index=\"%1\" sample_clock=\"clk\" trig_type=\"0\" "
                            "storage_depth=\"%2\" window_num=\"%3\" capture_amount=\"%4\" "
                            "trigger_pos=\"%5\" module_name=\"top\"><SignalList>%6</SignalList>"
@@ -80,10 +72,34 @@ void TestDesign::write(const QString &directory) const
             QStringLiteral("<Expression>%1</Expression></Expressions></KoCore>")
                 .arg(dynamic ? QStringLiteral("M0&amp;M1") : QStringLiteral("match[0]"));
     }
+    return texts;
+}
+
+QString TestDesign::liteCoreText(const QString &captured) const
+{
+    return QStringLiteral("<KoCore_Lite index=\"%1\" sample_clock=\"clk\" trig_type=\"0\" "
+                          "capture_amount=\"%2\" implemention=\"0\" "
+                          "input_register_enabled=\"0\" capture_init_data_enabled=\"%3\" "
+                          "module_name=\"top\"><SignalList>%4</SignalList></KoCore_Lite>")
+        .arg(QString::number(coreIndex), QString::number(amount), QString::number(int(initData)),
+             captured);
+}
+
+void TestDesign::write(const QString &directory) const
+{
+    // The description.
+    QString bus = QStringLiteral("<Bus name=\"count[15:0]\">");
+    for (int bit = 0; bit < 16; ++bit)
+        bus += QStringLiteral("<Signal>%1</Signal>").arg(name(bit));
+    bus += QStringLiteral("</Bus>");
+    QString captured = bus;
+    for (int bit = 16; bit < signalCount(); ++bit)
+        captured += QStringLiteral("<Signal>%1</Signal>").arg(name(bit));
     writeFile(directory + QStringLiteral("/design.") + extension,
               QStringLiteral("<?xml version=\"1.0\"?><KEO_CONFIG><Version>3.0</Version>"
-                             "<Mode>Standard</Mode>%1<KEO_ID>1</KEO_ID></KEO_CONFIG>")
-                  .arg(coreTexts));
+                             "<Mode>%1</Mode>%2<KEO_ID>1</KEO_ID></KEO_CONFIG>")
+                  .arg(lite ? QStringLiteral("Lite") : QStringLiteral("Standard"),
+                       lite ? liteCoreText(captured) : coreTexts(captured, bus)));
 
     // The stimulus: values change at 10 i, the clock rises at 10 i + 5.
     QStringList vcd{QStringLiteral("$timescale 1ns $end\n$scope module top $end\n"
@@ -107,6 +123,7 @@ void TestDesign::write(const QString &directory) const
     writeFile(
         directory + QStringLiteral("/board.json"),
         QStringLiteral(R"({
+  "samples_per_second": %5,
   "cables": {
     "keo1": {
       "chain": [
@@ -117,5 +134,6 @@ void TestDesign::write(const QString &directory) const
   }
 })")
             .arg(device, extension, programmed ? QStringLiteral("true") : QStringLiteral("false"),
-                 faults.isEmpty() ? QString() : QStringLiteral(",\n      \"faults\": ") + faults));
+                 faults.isEmpty() ? QString() : QStringLiteral(",\n      \"faults\": ") + faults,
+                 QString::number(pace)));
 }
