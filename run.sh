@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 
 bin=build/release/stage/SignalScope/bin
 example=examples/uart_fifo
-servers=(chainserver chainserver_lpt chainserver_lk7)
+simulated=(chainserver chainserver_lpt chainserver_lk7 burner_cli)
 export SIGNALSCOPE_BOARD="${SIGNALSCOPE_BOARD:-$PWD/$example/board.json}"
 
 # A display that a window can be shown on: a Wayland compositor or an X server that has its socket
@@ -37,14 +37,14 @@ trap 'rm -rf "$TMPDIR"' EXIT
 
 if [ $# -eq 0 ] && { has_wayland || has_x; }; then
     has_x || ensure_packages "${wayland_packages[@]}"
-    build release signalscope "${servers[@]}"
+    build release signalscope "${simulated[@]}"
     echo "Opening $example on the simulated board: press F1 to capture."
     "$bin/signalscope" -family KR -device KR-C -keo "$PWD/$example/uart_fifo.keo" ||
         die "the program ended with status $?"
     exit
 fi
 
-build release signalscope-capture "${servers[@]}"
+build release signalscope-capture "${simulated[@]}"
 if [ $# -gt 0 ]; then
     "$bin/signalscope-capture" "$@"
     exit

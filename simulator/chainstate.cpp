@@ -2,6 +2,7 @@
 
 #include "fileread.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -27,9 +28,11 @@ const QString kLoads = QStringLiteral("loads");
 } // namespace
 
 ChainStateFile::ChainStateFile(const QString &socket, const QString &board)
-    : m_path(QDir(QDir::tempPath()).filePath(socket + QStringLiteral(".chain"))),
-      m_board(QFileInfo(board).canonicalFilePath())
+    : m_board(QFileInfo(board).canonicalFilePath())
 {
+    const QByteArray tag = QCryptographicHash::hash(m_board.toUtf8(), QCryptographicHash::Sha256);
+    m_path = QDir(QDir::tempPath())
+                 .filePath(QStringLiteral("%1-%2.chain").arg(socket, tag.left(8).toHex()));
 }
 
 ChainState ChainStateFile::read() const
@@ -37,8 +40,6 @@ ChainState ChainStateFile::read() const
     const auto json = QFileInfo::exists(m_path) ? readWholeFile(m_path, kMaxFileSize)
                                                 : Outcome<QByteArray>(QByteArray());
     const QJsonObject object = json ? QJsonDocument::fromJson(*json).object() : QJsonObject();
-    if (object.value(kBoard).toString() != m_board)
-        return {};
     ChainState state;
     state.scans = object.value(kScans).toInt();
     state.downloads = object.value(kDownloads).toInt();

@@ -25,8 +25,8 @@ struct ChainState
 };
 
 /// Keeps a ChainState where the server of a cable and the programmer both find it: in a file beside
-/// the server's socket, named like it and ".chain". So it is shared by those who would meet on the
-/// socket and by nobody else. A state that belongs to another board file counts as none.
+/// the server's socket, `<socket>-<hash of the board file's path>.chain`. So it is shared by those
+/// who would meet on the socket and speak of the same board, and by nobody else.
 class ChainStateFile final
 {
 public:
@@ -42,7 +42,7 @@ public:
 
 private:
     QString m_path;
-    QString m_board; ///< canonical
+    QString m_board; ///< canonical; in the file for people
 };
 
 } // namespace Sim

@@ -123,8 +123,8 @@ QString Server::listen(const QString &name)
     m_server->setSocketOptions(QLocalServer::UserAccessOption);
     if (m_server->listen(name))
         return m_chainState.clear() ? QString()
-                                    : QStringLiteral("%1 can't be removed, and says what a "
-                                                     "programmer did to another board")
+                                    : QStringLiteral("%1 can't be removed, and tells of an "
+                                                     "earlier power-on")
                                           .arg(m_chainState.path());
     return QStringLiteral("the socket \"%1\" can't be opened: %2")
         .arg(name, m_server->errorString());

@@ -77,7 +77,9 @@ struct ProjectWindow
     /// No run, no tip, and a core that can start again.
     [[nodiscard]] bool isReady() const
     {
-        return !project->isBusy() && !tip() && enabled() == QLatin1String("OSA----P");
+        const QString letters = enabled();
+        return !project->isBusy() && !tip() && letters.startsWith(QLatin1String("OSA--")) &&
+               letters.endsWith(u'P');
     }
 
     QAction *action(const char *name) const

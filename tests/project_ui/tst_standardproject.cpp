@@ -2,12 +2,15 @@
 
 #include "projectwindow.h"
 
+#include <export/exportdialog.h>
+
 #include <QBitArray>
 #include <QComboBox>
 #include <QDockWidget>
 #include <QDomDocument>
 #include <QFile>
 #include <QLabel>
+#include <QLineEdit>
 
 using namespace KEO;
 using WaveMonitor::WaveMonitorWidget;
@@ -21,6 +24,7 @@ private Q_SLOTS:
     void rejectedFiles();
     void coreSelection();
     void captureShowsTheStimulus();
+    void exportWritesTheStimulus();
     void arrangementOutlivesStart();
     void autoRounds();
     void keysReachAWaitingRun();
@@ -63,6 +67,28 @@ int countAt(const WaveMonitorWidget &wave, int sample)
     for (int bit = 0; bit < 16; ++bit)
         count = count << 1 | int(elements[bit].data.testBit(sample));
     return count;
+}
+
+/// The columns of an exported table by their titles; without the time.
+QMap<QString, QStringList> columnsOf(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QMap<QString, QStringList> columns;
+    QStringList titles;
+    while (!file.atEnd()) {
+        QString line = QString::fromUtf8(file.readLine());
+        line.chop(2); // comma, line end
+        const QStringList cells = line.split(QStringLiteral(", "));
+        if (line.startsWith(QLatin1String("time unit: "))) {
+            titles = cells;
+            continue;
+        }
+        for (qsizetype i = 1; i < titles.size() && i < cells.size(); ++i)
+            columns[titles[i]].append(cells[i]);
+    }
+    return columns;
 }
 
 QString counterText(const WaveMonitorWidget &wave)
@@ -187,7 +213,7 @@ void tst_StandardProject::captureShowsTheStimulus()
     QTRY_VERIFY_WITH_TIMEOUT(!w.project->isBusy(), kCaptureTime);
 
     QVERIFY(!ProjectWindow::tip());
-    QCOMPARE(w.enabled(), "OS-----P"); // two windows: no Auto
+    QCOMPARE(w.enabled(), "OS----EP"); // two windows: no Auto
     QCOMPARE(w.titles(), (QStringList{"Configuration", "core 3 window 0", "core 3 window 1"}));
     QCOMPARE(w.tabs->currentIndex(), 1);
     QVERIFY(w.wave(1)->domain() != w.wave(2)->domain());
@@ -218,6 +244,51 @@ void tst_StandardProject::captureShowsTheStimulus()
     w.tabs->setCurrentIndex(0);
     w.press(Qt::Key_F8);
     QCOMPARE(w.wave(2)->zoomRate(), 1.0);
+}
+
+void tst_StandardProject::exportWritesTheStimulus()
+{
+    TestDesign design;
+    design.amount = 64;
+    design.windows = 2;
+    design.coreIndex = 3;
+    const Bench bench(design);
+    ProjectWindow w;
+    QVERIFY(w.open(bench.file(), design.device));
+    const auto pressExport = [&] {
+        QWidget *button = w.toolBar->widgetForAction(w.action("exportAction"));
+        QTest::mouseClick(button, Qt::LeftButton);
+    };
+    pressExport(); // off: nothing to export
+    w.capture();
+    OnModal<ExportDialog> dialog([&](ExportDialog *shown) {
+        QCOMPARE(shown->findChild<QLineEdit *>("editDir")->text(), bench.directory.path());
+        QCOMPARE(shown->findChild<QComboBox *>("comBoxKo")->count(), 1);
+        QCOMPARE(shown->findChild<QComboBox *>("comBoxKo")->currentText(), "Core 3");
+        QCOMPARE(shown->findChild<QLineEdit *>("editClk")->text(), "clk");
+        QTest::keyClicks(shown->findChild<QLineEdit *>("editName"), "seen");
+        QTest::keyClick(shown, Qt::Key_Return);
+    });
+    pressExport();
+    QVERIFY(dialog.seen() && w.boxes.seen.isEmpty());
+
+    qint64 earliest = 0; // sample at which the window may begin
+    for (int window = 0; window < 2; ++window) {
+        const auto columns = columnsOf(
+            bench.directory.filePath(QStringLiteral("seen_core3_window%1.csv").arg(window)));
+        QCOMPARE(columns.size(), 1 + design.signalCount());
+        const qint64 trigger = design.firstTrigger(earliest + design.position);
+        for (int signal = 0; signal < design.signalCount(); ++signal) {
+            QStringList expected("X");
+            for (int sample = 0; sample < design.amount; ++sample)
+                expected.append(
+                    QString::number(design.level(signal, trigger - design.position + sample)));
+            QCOMPARE(columns[design.name(signal)], expected);
+        }
+        const QString counted = columns["count[15:0]"].value(1 + design.position);
+        QCOMPARE(counted.toInt(nullptr, 16), int(trigger % TestDesign::kLength));
+        earliest = trigger - design.position + design.amount;
+    }
 }
 
 void tst_StandardProject::arrangementOutlivesStart()

@@ -67,6 +67,15 @@ void tst_SimBoardFile::errors_data()
     fault("key of another", R"("do": "lost", "at": "OPEN", "ms": 5)", "\"ms\" is unknown");
     fault("odd hex", R"("do": "garbage", "at": "OPEN", "hex": "abc")", "pairs of hexadecimal");
     fault("garbage of no kind", R"("do": "garbage", "at": "OPEN")", "either \"hex\" or \"kind\"");
+    board("scan of no cable", R"({"scan": "keo2"})", "scan: there is no cable \"keo2\"");
+    const auto programmer = [&](const char *name, const char *keys, const char *error) {
+        board(name, QByteArray(R"({"cables": {"k": {"programmer": {)") + keys + "}}}}", error);
+    };
+    programmer("endless download", R"("download_ms": -1)", "k.programmer.download_ms: must be");
+    programmer("fault of a server", R"("faults": [{"at": "download", "do": "late"}])",
+               "programmer.faults[0].do: must be one of exit, error, killed");
+    programmer("exit that is none", R"("faults": [{"at": "scan", "do": "exit", "status": 0}])",
+               "faults[0].status: must be a number from 1");
     fault("every kind is known", R"("at": "OPEN", "do": "result", "value": -20},
         {"at": "READ_RAM", "nth": 3, "do": "late", "ms": 300},
         {"at": "READ_RAM", "nth": "every", "do": "pieces", "bytes": 7},

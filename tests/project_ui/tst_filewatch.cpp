@@ -1,0 +1,221 @@
+// The watch of one file, with real files written in the ways that tools write them.
+
+#include <base/wholefile.h>
+#include <project/filewatch.h>
+#include <support/testmain.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSignalSpy>
+
+#include <cstdio>
+#include <functional>
+
+using namespace KEO;
+
+namespace {
+
+void write(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), content.size());
+}
+
+/// Takes the place of a file that has that name.
+void renameOver(const QString &from, const QString &to)
+{
+    QVERIFY(::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0);
+}
+
+constexpr int kQuiet = 250; // ms in which a change would have been told
+constexpr int kGone = 1500; // ms in which a removal would have been told
+
+} // namespace
+
+using Change = std::function<void(const QString &path)>;
+Q_DECLARE_METATYPE(Change)
+
+class tst_FileWatch : public QuietTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void changes_data();
+    void changes();
+    void severalWithinASecond();
+    void removedAndBack();
+    void otherEvents();
+    void otherFile();
+};
+
+void tst_FileWatch::changes_data()
+{
+    QTest::addColumn<Change>("change");
+    const auto row = [](const char *name, const Change &change) { QTest::newRow(name) << change; };
+    row("in place", [](const QString &path) { write(path, "new"); });
+    row("in place, same size", [](const QString &path) { write(path, "OLD"); });
+    row("appended", [](const QString &path) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::Append) && file.write("x") == 1);
+    });
+    row("cut in place and written later", [](const QString &path) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QTest::qWait(300);
+        QVERIFY(file.write("new") == 3);
+    });
+    row("renamed over", [](const QString &path) {
+        write(path + ".tmp", "new");
+        renameOver(path + ".tmp", path);
+    });
+    row("old file kept under another name", [](const QString &path) {
+        renameOver(path, path + ".bak");
+        write(path, "new");
+    });
+    row("old file kept, new one later", [](const QString &path) {
+        renameOver(path, path + ".bak");
+        QTest::qWait(400);
+        write(path, "new");
+    });
+    row("deleted and made again", [](const QString &path) {
+        QVERIFY(QFile::remove(path));
+        write(path, "new");
+    });
+    row("deleted and made again later", [](const QString &path) {
+        QVERIFY(QFile::remove(path));
+        QTest::qWait(400);
+        write(path, "new");
+    });
+    row("with its folder", [](const QString &path) {
+        const QString folder = QFileInfo(path).path();
+        QVERIFY(QDir(folder).removeRecursively());
+        QTest::qWait(100);
+        QVERIFY(QDir().mkpath(folder));
+        write(path, "new");
+    });
+    row("by the program's own save",
+        [](const QString &path) { QVERIFY(!writeWholeFile(path, "new", LineEnds::AsTheyAre)); });
+}
+
+// Each change is told while the file exists, and the watch lives on after it.
+void tst_FileWatch::changes()
+{
+    QFETCH(Change, change);
+    const QTemporaryDir directory;
+    QVERIFY(QDir(directory.path()).mkdir("impl"));
+    const QString path = directory.filePath("impl/design 100% \u00e4'.keo");
+    write(path, "old");
+    FileWatch watch;
+    bool existed = true;
+    connect(&watch, &FileWatch::fileChanged, this,
+            [&](const QString &told) { existed &= told == path && QFile::exists(told); });
+    QSignalSpy spy(&watch, &FileWatch::fileChanged);
+    watch.watch(path);
+    for (int round = 0; round < 2; ++round) {
+        change(path);
+        QTRY_VERIFY(!spy.isEmpty());
+        QTest::qWait(kQuiet); // a slow write may be told twice
+        spy.clear();
+    }
+    write(path, "again");
+    QTRY_VERIFY(!spy.isEmpty());
+    QVERIFY(existed);
+}
+
+void tst_FileWatch::severalWithinASecond()
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("design.keo");
+    write(path, "old");
+    FileWatch watch;
+    QSignalSpy spy(&watch, &FileWatch::fileChanged);
+    watch.watch(path);
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 20; ++i) {
+        if (i % 3 == 0)
+            QVERIFY(QFile::remove(path));
+        write(path, QByteArray::number(i));
+        QTest::qWait(i % 2 ? 20 : 0);
+    }
+    QTRY_VERIFY(!spy.isEmpty());
+    QTest::qWait(kQuiet);
+    QVERIFY(spy.size() <= 2 + timer.elapsed() / 100); // not one for each event
+    spy.clear();
+    QTest::qWait(kQuiet);
+    QCOMPARE(spy.size(), 0);
+    write(path, "last");
+    QTRY_COMPARE(spy.size(), 1);
+}
+
+void tst_FileWatch::removedAndBack()
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("design.keo");
+    write(path, "old");
+    FileWatch watch;
+    QSignalSpy spy(&watch, &FileWatch::fileChanged);
+    watch.watch(path);
+    QVERIFY(QFile::remove(path));
+    QTest::qWait(400);
+    QCOMPARE(spy.size(), 0); // it may be back any moment
+    QTRY_COMPARE(spy.size(), 1);
+    QTest::qWait(kGone);
+    QCOMPARE(spy.size(), 1); // gone is told once
+    write(path, "back");
+    QTRY_COMPARE(spy.size(), 2);
+    write(path, "written");
+    QTRY_COMPARE(spy.size(), 3);
+}
+
+// What leaves the content alone is nobody's business.
+void tst_FileWatch::otherEvents()
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("design.keo");
+    write(path, "old");
+    {
+        QFile file(path); // long ago, so that the time of the file tells versions apart
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(QDateTime::currentDateTime().addDays(-1),
+                                 QFileDevice::FileModificationTime));
+    }
+    FileWatch watch;
+    QSignalSpy spy(&watch, &FileWatch::fileChanged);
+    watch.watch(path);
+    QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
+    QVERIFY(QFile(path).link(directory.filePath("link.keo")));
+    write(directory.filePath("other.keo"), "new");
+    QTest::qWait(kQuiet);
+    QCOMPARE(spy.size(), 0);
+    write(path, "new");
+    QTRY_COMPARE(spy.size(), 1);
+}
+
+void tst_FileWatch::otherFile()
+{
+    const QTemporaryDir directory;
+    const QString first = directory.filePath("first.keo");
+    const QString second = directory.filePath("second.keo");
+    write(first, "old");
+    FileWatch watch;
+    QSignalSpy spy(&watch, &FileWatch::fileChanged);
+    watch.watch(first);
+    watch.watch(second); // does not exist yet
+    write(first, "new");
+    QTest::qWait(kQuiet);
+    QCOMPARE(spy.size(), 0);
+    write(second, "new");
+    QTRY_COMPARE(spy.size(), 1);
+    QCOMPARE(spy.first().first().toString(), second);
+    write(second, "newer"); // not told any more, though seen
+    watch.stop();
+    write(second, "newest");
+    QTest::qWait(kQuiet);
+    QCOMPARE(spy.size(), 1);
+}
+
+KEO_TEST_MAIN(tst_FileWatch)
+#include "tst_filewatch.moc"
