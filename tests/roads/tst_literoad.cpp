@@ -370,7 +370,7 @@ void tst_LiteRoad::longWait()
 {
     QFETCH(QString, fault);
     TestDesign design = liteDesign();
-    design.pace = 1; // a capture of minutes
+    design.samplesPerSecond = 1; // a capture of minutes
     design.faults = fault;
     Desktop d(design);
     d.open();
@@ -561,7 +561,7 @@ void tst_LiteRoad::closeDuringCapture()
 {
     const QString question = "Exit|Task is still running, do you want to exit?";
     TestDesign design = liteDesign();
-    design.pace = 1;
+    design.samplesPerSecond = 1;
     Desktop d(design);
     d.open();
     d.press(Qt::Key_F1);

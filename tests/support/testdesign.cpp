@@ -22,6 +22,15 @@ bool noiseBit(int signal, qint64 sample)
     return x & 1;
 }
 
+/// The bus `count` in a signal list.
+QString bus()
+{
+    QString text = QStringLiteral("<Bus name=\"count[15:0]\">");
+    for (int bit = 15; bit >= 0; --bit)
+        text += QStringLiteral("<Signal>count[%1]</Signal>").arg(bit);
+    return text + QStringLiteral("</Bus>");
+}
+
 } // namespace
 
 QString TestDesign::name(int signal) const
@@ -49,7 +58,25 @@ qint64 TestDesign::firstTrigger(qint64 from) const
     return from;
 }
 
-QString TestDesign::coreTexts(const QString &captured, const QString &bus) const
+QString TestDesign::captured() const
+{
+    QString list = bus();
+    for (int bit = 16; bit < signalCount(); ++bit)
+        list += QStringLiteral("<Signal>%1</Signal>").arg(name(bit));
+    return list;
+}
+
+QString TestDesign::liteCore() const
+{
+    return QStringLiteral("<KoCore_Lite index=\"%1\" sample_clock=\"clk\" trig_type=\"0\" "
+                          "capture_amount=\"%2\" implemention=\"%3\" "
+                          "capture_init_data_enabled=\"%4\" module_name=\"top\">"
+                          "<SignalList>%5</SignalList></KoCore_Lite>")
+        .arg(QString::number(coreIndex), QString::number(amount), QString::number(implementation),
+             QString::number(initData), captured());
+}
+
+QString TestDesign::standardCores() const
 {
     const QString pattern =
         fires ? QStringLiteral("XXXXXXXX00110111") : QStringLiteral("11111111XXXXXXXX");
@@ -57,9 +84,9 @@ QString TestDesign::coreTexts(const QString &captured, const QString &bus) const
         "<MatchUnit index=\"0\" enabled=\"1\" match_type=\"0\" func=\"0\" value0=\"%1\" "
         "trigger=\"2\"/><MatchUnit index=\"1\" enabled=\"1\" match_type=\"4\" func=\"6\" "
         "value0=\"0000000100000000\" value1=\"0000111011111111\" trigger=\"2\"/>");
-    QString texts;
+    QString coreTexts;
     for (int core = 0; core < cores; ++core) {
-        texts +=
+        coreTexts +=
             QStringLiteral("<KoCore index=\"%1\" sample_clock=\"clk\" trig_type=\"0\" "
                            "storage_depth=\"%2\" window_num=\"%3\" capture_amount=\"%4\" "
                            "trigger_pos=\"%5\" module_name=\"top\"><SignalList>%6</SignalList>"
@@ -67,39 +94,21 @@ QString TestDesign::coreTexts(const QString &captured, const QString &bus) const
                            "</Triggers><MatchUnits>%8</MatchUnits><Expressions type=\"%9\">")
                 .arg(QString::number(coreIndex + core), QString::number(storageDepth),
                      QString::number(windows), QString::number(amount), QString::number(position),
-                     captured, bus, units.arg(pattern),
+                     captured(), bus(), units.arg(pattern),
                      dynamic ? QStringLiteral("Dynamic") : QStringLiteral("Static")) +
             QStringLiteral("<Expression>%1</Expression></Expressions></KoCore>")
                 .arg(dynamic ? QStringLiteral("M0&amp;M1") : QStringLiteral("match[0]"));
     }
-    return texts;
-}
-
-QString TestDesign::liteCoreText(const QString &captured) const
-{
-    return QStringLiteral("<KoCore_Lite index=\"%1\" sample_clock=\"clk\" trig_type=\"0\" "
-                          "capture_amount=\"%2\" implemention=\"0\" "
-                          "input_register_enabled=\"0\" capture_init_data_enabled=\"%3\" "
-                          "module_name=\"top\"><SignalList>%4</SignalList></KoCore_Lite>")
-        .arg(QString::number(coreIndex), QString::number(amount), QString::number(int(initData)),
-             captured);
+    return coreTexts;
 }
 
 void TestDesign::write(const QString &directory) const
 {
-    // The description.
-    QString bus = QStringLiteral("<Bus name=\"count[15:0]\">");
-    for (int bit = 0; bit < 16; ++bit)
-        bus += QStringLiteral("<Signal>%1</Signal>").arg(name(bit));
-    bus += QStringLiteral("</Bus>");
-    QString captured = bus;
-    for (int bit = 16; bit < signalCount(); ++bit)
-        captured += QStringLiteral("<Signal>%1</Signal>").arg(name(bit));
     writeFile(directory + QStringLiteral("/design.") + extension,
               QStringLiteral("<?xml version=\"1.0\"?><KEO_CONFIG><Version>3.0</Version>"
                              "<Mode>%1</Mode>%2<KEO_ID>1</KEO_ID></KEO_CONFIG>")
                   .arg(lite ? QStringLiteral("Lite") : QStringLiteral("Standard"),
-                       lite ? liteCoreText(captured) : coreTexts(captured, bus)));
+                       lite ? liteCore() : standardCores()));
 
     // The stimulus: values change at 10 i, the clock rises at 10 i + 5.
     QStringList vcd{QStringLiteral("$timescale 1ns $end\n$scope module top $end\n"
@@ -135,5 +144,5 @@ void TestDesign::write(const QString &directory) const
 })")
             .arg(device, extension, programmed ? QStringLiteral("true") : QStringLiteral("false"),
                  faults.isEmpty() ? QString() : QStringLiteral(",\n      \"faults\": ") + faults,
-                 QString::number(pace)));
+                 QString::number(samplesPerSecond)));
 }

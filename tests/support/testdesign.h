@@ -9,13 +9,12 @@
 ///
 /// Captured are a bus `count[15:0]` (the sample number modulo the stimulus length) and `noise`
 /// single bits. The trigger port holds the bus; unit M0 matches a low byte of 0x37, unit M1 values
-/// in the range 0x100 to 0xEFF. A static core fires on M0, a dynamic one on M0&M1. A lite core has
-/// no trigger: its first capture begins with the first sample, and each next one where the last one
-/// ended.
+/// in the range 0x100 to 0xEFF. A static core fires on M0, a dynamic one on M0&M1.
 struct TestDesign
 {
-    bool lite = false;     ///< one lite core instead; of the rest, what it does not have is unused
-    bool initData = false; ///< the lite core takes its first capture by itself
+    bool lite = false; ///< one lite core, of which only amount, coreIndex and the next two count
+    int implementation = 0;
+    bool initData = false; ///< holds its first samples before it is ever started
     bool dynamic = false;
     QString extension = QStringLiteral("keo");
     QString device = QStringLiteral("KR-A"); ///< model on the board
@@ -27,9 +26,9 @@ struct TestDesign
     int coreIndex = 0;
     int cores = 1; ///< the same core so many times, with indexes counting up
     bool programmed = true;
-    bool fires = true;     ///< false: M0 matches a value that the design never takes
-    qint64 pace = 2000000; ///< samples per second while a core is armed
-    QString faults;        ///< JSON array text for the first cable, may be empty
+    bool fires = true;                ///< false: M0 matches a value that the design never takes
+    int samplesPerSecond = 2'000'000; ///< of the board
+    QString faults;                   ///< JSON array text for the first cable, may be empty
 
     static constexpr int kLength = 4096; ///< samples of the stimulus, then it starts again
 
@@ -47,7 +46,7 @@ struct TestDesign
     [[nodiscard]] qint64 firstTrigger(qint64 from) const;
 
 private:
-    // The cores of the description; \a captured and \a bus are texts of signals.
-    [[nodiscard]] QString coreTexts(const QString &captured, const QString &bus) const;
-    [[nodiscard]] QString liteCoreText(const QString &captured) const;
+    [[nodiscard]] QString captured() const;
+    [[nodiscard]] QString standardCores() const;
+    [[nodiscard]] QString liteCore() const;
 };
