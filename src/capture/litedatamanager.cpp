@@ -46,6 +46,7 @@ KeoLiteDataManager::KeoLiteDataManager(JtagSession &session, QObject *parent)
       m_unansweredPolls(std::make_shared<int>(0))
 {
     m_patienceTimer->setSingleShot(true);
+    m_patienceTimer->setInterval(kPollPatience);
     connect(m_checkTimer, &QTimer::timeout, this, &KeoLiteDataManager::checkState);
     connect(m_delayTimer, &QTimer::timeout, this, &KeoLiteDataManager::onDelay);
     connect(m_patienceTimer, &QTimer::timeout, this, &KeoLiteDataManager::giveUpOnPolls);
