@@ -1,6 +1,7 @@
 #include "captureproject.h"
 
 #include "descriptionwatch.h"
+#include "programmerpage.h"
 #include "projectlog.h"
 #include "runcontrols.h"
 #include "runtoolbar.h"
@@ -9,6 +10,7 @@
 #include <capture/capturemanager.h>
 #include <export/exportdialog.h>
 #include <link/jtagsession.h>
+#include <programmer/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QAction>
@@ -18,6 +20,7 @@
 #include <QMessageBox>
 #include <QTabWidget>
 #include <QToolBar>
+#include <QWidgetAction>
 
 namespace KEO {
 
@@ -48,6 +51,7 @@ QMap<int, SignalNames> namesIn(const WaveMonitorWidget &wave)
 CaptureProject::CaptureProject(LayoutKey layoutKey, QObject *parent)
     : AnalyzerProject(parent),
       m_descriptionWatch(new DescriptionWatch([this] { return isBusy(); }, this)),
+      m_programmer(new ProgrammerPage(this)),
       m_waveTabs(layoutKey)
 {
     connectDescriptionWatch();
@@ -67,8 +71,11 @@ void CaptureProject::connectDescriptionWatch()
             });
     connect(m_descriptionWatch, &DescriptionWatch::closeRequested, this,
             [this] { QMetaObject::invokeMethod(parent(), "closeCurrentProject"); });
-    connect(m_descriptionWatch, &DescriptionWatch::reloaded, this,
-            [this] { descriptionReloaded(); });
+    // The new design may need another bitstream: a download is for the user to decide.
+    connect(m_descriptionWatch, &DescriptionWatch::reloaded, this, [this] {
+        if (m_programmer->widget())
+            m_programmer->widget()->setEnabledByUser(false);
+    });
 }
 
 bool CaptureProject::isBusy() const
@@ -92,6 +99,7 @@ void CaptureProject::setupProject(QWidget *mainWindow)
     }
     if (!m_page)
         m_page = buildPage();
+    m_programmer->reset();
     resetPage();
     if (toolBarGetter) {
         m_runToolBar->setCables(JtagSession::instance()->availableCables());
@@ -105,6 +113,8 @@ void CaptureProject::setupProject(QWidget *mainWindow)
 void CaptureProject::buildToolBar()
 {
     m_runToolBar = new RunToolBar(this);
+    m_runToolBar->setStatusAction(m_programmer->statusAction());
+    connect(m_runToolBar, &RunToolBar::cableIndexChanged, this, &CaptureProject::cabelChanged);
     const RunActions &a = m_runToolBar->actions();
     connect(a.startAction, &QAction::triggered, this, &CaptureProject::onStart);
     connect(a.autoAction, &QAction::triggered, this, &CaptureProject::onAuto);
@@ -120,11 +130,7 @@ void CaptureProject::buildToolBar()
 void CaptureProject::connectManager()
 {
     connect(&manager(), &CaptureManager::triggerComplete, this, &CaptureProject::onComplete);
-}
-
-void CaptureProject::setDevice(const QString &, const QString &device, const QString &)
-{
-    manager().setDeviceName(device);
+    connect(&manager(), &CaptureManager::statusChanged, this, &CaptureProject::updateIsBusy);
 }
 
 bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askStop)
@@ -136,6 +142,7 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
         leaveDesign();
     if (!self)
         return true;
+    m_programmer->reset();
     WaitingTip::close();
     m_descriptionWatch->stop();
     m_keoFilePath.clear();
@@ -190,12 +197,19 @@ bool CaptureProject::eventFilter(QObject *watched, QEvent *event)
 
 void CaptureProject::onStart()
 {
-    startCapture(RunKind::Single);
+    startIfFit(RunKind::Single);
 }
 
 void CaptureProject::onAuto()
 {
-    startCapture(RunKind::Auto);
+    startIfFit(RunKind::Auto);
+}
+
+void CaptureProject::startIfFit(RunKind kind)
+{
+    const QPointer<CaptureProject> self(this);
+    if (!isBusy() && m_programmer->mayCapture(m_mainWindow) && self)
+        startCapture(kind);
 }
 
 void CaptureProject::startCapture(RunKind kind)
@@ -207,7 +221,7 @@ void CaptureProject::startCapture(RunKind kind)
         return;
     }
     WaitingTip::show(m_mainWindow);
-    manager().openDevice(deviceChain());
+    manager().openDevice(m_programmer->deviceChain());
     clearWaveMonitors(WaveTabs::Layouts::Keep);
     if (kind == RunKind::Auto)
         manager().setAutorun(0);
@@ -230,12 +244,6 @@ void CaptureProject::onForceTrigger()
     forceTrigger();
     updateActions();
     showInformation(forcedText());
-}
-
-/// One entry for each device on the cable; 0 stands for the one with the cores.
-QVariantList CaptureProject::deviceChain() const
-{
-    return {0};
 }
 
 void CaptureProject::onZoomIn()
@@ -272,9 +280,73 @@ void CaptureProject::onComplete(int resultID)
 {
     WaitingTip::close();
     updateActions();
+    const QPointer<CaptureProject> self(this);
     const QString text = errorText(resultID);
     if (!text.isEmpty())
         showError(text);
+    if (self && m_programmer->widget())
+        m_programmer->widget()->applyPending();
+}
+
+void CaptureProject::setDevice(const QString &family, const QString &device, const QString &fsFile)
+{
+    manager().setDeviceName(device);
+    if (m_programmer->widget())
+        m_programmer->widget()->setDevice(family, device, fsFile);
+}
+
+KeoProgrammerWidget *CaptureProject::makeProgrammerWidget()
+{
+    KeoProgrammerWidget *widget = m_programmer->makeWidget();
+    connect(widget, &KeoProgrammerWidget::programStatusChanged, this,
+            &CaptureProject::onProgrammerChanged);
+    connect(widget, &KeoProgrammerWidget::enableChange, this,
+            &CaptureProject::onProgrammerEnableChange);
+    connect(widget, &KeoProgrammerWidget::toolRunning, this, [this](bool isRunning) {
+        if (isRunning)
+            WaitingTip::show(m_mainWindow);
+        else
+            WaitingTip::close();
+    });
+    connect(this, &CaptureProject::programCableChanged, widget, &KeoProgrammerWidget::updateCable);
+    connect(this, &CaptureProject::programChannelChanged, widget,
+            &KeoProgrammerWidget::updateChannel);
+    return widget;
+}
+
+QString CaptureProject::targetName() const
+{
+    return m_programmer->widget() ? m_programmer->widget()->targetName() : QString();
+}
+
+void CaptureProject::updateIsBusy(bool isBusy)
+{
+    if (m_programmer->widget())
+        m_programmer->widget()->updateIsBusy(isBusy);
+}
+
+void CaptureProject::cabelChanged(int index)
+{
+    if (index < 0)
+        return; // the list is being filled
+    const int number = m_runToolBar->cableNumber(index);
+    Q_EMIT programCableChanged(number / 2);
+    if (const int channel = number % 2; channel > 0)
+        Q_EMIT programChannelChanged(channel);
+}
+
+void CaptureProject::onProgrammerChanged(bool succ, const QString &text)
+{
+    m_programmer->setStatus(succ, text);
+    if (succ)
+        manager().setDeviceName(targetName());
+    updateActions();
+}
+
+void CaptureProject::onProgrammerEnableChange(bool status)
+{
+    m_programmer->showStatus(status);
+    updateActions();
 }
 
 QString CaptureProject::errorText(int resultID) const
@@ -299,6 +371,7 @@ void CaptureProject::updateActions()
     situation.busy = isBusy();
     situation.canStart = canStart();
     situation.canAuto = canAuto();
+    situation.needsProgramming = m_programmer->needsProgramming();
     situation.autorun = manager().autorun();
     situation.hasWaves = !m_waveTabs.isEmpty();
     const RunControls controls = runControls(situation);
@@ -313,6 +386,8 @@ void CaptureProject::updateActions()
     a.saveAction->setEnabled(controls.save);
     a.exportAction->setEnabled(controls.save);
     setPageEnabled(controls.settings);
+    if (m_programmer->widget())
+        m_programmer->widget()->setEnabled(controls.settings);
     if (!situation.busy)
         m_descriptionWatch->tellPending();
 }

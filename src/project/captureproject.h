@@ -21,6 +21,8 @@ namespace KEO {
 
 class CaptureManager;
 class DescriptionWatch;
+class KeoProgrammerWidget;
+class ProgrammerPage;
 class RunToolBar;
 
 /// What the standard and the lite project have in common: their place in the main window, the run
@@ -63,6 +65,16 @@ public Q_SLOTS:
     void onComplete(int resultID);
     /// Writes data file, description and project file. The first time it asks where to.
     void onSave();
+    /// Another cable is chosen: the one at \a index of the list.
+    void cabelChanged(int index);
+    void onProgrammerChanged(bool succ, const QString &text);
+    void onProgrammerEnableChange(bool status);
+
+Q_SIGNALS:
+    /// Number of the cable for the programmer tool.
+    void programCableChanged(int cableIdx);
+    /// Channel of the cable for the programmer tool. Channel 0 is not told.
+    void programChannelChanged(int cableIdx);
 
 protected:
     enum class RunKind { Single, Auto };
@@ -74,7 +86,7 @@ protected:
 
     /// Owned by the class of the kind. Not asked for while that is being made or destroyed.
     [[nodiscard]] virtual CaptureManager &manager() const = 0;
-    /// The tab with the settings. Called once.
+    /// The tab with the settings, the programmer on top. Called once.
     virtual QWidget *buildPage() = 0;
     [[nodiscard]] virtual QString pageTitle() const = 0;
     /// The project has been put into a window, as at first or anew.
@@ -99,8 +111,6 @@ protected:
     /// The cores to choose from in an export, given the waves that show, of which there are some.
     [[nodiscard]] virtual QList<ExportCore>
     exportCores(const QList<WaveMonitor::WaveMonitorWidget *> &monitors) const = 0;
-    /// The user has had the description reloaded, whatever came of it.
-    virtual void descriptionReloaded() {}
 
     // What a kind of project has to tell about its files.
 
@@ -130,6 +140,10 @@ protected:
 
     // What a kind of project may use.
 
+    /// For the page: a new programmer, which the page owns.
+    [[nodiscard]] KeoProgrammerWidget *makeProgrammerWidget();
+    /// Model of the device with the cores, as the programmer has it; empty without a device.
+    [[nodiscard]] QString targetName() const;
     /// The one place that decides what is enabled. Whatever changes the state of a run ends here.
     void updateActions();
     /// Shows one capture window: as the next round of an Auto run, or in a new tab.
@@ -160,13 +174,16 @@ private:
     void buildToolBar();
     void connectManager();
     [[nodiscard]] bool openDescription(const QString &path);
+    /// Hands the description's check value to the programmer as well.
     [[nodiscard]] bool takeDesign(const QString &path);
+    void updateIsBusy(bool isBusy);
     /// A modal box under the window's title; none without a text.
     void showInformation(const QString &text);
     void connectDescriptionWatch();
     [[nodiscard]] QString errorText(int resultID) const;
+    /// Starts if the programmer's chain allows it.
+    void startIfFit(RunKind kind);
     void startCapture(RunKind kind);
-    [[nodiscard]] QVariantList deviceChain() const;
     void showSavedWindows(LoadedWindows windows);
     void saveDataFile(const QString &path) const;
     void clearWaveMonitors(WaveTabs::Layouts layouts);
@@ -178,6 +195,7 @@ private:
     QPointer<QWidget> m_page;             // ours; in the tab widget while open
     RunToolBar *m_runToolBar = nullptr;   // child
     DescriptionWatch *m_descriptionWatch; // child
+    ProgrammerPage *m_programmer;         // child
     WaveTabs m_waveTabs;
     QSet<QString> m_openErrors; // texts of the boxes that are open
 };

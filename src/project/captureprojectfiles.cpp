@@ -2,9 +2,11 @@
 
 #include "captureproject.h"
 #include "descriptionwatch.h"
+#include "programmerpage.h"
 #include "projectlog.h"
 #include "savedialog.h"
 
+#include <programmer/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QFileInfo>
@@ -46,7 +48,11 @@ bool CaptureProject::openDescription(const QString &path)
 bool CaptureProject::takeDesign(const QString &path)
 {
     QString designId;
-    return loadDesign(path, designId);
+    if (!loadDesign(path, designId))
+        return false;
+    if (m_programmer->widget())
+        m_programmer->widget()->setDesignId(designId);
+    return true;
 }
 
 std::optional<ProjectFile> CaptureProject::loadProject(const QString &path)

@@ -7,6 +7,7 @@
 
 #include <capture/litedatamanager.h>
 #include <config/liteconfig.h>
+#include <programmer/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QVBoxLayout>
@@ -41,6 +42,7 @@ QWidget *KeoLiteAnalyzerProject::buildPage()
     auto *triggerTab = new QWidget;
     triggerTab->setObjectName(QStringLiteral("triggerTab"));
     auto *layout = new QVBoxLayout(triggerTab);
+    layout->addWidget(makeProgrammerWidget());
     layout->addWidget(m_triggerOptionForm);
     layout->addStretch();
     return triggerTab;
@@ -117,7 +119,7 @@ void KeoLiteAnalyzerProject::drawSignalView()
         return;
     const LiteCoreConfig *core = m_dataManager->core();
     const QList<SignalElement> elements =
-        extractSignalData(core, sections, m_dataManager->deviceName(), m_dataManager->isZeo());
+        extractSignalData(core, sections, targetName(), m_dataManager->isZeo());
     if (elements.isEmpty()) {
         showError(tr("No data."));
         return;

@@ -7,6 +7,7 @@
 
 #include <capture/standarddatamanager.h>
 #include <config/standardconfig.h>
+#include <programmer/keoprogrammerwidget.h>
 #include <trigger/dynamicconfigwidget.h>
 #include <wave/wavemonitorwidget.h>
 
@@ -212,6 +213,7 @@ QWidget *KeoStandardAnalyzerProject::buildPage()
     auto *configTab = new QWidget;
     configTab->setObjectName(QStringLiteral("configTab"));
     auto *layout = new QVBoxLayout(configTab);
+    layout->addWidget(makeProgrammerWidget());
     layout->addWidget(coreArea, 1); // all the room: expressions and units may be many
     layout->addStretch();
     return configTab;

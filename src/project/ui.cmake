@@ -9,6 +9,7 @@ keo_add_library(project_ui
         keoliteanalyzerproject.cpp keoliteanalyzerproject.h
         keolitetriggeroptionwidget.cpp keolitetriggeroptionwidget.h
         keostandardanalyzerproject.cpp keostandardanalyzerproject.h
+        programmerpage.cpp programmerpage.h
         projectlog.cpp projectlog.h
         reloadbanner.cpp reloadbanner.h
         runcontrols.cpp runcontrols.h
@@ -16,4 +17,4 @@ keo_add_library(project_ui
         savedialog.cpp savedialog.h
         waitingtip.cpp waitingtip.h
         wavetabs.cpp wavetabs.h
-    LINK keo::project keo::export_ui keo::trigger_ui keo::wave keo::image Qt6::Widgets)
+    LINK keo::project keo::export_ui keo::programmer_ui keo::trigger_ui keo::wave keo::image Qt6::Widgets)

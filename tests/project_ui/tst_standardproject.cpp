@@ -115,7 +115,7 @@ void tst_StandardProject::window()
     for (int round = 0; round < 2; ++round) {
         QVERIFY(w.open(bench.file()));
         QCOMPARE(toolTexts(),
-                 (QStringList{"Open...", "", "-", "Start", "Auto", "Force Trigger", "Stop", "-",
+                 (QStringList{"Open...", "", "-", "", "Start", "Auto", "Force Trigger", "Stop", "-",
                               "Zoom In", "Zoom Out", "Zoom Fit", "-", "Save...", "Export"}));
         QCOMPARE(w.titles(), QStringList("Configuration"));
         QCOMPARE(w.enabled(), "OSA----P");
