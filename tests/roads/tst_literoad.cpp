@@ -143,11 +143,11 @@ QString contentsOf(const WaveMonitorWidget &wave)
     return document.toString();
 }
 
-/// The one that the user sees, or null.
+/// The one on the project's page, or null.
 ReloadBanner *banner(const Desktop &d)
 {
     for (ReloadBanner *candidate : d.window->findChildren<ReloadBanner *>()) {
-        if (candidate->isVisible())
+        if (!candidate->isHidden())
             return candidate;
     }
     return nullptr;
