@@ -110,11 +110,19 @@ private:
     std::optional<Error> m_fault;
 };
 
+bool isIniText(const QByteArray &bytes)
+{
+    const IniCopy copy(bytes);
+    return !copy.fault() &&
+           QSettings(copy.path(), QSettings::IniFormat).status() == QSettings::NoError;
+}
+
 /// What is to stay of the file at \a path: nothing if it is none of ours.
 QByteArray presentContent(const QString &path)
 {
     const Result<QByteArray> bytes = readWholeFile(path, kMaxProjectFileSize, LineEnds::AsTheyAre);
-    return bytes && !holdsSerialisedObject(*bytes) ? *bytes : QByteArray();
+    const bool isOurs = bytes && !holdsSerialisedObject(*bytes) && isIniText(*bytes);
+    return isOurs ? *bytes : QByteArray();
 }
 
 } // namespace
