@@ -21,6 +21,7 @@ namespace KEO {
 namespace {
 
 constexpr int kDescriptionLines = 4;
+constexpr int kCharacters = 48; // of a description's line, about
 
 } // namespace
 
@@ -71,12 +72,14 @@ QWidget *DeviceConfigurationDlg::buildOperationGroup()
     m_editDescription->setReadOnly(true);
     m_editDescription->setTabChangesFocus(true);
     m_editDescription->setAccessibleName(tr("Description"));
+    m_editDescription->setMinimumWidth(kCharacters *
+                                       m_editDescription->fontMetrics().averageCharWidth());
     m_editDescription->setFixedHeight(kDescriptionLines *
                                           m_editDescription->fontMetrics().lineSpacing() +
                                       2 * int(m_editDescription->document()->documentMargin()) +
                                       2 * m_editDescription->frameWidth());
     auto *form = new QFormLayout(group);
-    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->addRow(tr("Access Mode:"), m_comBoxAccessMode);
     form->addRow(tr("Operation:"), m_comBoxOperation);
     form->addRow(m_editDescription);
@@ -105,7 +108,7 @@ QWidget *DeviceConfigurationDlg::buildFlashGroup()
     address->setObjectName(QStringLiteral("editStartAddress"));
     address->setReadOnly(true);
     auto *form = new QFormLayout(group);
-    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->addRow(tr("Device:"), flash);
     form->addRow(tr("Start Address:"), address);
     return group;

@@ -24,8 +24,8 @@ namespace KEO {
 
 namespace {
 
-constexpr int kTableRows = 4; // that show without scrolling
-constexpr int kLogLines = 4;  // likewise
+constexpr int kTableRows = 2; // that show at least
+constexpr int kLogLines = 3;  // likewise
 
 } // namespace
 
@@ -117,6 +117,7 @@ QWidget *KeoProgrammerWidget::buildTable()
     m_tableView->setSelectionMode(QAbstractItemView::SingleSelection);
     m_tableView->setTabKeyNavigation(false);
     m_tableView->setWordWrap(false);
+    m_tableView->verticalHeader()->hide();
     QHeaderView *header = m_tableView->horizontalHeader();
     header->setHighlightSections(false);
     header->setSectionResizeMode(QHeaderView::ResizeToContents);

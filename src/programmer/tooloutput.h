@@ -40,7 +40,7 @@ private:
     QByteArray m_tail; // the last bytes, where a word may go on
     QStringList m_lines;
     qint64 m_dropped = 0;
-    bool m_hasReturn = false; // the last byte was a carriage return
+    bool m_hasReturn = false;   // the last byte was a carriage return
     bool m_isContinued = false; // a part of the line has been taken already
     bool m_saysError = false;
 };
