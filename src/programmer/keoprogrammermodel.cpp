@@ -39,7 +39,7 @@ KeoProgrammerModel::KeoProgrammerModel(QObject *parent)
       m_program(installedProgrammer())
 {
     connect(&m_tool, &ProgrammerTool::failed, this, &KeoProgrammerModel::onProgramError);
-    connect(&m_watch, &FileWatch::fileChanged, this, &KeoProgrammerModel::onFileChanged);
+    connect(&m_watch, &FileSetWatch::fileChanged, this, &KeoProgrammerModel::onFileChanged);
     connect(&m_readTimer, &QTimer::timeout, this, &KeoProgrammerModel::readOn);
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "devicechain.h"
-#include "filewatch.h"
 #include "programmertool.h"
+
+#include <base/filesetwatch.h>
 
 #include <QAbstractTableModel>
 #include <QSet>
@@ -133,7 +134,7 @@ private:
     ProgrammerTool m_tool;
     QMetaObject::Connection m_handler; // of the current run
     quint64 m_generation = 0;          // counts the times that all rows were replaced
-    FileWatch m_watch;
+    FileSetWatch m_watch;
     QSet<QString> m_changedInRun; // files
     std::vector<std::unique_ptr<Reading>> m_readings;
     QTimer m_readTimer; // runs while there are readings

@@ -71,7 +71,7 @@ void CaptureProject::connectDescriptionWatch()
             });
     connect(m_descriptionWatch, &DescriptionWatch::closeRequested, this,
             [this] { QMetaObject::invokeMethod(parent(), "closeCurrentProject"); });
-    // The new design may need another bitstream: a download is for the user to decide.
+    // What was downloaded belongs to the description of before.
     connect(m_descriptionWatch, &DescriptionWatch::reloaded, this, [this] {
         if (m_programmer->widget())
             m_programmer->widget()->setEnabledByUser(false);

@@ -17,4 +17,5 @@ keo_add_library(project_ui
         savedialog.cpp savedialog.h
         waitingtip.cpp waitingtip.h
         wavetabs.cpp wavetabs.h
-    LINK keo::project keo::export_ui keo::programmer_ui keo::trigger_ui keo::wave keo::image Qt6::Widgets)
+    LINK keo::project keo::export_ui keo::programmer_ui keo::trigger_ui keo::wave keo::image
+         Qt6::Widgets)

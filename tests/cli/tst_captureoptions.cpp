@@ -13,6 +13,7 @@ private Q_SLOTS:
     void refuses_data();
     void refuses();
     void reads();
+    void projects();
     void defaults();
 };
 
@@ -48,6 +49,12 @@ void tst_CaptureOptions::refuses_data()
     row("size without picture", "--size 800x600 a.keo", "--picture");
     row("size without height", "--picture a.png --size 800 a.keo", "\"800\"");
     row("size too large", "--picture a.png --size 99999x100 a.keo", "99999x100");
+    row("project of another kind", "--save a.prj b.keo", "a.prj");
+    row("open and a file", "--open a.analyzer_prj b.keo", "FILE");
+    row("open a description", "--open a.keo", "a.keo");
+    row("open and save", "--open a.analyzer_prj --save b.analyzer_prj", "--save");
+    row("open and a cable", "--open a.analyzer_prj --cable LK7", "--cable");
+    row("list with project", "--list-cables --open a.analyzer_prj", "FILE");
     row("list with file", "--list-cables a.keo", "FILE");
 }
 
@@ -90,6 +97,24 @@ void tst_CaptureOptions::reads()
     QVERIFY(options->json && options->quiet);
 }
 
+void tst_CaptureOptions::projects()
+{
+    using enum CaptureOptions::Task;
+    const auto saved = parseCaptureOptions({"program", "--save", "a b.analyzer_prj", "c.keo"});
+    QVERIFY(saved && saved->task == Capture);
+    QCOMPARE(saved->project, QDir::current().absoluteFilePath("a b.analyzer_prj"));
+    QVERIFY(saved->formats.isEmpty());
+    const auto both =
+        parseCaptureOptions({"program", "--save", "a.analyzer_prj", "--format", "prn", "c.keo"});
+    QVERIFY(both);
+    QCOMPARE(both->formats, QList<ExportFormat>{ExportFormat::Prn});
+    const auto open = parseCaptureOptions({"program", "--open", "a b.1.analyzer_prj"});
+    QVERIFY(open && open->task == ExportSaved);
+    QCOMPARE(open->file, QDir::current().absoluteFilePath("a b.1.analyzer_prj"));
+    QCOMPARE(open->baseName, "a_b_1");
+    QCOMPARE(open->formats, QList<ExportFormat>{ExportFormat::Vcd});
+}
+
 void tst_CaptureOptions::defaults()
 {
     const auto options = parseCaptureOptions({"program", "dir/my design.v2.keo"});
@@ -97,6 +122,7 @@ void tst_CaptureOptions::defaults()
     QCOMPARE(options->baseName, "my_design_v2");
     QCOMPARE(options->chain, QList<int>{0});
     QCOMPARE(options->formats, QList<ExportFormat>{ExportFormat::Vcd});
+    QVERIFY(options->project.isEmpty());
     QVERIFY(options->cores.isEmpty() && !options->autoRounds && !options->timeout);
     QCOMPARE((ClockPeriod{3, "us"}).picoseconds(), 3000000);
     QCOMPARE((ClockPeriod{3, "ns"}).picoseconds(), 3000);

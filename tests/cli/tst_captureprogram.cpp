@@ -64,6 +64,10 @@ private Q_SLOTS:
     void init();
     void writesEveryFormat();
     void tellsResultsAsJson();
+    void savesProjects();
+    void exportsProjects();
+    void refusesProjects_data();
+    void refusesProjects();
     void drawsPictures();
     void endsWithItsStatus_data();
     void endsWithItsStatus();
@@ -159,6 +163,113 @@ void tst_CaptureProgram::tellsResultsAsJson()
     QCOMPARE(captures.first()["samples"].toInt(), 256);
     QCOMPARE(captures.first()["trigger_position"].toInt(), 16);
     QVERIFY(QFile::exists(captures.first()["files"].toArray().first().toString()));
+}
+
+void tst_CaptureProgram::savesProjects()
+{
+    board(TestDesign());
+    const QStringList description = lines(file("design.keo"));
+    const Outcome outcome =
+        run({"--device", "KR-A", "--auto", "2", "--save", "new/p.1.analyzer_prj", "design.keo"});
+    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
+    QCOMPARE(outcome.output.split(u'\n', Qt::SkipEmptyParts),
+             (QStringList{file("new/p.1.analyzer_prj"), file("new/p.xml")}));
+    const QStringList project = lines(file("new/p.1.analyzer_prj"));
+    QVERIFY(project.contains("KEO_FILE=" + file("design.keo")));
+    QVERIFY(project.contains("DATA_FILE=" + file("new/p.xml")));
+    QCOMPARE(lines(file("design.keo")), description); // the tool flow's file stays
+    // Only the last round.
+    QCOMPARE(lines(file("new/p.xml")).filter("<Window").size(), 1);
+
+    QVERIFY(QFile::remove(file("new/p.xml")) && QDir(m_directory->path()).mkdir("new/p.xml"));
+    const Outcome blocked =
+        run({"--device", "KR-A", "--save", "new/p.1.analyzer_prj", "design.keo"});
+    QCOMPARE(blocked.status, 6);
+    QVERIFY2(blocked.errors.contains(file("new/p.xml")), qPrintable(blocked.errors));
+    QCOMPARE(lines(file("new/p.1.analyzer_prj")), project);
+}
+
+// Saved and exported, the capture gives the files that it gives at once. No server can be reached.
+void tst_CaptureProgram::exportsProjects()
+{
+    TestDesign design;
+    design.windows = 2;
+    design.cores = 2;
+    board(design);
+    const QStringList formats{"--format", "csv",      "--format", "vcd",    "--format",
+                              "prn",      "--period", "10ns",     "--name", "capture"};
+    const Outcome captured = run(QStringList{"--device", "KR-A", "--core", "0", "--core", "1",
+                                             "--out", "once", "--save", "p.analyzer_prj"} +
+                                 formats + QStringList("design.keo"));
+    QVERIFY2(captured.status == 0, qPrintable(captured.errors));
+
+    QVERIFY(QDir(m_directory->path()).mkpath("SignalScope/bin"));
+    const QString lonely = file("SignalScope/bin/signalscope-capture");
+    QVERIFY(QFile::copy(kProgram, lonely));
+    const auto runLonely = [&](const QStringList &arguments) {
+        QProcess process;
+        process.setWorkingDirectory(m_directory->path());
+        process.start(lonely, arguments);
+        return finished(process);
+    };
+    const Outcome outcome =
+        runLonely(QStringList{"--open", "p.analyzer_prj", "--out", "again"} + formats);
+    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
+    const QStringList once = QDir(file("once")).entryList(QDir::Files, QDir::Name);
+    QCOMPARE(once.size(), 12);
+    QCOMPARE(QDir(file("again")).entryList(QDir::Files, QDir::Name), once);
+    QCOMPARE(outcome.output.count(file("again/")), 12);
+    for (const QString &name : once) {
+        const auto content = [&](const char *folder) {
+            QStringList all = lines(file(QLatin1String(folder) + u'/' + name));
+            all.removeIf([](const QString &line) { return line.contains(u':'); }); // the date
+            return all;
+        };
+        QCOMPARE(content("again"), content("once"));
+    }
+
+    const Outcome one = runLonely({"--open", "p.analyzer_prj", "--core", "1", "--json", "--picture",
+                                   "shot.png", "--out", "one"});
+    QVERIFY2(one.status == 0, qPrintable(one.errors));
+    const QJsonObject document = QJsonDocument::fromJson(one.output.toUtf8()).object();
+    QCOMPARE(document["captures"].toArray().size(), 2);
+    QCOMPARE(document["captures"].toArray().first()["samples"].toInt(), design.amount);
+    QVERIFY(!QImage(file("shot_core1_window0.png")).isNull());
+    QVERIFY(QFile::exists(file("one/p_core1_window1.vcd")));
+    QCOMPARE(runLonely({"--open", "p.analyzer_prj", "--core", "7"}).status, 2);
+}
+
+void tst_CaptureProgram::refusesProjects_data()
+{
+    QTest::addColumn<QByteArray>("data");
+    QTest::addColumn<QString>("words");
+    QTest::newRow("no data file") << QByteArray() << "p.xml";
+    QTest::newRow("cut off") << QByteArray("<WaveData><Window") << "Error when reading data file.";
+    QTest::newRow("another design")
+        << QByteArray("<WaveData><Window/></WaveData>") << "Data file miss match the project";
+    QTest::newRow("no waves") << QByteArray("<WaveData/>") << "holds no waves";
+    QTest::newRow("no description") << QByteArray("gone") << "design.keo can not be used";
+}
+
+void tst_CaptureProgram::refusesProjects()
+{
+    QFETCH(QByteArray, data);
+    QFETCH(QString, words);
+    TestDesign().write(m_directory->path());
+    const auto writeFile = [&](const char *name, const QByteArray &text) {
+        QFile out(file(QLatin1String(name)));
+        QVERIFY(out.open(QIODevice::WriteOnly) && out.write(text) == text.size());
+    };
+    writeFile("p.analyzer_prj", "[General]\nKEO_FILE=" + file("design.keo").toUtf8() +
+                                    "\nDATA_FILE=" + file("p.xml").toUtf8() + "\n");
+    if (!data.isNull())
+        writeFile("p.xml", data);
+    if (data == "gone")
+        QVERIFY(QFile::remove(file("design.keo")));
+    const Outcome outcome = run({"--open", "p.analyzer_prj"});
+    QCOMPARE(outcome.status, 6);
+    QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
+    QCOMPARE(QDir(m_directory->path()).entryList({"*.vcd"}).size(), 1); // the stimulus
 }
 
 // The trigger stands at sample 16 of 256: a yellow line above the black ground in each picture.

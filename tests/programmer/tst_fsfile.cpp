@@ -2,7 +2,6 @@
 
 #include <programmer/devicechain.h>
 #include <programmer/devicedatabase.h>
-#include <programmer/filewatch.h>
 #include <programmer/fsheader.h>
 #include <support/testmain.h>
 
@@ -19,7 +18,6 @@ private Q_SLOTS:
     void headers_data();
     void headers();
     void largeFileTakesLittleMemory();
-    void noticesEveryKindOfChange();
 };
 
 namespace {
@@ -130,46 +128,6 @@ void tst_FsFile::largeFileTakesLittleMemory()
     QCOMPARE(header.checksum, "77");
     QCOMPARE(header.claims.size(), 1);
     QVERIFY2(before > 0 && peakMemory() - before < 100, qPrintable(QString::number(peakMemory())));
-}
-
-void tst_FsFile::noticesEveryKindOfChange()
-{
-    QTemporaryDir directory;
-    const QString path = directory.filePath("a.fs");
-    write(path, "1");
-    FileWatch watch;
-    watch.setFiles({path, path, {}, directory.filePath("missing.fs")});
-    QCOMPARE(watch.files(), QStringList(path));
-    QSignalSpy changes(&watch, &FileWatch::fileChanged);
-    const auto replace = [&] {
-        write(path + ".new", "2");
-        QFile::remove(path);
-        QVERIFY(QFile::rename(path + ".new", path));
-    };
-    // In place, in pieces: one change, and not before the end.
-    for (int i = 0; i < 5; ++i) {
-        write(path, QByteArray(10 + i, 'x'));
-        QTest::qWait(FileWatch::kSettleTime / 2);
-        QCOMPARE(changes.size(), 0);
-    }
-    QTRY_COMPARE(changes.size(), 1);
-    // By another file, twice, since the watch of the first one ends with it.
-    replace();
-    QTRY_COMPARE(changes.size(), 2);
-    replace();
-    QTRY_COMPARE(changes.size(), 3);
-    // Taken away, and brought back later than a replacement takes.
-    QFile::remove(path);
-    QTRY_COMPARE(changes.size(), 4);
-    QTest::qWait(2 * FileWatch::kSettleTime);
-    write(path, "3");
-    QTRY_COMPARE(changes.size(), 5);
-    write(path, "44");
-    QTRY_COMPARE(changes.size(), 6);
-    watch.setFiles({});
-    write(path, "555");
-    QTest::qWait(3 * FileWatch::kSettleTime);
-    QCOMPARE(changes.size(), 6);
 }
 
 KEO_TEST_MAIN(tst_FsFile)

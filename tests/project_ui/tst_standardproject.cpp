@@ -213,7 +213,7 @@ void tst_StandardProject::captureShowsTheStimulus()
     QTRY_VERIFY_WITH_TIMEOUT(!w.project->isBusy(), kCaptureTime);
 
     QVERIFY(!ProjectWindow::tip());
-    QCOMPARE(w.enabled(), "OS----EP"); // two windows: no Auto
+    QCOMPARE(w.enabled(), "OS---WEP"); // two windows: no Auto
     QCOMPARE(w.titles(), (QStringList{"Configuration", "core 3 window 0", "core 3 window 1"}));
     QCOMPARE(w.tabs->currentIndex(), 1);
     QVERIFY(w.wave(1)->domain() != w.wave(2)->domain());

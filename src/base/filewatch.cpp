@@ -99,7 +99,8 @@ void FileWatch::look()
     if (m_known.surelyEquals(present))
         return;
     m_known = present;
-    Q_EMIT fileChanged(m_path);
+    const QString path = m_path; // a listener may end this watch
+    Q_EMIT fileChanged(path);
 }
 
 } // namespace KEO
