@@ -114,8 +114,11 @@ private:
 bool isIniText(const QByteArray &bytes)
 {
     const IniCopy copy(bytes);
-    return !copy.fault() &&
-           QSettings(copy.path(), QSettings::IniFormat).status() == QSettings::NoError;
+    if (copy.fault())
+        return false;
+    const QSettings settings(copy.path(), QSettings::IniFormat);
+    (void)settings.allKeys(); // only now it looks at the lines
+    return settings.status() == QSettings::NoError;
 }
 
 /// What is to stay of the file at \a path: nothing if it is none of ours.

@@ -279,7 +279,8 @@ void tst_LiteRoad::fromCaptureToSessionAndBack()
     });
     d.click("Export");
     QVERIFY(dialog.seen());
-    QCOMPARE(bytesOf(d.directory.filePath("waves.csv")).split('\n').size(), design.amount + 2);
+    const QByteArray last = bytesOf(d.directory.filePath("waves.csv")).trimmed().split('\n').last();
+    QVERIFY2(last.startsWith(QByteArray::number(design.amount) + ','), last);
     QVERIFY(d.boxes.isEmpty());
 }
 
