@@ -8,6 +8,7 @@
 #include "runtoolbar.h"
 #include "waitingtip.h"
 
+#include <capture/capturemanager.h>
 #include <export/exportdialog.h>
 #include <link/jtagsession.h>
 #include <programmer/keoprogrammerwidget.h>
@@ -27,12 +28,23 @@ using WaveMonitor::WaveMonitorWidget;
 
 namespace {
 
+/// By flat position.
+QMap<int, SignalNames> namesIn(const WaveMonitorWidget &wave)
+{
+    QMap<int, SignalNames> names;
+    const QMap<int, WaveMonitor::SignalElement> elements = wave.signalMap();
+    for (auto element = elements.begin(); element != elements.end(); ++element)
+        names.insert(element.key(), {element->name, element->text});
+    return names;
+}
+
 } // namespace
 
-CaptureProject::CaptureProject(QObject *parent)
+CaptureProject::CaptureProject(LayoutKey layoutKey, QObject *parent)
     : AnalyzerProject(parent),
       m_descriptionWatch(new DescriptionWatch([this] { return isBusy(); }, this)),
-      m_programmer(new ProgrammerPage(this))
+      m_programmer(new ProgrammerPage(this)),
+      m_waveTabs(layoutKey)
 {
     connectDescriptionWatch();
 }
@@ -58,9 +70,9 @@ void CaptureProject::connectDescriptionWatch()
     });
 }
 
-void CaptureProject::watchDescription()
+bool CaptureProject::isBusy() const
 {
-    m_descriptionWatch->start(m_keoFilePath, m_page);
+    return manager().state() != CaptureState::Idle;
 }
 
 void CaptureProject::deletePage()
@@ -73,8 +85,10 @@ void CaptureProject::setupProject(QWidget *mainWindow)
     m_mainWindow = mainWindow;
     if (mainWindow)
         mainWindow->installEventFilter(this);
-    if (!m_runToolBar)
+    if (!m_runToolBar) {
         buildToolBar();
+        connectManager();
+    }
     if (!m_page)
         m_page = buildPage();
     m_programmer->reset();
@@ -105,6 +119,12 @@ void CaptureProject::buildToolBar()
     connect(a.saveAction, &QAction::triggered, this, &CaptureProject::onSave);
 }
 
+void CaptureProject::connectManager()
+{
+    connect(&manager(), &CaptureManager::triggerComplete, this, &CaptureProject::onComplete);
+    connect(&manager(), &CaptureManager::statusChanged, this, &CaptureProject::updateIsBusy);
+}
+
 bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askStop)
 {
     const QPointer<CaptureProject> self(this);
@@ -120,11 +140,10 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
     m_keoFilePath.clear();
     m_projectFilePath.clear();
     m_dataFilePath.clear();
-    if (m_runToolBar)
-        m_runToolBar->actions().saveAction->setEnabled(false);
     if (toolBarGetter && m_runToolBar)
         m_runToolBar->detach(*toolBarGetter());
     clearWaveMonitors(WaveTabs::Layouts::Forget);
+    updateActions(); // takes Save and Export away with the waves
     if (QTabWidget *tabs = tabWidget())
         tabs->removeTab(tabs->indexOf(m_page));
     if (m_mainWindow)
@@ -194,12 +213,29 @@ void CaptureProject::startCapture(RunKind kind)
         return;
     }
     WaitingTip::show(m_mainWindow);
-    openDevice(m_programmer->deviceChain());
+    manager().openDevice(m_programmer->deviceChain());
     clearWaveMonitors(WaveTabs::Layouts::Keep);
     if (kind == RunKind::Auto)
-        setAutorun(0);
+        manager().setAutorun(0);
     startRun();
     updateActions();
+}
+
+void CaptureProject::onStop()
+{
+    const QPointer<CaptureProject> self(this);
+    manager().stop();
+    if (!self)
+        return;
+    updateActions();
+    showInformation(stoppedText());
+}
+
+void CaptureProject::onForceTrigger()
+{
+    forceTrigger();
+    updateActions();
+    showInformation(forcedText());
 }
 
 void CaptureProject::onZoomIn()
@@ -246,7 +282,7 @@ void CaptureProject::onComplete(int resultID)
 
 void CaptureProject::setDevice(const QString &family, const QString &device, const QString &fsFile)
 {
-    setDeviceName(device);
+    manager().setDeviceName(device);
     if (m_programmer->widget())
         m_programmer->widget()->setDevice(family, device, fsFile);
 }
@@ -270,10 +306,9 @@ KeoProgrammerWidget *CaptureProject::makeProgrammerWidget()
     return widget;
 }
 
-void CaptureProject::setDesignId(const QString &id)
+QString CaptureProject::targetName() const
 {
-    if (m_programmer->widget())
-        m_programmer->widget()->setDesignId(id);
+    return m_programmer->widget() ? m_programmer->widget()->targetName() : QString();
 }
 
 void CaptureProject::updateIsBusy(bool isBusy)
@@ -296,7 +331,7 @@ void CaptureProject::onProgrammerChanged(bool succ, const QString &text)
 {
     m_programmer->setStatus(succ, text);
     if (succ)
-        setDeviceName(m_programmer->widget()->targetName());
+        manager().setDeviceName(targetName());
     updateActions();
 }
 
@@ -329,7 +364,7 @@ void CaptureProject::updateActions()
     situation.canStart = canStart();
     situation.canAuto = canAuto();
     situation.needsProgramming = m_programmer->needsProgramming();
-    situation.autorun = autorun();
+    situation.autorun = manager().autorun();
     situation.hasWaves = !m_waveTabs.isEmpty();
     const RunControls controls = runControls(situation);
 
@@ -351,7 +386,7 @@ void CaptureProject::updateActions()
 
 void CaptureProject::showCapture(const CapturedWindow &captured)
 {
-    const int rounds = autorun();
+    const int rounds = manager().autorun();
     if (rounds >= 1 && !m_waveTabs.isEmpty()) {
         m_waveTabs.updateFirst(captured.elements, rounds);
         return;
@@ -373,7 +408,7 @@ void CaptureProject::clearWaveMonitors(WaveTabs::Layouts layouts)
 {
     if (layouts == WaveTabs::Layouts::Keep) {
         for (const WaveMonitorWidget *wave : m_waveTabs.monitors())
-            keepNames(*wave);
+            keepNames(wave->coreNumber(), namesIn(*wave));
     }
     m_waveTabs.clear(tabWidget(), layouts);
 }
@@ -398,6 +433,8 @@ void CaptureProject::showWarning(const QString &text)
 
 void CaptureProject::showInformation(const QString &text)
 {
+    if (text.isEmpty())
+        return;
     const QString title = m_mainWindow ? m_mainWindow->windowTitle() : QString();
     showBox(QMessageBox::Information, m_mainWindow, title, text);
 }

@@ -3,10 +3,13 @@
 #include "analyzerproject.h"
 #include "datafilereader.h"
 #include "datafilewriter.h"
+#include "projectfile.h"
 #include "wavetabs.h"
 
+#include <config/signalentry.h>
 #include <export/exportfiles.h>
 
+#include <QMap>
 #include <QPointer>
 #include <QSet>
 #include <QString>
@@ -16,14 +19,15 @@
 
 namespace KEO {
 
+class CaptureManager;
 class DescriptionWatch;
 class KeoProgrammerWidget;
 class ProgrammerPage;
 class RunToolBar;
 
 /// What the standard and the lite project have in common: their place in the main window, the run
-/// control from Start to the last wave, and the tabs with the waves. A kind of project adds its
-/// page, its data manager and the texts in which the kinds differ.
+/// control from Start to the last wave, the tabs with the waves, and their files. A kind of project
+/// adds its page, its data manager and what the kinds tell in different words.
 ///
 /// Everything runs on the GUI thread, much of it inside the signals of a data manager or inside a
 /// box's event loop. A run may be stopped, and the project closed or deleted, in either.
@@ -32,12 +36,15 @@ class CaptureProject : public AnalyzerProject
     Q_OBJECT
 
 public:
-    explicit CaptureProject(QObject *parent = nullptr);
     ~CaptureProject() override;
 
+    [[nodiscard]] bool isBusy() const final;
     void setupProject(QWidget *mainWindow) final;
     bool closeProject(QWidget *parent, const std::function<bool()> &askStop) final;
-
+    /// Takes ".keo" and ".zeo" descriptions and ".analyzer_prj" project files. False during a
+    /// capture, for any other extension (letter case counts), and after an error, which it has then
+    /// shown.
+    bool openFile(const QString &path) final;
     void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
 
     /// F3 forces the trigger and F4 stops, and both take the waiting tip away.
@@ -48,8 +55,8 @@ public:
 public Q_SLOTS:
     void onStart();
     void onAuto();
-    virtual void onStop() = 0;
-    virtual void onForceTrigger() = 0;
+    void onStop();
+    void onForceTrigger();
     void onZoomIn();
     void onZoomOut();
     void onZoomFit();
@@ -72,8 +79,13 @@ Q_SIGNALS:
 protected:
     enum class RunKind { Single, Auto };
 
+    /// How the arrangements of the waves find their windows in the next capture.
+    explicit CaptureProject(LayoutKey layoutKey, QObject *parent);
+
     // What a kind of project has to tell or do.
 
+    /// Owned by the class of the kind. Not asked for while that is being made or destroyed.
+    [[nodiscard]] virtual CaptureManager &manager() const = 0;
     /// The tab with the settings, the programmer on top. Called once.
     virtual QWidget *buildPage() = 0;
     [[nodiscard]] virtual QString pageTitle() const = 0;
@@ -82,17 +94,16 @@ protected:
     virtual void setPageEnabled(bool enabled) = 0;
     [[nodiscard]] virtual bool canStart() const = 0; ///< judged while idle
     [[nodiscard]] virtual bool canAuto() const = 0;  ///< judged while idle
-    /// Finished rounds of an Auto run, -1 outside of one.
-    [[nodiscard]] virtual int autorun() const = 0;
-    virtual void setAutorun(int rounds) = 0;
-    /// Device model of the runs.
-    virtual void setDeviceName(const QString &name) = 0;
-    virtual void openDevice(const QVariantList &chain) = 0;
     /// Takes the settings over from the page and starts.
     virtual void startRun() = 0;
-    /// The user's names of a wave tab that is about to go belong to the core.
-    virtual void keepNames(const WaveMonitor::WaveMonitorWidget &wave) = 0;
-    /// The project leaves the main window: ends the run and lets go of the design as its kind does.
+    virtual void forceTrigger() = 0;
+    /// What a box says when the user has stopped a run, or forced its trigger; empty for no box.
+    [[nodiscard]] virtual QString stoppedText() const = 0;
+    [[nodiscard]] virtual QString forcedText() const = 0;
+    /// A wave tab of the core with that number is about to go; the names that the user gave its
+    /// signals, by flat position, belong to the core.
+    virtual void keepNames(int core, const QMap<int, SignalNames> &names) = 0;
+    /// The project leaves the main window: what becomes of a run and of the design.
     virtual void leaveDesign() = 0;
     /// The sentence for a result that has no text of its own.
     [[nodiscard]] virtual QString unknownErrorText(int resultID) const = 0;
@@ -103,6 +114,11 @@ protected:
 
     // What a kind of project has to tell about its files.
 
+    /// Loads the description at \a path and shows it on the page. Fills in its check value.
+    [[nodiscard]] virtual bool loadDesign(const QString &path, QString &id) = 0;
+    /// Opens a saved session: takes its three paths over and shows its waves. False after an error,
+    /// which it has then shown.
+    [[nodiscard]] virtual bool openProjectFile(const QString &path) = 0;
     /// Takes the settings over from the page and writes them into the description at \a path.
     /// False if that file can't be written.
     [[nodiscard]] virtual bool saveDescription(const QString &path) = 0;
@@ -126,10 +142,8 @@ protected:
 
     /// For the page: a new programmer, which the page owns.
     [[nodiscard]] KeoProgrammerWidget *makeProgrammerWidget();
-    /// The check value of the description that has been loaded, for the programmer.
-    void setDesignId(const QString &id);
-    /// For the data manager: a step of a run.
-    void updateIsBusy(bool isBusy);
+    /// Model of the device with the cores, as the programmer has it; empty without a device.
+    [[nodiscard]] QString targetName() const;
     /// The one place that decides what is enabled. Whatever changes the state of a run ends here.
     void updateActions();
     /// Shows one capture window: as the next round of an Auto run, or in a new tab.
@@ -143,10 +157,11 @@ protected:
     /// there are none. Loaded also when the file belongs to another design. The box may see the
     /// project closed or deleted.
     DataFileState loadDataFile(const QString &path);
-    /// A modal box under the window's title.
-    void showInformation(const QString &text);
-    /// Call it after each successful openFile: from now on the user hears of changes on disk.
-    void watchDescription();
+    /// What the project file at \a path says; nothing, with the reason in the debug log, if it
+    /// can't be read or its description can't be loaded.
+    [[nodiscard]] std::optional<ProjectFile> loadProject(const QString &path);
+    [[nodiscard]] static QString invalidDescriptionText();
+    [[nodiscard]] bool isOpen() const { return !m_keoFilePath.isEmpty(); }
     /// For the destructors of the kinds: the page goes while there still is somebody to talk to.
     void deletePage();
 
@@ -157,6 +172,13 @@ protected:
 
 private:
     void buildToolBar();
+    void connectManager();
+    [[nodiscard]] bool openDescription(const QString &path);
+    /// Hands the description's check value to the programmer as well.
+    [[nodiscard]] bool takeDesign(const QString &path);
+    void updateIsBusy(bool isBusy);
+    /// A modal box under the window's title; none without a text.
+    void showInformation(const QString &text);
     void connectDescriptionWatch();
     [[nodiscard]] QString errorText(int resultID) const;
     /// Starts if the programmer's chain allows it.

@@ -1,10 +1,12 @@
-// The files of a project: what both kinds do alike to save and to show what was saved.
+// The files of a project: what both kinds do alike to open, to save and to show what was saved.
 
 #include "captureproject.h"
-#include "projectfile.h"
+#include "descriptionwatch.h"
+#include "programmerpage.h"
 #include "projectlog.h"
 #include "savedialog.h"
 
+#include <programmer/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QFileInfo>
@@ -15,6 +17,58 @@
 namespace KEO {
 
 using WaveMonitor::WaveMonitorWidget;
+
+bool CaptureProject::openFile(const QString &path)
+{
+    if (isBusy())
+        return false;
+    const QPointer<CaptureProject> self(this);
+    bool isOpened = false;
+    if (path.endsWith(QLatin1String(".analyzer_prj")))
+        isOpened = openProjectFile(path);
+    else if (path.endsWith(QLatin1String(".keo")) || path.endsWith(QLatin1String(".zeo")))
+        isOpened = openDescription(path);
+    if (isOpened && self) {
+        updateActions();
+        m_descriptionWatch->start(m_keoFilePath, m_page);
+    }
+    return isOpened;
+}
+
+bool CaptureProject::openDescription(const QString &path)
+{
+    if (!takeDesign(path)) {
+        showError(invalidDescriptionText());
+        return false;
+    }
+    m_keoFilePath = path;
+    return true;
+}
+
+bool CaptureProject::takeDesign(const QString &path)
+{
+    QString designId;
+    if (!loadDesign(path, designId))
+        return false;
+    if (m_programmer->widget())
+        m_programmer->widget()->setDesignId(designId);
+    return true;
+}
+
+std::optional<ProjectFile> CaptureProject::loadProject(const QString &path)
+{
+    const Result<ProjectFile> project = readProjectFile(path);
+    if (!project)
+        qCDebug(keoProject).noquote() << project.error().message;
+    if (!project || !takeDesign(project->keoFile))
+        return std::nullopt;
+    return *project;
+}
+
+QString CaptureProject::invalidDescriptionText()
+{
+    return tr("Invalid KEO file specified in project.");
+}
 
 void CaptureProject::onSave()
 {

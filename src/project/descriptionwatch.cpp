@@ -18,7 +18,6 @@ DescriptionWatch::DescriptionWatch(std::function<bool()> isBusy, QObject *parent
 void DescriptionWatch::start(const QString &keoFilePath, QWidget *page)
 {
     stop();
-    removeBanners();
     m_page = page;
     m_keoFilePath = keoFilePath;
     m_fileWatcher.watch(keoFilePath);
@@ -27,6 +26,7 @@ void DescriptionWatch::start(const QString &keoFilePath, QWidget *page)
 void DescriptionWatch::stop()
 {
     m_fileWatcher.stop();
+    removeBanners();
     m_keoFilePath.clear();
     m_reloadPending = false;
 }

@@ -25,10 +25,10 @@ public:
     /// \a isBusy says whether a capture is going on.
     explicit DescriptionWatch(std::function<bool()> isBusy, QObject *parent = nullptr);
 
-    /// A description has been opened: takes old banners away and watches \a keoFilePath. Banners
+    /// A description has been opened: watches \a keoFilePath in place of another one. Banners
     /// come to the top of the vertical layout of \a page, which is borrowed.
     void start(const QString &keoFilePath, QWidget *page);
-    /// The project is closed: nothing is watched or told any more.
+    /// The project is closed: nothing is watched or told any more, and what was told goes.
     void stop();
     /// Call it when no capture is going on: tells of a change during the last one, once.
     void tellPending();

@@ -3,8 +3,6 @@
 #include "capturedisplay.h"
 #include "datafilecheck.h"
 #include "exportcore.h"
-#include "projectfile.h"
-#include "projectlog.h"
 #include "runcontrols.h"
 
 #include <capture/standarddatamanager.h>
@@ -54,14 +52,11 @@ QDockWidget *makeFixedDock(const char *name, const QString &title, QWidget *cont
 } // namespace
 
 KeoStandardAnalyzerProject::KeoStandardAnalyzerProject(QObject *parent)
-    : CaptureProject(parent), m_dataManager(std::make_unique<KeoStandardDataManager>())
+    : CaptureProject(LayoutKey::CoreAndWindow, parent),
+      m_dataManager(std::make_unique<KeoStandardDataManager>())
 {
     connect(m_dataManager.get(), &KeoStandardDataManager::readRamComplete, this,
             &KeoStandardAnalyzerProject::drawSignalView);
-    connect(m_dataManager.get(), &KeoStandardDataManager::triggerComplete, this,
-            &KeoStandardAnalyzerProject::onComplete);
-    connect(m_dataManager.get(), &KeoStandardDataManager::statusChanged, this,
-            &KeoStandardAnalyzerProject::updateIsBusy);
 }
 
 KeoStandardAnalyzerProject::~KeoStandardAnalyzerProject()
@@ -69,69 +64,37 @@ KeoStandardAnalyzerProject::~KeoStandardAnalyzerProject()
     deletePage();
 }
 
-bool KeoStandardAnalyzerProject::isBusy() const
+CaptureManager &KeoStandardAnalyzerProject::manager() const
 {
-    return m_dataManager->state() != CaptureState::Idle;
+    return *m_dataManager;
 }
 
-bool KeoStandardAnalyzerProject::openFile(const QString &path)
+bool KeoStandardAnalyzerProject::loadDesign(const QString &path, QString &id)
 {
-    if (isBusy())
-        return false;
-    const QPointer<KeoStandardAnalyzerProject> self(this);
-    bool isOpen = false;
-    if (path.endsWith(QLatin1String(".analyzer_prj")))
-        isOpen = openProjectFile(path);
-    else if (path.endsWith(QLatin1String(".keo")) || path.endsWith(QLatin1String(".zeo")))
-        isOpen = openKeoFile(path);
-    if (isOpen && self) {
-        updateActions();
-        watchDescription();
+    if (m_dynamicConfigWidget) {
+        m_dynamicConfigWidget->saveToCore();
+        m_dynamicConfigWidget->setCore(nullptr); // loading deletes the cores
     }
-    return isOpen;
-}
-
-bool KeoStandardAnalyzerProject::openKeoFile(const QString &path)
-{
-    if (!loadCores(path)) {
-        showError(tr("Invalid KEO file specified in project."));
-        return false;
-    }
-    m_keoFilePath = path;
-    updateCoreTree();
-    return true;
+    const bool isLoaded = m_dataManager->load(path, id);
+    if (isLoaded)
+        updateCoreTree();
+    else
+        showCore(m_coreTree ? m_coreTree->indexOfTopLevelItem(m_coreTree->currentItem()) : -1);
+    return isLoaded;
 }
 
 bool KeoStandardAnalyzerProject::openProjectFile(const QString &path)
 {
-    const Result<ProjectFile> project = readProjectFile(path);
-    if (!project)
-        qCDebug(keoProject).noquote() << project.error().message;
-    if (!project || !loadCores(project->keoFile)) {
+    const std::optional<ProjectFile> project = loadProject(path);
+    if (!project) {
         showError(tr("Invalid KEO file specified in project file."));
         return false;
     }
     m_keoFilePath = project->keoFile;
     m_projectFilePath = path;
     m_dataFilePath = project->dataFile;
-    updateCoreTree();
-    loadDataFile(project->dataFile);
+    loadDataFile(project->dataFile); // without waves it is open all the same
     return true;
-}
-
-bool KeoStandardAnalyzerProject::loadCores(const QString &path)
-{
-    if (m_dynamicConfigWidget) {
-        m_dynamicConfigWidget->saveToCore();
-        m_dynamicConfigWidget->setCore(nullptr); // loading deletes the cores
-    }
-    QString designId;
-    const bool loaded = m_dataManager->load(path, designId);
-    if (loaded)
-        setDesignId(designId);
-    else
-        showCore(m_coreTree ? m_coreTree->indexOfTopLevelItem(m_coreTree->currentItem()) : -1);
-    return loaded;
 }
 
 bool KeoStandardAnalyzerProject::saveDescription(const QString &path)
@@ -161,20 +124,19 @@ KeoStandardAnalyzerProject::tabOf(const LoadedWindow &window) const
                     tr("core %1 Window %2").arg(place->core).arg(place->window)};
 }
 
-void KeoStandardAnalyzerProject::onStop()
+QString KeoStandardAnalyzerProject::stoppedText() const
 {
-    const QPointer<KeoStandardAnalyzerProject> self(this);
-    m_dataManager->stop();
-    if (!self)
-        return;
-    updateActions();
-    showInformation(tr("Capture Stopped!"));
+    return tr("Capture Stopped!");
 }
 
-void KeoStandardAnalyzerProject::onForceTrigger()
+QString KeoStandardAnalyzerProject::forcedText() const
+{
+    return {}; // the waves that come of it tell enough
+}
+
+void KeoStandardAnalyzerProject::forceTrigger()
 {
     m_dataManager->forceTrigger();
-    updateActions();
 }
 
 void KeoStandardAnalyzerProject::drawSignalView(int coreIdx, int winIdx)
@@ -285,26 +247,6 @@ bool KeoStandardAnalyzerProject::canAuto() const
     return suitsAuto(m_dataManager->activeCores());
 }
 
-int KeoStandardAnalyzerProject::autorun() const
-{
-    return m_dataManager->autorun();
-}
-
-void KeoStandardAnalyzerProject::setAutorun(int rounds)
-{
-    m_dataManager->setAutorun(rounds);
-}
-
-void KeoStandardAnalyzerProject::setDeviceName(const QString &name)
-{
-    m_dataManager->setDeviceName(name);
-}
-
-void KeoStandardAnalyzerProject::openDevice(const QVariantList &chain)
-{
-    m_dataManager->openDevice(chain);
-}
-
 void KeoStandardAnalyzerProject::startRun()
 {
     m_dynamicConfigWidget->saveToCore();
@@ -316,16 +258,10 @@ void KeoStandardAnalyzerProject::startRun()
     m_dataManager->start(positions);
 }
 
-void KeoStandardAnalyzerProject::keepNames(const WaveMonitorWidget &wave)
+void KeoStandardAnalyzerProject::keepNames(int core, const QMap<int, SignalNames> &names)
 {
-    CoreConfig *core = m_dataManager->coreByIndex(wave.coreNumber());
-    if (!core)
-        return;
-    QMap<int, SignalNames> names;
-    const QMap<int, SignalElement> elements = wave.signalMap();
-    for (auto element = elements.begin(); element != elements.end(); ++element)
-        names.insert(element.key(), {element->name, element->text});
-    core->applySignalNames(names);
+    if (CoreConfig *config = m_dataManager->coreByIndex(core))
+        config->applySignalNames(names);
 }
 
 void KeoStandardAnalyzerProject::leaveDesign()

@@ -24,15 +24,7 @@ public:
     explicit KeoStandardAnalyzerProject(QObject *parent = nullptr);
     ~KeoStandardAnalyzerProject() override;
 
-    [[nodiscard]] bool isBusy() const override;
-    /// Takes ".keo" and ".zeo" descriptions and ".analyzer_prj" project files. False during a
-    /// capture, for any other extension (letter case counts), and after an error in the
-    /// description, which it has then shown. Without usable samples a project opens all the same.
-    bool openFile(const QString &path) override;
-
 public Q_SLOTS:
-    void onStop() override;
-    void onForceTrigger() override;
     /// \a coreIdx is CoreConfig::index.
     void drawSignalView(int coreIdx, int winIdx);
     void onWindowNumChanged();
@@ -40,23 +32,25 @@ public Q_SLOTS:
     void onKoChanged(QTreeWidgetItem *item);
 
 protected:
+    [[nodiscard]] CaptureManager &manager() const override;
     QWidget *buildPage() override;
     [[nodiscard]] QString pageTitle() const override;
     void resetPage() override;
     void setPageEnabled(bool enabled) override;
     [[nodiscard]] bool canStart() const override;
     [[nodiscard]] bool canAuto() const override;
-    [[nodiscard]] int autorun() const override;
-    void setAutorun(int rounds) override;
-    void setDeviceName(const QString &name) override;
-    void openDevice(const QVariantList &chain) override;
     void startRun() override;
-    void keepNames(const WaveMonitor::WaveMonitorWidget &wave) override;
+    void forceTrigger() override;
+    [[nodiscard]] QString stoppedText() const override;
+    [[nodiscard]] QString forcedText() const override;
+    void keepNames(int core, const QMap<int, SignalNames> &names) override;
     void leaveDesign() override;
     [[nodiscard]] QString unknownErrorText(int resultID) const override;
     [[nodiscard]] ExportMode exportMode() const override { return ExportMode::Standard; }
     [[nodiscard]] QList<ExportCore>
     exportCores(const QList<WaveMonitor::WaveMonitorWidget *> &monitors) const override;
+    [[nodiscard]] bool loadDesign(const QString &path, QString &id) override;
+    [[nodiscard]] bool openProjectFile(const QString &path) override;
     [[nodiscard]] bool saveDescription(const QString &path) override;
     [[nodiscard]] WindowToSave numbersOf(const WaveMonitor::WaveMonitorWidget &wave,
                                          int position) const override;
@@ -64,10 +58,6 @@ protected:
     [[nodiscard]] std::optional<SavedTab> tabOf(const LoadedWindow &window) const override;
 
 private:
-    bool openKeoFile(const QString &path);
-    bool openProjectFile(const QString &path);
-    /// Loads the description; the page shows the old one on when that fails.
-    bool loadCores(const QString &path);
     void updateCoreTree();
     /// Shows the core at that position of the tree; a clear page if there is none.
     void showCore(int position);

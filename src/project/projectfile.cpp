@@ -111,11 +111,22 @@ private:
     std::optional<Error> m_fault;
 };
 
+bool isIniText(const QByteArray &bytes)
+{
+    const IniCopy copy(bytes);
+    if (copy.fault())
+        return false;
+    const QSettings settings(copy.path(), QSettings::IniFormat);
+    (void)settings.allKeys(); // only now it looks at the lines
+    return settings.status() == QSettings::NoError;
+}
+
 /// What is to stay of the file at \a path: nothing if it is none of ours.
 QByteArray presentContent(const QString &path)
 {
     const Result<QByteArray> bytes = readWholeFile(path, kMaxProjectFileSize, LineEnds::AsTheyAre);
-    return bytes && !holdsSerialisedObject(*bytes) ? *bytes : QByteArray();
+    const bool isOurs = bytes && !holdsSerialisedObject(*bytes) && isIniText(*bytes);
+    return isOurs ? *bytes : QByteArray();
 }
 
 } // namespace

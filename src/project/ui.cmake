@@ -6,6 +6,8 @@ keo_add_library(project_ui
         captureproject.cpp captureproject.h
         captureprojectfiles.cpp
         descriptionwatch.cpp descriptionwatch.h
+        keoliteanalyzerproject.cpp keoliteanalyzerproject.h
+        keolitetriggeroptionwidget.cpp keolitetriggeroptionwidget.h
         keostandardanalyzerproject.cpp keostandardanalyzerproject.h
         messagebox.cpp messagebox.h
         programmerpage.cpp programmerpage.h

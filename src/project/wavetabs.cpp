@@ -24,7 +24,9 @@ constexpr quint64 kDomainStep = 16;
 
 } // namespace
 
-WaveTabs::WaveTabs() = default;
+WaveTabs::WaveTabs(LayoutKey layoutKey) : m_layoutKey(layoutKey)
+{
+}
 
 WaveTabs::~WaveTabs()
 {
@@ -83,7 +85,8 @@ void WaveTabs::updateFirst(const QList<SignalElement> &elements, int rounds)
 
 void WaveTabs::clear(QTabWidget *tabs, Layouts layouts)
 {
-    if (layouts == Layouts::Forget)
+    // With one core and one window there is nothing to keep for a capture after the next.
+    if (layouts == Layouts::Forget || m_layoutKey == LayoutKey::Window)
         m_layoutCache.clear();
     // Out of the list first: a tab that goes lets another one come up, with events of its own.
     for (const auto &monitor : std::exchange(m_waveMonitors, {})) {
@@ -99,17 +102,19 @@ void WaveTabs::clear(QTabWidget *tabs, Layouts layouts)
 
 const WindowState *WaveTabs::layoutOf(int core, int window) const
 {
-    const auto found = std::ranges::find_if(m_layoutCache, [=](const auto &state) {
-        return state->core == core && state->window == window;
+    const auto found = std::ranges::find_if(m_layoutCache, [=, this](const auto &state) {
+        return state->window == window && (m_layoutKey == LayoutKey::Window || state->core == core);
     });
     return found == m_layoutCache.end() ? nullptr : found->get();
 }
 
 void WaveTabs::keepLayout(std::unique_ptr<WindowState> state)
 {
-    std::erase_if(m_layoutCache, [&](const auto &old) {
-        return old->core == state->core && old->window == state->window;
-    });
+    if (m_layoutKey == LayoutKey::CoreAndWindow) {
+        std::erase_if(m_layoutCache, [&](const auto &old) {
+            return old->core == state->core && old->window == state->window;
+        });
+    }
     m_layoutCache.push_back(std::move(state));
 }
 

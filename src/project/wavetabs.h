@@ -30,6 +30,10 @@ struct CapturedWindow
     QList<WaveMonitor::SignalElement> elements; ///< in flat order of `signals`
 };
 
+/// Which window an arrangement is for: that of one core and window number, which it keeps until a
+/// newer one comes; or any with the window number, and no longer than until the next capture.
+enum class LayoutKey { CoreAndWindow, Window };
+
 /// The wave monitors of a project, one for each core and window, and the arrangement that the user
 /// gave them, which outlives them from one capture to the next. Owns the monitors; a window that is
 /// destroyed under them may take them along.
@@ -38,7 +42,7 @@ class WaveTabs final
 public:
     enum class Layouts { Keep, Forget };
 
-    WaveTabs();
+    explicit WaveTabs(LayoutKey layoutKey);
     ~WaveTabs();
 
     [[nodiscard]] bool isEmpty() const;
@@ -55,7 +59,7 @@ public:
     /// New samples for the first monitor; an Auto run has only this one.
     void updateFirst(const QList<WaveMonitor::SignalElement> &elements, int rounds);
     /// Takes all monitors out of \a tabs, which may be null, and deletes them. Kept layouts replace
-    /// the older ones of their windows.
+    /// the older ones of their windows, or all older ones, see LayoutKey.
     void clear(QTabWidget *tabs, Layouts layouts);
 
 private:
@@ -63,7 +67,8 @@ private:
     void keepLayout(std::unique_ptr<WaveMonitor::WindowState> state);
 
     QList<QPointer<WaveMonitor::WaveMonitorWidget>> m_waveMonitors;
-    std::vector<std::unique_ptr<WaveMonitor::WindowState>> m_layoutCache; // one a window at most
+    LayoutKey m_layoutKey;
+    std::vector<std::unique_ptr<WaveMonitor::WindowState>> m_layoutCache;
 };
 
 } // namespace KEO

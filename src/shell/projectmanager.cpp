@@ -2,6 +2,7 @@
 
 #include <config/descriptionkind.h>
 #include <project/analyzerproject.h>
+#include <project/keoliteanalyzerproject.h>
 #include <project/keostandardanalyzerproject.h>
 #include <project/projectfile.h>
 
@@ -44,7 +45,9 @@ ProjectKind kindOfFile(const QString &path)
 ProjectFactories projectFactories()
 {
     return {{ProjectKind::Standard,
-             [](QObject *parent) { return std::make_unique<KeoStandardAnalyzerProject>(parent); }}};
+             [](QObject *parent) { return std::make_unique<KeoStandardAnalyzerProject>(parent); }},
+            {ProjectKind::Lite,
+             [](QObject *parent) { return std::make_unique<KeoLiteAnalyzerProject>(parent); }}};
 }
 
 ProjectManager::ProjectManager(QObject *parent, const ProjectFactories &factories) : QObject(parent)

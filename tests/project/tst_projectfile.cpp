@@ -70,6 +70,8 @@ void tst_ProjectFile::replacesWhatIsThere_data()
     QTest::newRow("serialised objects go")
         << QByteArray("[General]\nx=@Variant(\\0\\0\\0\\t\\xff)\n") << "[General]\n" + keys;
     QTest::newRow("empty") << QByteArray() << "[General]\n" + keys;
+    QTest::newRow("no settings at all")
+        << QByteArray("<?xml version=\"1.0\"?>\n<WaveData/>\n") << "[General]\n" + keys;
 }
 
 void tst_ProjectFile::replacesWhatIsThere()
