@@ -30,7 +30,7 @@ bool CableAccess::connectTo(const ServerRow &row)
 {
     const JtagConnection &connection = row.connection;
     if (!isListening(connection.serverName) &&
-        launchServers(m_processes, defaultServerDirectory(), {row}).isEmpty())
+        launchServers(m_processes, siblingDirectory(), {row}).isEmpty())
         return false;
     if (JtagSession::instance()->connectServer(connection, kConnectTime))
         return true;

@@ -42,6 +42,11 @@ struct Declarations
     QCommandLineOption period{"period", tr("Clock period, in us, ns or ps; default 1us."), "10ns"};
     QCommandLineOption picture{"picture", tr("Draw the capture, zoomed to fit."), "FILE.png"};
     QCommandLineOption size{"size", tr("Size of the picture in pixels; default 1280x720."), "WxH"};
+    QCommandLineOption save{
+        "save", tr("Save the capture as a project; exports only the formats asked for."),
+        "FILE.analyzer_prj"};
+    QCommandLineOption open{"open", tr("Export a saved project instead of capturing."),
+                            "FILE.analyzer_prj"};
     QCommandLineOption listCables{"list-cables", tr("List the cables that answer.")};
     QCommandLineOption json{"json", tr("Print one JSON document on standard output.")};
     QCommandLineOption quiet{"quiet", tr("No progress on standard error.")};
@@ -50,8 +55,14 @@ struct Declarations
 
     [[nodiscard]] QList<QCommandLineOption> all() const
     {
-        return {device, cable,  core,    chain, forceAfter, timeout, rounds, format, out,
-                name,   period, picture, size,  listCables, json,    quiet,  help,   version};
+        return {device, cable, core, chain,   forceAfter, timeout, rounds,
+                format, out,   name, period,  picture,    size,    listCables,
+                json,   quiet, help, version, save,       open};
+    }
+    /// What a capture needs and a saved project has no use for.
+    [[nodiscard]] QList<QCommandLineOption> ofCaptures() const
+    {
+        return {device, cable, chain, forceAfter, timeout, rounds, save};
     }
 };
 
@@ -130,6 +141,34 @@ Result<QSize> pictureSize(const QString &text)
     return size;
 }
 
+Result<QString> projectPath(const QString &option, const QString &path)
+{
+    if (!path.endsWith(".analyzer_prj"))
+        return usage(
+            tr("--%1 takes a file that ends in .analyzer_prj, not \"%2\".").arg(option, path));
+    return QFileInfo(path).absoluteFilePath();
+}
+
+/// The file to work on: the description FILE, or the project of --open.
+Result<QString> inputPath(const QCommandLineParser &parser, const Declarations &declared)
+{
+    const QStringList files = parser.positionalArguments();
+    if (parser.isSet(declared.open)) {
+        if (!files.isEmpty())
+            return usage(tr("--open takes no FILE."));
+        for (const QCommandLineOption &option : declared.ofCaptures()) {
+            if (parser.isSet(option))
+                return usage(tr("--%1 does not go with --open.").arg(option.names().first()));
+        }
+        return projectPath(QStringLiteral("open"), parser.value(declared.open));
+    }
+    if (files.size() != 1)
+        return usage(files.isEmpty() ? tr("FILE is missing.") : tr("Only one FILE is taken."));
+    if (!files.first().endsWith(".keo") && !files.first().endsWith(".zeo"))
+        return usage(tr("FILE must end in .keo or .zeo: %1").arg(files.first()));
+    return QFileInfo(files.first()).absoluteFilePath();
+}
+
 } // namespace
 
 Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
@@ -139,7 +178,8 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
     parser.setApplicationDescription(
         tr("Captures from an on-chip logic analyzer without a window: loads the core description "
            "FILE (.keo or .zeo), arms its cores through a cable server, waits for the trigger, "
-           "reads the samples and exports them.\n\nExit status: 0 captured, 2 usage, 3 no server, "
+           "reads the samples and exports them. Or exports what was saved as a project "
+           "before.\n\nExit status: 0 captured, 2 usage, 3 no server, "
            "4 timed out, 5 the device refused, 6 a file could not be read or written, 130 stopped "
            "by Ctrl-C."));
     parser.addOptions(declared.all());
@@ -160,18 +200,25 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
     options.json = parser.isSet(declared.json);
     options.quiet = parser.isSet(declared.quiet);
     options.cable = parser.value(declared.cable);
-    const QStringList files = parser.positionalArguments();
     if (parser.isSet(declared.listCables)) {
-        if (!files.isEmpty())
+        if (!parser.positionalArguments().isEmpty() || parser.isSet(declared.open))
             return usage(tr("--list-cables takes no FILE."));
         options.task = CaptureOptions::Task::ListCables;
         return options;
     }
-    if (files.size() != 1)
-        return usage(files.isEmpty() ? tr("FILE is missing.") : tr("Only one FILE is taken."));
-    if (!files.first().endsWith(".keo") && !files.first().endsWith(".zeo"))
-        return usage(tr("FILE must end in .keo or .zeo: %1").arg(files.first()));
-    options.file = QFileInfo(files.first()).absoluteFilePath();
+    const auto file = inputPath(parser, declared);
+    if (!file)
+        return file.error();
+    options.file = *file;
+    if (parser.isSet(declared.open))
+        options.task = CaptureOptions::Task::ExportSaved;
+    if (parser.isSet(declared.save)) {
+        const auto project = projectPath(QStringLiteral("save"), parser.value(declared.save));
+        if (!project)
+            return project.error();
+        options.project = *project;
+        options.formats.clear();
+    }
     options.device = parser.value(declared.device);
 
     const auto cores = numberList("core", parser.values(declared.core), 15);

@@ -15,10 +15,11 @@ namespace KEO {
 /// What the command line asks for.
 struct CaptureOptions
 {
-    enum class Task { Capture, ListCables, ShowHelp, ShowVersion };
+    enum class Task { Capture, ExportSaved, ListCables, ShowHelp, ShowVersion };
 
     Task task = Task::Capture;
-    QString file;        ///< core description, absolute path
+    QString file;        ///< core description, or the project of ExportSaved; absolute path
+    QString project;     ///< project file to save, absolute path; empty: none
     QString device;      ///< device model; may be empty
     QString cable;       ///< cable name; empty means the first that answers
     QList<int> cores;    ///< core numbers as the description gives them; empty means the first
@@ -26,9 +27,10 @@ struct CaptureOptions
     std::optional<qint64> forceAfter; ///< ms
     std::optional<qint64> timeout;    ///< ms
     std::optional<int> autoRounds;
-    QList<ExportFormat> formats{ExportFormat::Vcd}; ///< each once, in the order given
-    QString directory;                              ///< absolute path
-    QString baseName;                               ///< word characters only
+    /// Each once, in the order given. None if the capture is saved and nothing else is asked for.
+    QList<ExportFormat> formats{ExportFormat::Vcd};
+    QString directory; ///< absolute path
+    QString baseName;  ///< word characters only
     ClockPeriod period;
     QString picture;              ///< PNG file, absolute path; empty: none
     QSize pictureSize{1280, 720}; ///< pixels

@@ -1,12 +1,12 @@
 #include "capturepicture.h"
 
-#include <config/coreconfig.h>
-#include <project/capturedisplay.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QCoreApplication>
 #include <QEvent>
 #include <QPixmap>
+
+#include <utility>
 
 namespace KEO {
 
@@ -22,14 +22,13 @@ void deliverNotifications()
 
 } // namespace
 
-bool drawPicture(const QString &path, QSize size, const CoreConfig &core, int window,
-                 const QList<WaveMonitor::SignalElement> &elements)
+bool drawPicture(const QString &path, QSize size, int core, int window,
+                 WaveMonitor::WindowContents contents)
 {
     WaveMonitor::WaveMonitorWidget viewer(0, nullptr);
     viewer.resize(size);
-    addCapturedRows(viewer, core.signals, elements);
-    viewer.setTriggerPosition(core.trigger_pos);
-    viewer.setTitle(window, core.index);
+    viewer.loadWindow(std::move(contents));
+    viewer.setTitle(window, core);
     viewer.show();
     deliverNotifications();
     viewer.zoomFit();

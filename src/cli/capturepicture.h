@@ -1,18 +1,16 @@
 #pragma once
 
-#include <wave/signalelement.h>
+#include <wave/windowcontents.h>
 
-#include <QList>
 #include <QSize>
 #include <QString>
 
 namespace KEO {
 
-struct CoreConfig;
-
-/// Draws a captured window as the viewer shows it, zoomed so that all samples fit if they can, into
-/// a PNG file of \a size pixels. False if the file can't be written. Needs a QApplication.
-bool drawPicture(const QString &path, QSize size, const CoreConfig &core, int window,
-                 const QList<WaveMonitor::SignalElement> &elements);
+/// Draws window \a window of \a core as the viewer shows it, zoomed so that all samples fit if they
+/// can, into a PNG file of \a size pixels. False if the file can't be written. Needs a
+/// QApplication.
+bool drawPicture(const QString &path, QSize size, int core, int window,
+                 WaveMonitor::WindowContents contents);
 
 } // namespace KEO

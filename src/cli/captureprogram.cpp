@@ -7,6 +7,7 @@
 #include <project/capturedisplay.h>
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace KEO {
 
@@ -102,11 +104,14 @@ ExitStatus CaptureProgram::run()
     case CaptureOptions::Task::Capture:
         m_status = capture();
         break;
+    case CaptureOptions::Task::ExportSaved:
+        m_status = exportSaved();
+        break;
     }
     m_report.finish();
     if (!m_message.isEmpty())
         print(stderr, QStringLiteral("signalscope-capture: ") + m_message);
-    if (m_options.json && m_options.task == CaptureOptions::Task::Capture)
+    if (m_options.json && m_options.task != CaptureOptions::Task::ListCables)
         printJson();
     JtagSession::instance()->disconnectAll();
     return m_status;
@@ -137,9 +142,16 @@ ExitStatus CaptureProgram::capture()
     const Result<QList<int>> cores = loadCores();
     if (!cores)
         return fail(cores.error());
-    const Result<QString> directory = prepareDirectory(m_options.directory);
-    if (!directory)
-        return fail(directory.error());
+    if (!m_options.formats.isEmpty()) {
+        const Result<QString> directory = prepareDirectory(m_options.directory);
+        if (!directory)
+            return fail(directory.error());
+    }
+    if (!m_options.project.isEmpty()) {
+        const Result<QString> directory = prepareDirectory(QFileInfo(m_options.project).path());
+        if (!directory)
+            return fail(directory.error());
+    }
 
     Interruption::ignoreInChildren();
     const Result<QString> cable = m_cables.reach(m_options.cable);
@@ -156,6 +168,41 @@ ExitStatus CaptureProgram::capture()
     QTimer::singleShot(0, this, [this, cores] { startCapture(*cores); });
     QCoreApplication::exec();
     return m_status;
+}
+
+ExitStatus CaptureProgram::exportSaved()
+{
+    const auto fail = [this](const Error &error) {
+        m_message = error.message;
+        return statusOf(error.kind);
+    };
+    Result<SavedProject> project = openProject(m_options.file);
+    if (!project)
+        return fail(project.error());
+    const auto isWanted = [this](const SavedCapture &capture) {
+        return m_options.cores.isEmpty() || m_options.cores.contains(capture.core);
+    };
+    m_windows = int(std::ranges::count_if(project->captures, isWanted));
+    if (m_windows == 0)
+        return fail({Error::Usage, tr("The project has no waves of these cores.")});
+    const Result<QString> directory = prepareDirectory(m_options.directory);
+    if (!directory)
+        return fail(directory.error());
+    for (SavedCapture &capture : project->captures) {
+        if (!isWanted(capture))
+            continue;
+        const auto core = std::ranges::find_if(project->cores, [&](const auto &candidate) {
+            return candidate->index == capture.core;
+        });
+        const CaptureLabel label{capture.core, capture.window, 0};
+        const qsizetype samples = capture.contents.maxDataLength();
+        const Result<QStringList> written =
+            writeFiles(label, **core, std::move(capture.contents), m_windows == 1);
+        if (!written)
+            return fail(written.error());
+        reportCapture(label, **core, samples, *written);
+    }
+    return ExitStatus::Captured;
 }
 
 Result<QList<int>> CaptureProgram::loadCores()
@@ -280,24 +327,17 @@ void CaptureProgram::onReadRamComplete(int core, int window)
     }
     ++m_round;
     const CaptureLabel label{core, window, isAuto() ? m_round : 0};
-    const Result<QStringList> written = writeFiles(label, config, elements);
+    WaveMonitor::WindowContents contents;
+    fillWindow(contents, config, elements);
+    const Result<QStringList> written =
+        writeFiles(label, config, std::move(contents), m_windows == 1 && !isAuto());
     if (!written) {
         end(ExitStatus::FileError, written.error().message);
         return;
     }
-    if (!m_options.json) {
-        m_report.finish();
-        for (const QString &path : *written)
-            print(stdout, path);
-    }
-    QJsonObject entry{{"core", core},
-                      {"window", window},
-                      {"samples", elements.first().data.size()},
-                      {"trigger_position", config.trigger_pos},
-                      {"files", QJsonArray::fromStringList(*written)}};
-    if (isAuto())
-        entry.insert("round", m_round);
-    m_captures.append(entry);
+    reportCapture(label, config, elements.first().data.size(), *written);
+    if (!m_options.project.isEmpty())
+        keepForProject(label, config, elements);
 
     if (!isAuto()) {
         --m_windowsLeft;
@@ -306,25 +346,73 @@ void CaptureProgram::onReadRamComplete(int core, int window)
         return;
     }
     if (m_round == *m_options.autoRounds)
-        end(ExitStatus::Captured);
+        endWithProject();
     else
         rearmTimers();
 }
 
-Result<QStringList>
-CaptureProgram::writeFiles(const CaptureLabel &label, const CoreConfig &core,
-                           const QList<WaveMonitor::SignalElement> &elements) const
+Result<QStringList> CaptureProgram::writeFiles(const CaptureLabel &label, const CoreConfig &core,
+                                               WaveMonitor::WindowContents contents,
+                                               bool isOnly) const
 {
-    WaveMonitor::WindowContents contents;
-    fillWindow(contents, core, elements);
     Result<QStringList> written = writeCapture(m_options, label, core, contents);
     if (!written || m_options.picture.isEmpty())
         return written;
-    const QString path = picturePath(m_options, label, m_windows == 1 && !isAuto());
-    if (!m_drawPicture(path, m_options.pictureSize, core, label.window, elements))
+    const QString path = picturePath(m_options, label, isOnly);
+    if (!m_drawPicture(path, m_options.pictureSize, label.core, label.window, std::move(contents)))
         return Error{Error::File, tr("The picture %1 can not be written.").arg(path)};
     written->append(path);
     return written;
+}
+
+void CaptureProgram::reportCapture(const CaptureLabel &label, const CoreConfig &core,
+                                   qsizetype samples, const QStringList &files)
+{
+    if (!m_options.json) {
+        m_report.finish();
+        for (const QString &path : files)
+            print(stdout, path);
+    }
+    QJsonObject entry{{"core", label.core},
+                      {"window", label.window},
+                      {"samples", samples},
+                      {"trigger_position", core.trigger_pos},
+                      {"files", QJsonArray::fromStringList(files)}};
+    if (label.round > 0)
+        entry.insert("round", label.round);
+    m_captures.append(entry);
+}
+
+void CaptureProgram::keepForProject(const CaptureLabel &label, const CoreConfig &core,
+                                    const QList<WaveMonitor::SignalElement> &elements)
+{
+    if (isAuto())
+        m_kept.clear(); // the last round counts
+    m_kept.push_back({label.core, label.window, {}});
+    fillWindow(m_kept.back().contents, core, elements);
+}
+
+/// The run is complete: what there is to save is there.
+void CaptureProgram::endWithProject()
+{
+    if (m_ended)
+        return;
+    if (m_options.project.isEmpty()) {
+        end(ExitStatus::Captured);
+        return;
+    }
+    const Result<QString> saved = saveProject(m_options.project, m_options.file, m_kept);
+    if (!saved) {
+        end(ExitStatus::FileError, saved.error().message);
+        return;
+    }
+    m_projectSaved = true;
+    m_report.finish();
+    if (!m_options.json) {
+        print(stdout, m_options.project);
+        print(stdout, *saved);
+    }
+    end(ExitStatus::Captured);
 }
 
 void CaptureProgram::onTriggerComplete(int resultId)
@@ -332,7 +420,7 @@ void CaptureProgram::onTriggerComplete(int resultId)
     if (resultId != 0)
         end(ExitStatus::Refused, refusal(resultId));
     else if (m_windowsLeft == 0)
-        end(ExitStatus::Captured);
+        endWithProject();
     else
         // A device that did not open ends the run first and gives the reason right after.
         QTimer::singleShot(0, this, &CaptureProgram::endIfIncomplete);
@@ -361,10 +449,12 @@ void CaptureProgram::end(ExitStatus status, const QString &message)
 
 void CaptureProgram::printJson() const
 {
-    QJsonObject document{{"status", int(m_status)},
-                         {"file", m_options.file},
-                         {"cable", m_cable},
-                         {"captures", m_captures}};
+    QJsonObject document{
+        {"status", int(m_status)}, {"file", m_options.file}, {"captures", m_captures}};
+    if (m_options.task == CaptureOptions::Task::Capture)
+        document.insert("cable", m_cable);
+    if (m_projectSaved)
+        document.insert("project", m_options.project);
     if (!m_message.isEmpty())
         document.insert("message", m_message);
     print(stdout, QString::fromUtf8(QJsonDocument(document).toJson()).trimmed());

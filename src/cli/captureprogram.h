@@ -5,11 +5,12 @@
 #include "captureoptions.h"
 #include "exitstatus.h"
 #include "progressreport.h"
+#include "savedcapture.h"
 
 #include <base/result.h>
 #include <capture/standarddatamanager.h>
 
-#include <wave/signalelement.h>
+#include <wave/windowcontents.h>
 
 #include <QJsonArray>
 #include <QObject>
@@ -21,9 +22,9 @@ class QTimer;
 
 namespace KEO {
 
-/// One run of the capture program: reaches a cable, arms the cores, exports what arrives. Exported
-/// paths go to standard output as they are written, or all together as one JSON document; progress
-/// and errors go to standard error.
+/// One run of the capture program: reaches a cable, arms the cores, exports what arrives; or
+/// exports what a project holds. Exported paths go to standard output as they are written, or all
+/// together as one JSON document; progress and errors go to standard error.
 class CaptureProgram final : public QObject
 {
     Q_OBJECT
@@ -31,9 +32,8 @@ class CaptureProgram final : public QObject
 public:
     /// Draws a captured window as the viewer shows it into a PNG file; false if that can't be
     /// written. Handed in, since it needs widgets and this class does without.
-    using PictureWriter =
-        std::function<bool(const QString &path, QSize size, const CoreConfig &core, int window,
-                           const QList<WaveMonitor::SignalElement> &elements)>;
+    using PictureWriter = std::function<bool(const QString &path, QSize size, int core, int window,
+                                             WaveMonitor::WindowContents contents)>;
 
     /// \a drawPicture is needed when the options ask for a picture.
     explicit CaptureProgram(CaptureOptions options, PictureWriter drawPicture = {},
@@ -45,6 +45,7 @@ public:
 private:
     ExitStatus listCables();
     ExitStatus capture();
+    ExitStatus exportSaved();
 
     // Preparation; an error's kind decides the exit status.
     Result<QList<int>> loadCores();
@@ -54,7 +55,13 @@ private:
     void rearmTimers();
     void onReadRamComplete(int core, int window);
     Result<QStringList> writeFiles(const CaptureLabel &label, const CoreConfig &core,
-                                   const QList<WaveMonitor::SignalElement> &elements) const;
+                                   WaveMonitor::WindowContents contents, bool isOnly) const;
+    /// Tells of one exported window.
+    void reportCapture(const CaptureLabel &label, const CoreConfig &core, qsizetype samples,
+                       const QStringList &files);
+    void keepForProject(const CaptureLabel &label, const CoreConfig &core,
+                        const QList<WaveMonitor::SignalElement> &elements);
+    void endWithProject();
     void onSectionRead(int core, int window, int sectionsRead, int sections);
     void onTriggerComplete(int resultId);
     void endIfIncomplete();
@@ -81,6 +88,8 @@ private:
     ExitStatus m_status = ExitStatus::Captured;
     QString m_message;
     QJsonArray m_captures;
+    std::vector<SavedCapture> m_kept; // of the latest round, for the project
+    bool m_projectSaved = false;
 };
 
 } // namespace KEO

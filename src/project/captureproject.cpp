@@ -2,6 +2,7 @@
 
 #include "descriptionwatch.h"
 #include "messagebox.h"
+#include "programmerpage.h"
 #include "projectlog.h"
 #include "runcontrols.h"
 #include "runtoolbar.h"
@@ -9,6 +10,7 @@
 
 #include <export/exportdialog.h>
 #include <link/jtagsession.h>
+#include <programmer/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QAction>
@@ -17,6 +19,7 @@
 #include <QKeyEvent>
 #include <QTabWidget>
 #include <QToolBar>
+#include <QWidgetAction>
 
 namespace KEO {
 
@@ -28,7 +31,8 @@ namespace {
 
 CaptureProject::CaptureProject(QObject *parent)
     : AnalyzerProject(parent),
-      m_descriptionWatch(new DescriptionWatch([this] { return isBusy(); }, this))
+      m_descriptionWatch(new DescriptionWatch([this] { return isBusy(); }, this)),
+      m_programmer(new ProgrammerPage(this))
 {
     connectDescriptionWatch();
 }
@@ -47,8 +51,11 @@ void CaptureProject::connectDescriptionWatch()
             });
     connect(m_descriptionWatch, &DescriptionWatch::closeRequested, this,
             [this] { QMetaObject::invokeMethod(parent(), "closeCurrentProject"); });
-    connect(m_descriptionWatch, &DescriptionWatch::reloaded, this,
-            [this] { descriptionReloaded(); });
+    // What was downloaded belongs to the description of before.
+    connect(m_descriptionWatch, &DescriptionWatch::reloaded, this, [this] {
+        if (m_programmer->widget())
+            m_programmer->widget()->setEnabledByUser(false);
+    });
 }
 
 void CaptureProject::watchDescription()
@@ -70,6 +77,7 @@ void CaptureProject::setupProject(QWidget *mainWindow)
         buildToolBar();
     if (!m_page)
         m_page = buildPage();
+    m_programmer->reset();
     resetPage();
     if (toolBarGetter) {
         m_runToolBar->setCables(JtagSession::instance()->availableCables());
@@ -83,6 +91,8 @@ void CaptureProject::setupProject(QWidget *mainWindow)
 void CaptureProject::buildToolBar()
 {
     m_runToolBar = new RunToolBar(this);
+    m_runToolBar->setStatusAction(m_programmer->statusAction());
+    connect(m_runToolBar, &RunToolBar::cableIndexChanged, this, &CaptureProject::cabelChanged);
     const RunActions &a = m_runToolBar->actions();
     connect(a.startAction, &QAction::triggered, this, &CaptureProject::onStart);
     connect(a.autoAction, &QAction::triggered, this, &CaptureProject::onAuto);
@@ -104,6 +114,7 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
         leaveDesign();
     if (!self)
         return true;
+    m_programmer->reset();
     WaitingTip::close();
     m_descriptionWatch->stop();
     m_keoFilePath.clear();
@@ -159,12 +170,19 @@ bool CaptureProject::eventFilter(QObject *watched, QEvent *event)
 
 void CaptureProject::onStart()
 {
-    startCapture(RunKind::Single);
+    startIfFit(RunKind::Single);
 }
 
 void CaptureProject::onAuto()
 {
-    startCapture(RunKind::Auto);
+    startIfFit(RunKind::Auto);
+}
+
+void CaptureProject::startIfFit(RunKind kind)
+{
+    const QPointer<CaptureProject> self(this);
+    if (!isBusy() && m_programmer->mayCapture(m_mainWindow) && self)
+        startCapture(kind);
 }
 
 void CaptureProject::startCapture(RunKind kind)
@@ -176,18 +194,12 @@ void CaptureProject::startCapture(RunKind kind)
         return;
     }
     WaitingTip::show(m_mainWindow);
-    openDevice(deviceChain());
+    openDevice(m_programmer->deviceChain());
     clearWaveMonitors(WaveTabs::Layouts::Keep);
     if (kind == RunKind::Auto)
         setAutorun(0);
     startRun();
     updateActions();
-}
-
-/// One entry for each device on the cable; 0 stands for the one with the cores.
-QVariantList CaptureProject::deviceChain() const
-{
-    return {0};
 }
 
 void CaptureProject::onZoomIn()
@@ -224,9 +236,74 @@ void CaptureProject::onComplete(int resultID)
 {
     WaitingTip::close();
     updateActions();
+    const QPointer<CaptureProject> self(this);
     const QString text = errorText(resultID);
     if (!text.isEmpty())
         showError(text);
+    if (self && m_programmer->widget())
+        m_programmer->widget()->applyPending();
+}
+
+void CaptureProject::setDevice(const QString &family, const QString &device, const QString &fsFile)
+{
+    setDeviceName(device);
+    if (m_programmer->widget())
+        m_programmer->widget()->setDevice(family, device, fsFile);
+}
+
+KeoProgrammerWidget *CaptureProject::makeProgrammerWidget()
+{
+    KeoProgrammerWidget *widget = m_programmer->makeWidget();
+    connect(widget, &KeoProgrammerWidget::programStatusChanged, this,
+            &CaptureProject::onProgrammerChanged);
+    connect(widget, &KeoProgrammerWidget::enableChange, this,
+            &CaptureProject::onProgrammerEnableChange);
+    connect(widget, &KeoProgrammerWidget::toolRunning, this, [this](bool isRunning) {
+        if (isRunning)
+            WaitingTip::show(m_mainWindow);
+        else
+            WaitingTip::close();
+    });
+    connect(this, &CaptureProject::programCableChanged, widget, &KeoProgrammerWidget::updateCable);
+    connect(this, &CaptureProject::programChannelChanged, widget,
+            &KeoProgrammerWidget::updateChannel);
+    return widget;
+}
+
+void CaptureProject::setDesignId(const QString &id)
+{
+    if (m_programmer->widget())
+        m_programmer->widget()->setDesignId(id);
+}
+
+void CaptureProject::updateIsBusy(bool isBusy)
+{
+    if (m_programmer->widget())
+        m_programmer->widget()->updateIsBusy(isBusy);
+}
+
+void CaptureProject::cabelChanged(int index)
+{
+    if (index < 0)
+        return; // the list is being filled
+    const int number = m_runToolBar->cableNumber(index);
+    Q_EMIT programCableChanged(number / 2);
+    if (const int channel = number % 2; channel > 0)
+        Q_EMIT programChannelChanged(channel);
+}
+
+void CaptureProject::onProgrammerChanged(bool succ, const QString &text)
+{
+    m_programmer->setStatus(succ, text);
+    if (succ)
+        setDeviceName(m_programmer->widget()->targetName());
+    updateActions();
+}
+
+void CaptureProject::onProgrammerEnableChange(bool status)
+{
+    m_programmer->showStatus(status);
+    updateActions();
 }
 
 QString CaptureProject::errorText(int resultID) const
@@ -251,6 +328,7 @@ void CaptureProject::updateActions()
     situation.busy = isBusy();
     situation.canStart = canStart();
     situation.canAuto = canAuto();
+    situation.needsProgramming = m_programmer->needsProgramming();
     situation.autorun = autorun();
     situation.hasWaves = !m_waveTabs.isEmpty();
     const RunControls controls = runControls(situation);
@@ -265,6 +343,8 @@ void CaptureProject::updateActions()
     a.saveAction->setEnabled(controls.save);
     a.exportAction->setEnabled(controls.save);
     setPageEnabled(controls.settings);
+    if (m_programmer->widget())
+        m_programmer->widget()->setEnabled(controls.settings);
     if (!situation.busy)
         m_descriptionWatch->tellPending();
 }

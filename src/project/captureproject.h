@@ -17,6 +17,8 @@
 namespace KEO {
 
 class DescriptionWatch;
+class KeoProgrammerWidget;
+class ProgrammerPage;
 class RunToolBar;
 
 /// What the standard and the lite project have in common: their place in the main window, the run
@@ -36,6 +38,8 @@ public:
     void setupProject(QWidget *mainWindow) final;
     bool closeProject(QWidget *parent, const std::function<bool()> &askStop) final;
 
+    void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
+
     /// F3 forces the trigger and F4 stops, and both take the waiting tip away.
     bool event(QEvent *event) override;
     /// Catches what the tip hands to the main window.
@@ -54,13 +58,23 @@ public Q_SLOTS:
     void onComplete(int resultID);
     /// Writes data file, description and project file. The first time it asks where to.
     void onSave();
+    /// Another cable is chosen: the one at \a index of the list.
+    void cabelChanged(int index);
+    void onProgrammerChanged(bool succ, const QString &text);
+    void onProgrammerEnableChange(bool status);
+
+Q_SIGNALS:
+    /// Number of the cable for the programmer tool.
+    void programCableChanged(int cableIdx);
+    /// Channel of the cable for the programmer tool. Channel 0 is not told.
+    void programChannelChanged(int cableIdx);
 
 protected:
     enum class RunKind { Single, Auto };
 
     // What a kind of project has to tell or do.
 
-    /// The tab with the settings. Called once.
+    /// The tab with the settings, the programmer on top. Called once.
     virtual QWidget *buildPage() = 0;
     [[nodiscard]] virtual QString pageTitle() const = 0;
     /// The project has been put into a window, as at first or anew.
@@ -71,6 +85,8 @@ protected:
     /// Finished rounds of an Auto run, -1 outside of one.
     [[nodiscard]] virtual int autorun() const = 0;
     virtual void setAutorun(int rounds) = 0;
+    /// Device model of the runs.
+    virtual void setDeviceName(const QString &name) = 0;
     virtual void openDevice(const QVariantList &chain) = 0;
     /// Takes the settings over from the page and starts.
     virtual void startRun() = 0;
@@ -84,8 +100,6 @@ protected:
     /// The cores to choose from in an export, given the waves that show, of which there are some.
     [[nodiscard]] virtual QList<ExportCore>
     exportCores(const QList<WaveMonitor::WaveMonitorWidget *> &monitors) const = 0;
-    /// The user has had the description reloaded, whatever came of it.
-    virtual void descriptionReloaded() {}
 
     // What a kind of project has to tell about its files.
 
@@ -110,6 +124,12 @@ protected:
 
     // What a kind of project may use.
 
+    /// For the page: a new programmer, which the page owns.
+    [[nodiscard]] KeoProgrammerWidget *makeProgrammerWidget();
+    /// The check value of the description that has been loaded, for the programmer.
+    void setDesignId(const QString &id);
+    /// For the data manager: a step of a run.
+    void updateIsBusy(bool isBusy);
     /// The one place that decides what is enabled. Whatever changes the state of a run ends here.
     void updateActions();
     /// Shows one capture window: as the next round of an Auto run, or in a new tab.
@@ -139,8 +159,9 @@ private:
     void buildToolBar();
     void connectDescriptionWatch();
     [[nodiscard]] QString errorText(int resultID) const;
+    /// Starts if the programmer's chain allows it.
+    void startIfFit(RunKind kind);
     void startCapture(RunKind kind);
-    [[nodiscard]] QVariantList deviceChain() const;
     void showSavedWindows(LoadedWindows windows);
     void saveDataFile(const QString &path) const;
     void clearWaveMonitors(WaveTabs::Layouts layouts);
@@ -152,6 +173,7 @@ private:
     QPointer<QWidget> m_page;             // ours; in the tab widget while open
     RunToolBar *m_runToolBar = nullptr;   // child
     DescriptionWatch *m_descriptionWatch; // child
+    ProgrammerPage *m_programmer;         // child
     WaveTabs m_waveTabs;
     QSet<QString> m_openErrors; // texts of the boxes that are open
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "filewatch.h"
+#include <base/filewatch.h>
 
 #include <QObject>
 #include <QPointer>

@@ -9,6 +9,7 @@
 
 #include <capture/standarddatamanager.h>
 #include <config/standardconfig.h>
+#include <programmer/keoprogrammerwidget.h>
 #include <trigger/dynamicconfigwidget.h>
 #include <wave/wavemonitorwidget.h>
 
@@ -59,6 +60,8 @@ KeoStandardAnalyzerProject::KeoStandardAnalyzerProject(QObject *parent)
             &KeoStandardAnalyzerProject::drawSignalView);
     connect(m_dataManager.get(), &KeoStandardDataManager::triggerComplete, this,
             &KeoStandardAnalyzerProject::onComplete);
+    connect(m_dataManager.get(), &KeoStandardDataManager::statusChanged, this,
+            &KeoStandardAnalyzerProject::updateIsBusy);
 }
 
 KeoStandardAnalyzerProject::~KeoStandardAnalyzerProject()
@@ -124,7 +127,9 @@ bool KeoStandardAnalyzerProject::loadCores(const QString &path)
     }
     QString designId;
     const bool loaded = m_dataManager->load(path, designId);
-    if (!loaded)
+    if (loaded)
+        setDesignId(designId);
+    else
         showCore(m_coreTree ? m_coreTree->indexOfTopLevelItem(m_coreTree->currentItem()) : -1);
     return loaded;
 }
@@ -154,11 +159,6 @@ KeoStandardAnalyzerProject::tabOf(const LoadedWindow &window) const
         return std::nullopt;
     return SavedTab{place->core, place->window,
                     tr("core %1 Window %2").arg(place->core).arg(place->window)};
-}
-
-void KeoStandardAnalyzerProject::setDevice(const QString &, const QString &device, const QString &)
-{
-    m_dataManager->setDeviceName(device);
 }
 
 void KeoStandardAnalyzerProject::onStop()
@@ -251,6 +251,7 @@ QWidget *KeoStandardAnalyzerProject::buildPage()
     auto *configTab = new QWidget;
     configTab->setObjectName(QStringLiteral("configTab"));
     auto *layout = new QVBoxLayout(configTab);
+    layout->addWidget(makeProgrammerWidget());
     layout->addWidget(coreArea, 1); // all the room: expressions and units may be many
     layout->addStretch();
     return configTab;
@@ -292,6 +293,11 @@ int KeoStandardAnalyzerProject::autorun() const
 void KeoStandardAnalyzerProject::setAutorun(int rounds)
 {
     m_dataManager->setAutorun(rounds);
+}
+
+void KeoStandardAnalyzerProject::setDeviceName(const QString &name)
+{
+    m_dataManager->setDeviceName(name);
 }
 
 void KeoStandardAnalyzerProject::openDevice(const QVariantList &chain)

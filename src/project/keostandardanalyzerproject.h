@@ -29,7 +29,6 @@ public:
     /// capture, for any other extension (letter case counts), and after an error in the
     /// description, which it has then shown. Without usable samples a project opens all the same.
     bool openFile(const QString &path) override;
-    void setDevice(const QString &family, const QString &device, const QString &fsFile) override;
 
 public Q_SLOTS:
     void onStop() override;
@@ -49,6 +48,7 @@ protected:
     [[nodiscard]] bool canAuto() const override;
     [[nodiscard]] int autorun() const override;
     void setAutorun(int rounds) override;
+    void setDeviceName(const QString &name) override;
     void openDevice(const QVariantList &chain) override;
     void startRun() override;
     void keepNames(const WaveMonitor::WaveMonitorWidget &wave) override;

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -94,12 +95,12 @@ class IniCopy final
 public:
     explicit IniCopy(const QByteArray &ini)
     {
-        if (!m_directory.isValid())
-            m_fault =
-                Error{Error::File,
-                      tr("No temporary folder can be made: %1").arg(m_directory.errorString())};
-        else if (!ini.isEmpty())
-            m_fault = writeWholeFile(path(), ini, LineEnds::AsTheyAre);
+        QFile file(path());
+        // Not writeWholeFile, which waits for the disk.
+        if (!m_directory.isValid() || !file.open(QIODevice::WriteOnly) ||
+            file.write(ini) != ini.size() || !file.flush())
+            m_fault = Error{Error::File,
+                            tr("No temporary file can be made in %1.").arg(QDir::tempPath())};
     }
 
     [[nodiscard]] QString path() const { return m_directory.filePath(QStringLiteral("copy.ini")); }

@@ -8,8 +8,9 @@ RunControls runControls(const RunSituation &situation)
 {
     RunControls controls;
     controls.open = !situation.busy;
-    controls.start = !situation.busy && situation.canStart;
-    controls.autoRun = !situation.busy && situation.canAuto;
+    const bool isReady = !situation.busy && !situation.needsProgramming;
+    controls.start = isReady && situation.canStart;
+    controls.autoRun = isReady && situation.canAuto;
     controls.stop = situation.busy;
     controls.forceTrigger = situation.busy && situation.autorun == -1;
     controls.save = !situation.busy && situation.hasWaves;

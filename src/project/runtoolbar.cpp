@@ -68,6 +68,7 @@ RunToolBar::RunToolBar(QObject *parent)
     layout->addWidget(label);
     layout->addWidget(m_cableCombo);
     m_cableAction->setDefaultWidget(m_cableWidget);
+    connect(m_cableCombo, &QComboBox::currentIndexChanged, this, &RunToolBar::cableIndexChanged);
 }
 
 RunToolBar::~RunToolBar() = default;
@@ -86,11 +87,18 @@ QString RunToolBar::cableName() const
     return m_cableCombo ? m_cableCombo->currentText() : QString();
 }
 
+int RunToolBar::cableNumber(int index) const
+{
+    return m_cableCombo ? m_cableCombo->itemData(index).toInt() : 0;
+}
+
 void RunToolBar::attach(QToolBar &toolBar)
 {
     const RunActions &a = m_actions;
     toolBar.addAction(m_cableAction);
     addSeparator(toolBar);
+    if (m_statusAction)
+        toolBar.addAction(m_statusAction);
     toolBar.addActions({a.startAction, a.autoAction, a.forceTriggerAction, a.stopAction});
     addSeparator(toolBar);
     toolBar.addActions({a.zoomInAction, a.zoomOutAction, a.zoomFitAction});
@@ -105,6 +113,8 @@ void RunToolBar::detach(QToolBar &toolBar)
              m_cableAction, a.startAction, a.autoAction, a.forceTriggerAction, a.stopAction,
              a.zoomInAction, a.zoomOutAction, a.zoomFitAction, a.saveAction, a.exportAction})
         toolBar.removeAction(action);
+    if (m_statusAction)
+        toolBar.removeAction(m_statusAction);
     for (const QPointer<QAction> &separator : std::exchange(m_separators, {}))
         delete separator;
 }

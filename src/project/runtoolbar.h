@@ -45,8 +45,18 @@ public:
     /// Name of the chosen cable; empty without cables.
     [[nodiscard]] QString cableName() const;
 
+    /// `cable * 2 + channel` of the cable at \a index of the list; 0 if there is none.
+    [[nodiscard]] int cableNumber(int index) const;
+
+    /// An action that stands before Start. Borrowed.
+    void setStatusAction(QAction *action) { m_statusAction = action; }
+
     void attach(QToolBar &toolBar);
     void detach(QToolBar &toolBar);
+
+Q_SIGNALS:
+    /// The user, or setCables, has chosen a cable.
+    void cableIndexChanged(int index);
 
 private:
     void addSeparator(QToolBar &toolBar);
@@ -55,6 +65,7 @@ private:
     QPointer<QComboBox> m_cableCombo; // in m_cableWidget
     QPointer<QWidget> m_cableWidget;  // of m_cableAction; a tool bar may take it along
     QWidgetAction *m_cableAction;     // child
+    QPointer<QAction> m_statusAction;
     QList<QPointer<QAction>> m_separators;
 };
 

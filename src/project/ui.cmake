@@ -8,6 +8,7 @@ keo_add_library(project_ui
         descriptionwatch.cpp descriptionwatch.h
         keostandardanalyzerproject.cpp keostandardanalyzerproject.h
         messagebox.cpp messagebox.h
+        programmerpage.cpp programmerpage.h
         projectlog.cpp projectlog.h
         reloadbanner.cpp reloadbanner.h
         runcontrols.cpp runcontrols.h
@@ -15,4 +16,5 @@ keo_add_library(project_ui
         savedialog.cpp savedialog.h
         waitingtip.cpp waitingtip.h
         wavetabs.cpp wavetabs.h
-    LINK keo::project keo::export_ui keo::trigger_ui keo::wave keo::image Qt6::Widgets)
+    LINK keo::project keo::export_ui keo::programmer_ui keo::trigger_ui keo::wave keo::image
+         Qt6::Widgets)

@@ -1,7 +1,7 @@
 #include "serverlauncher.h"
 
-#include <QCoreApplication>
-#include <QDir>
+#include <base/siblingprogram.h>
+
 #include <QLoggingCategory>
 #include <QProcess>
 
@@ -13,16 +13,6 @@ Q_LOGGING_CATEGORY(lcServers, "keo.servers", QtInfoMsg)
 
 constexpr int kStartTime = 5000; // ms
 constexpr int kEndTime = 3000;   // ms
-
-QString executablePath(const QString &directory, const QString &name)
-{
-#ifdef Q_OS_WIN
-    const QString suffix = QStringLiteral(".exe");
-#else
-    const QString suffix;
-#endif
-    return directory + QLatin1Char('/') + name + suffix;
-}
 
 std::unique_ptr<QProcess> startServer(const QString &path)
 {
@@ -51,19 +41,13 @@ QList<ServerRow> serverTable()
     };
 }
 
-QString defaultServerDirectory()
-{
-    return QDir::cleanPath(QCoreApplication::applicationDirPath() +
-                           QStringLiteral("/../../Burner/bin"));
-}
-
 QList<JtagConnection> launchServers(ServerProcesses &processes, const QString &directory,
                                     const QList<ServerRow> &rows)
 {
     QList<JtagConnection> started;
     for (const ServerRow &row : rows) {
         Q_ASSERT(!processes.contains(row.connection.name));
-        std::unique_ptr<QProcess> process = startServer(executablePath(directory, row.executable));
+        std::unique_ptr<QProcess> process = startServer(programPath(directory, row.executable));
         if (!process)
             continue;
         processes.emplace(row.connection.name, std::move(process));

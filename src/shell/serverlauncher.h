@@ -1,5 +1,6 @@
 #pragma once
 
+#include <base/siblingprogram.h>
 #include <link/jtagsession.h>
 
 #include <QList>
@@ -24,9 +25,6 @@ using ServerProcesses = std::map<QString, std::unique_ptr<QProcess>>;
 /// All cable servers, in the order in which they start and in which users see their cables.
 [[nodiscard]] QList<ServerRow> serverTable();
 
-/// Where the servers stand beside the installed program. Needs the application object.
-[[nodiscard]] QString defaultServerDirectory();
-
 /// Starts the servers of \a rows from \a directory one after the other, waiting up to 5000 ms for
 /// each, and returns the records of those that started, without a client, in the same order. A
 /// server that does not start is left out, its reason in the debug log. \a processes must not hold
@@ -35,7 +33,7 @@ using ServerProcesses = std::map<QString, std::unique_ptr<QProcess>>;
 /// A server's standard input stays an open pipe, whose end tells it that this program is gone; its
 /// standard output is discarded, its standard error is this program's own.
 [[nodiscard]] QList<JtagConnection>
-launchServers(ServerProcesses &processes, const QString &directory = defaultServerDirectory(),
+launchServers(ServerProcesses &processes, const QString &directory = siblingDirectory(),
               const QList<ServerRow> &rows = serverTable());
 
 /// Takes the server of \a cable out of \a processes, kills it and waits up to 3000 ms for its end.

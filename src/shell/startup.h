@@ -31,7 +31,7 @@ public:
     /// What runs and what may be opened; only tests name other than the default.
     struct Surroundings
     {
-        QString serverDirectory = defaultServerDirectory();
+        QString serverDirectory = siblingDirectory();
         QList<ServerRow> servers = serverTable();
         ProjectFactories projects = projectFactories();
     };

@@ -60,26 +60,22 @@ QByteArray defaultAttributeBomb()
 
 void tst_BoundedXml::accepted_data()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("depth at the limit") << nested(3) << QString();
-    QTest::newRow("attributes at the limit, with markup in quotes")
-        << withAttributes(2) << QString();
-    QTest::newRow("markup in comments, data and instructions is none")
-        << QByteArray("<r><!-- <x a='' b='' c=''> --><?p <x a='' b='' c=''>?>"
-                      "<![CDATA[<!DOCTYPE [= = =]]></r>")
-        << "<!DOCTYPE [= = =";
-    QTest::newRow("bare document type") << QByteArray("<!DOCTYPE r SYSTEM \"[\"><r>x</r>") << "x";
-    QTest::newRow("declaration of our own files")
-        << QByteArray("<?xml version=\"1\"?><r>x</r>") << "x";
-    QTest::newRow("utf-8 by default") << QByteArray("<r>\xC3\xA4</r>") << QString(QChar(0xE4));
-    QTest::newRow("utf-8 with mark")
-        << QByteArray("\xEF\xBB\xBF<?xml version='1.0'?><r>x</r>") << "x";
-    QTest::newRow("declared latin-1")
-        << QByteArray("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r>\xE4</r>")
-        << QString(QChar(0xE4));
-    QTest::newRow("utf-16 without mark")
-        << QByteArray::fromRawData("<\0r\0>\0x\0<\0/\0r\0>\0", 16) << "x";
+    addColumns<QByteArray, QString>({"bytes", "text"});
+    const auto row = [](const char *name, const QByteArray &bytes, const QString &text) {
+        addRow(name, bytes, text);
+    };
+    row("depth at the limit", nested(3), "");
+    row("attributes at the limit, with markup in quotes", withAttributes(2), "");
+    row("markup in comments, data and instructions is none",
+        "<r><!-- <x a='' b='' c=''> --><?p <x a='' b='' c=''>?><![CDATA[<!DOCTYPE [= = =]]></r>",
+        "<!DOCTYPE [= = =");
+    row("bare document type", "<!DOCTYPE r SYSTEM \"[\"><r>x</r>", "x");
+    row("declaration of our own files", "<?xml version=\"1\"?><r>x</r>", "x");
+    row("utf-8 by default", "<r>\xC3\xA4</r>", QChar(0xE4));
+    row("utf-8 with mark", "\xEF\xBB\xBF<?xml version='1.0'?><r>x</r>", "x");
+    row("declared latin-1", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r>\xE4</r>",
+        QChar(0xE4));
+    row("utf-16 without mark", QByteArray::fromRawData("<\0r\0>\0x\0<\0/\0r\0>\0", 16), "x");
 }
 
 void tst_BoundedXml::accepted()
@@ -92,39 +88,31 @@ void tst_BoundedXml::accepted()
 
 void tst_BoundedXml::refused_data()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<XmlLimits>("limits");
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<QString>("message"); // a pattern
-    const XmlLimits wide;
-    QTest::newRow("broken tag, place behind the declaration")
-        << QByteArray("<?xml version=\"1\"?>\n<a>\n<b></a>") << wide << int(Error::Format)
-        << "^Opening and ending tag mismatch\\. at 3:7$";
-    QTest::newRow("zeros") << QByteArray(100'000, '\0') << wide << int(Error::Format)
-                           << " at \\d+:\\d+$";
-    QTest::newRow("not utf-8") << QByteArray("<r>\xE4</r>") << wide << int(Error::Format)
-                               << "not valid UTF-8 at 0:0$";
-    QTest::newRow("unknown encoding") << QByteArray("<?xml version='1.0' encoding='Klingon'?><r/>")
-                                      << wide << int(Error::Format) << "Klingon";
-    QTest::newRow("malformed declaration")
-        << QByteArray("<?xml version=1?><r/>") << wide << int(Error::Format) << " at 1:\\d+$";
-    QTest::newRow("too large") << QByteArray("<r>" + QByteArray(5000, 'x') + "</r>") << kTight
-                               << int(Error::Limit) << "larger than 4096 bytes at 0:0$";
-    QTest::newRow("too deep") << nested(4) << kTight << int(Error::Limit)
-                              << "more than 3 deep at 1:12$";
-    QTest::newRow("far too deep") << nested(100'000) << wide << int(Error::Limit)
-                                  << "more than 256 deep";
-    QTest::newRow("too many attributes")
-        << "<a>\n" + withAttributes(3) + "</a>" << kTight << int(Error::Limit)
-        << "more than 2 attributes at 2:\\d+$";
-    QTest::newRow("far too many attributes")
-        << withAttributes(100'000) << wide << int(Error::Limit) << "more than 256 attributes";
-    QTest::newRow("too many nodes") << "<r>" + QByteArray("<a b='1'/>").repeated(6) + "</r>"
-                                    << kTight << int(Error::Limit) << "more than 12 elements";
-    QTest::newRow("entity bomb") << entityBomb() << wide << int(Error::Limit)
-                                 << "must not declare anything at 1:13$";
-    QTest::newRow("default attribute bomb")
-        << defaultAttributeBomb() << wide << int(Error::Limit) << "must not declare anything";
+    addColumns<QByteArray, XmlLimits, int, QString>({"bytes", "limits", "kind", "message"});
+    const auto wrong = [](const char *name, const QByteArray &bytes, const char *pattern) {
+        addRow(name, bytes, XmlLimits(), int(Error::Format), pattern);
+    };
+    wrong("broken tag, place behind the declaration", "<?xml version=\"1\"?>\n<a>\n<b></a>",
+          "^Opening and ending tag mismatch\\. at 3:7$");
+    wrong("zeros", QByteArray(100'000, '\0'), " at \\d+:\\d+$");
+    wrong("not utf-8", "<r>\xE4</r>", "not valid UTF-8 at 0:0$");
+    wrong("unknown encoding", "<?xml version='1.0' encoding='Klingon'?><r/>", "Klingon");
+    wrong("malformed declaration", "<?xml version=1?><r/>", " at 1:\\d+$");
+    const auto large = [](const char *name, const XmlLimits &limits, const QByteArray &bytes,
+                          const char *pattern) {
+        addRow(name, bytes, limits, int(Error::Limit), pattern);
+    };
+    large("too large", kTight, "<r>" + QByteArray(5000, 'x') + "</r>",
+          "larger than 4096 bytes at 0:0$");
+    large("too deep", kTight, nested(4), "more than 3 deep at 1:12$");
+    large("far too deep", {}, nested(100'000), "more than 256 deep");
+    large("too many attributes", kTight, "<a>\n" + withAttributes(3) + "</a>",
+          "more than 2 attributes at 2:\\d+$");
+    large("far too many attributes", {}, withAttributes(100'000), "more than 256 attributes");
+    large("too many nodes", kTight, "<r>" + QByteArray("<a b='1'/>").repeated(6) + "</r>",
+          "more than 12 elements");
+    large("entity bomb", {}, entityBomb(), "must not declare anything at 1:13$");
+    large("default attribute bomb", {}, defaultAttributeBomb(), "must not declare anything");
 }
 
 void tst_BoundedXml::refused()
@@ -141,20 +129,14 @@ void tst_BoundedXml::refused()
 
 void tst_BoundedXml::writtenTextComesBack_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("expected");
-    const auto same = [](const char *name, const QString &text) {
-        QTest::newRow(name) << text << text;
-    };
+    addColumns<QString, QString>({"text", "expected"});
+    for (const QString text :
+         {"a<b>&\"'c]]>", "\ta\r\nb\rc\n", " \n ", "\u00e4\u00ff\u0085\u007f", "\u20ac\U0001F600"})
+        QTest::addRow("as it is, %d", int(text.size())) << text << text;
     const QString replacement(QChar::ReplacementCharacter);
-    same("markup", QStringLiteral("a<b>&\"'c]]>"));
-    same("line ends and tabs", QStringLiteral("\ta\r\nb\rc\n"));
-    same("blanks alone", QStringLiteral(" \n "));
-    same("latin-1 with its controls", QStringLiteral("\u00e4\u00ff\u0085\u007f"));
-    same("beyond latin-1", QStringLiteral("\u20ac\U0001F600"));
-    QTest::newRow("control character") << QStringLiteral("a\x01z") << "a" + replacement + "z";
-    QTest::newRow("half a pair") << "a" + QString(QChar(0xD83D)) << "a" + replacement;
-    QTest::newRow("no character") << QString(QChar(0xFFFE)) << replacement;
+    addRow("control character", "a\x01z", "a" + replacement + "z");
+    addRow("half a pair", "a" + QString(QChar(0xD83D)), "a" + replacement);
+    addRow("no character", QString(QChar(0xFFFE)), replacement);
 }
 
 // As attribute and as content, through the bytes of a Latin-1 file.

@@ -13,42 +13,44 @@ private Q_SLOTS:
     void refuses_data();
     void refuses();
     void reads();
+    void projects();
     void defaults();
 };
 
 void tst_CaptureOptions::refuses_data()
 {
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("word"); // what the message must name
-    const auto row = [](const char *name, const char *line, const char *word) {
-        QTest::newRow(name) << line << word;
-    };
-    row("no file", "", "FILE");
-    row("two files", "a.keo b.keo", "FILE");
-    row("other extension", "a.xml", "a.xml");
-    row("extension in capitals", "A.KEO", "A.KEO");
-    row("unknown option", "--fast a.keo", "fast");
-    row("core not a number", "--core x a.keo", "\"x\"");
-    row("core out of range", "--core 16 a.keo", "\"16\"");
-    row("core negative", "--core=-1 a.keo", "\"-1\"");
-    row("chain with a gap", "--chain 0,,8 a.keo", "chain");
-    row("time zero", "--timeout 0 a.keo", "timeout");
-    row("time not finite", "--timeout nan a.keo", "nan");
-    row("time huge", "--force-after 1e9 a.keo", "force-after");
-    row("rounds zero", "--auto 0 a.keo", "auto");
-    row("format", "--format pdf a.keo", "pdf");
-    row("period without unit", "--period 10 a.keo", "\"10\"");
-    row("period zero", "--period 0ns a.keo", "0ns");
-    row("period too long", "--period 10000000us a.keo", "10000000us");
-    row("half a picosecond", "--period 1ps --format vcd a.keo", "2ps");
-    row("half a picosecond, default format", "--period 1ps a.keo", "2ps");
-    row("name with a slash", "--name a/b a.keo", "a/b");
-    row("name with a dot", "--name a.b a.keo", "a.b");
-    row("picture of another kind", "--picture a.jpg a.keo", "a.jpg");
-    row("size without picture", "--size 800x600 a.keo", "--picture");
-    row("size without height", "--picture a.png --size 800 a.keo", "\"800\"");
-    row("size too large", "--picture a.png --size 99999x100 a.keo", "99999x100");
-    row("list with file", "--list-cables a.keo", "FILE");
+    addColumns<QString, QString>({"line", "word"}); // what the message must name
+    addRow("no file", "", "FILE");
+    addRow("two files", "a.keo b.keo", "FILE");
+    addRow("other extension", "a.xml", "a.xml");
+    addRow("extension in capitals", "A.KEO", "A.KEO");
+    addRow("unknown option", "--fast a.keo", "fast");
+    addRow("core not a number", "--core x a.keo", "\"x\"");
+    addRow("core out of range", "--core 16 a.keo", "\"16\"");
+    addRow("core negative", "--core=-1 a.keo", "\"-1\"");
+    addRow("chain with a gap", "--chain 0,,8 a.keo", "chain");
+    addRow("time zero", "--timeout 0 a.keo", "timeout");
+    addRow("time not finite", "--timeout nan a.keo", "nan");
+    addRow("time huge", "--force-after 1e9 a.keo", "force-after");
+    addRow("rounds zero", "--auto 0 a.keo", "auto");
+    addRow("format", "--format pdf a.keo", "pdf");
+    addRow("period without unit", "--period 10 a.keo", "\"10\"");
+    addRow("period zero", "--period 0ns a.keo", "0ns");
+    addRow("period too long", "--period 10000000us a.keo", "10000000us");
+    addRow("half a picosecond", "--period 1ps --format vcd a.keo", "2ps");
+    addRow("half a picosecond, default format", "--period 1ps a.keo", "2ps");
+    addRow("name with a slash", "--name a/b a.keo", "a/b");
+    addRow("name with a dot", "--name a.b a.keo", "a.b");
+    addRow("picture of another kind", "--picture a.jpg a.keo", "a.jpg");
+    addRow("size without picture", "--size 800x600 a.keo", "--picture");
+    addRow("size too large", "--picture a.png --size 99999x100 a.keo", "99999x100");
+    addRow("project of another kind", "--save a.prj b.keo", "a.prj");
+    addRow("open and a file", "--open a.analyzer_prj b.keo", "FILE");
+    addRow("open a description", "--open a.keo", "a.keo");
+    addRow("open and save", "--open a.analyzer_prj --save b.analyzer_prj", "--save");
+    addRow("open and a cable", "--open a.analyzer_prj --cable LK7", "--cable");
+    addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
+    addRow("list with file", "--list-cables a.keo", "FILE");
 }
 
 void tst_CaptureOptions::refuses()
@@ -90,6 +92,24 @@ void tst_CaptureOptions::reads()
     QVERIFY(options->json && options->quiet);
 }
 
+void tst_CaptureOptions::projects()
+{
+    using enum CaptureOptions::Task;
+    const auto saved = parseCaptureOptions({"program", "--save", "a b.analyzer_prj", "c.keo"});
+    QVERIFY(saved && saved->task == Capture);
+    QCOMPARE(saved->project, QDir::current().absoluteFilePath("a b.analyzer_prj"));
+    QVERIFY(saved->formats.isEmpty());
+    const auto both =
+        parseCaptureOptions({"program", "--save", "a.analyzer_prj", "--format", "prn", "c.keo"});
+    QVERIFY(both);
+    QCOMPARE(both->formats, QList<ExportFormat>{ExportFormat::Prn});
+    const auto open = parseCaptureOptions({"program", "--open", "a b.1.analyzer_prj"});
+    QVERIFY(open && open->task == ExportSaved);
+    QCOMPARE(open->file, QDir::current().absoluteFilePath("a b.1.analyzer_prj"));
+    QCOMPARE(open->baseName, "a_b_1");
+    QCOMPARE(open->formats, QList<ExportFormat>{ExportFormat::Vcd});
+}
+
 void tst_CaptureOptions::defaults()
 {
     const auto options = parseCaptureOptions({"program", "dir/my design.v2.keo"});
@@ -97,6 +117,7 @@ void tst_CaptureOptions::defaults()
     QCOMPARE(options->baseName, "my_design_v2");
     QCOMPARE(options->chain, QList<int>{0});
     QCOMPARE(options->formats, QList<ExportFormat>{ExportFormat::Vcd});
+    QVERIFY(options->project.isEmpty());
     QVERIFY(options->cores.isEmpty() && !options->autoRounds && !options->timeout);
     QCOMPARE((ClockPeriod{3, "us"}).picoseconds(), 3000000);
     QCOMPARE((ClockPeriod{3, "ns"}).picoseconds(), 3000);

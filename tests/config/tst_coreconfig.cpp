@@ -4,8 +4,6 @@
 
 #include <support/testmain.h>
 
-#include <limits>
-
 using namespace KEO;
 
 class tst_CoreConfig : public QuietTest
@@ -31,29 +29,25 @@ SignalEntry single(const QString &name)
 /// A bus of \a bits and a single signal.
 QList<SignalEntry> busAndSignal(int bits)
 {
-    SignalEntry bus{QStringLiteral("bus"), QStringLiteral("the bus"), {}};
+    SignalEntry bus{"bus", "the bus", {}};
     for (int i = 0; i < bits; ++i)
-        bus.members += single(QStringLiteral("bus[%1]").arg(i));
-    return {bus, single(QStringLiteral("ready"))};
+        bus.members += single(QString("bus[%1]").arg(i));
+    return {bus, single("ready")};
 }
 
 } // namespace
 
 void tst_CoreConfig::registerWidth_data()
 {
-    QTest::addColumn<int>("captured"); // bits
-    QTest::addColumn<int>("port");     // bits
-    QTest::addColumn<int>("counter");  // bits
-    QTest::addColumn<bool>("unitEnabled");
-    QTest::addColumn<int>("expected");
-    QTest::newRow("nothing") << 0 << 0 << 0 << true << 16;
-    QTest::newRow("15 captured bits and the marker") << 15 << 2 << 16 << true << 16;
-    QTest::newRow("16 captured bits and the marker") << 16 << 2 << 16 << true << 17;
-    QTest::newRow("port of 40") << 8 << 40 << 16 << true << 40;
-    QTest::newRow("counter of 20") << 8 << 8 << 20 << true << 20;
-    QTest::newRow("counter of a unit not in use") << 8 << 8 << 20 << false << 16;
-    QTest::newRow("absurd counter") << 8 << 8 << 10'000'000 << true << 1024;
-    QTest::newRow("negative counter") << 8 << 8 << -5 << true << 16;
+    addColumns<int, int, int, bool, int>({"captured", "port", "counter", "enabled", "expected"});
+    addRow("nothing", 0, 0, 0, true, 16);
+    addRow("15 captured bits and the marker", 15, 2, 16, true, 16);
+    addRow("16 captured bits and the marker", 16, 2, 16, true, 17);
+    addRow("port of 40", 8, 40, 16, true, 40);
+    addRow("counter of 20", 8, 8, 20, true, 20);
+    addRow("counter of a unit not in use", 8, 8, 20, false, 16);
+    addRow("absurd counter", 8, 8, 10'000'000, true, 1024);
+    addRow("negative counter", 8, 8, -5, true, 16);
 }
 
 void tst_CoreConfig::registerWidth()
@@ -69,8 +63,8 @@ void tst_CoreConfig::registerWidth()
     QFETCH(int, counter);
     unit.counter_width = counter;
     unit.counter_enable = true;
-    QFETCH(bool, unitEnabled);
-    unit.enabled = unitEnabled;
+    QFETCH(bool, enabled);
+    unit.enabled = enabled;
     QTEST(core.requiredRegisterWidth(), "expected");
     unit.enabled = true;
     unit.counter_enable = false; // then the counter's width is of no consequence
@@ -82,7 +76,7 @@ void tst_CoreConfig::positionsFollowTheFlatOrder()
     CoreConfig core;
     core.signals = busAndSignal(2) + busAndSignal(1);
     const QStringList names = core.flatSignalNames();
-    QCOMPARE(names.join(u' '), QStringLiteral("bus[0] bus[1] ready bus[0] ready"));
+    QCOMPARE(names.join(u' '), "bus[0] bus[1] ready bus[0] ready");
     QCOMPARE(signalBits(core.signals), names.size());
     for (int i = 0; i < names.size(); ++i)
         QCOMPARE(core.signalAtPosition(i).name, names[i]);
@@ -95,42 +89,45 @@ void tst_CoreConfig::namesFromATable()
     CoreConfig core;
     core.signals = busAndSignal(2);
     const QList<SignalEntry> before = core.signals;
-    const SignalNames a{QStringLiteral("a"), QStringLiteral("A")};
+    const SignalNames a{"a", "A"};
 
     QVERIFY(!core.applySignalNames({{0, a}, {1, a}, {2, a}, {3, a}}));
     QVERIFY(!core.applySignalNames({{0, a}, {1, a}}));
     QCOMPARE(core.signals, before);
 
-    QVERIFY(core.applySignalNames({{0, a}, {2, {QStringLiteral("r"), QString()}}, {7, a}}));
-    QCOMPARE(core.signals[0].name, QStringLiteral("bus")); // a bus keeps its own names
-    QCOMPARE(core.signals[0].text, QStringLiteral("the bus"));
+    QVERIFY(core.applySignalNames({{0, a}, {2, {"r", QString()}}, {7, a}}));
+    QCOMPARE(core.signals[0].name, "bus"); // a bus keeps its own names
+    QCOMPARE(core.signals[0].text, "the bus");
     QCOMPARE(core.signals[0].members, (QList<SignalEntry>{{a.name, a.text, {}}, {}}));
-    QCOMPARE(core.signals[1], single(QStringLiteral("r")));
+    QCOMPARE(core.signals[1], single("r"));
 }
 
 void tst_CoreConfig::numbersOutsideTheTables()
 {
     CoreConfig core;
-    core.expressions = QStringList{QStringLiteral("M0")};
+    core.expressions = QStringList{"M0"};
     for (int number : {-1, 16}) {
         QVERIFY(functionsForMatchType(number).isEmpty());
         QVERIFY(matchTypeText(number).isEmpty());
         QVERIFY(matchFunctionText(number).isEmpty());
         QCOMPARE(core.triggerByIndex(number), nullptr);
         QCOMPARE(core.matchUnitByIndex(number), nullptr);
-        core.setExpression(QStringLiteral("M1"), number);
+        core.setExpression("M1", number);
     }
-    QCOMPARE(core.expressions, QStringList{QStringLiteral("M0")});
+    QCOMPARE(core.expressions, QStringList{"M0"});
     QCOMPARE(functionsForMatchType(3), (QList<int>{0, 1, 2, 3, 4, 5}));
 }
 
 void tst_CoreConfig::windowsRoundUpToAPowerOfTwo()
 {
-    const QList<QPair<int, qint64>> powers = {
-        {-1, 0}, {0, 0},       {1, 1},
-        {2, 2},  {3, 4},       {4, 4},
-        {5, 8},  {1025, 2048}, {std::numeric_limits<int>::max(), 2'147'483'648}};
-    for (const auto &[n, power] : powers)
+    for (const auto &[n, power] : {std::pair(-1, 0LL),
+                                   {0, 0},
+                                   {1, 1},
+                                   {2, 2},
+                                   {3, 4},
+                                   {5, 8},
+                                   {1025, 2048},
+                                   {2'147'483'647, 2'147'483'648}})
         QCOMPARE(roundUpToPowerOfTwo(n), power);
 }
 

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <link/jtagsession.h>
 #include <project/keostandardanalyzerproject.h>
-#include <project/waitingtip.h>
-#include <shell/serverlauncher.h>
-#include <support/testdesign.h>
+#include <support/bench.h>
 #include <support/widgettest.h>
 #include <wave/wavemonitorwidget.h>
 
@@ -18,8 +15,6 @@
 #include <initializer_list>
 #include <memory>
 #include <utility>
-
-constexpr int kCaptureTime = 20000; // ms, many times what a capture here takes
 
 /// What the main window is to a project: tab widget, tool bar, Open action. Closes the boxes that
 /// come up.
@@ -114,16 +109,7 @@ struct ProjectWindow
             letters += QLatin1Char(isOn ? letter : '-');
         return letters;
     }
-    /// The tip that shows, or null.
-    static KEO::WaitingTip *tip()
-    {
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            auto *tip = qobject_cast<KEO::WaitingTip *>(widget);
-            if (tip && tip->isVisible())
-                return tip;
-        }
-        return nullptr;
-    }
+    static KEO::WaitingTip *tip() { return waitingTip(); }
 
     BoxWatcher boxes;
     std::unique_ptr<QMainWindow> window;
@@ -131,28 +117,4 @@ struct ProjectWindow
     QPointer<QTabWidget> tabs;
     QPointer<QAction> openAction;
     QPointer<KEO::KeoStandardAnalyzerProject> project; // child of the window
-};
-
-/// A design with the files of it, and the simulated server that has it on its first cable.
-struct Bench
-{
-    explicit Bench(const TestDesign &board) : design(board)
-    {
-        design.write(directory.path());
-        qputenv("SIGNALSCOPE_BOARD", directory.filePath("board.json").toLocal8Bit());
-        const auto started = KEO::launchServers(servers, QStringLiteral(KEO_BURNER_DIR),
-                                                KEO::serverTable().mid(0, 1));
-        KEO::JtagSession::instance()->connectServers(started);
-    }
-    ~Bench()
-    {
-        KEO::JtagSession::instance()->disconnectAll();
-        KEO::killServers(servers);
-    }
-
-    QString file() const { return directory.filePath("design." + design.extension); }
-
-    TestDesign design;
-    QTemporaryDir directory;
-    KEO::ServerProcesses servers;
 };

@@ -5,7 +5,7 @@
 #include <capture/standarddatamanager.h>
 #include <link/jtagsession.h>
 #include <project/capturedisplay.h>
-#include <shell/serverlauncher.h>
+#include <support/benchserver.h>
 #include <support/testdesign.h>
 #include <support/testmain.h>
 
@@ -44,80 +44,76 @@ int countAt(const QList<WaveMonitor::SignalElement> &elements, qsizetype sample)
 
 void tst_CaptureRoad::samplesAreTheStimulus_data()
 {
-    QTest::addColumn<bool>("dynamic");
-    QTest::addColumn<QString>("extension");
-    QTest::addColumn<QString>("device");
-    QTest::addColumn<int>("noise");
-    QTest::addColumn<int>("depth");
-    QTest::addColumn<int>("windows");
-    QTest::addColumn<int>("amount");
-    QTest::addColumn<int>("position");
-
-    const QString listed = QStringLiteral("KR-R");
-    const QString other = QStringLiteral("KX-1");
+    addColumns<TestDesign>({"design"});
+    const QString listed = "KR-R"; // a model with a rule of its own
+    const QString other = "KX-1";
+    const auto row = [](const QString &name, const TestDesign &design) {
+        QTest::newRow(qPrintable(name)) << design;
+    };
 #ifdef KEO_DEEP_CAPTURE
-    QTest::newRow("65,536 samples") << true << "keo" << listed << 8 << 65536 << 1 << 65536 << 30000;
+    row("65,536 samples", {.dynamic = true,
+                           .device = listed,
+                           .storageDepth = 65536,
+                           .amount = 65536,
+                           .position = 30000});
 #else
     for (const bool dynamic : {false, true}) {
-        const char *kind = dynamic ? "dynamic" : "static";
+        const QString kind = dynamic ? "dynamic, " : "static, ";
         for (const char *extension : {"keo", "zeo"}) {
-            for (const QString &device : {listed, other}) {
-                QTest::addRow("%s, %s, %s", kind, extension, qPrintable(device))
-                    << dynamic << extension << device << 8 << 4096 << 1 << 256 << 16;
-            }
+            for (const QString &device : {listed, other})
+                row(kind + extension + ", " + device,
+                    {.dynamic = dynamic, .extension = extension, .device = device});
         }
-        QTest::addRow("%s, 32 samples, position 0", kind)
-            << dynamic << "keo" << other << 3 << 4096 << 1 << 32 << 0;
-        QTest::addRow("%s, 32 samples, largest position", kind)
-            << dynamic << "zeo" << listed << 3 << 4096 << 1 << 32 << 23;
-        QTest::addRow("%s, largest position on a listed model", kind)
-            << dynamic << "keo" << listed << 20 << 4096 << 1 << 1024 << 1015;
-        QTest::addRow("%s, position 0 on a listed model", kind)
-            << dynamic << "keo" << listed << 20 << 4096 << 1 << 512 << 0;
-        QTest::addRow("%s, three windows", kind)
-            << dynamic << "keo" << listed << 90 << 1024 << 3 << 256 << 100;
-        QTest::addRow("%s, eight windows", kind)
-            << dynamic << "keo" << other << 0 << 1024 << 8 << 128 << 119;
+        row(kind + "32 samples, position 0",
+            {.dynamic = dynamic, .device = other, .amount = 32, .position = 0});
+        row(kind + "32 samples, largest position", {.dynamic = dynamic,
+                                                    .extension = "zeo",
+                                                    .device = listed,
+                                                    .amount = 32,
+                                                    .position = 23});
+        row(kind + "largest position on a listed model",
+            {.dynamic = dynamic, .device = listed, .noise = 20, .amount = 1024, .position = 1015});
+        row(kind + "position 0 on a listed model",
+            {.dynamic = dynamic, .device = listed, .noise = 20, .amount = 512, .position = 0});
+        row(kind + "three windows", {.dynamic = dynamic,
+                                     .device = listed,
+                                     .noise = 90,
+                                     .storageDepth = 1024,
+                                     .windows = 3,
+                                     .position = 100});
+        row(kind + "eight windows", {.dynamic = dynamic,
+                                     .device = other,
+                                     .noise = 0,
+                                     .storageDepth = 1024,
+                                     .windows = 8,
+                                     .amount = 128,
+                                     .position = 119});
     }
-    QTest::newRow("255 signals") << true << "zeo" << other << 239 << 4096 << 1 << 1024 << 512;
+    row("255 signals", {.dynamic = true,
+                        .extension = "zeo",
+                        .device = other,
+                        .noise = 239,
+                        .amount = 1024,
+                        .position = 512});
 #endif
 }
 
 void tst_CaptureRoad::samplesAreTheStimulus()
 {
-    QFETCH(bool, dynamic);
-    QFETCH(QString, extension);
-    QFETCH(QString, device);
-    QFETCH(int, noise);
-    QFETCH(int, depth);
-    QFETCH(int, windows);
-    QFETCH(int, amount);
-    QFETCH(int, position);
-    TestDesign design;
-    design.dynamic = dynamic;
-    design.extension = extension;
-    design.device = device;
-    design.noise = noise;
-    design.storageDepth = depth;
-    design.windows = windows;
-    design.amount = amount;
-    design.position = position;
+    QFETCH(TestDesign, design);
     QTemporaryDir directory;
     design.write(directory.path());
     qputenv("SIGNALSCOPE_BOARD", directory.filePath("board.json").toLocal8Bit());
 
     ServerProcesses processes;
-    const QList<JtagConnection> started =
-        launchServers(processes, QStringLiteral(KEO_BURNER_DIR), serverTable().mid(0, 1));
-    QCOMPARE(started.size(), 1);
+    startBenchServer(processes);
     JtagSession &session = *JtagSession::instance();
-    QVERIFY(session.connectServers(started).isEmpty());
-    QVERIFY(session.selectCable(started.first().name));
+    QVERIFY(session.selectCable(serverTable().first().connection.name));
 
     KeoStandardDataManager manager;
     QString id;
-    QVERIFY(manager.load(directory.filePath("design." + extension), id));
-    manager.setDeviceName(device);
+    QVERIFY(manager.load(directory.filePath("design." + design.extension), id));
+    manager.setDeviceName(design.device);
     QList<Window> captured;
     connect(&manager, &KeoStandardDataManager::readRamComplete, this, [&](int core, int window) {
         captured.append(
@@ -131,28 +127,29 @@ void tst_CaptureRoad::samplesAreTheStimulus()
     session.disconnectAll();
     killServers(processes);
 
-    QCOMPARE(captured.size(), windows);
+    QCOMPARE(captured.size(), design.windows);
     qint64 earliest = 0; // sample at which the window may begin
-    for (int window = 0; window < windows; ++window) {
+    for (int window = 0; window < design.windows; ++window) {
         const Window &got = captured.at(window);
         QCOMPARE(got.number, window);
         QCOMPARE(got.elements.size(), design.signalCount());
         // Each window takes the first trigger that has enough samples before it.
-        const qint64 trigger = design.firstTrigger(earliest + position);
-        QCOMPARE(countAt(got.elements, position), int(trigger % TestDesign::kLength));
+        const qint64 trigger = design.firstTrigger(earliest + design.position);
+        QCOMPARE(countAt(got.elements, design.position), int(trigger % TestDesign::kLength));
         for (int signal = 0; signal < design.signalCount(); ++signal) {
             const QBitArray &data = got.elements.at(signal).data;
             QCOMPARE(got.elements.at(signal).name, design.name(signal));
-            QCOMPARE(data.size(), amount);
-            for (int sample = 0; sample < amount; ++sample) {
-                if (data.testBit(sample) != design.level(signal, trigger - position + sample))
+            QCOMPARE(data.size(), design.amount);
+            for (int sample = 0; sample < design.amount; ++sample) {
+                if (data.testBit(sample) !=
+                    design.level(signal, trigger - design.position + sample))
                     QFAIL(qPrintable(QStringLiteral("window %1, %2, sample %3")
                                          .arg(window)
                                          .arg(design.name(signal))
                                          .arg(sample)));
             }
         }
-        earliest = trigger - position + amount;
+        earliest = trigger - design.position + design.amount;
     }
 }
 

@@ -7,7 +7,7 @@
 
 using namespace KEO;
 
-class tst_DesktopFaults : public ViewerTest
+class tst_DesktopFaults : public WidgetTest
 {
     Q_OBJECT
 
@@ -64,12 +64,12 @@ void act(Act what, Desktop &d)
         d.open();
         break;
     case Act::CloseNo:
-        d.answer = QMessageBox::No;
+        d.boxes.answer = QMessageBox::No;
         d.window->close();
         break;
     case Act::OpenAndCloseNo:
         d.open();
-        d.answer = QMessageBox::No;
+        d.boxes.answer = QMessageBox::No;
         d.window->close();
         break;
     case Act::CloseYes:
@@ -132,18 +132,18 @@ void tst_DesktopFaults::atEachStep()
             actOnce();
     });
     if (step == Step::Box)
-        d.whileBoxIsOpen = actOnce;
+        d.boxes.whileOpen = [&](const QMessageBox &) { actOnce(); };
     if (step == Step::TabComes)
         connect(d.tabs(), &QTabWidget::currentChanged, &onlooker, actOnce);
     d.press(step == Step::Rounds ? Qt::Key_F2 : Qt::Key_F1);
     clock.start();
     onlooker.start(2);
-    QTRY_VERIFY_WITH_TIMEOUT(isDone, Desktop::kCaptureTime);
+    QTRY_VERIFY_WITH_TIMEOUT(isDone, kCaptureTime);
     QTest::qWait(100); // late replies and ticks
     QTRY_VERIFY(!QApplication::activeModalWidget());
 
     if (what == Act::CloseYes || what == Act::DeleteWindow) {
-        QVERIFY(!Desktop::tip());
+        QVERIFY(!waitingTip());
         QVERIFY(!d.window || (!d.window->isVisible() && d.tabs()->count() == 0));
         return;
     }
@@ -155,23 +155,19 @@ void tst_DesktopFaults::atEachStep()
     if (what == Act::Open || what == Act::OpenAndCloseNo) {
         QVERIFY(d.window->isVisible());
         if (design.fires && design.programmed && step != Step::Rounds) {
-            QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), Desktop::kCaptureTime);
+            QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), kCaptureTime);
             QCOMPARE(d.tabs()->count(), 3);
         }
     }
     if (d.isBusy())
         d.press(Qt::Key_F4);
-    QVERIFY(!d.isBusy() && !Desktop::tip());
+    QVERIFY(d.isIdle());
     QVERIFY(d.tool("Start")->isEnabled());
     if (what == Act::Stop && design.fires && design.programmed) {
-        d.press(Qt::Key_F1);
-        QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), Desktop::kCaptureTime);
+        d.capture();
         QCOMPARE(d.tabs()->count(), 1 + design.windows);
     }
 }
 
-int main(int argc, char **argv)
-{
-    return runTest<tst_DesktopFaults, QApplication>(argc, argv);
-}
+KEO_WIDGET_TEST_MAIN(tst_DesktopFaults)
 #include "tst_desktopfaults.moc"

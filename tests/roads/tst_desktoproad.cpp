@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QSpinBox>
@@ -21,35 +22,17 @@
 using namespace KEO;
 using WaveMonitor::SignalTreeView;
 
-class tst_DesktopRoad : public ViewerTest
+class tst_DesktopRoad : public WidgetTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void fromFileToArrangedWaves();
     void autoRoundsAndForcedTriggers();
-    void errors_data();
-    void errors();
-    void closeDuringCapture();
     void windowGoesWithTheQuestion();
 };
 
 namespace {
-
-/// Hands the dialog that the next step brings up to \a drive.
-void onDialog(std::function<void(QDialog *)> drive)
-{
-    auto *timer = new QTimer(qApp);
-    QObject::connect(timer, &QTimer::timeout, timer, [timer, drive = std::move(drive)] {
-        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
-        timer->deleteLater();
-        timer->stop();
-        drive(dialog);
-    });
-    timer->start(5);
-}
 
 template <typename View>
 void doubleClick(View *view, const QModelIndex &index)
@@ -123,13 +106,12 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
     QVERIFY(hint->isVisible() && d.tabs()->rect().contains(hint->geometry()));
 
     // Open by the file dialog.
-    onDialog([&](QDialog *dialog) {
+    const OnModal<QFileDialog> fileDialog([&](QFileDialog *dialog) {
         auto *name = dialog->findChild<QLineEdit *>("fileNameEdit");
         name->setText(d.file());
         QTest::keyClick(name, Qt::Key_Return);
     });
-    d.activate();
-    QTest::keyClick(d.window.get(), Qt::Key_O, Qt::ControlModifier);
+    d.press(Qt::Key_O, Qt::ControlModifier);
     QCOMPARE(d.tabs()->count(), 1);
     QVERIFY(!hint->isVisible());
 
@@ -148,7 +130,7 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
         {"rbtnDec", "00343", "0000000101010111"},
         {"rbtnBin", "XXXXXXXX01010101", "XXXXXXXX01010101"}};
     for (const auto &[radix, typed, stored] : values) {
-        onDialog([radix = radix, typed = typed](QDialog *dialog) {
+        const OnModal<QDialog> unitDialog([radix = radix, typed = typed](QDialog *dialog) {
             auto *button = dialog->findChild<QRadioButton *>(radix);
             QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
             auto *value = dialog->findChild<QLineEdit *>("lineEditValue0");
@@ -164,7 +146,7 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
 
     // Its expression: in place of M0&M1, where M1 is the range from 0x100 to 0xEFF.
     auto *expressions = d.find<QListWidget>("listExpressions");
-    onDialog([](QDialog *dialog) {
+    const OnModal<QDialog> expressionDialog([](QDialog *dialog) {
         for (const char *name : {"btnClear", "btnM0", "btnAND", "btnNOT", "btnM1"})
             QTest::mouseClick(dialog->findChild<QPushButton *>(name), Qt::LeftButton);
         QTest::keyClick(dialog, Qt::Key_Return);
@@ -177,9 +159,9 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
 
     // The first core is as it was, the second one as set.
     d.press(Qt::Key_F1);
-    QVERIFY(d.isBusy() && Desktop::tip());
-    QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), Desktop::kCaptureTime);
-    QVERIFY(!Desktop::tip());
+    QVERIFY(d.isBusy() && waitingTip());
+    QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), kCaptureTime);
+    QVERIFY(!waitingTip());
     QCOMPARE(d.tabs()->count(), 4);
     QVERIFY(isStimulus(*d.wave(1), design, int(design.firstTrigger(design.position))));
     TestDesign changed = design;
@@ -222,8 +204,7 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
     QCOMPARE(arranged.size(), 1 + design.noise - 1);
 
     // The next capture goes on in the stimulus and keeps the arrangement.
-    d.press(Qt::Key_F1);
-    QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), Desktop::kCaptureTime);
+    d.capture();
     QCOMPARE(d.tabs()->count(), 4);
     QCOMPARE(rowNames(*d.wave(2)->findChild<SignalTreeView *>()), arranged);
     QVERIFY(isStimulus(*d.wave(2), changed, countAt(*d.wave(2), design.position)));
@@ -242,15 +223,15 @@ void tst_DesktopRoad::autoRoundsAndForcedTriggers()
         Desktop d(design);
         d.open();
         d.click("Auto");
-        QTRY_COMPARE_WITH_TIMEOUT(d.tabs()->count(), 2, Desktop::kCaptureTime);
+        QTRY_COMPARE_WITH_TIMEOUT(d.tabs()->count(), 2, kCaptureTime);
         const QPointer<WaveMonitor::WaveMonitorWidget> wave = d.wave(1);
         const int first = countAt(*wave, design.position);
-        QTRY_COMPARE_WITH_TIMEOUT(counterText(*wave), "Autorun Counter: 3", Desktop::kCaptureTime);
+        QTRY_COMPARE_WITH_TIMEOUT(counterText(*wave), "Autorun Counter: 3", kCaptureTime);
         const int third = countAt(*wave, design.position);
         QVERIFY(third != first && design.isTrigger(third) && isStimulus(*wave, design, third));
         d.click("Stop");
-        QCOMPARE(d.boxes, QStringList("Tarno Signal Scope|Capture Stopped!"));
-        QVERIFY(wave && !d.isBusy() && !Desktop::tip());
+        QCOMPARE(d.boxes.seen, QStringList("Tarno Signal Scope: Capture Stopped!"));
+        QVERIFY(wave && d.isIdle());
     }
     design.fires = false;
     Desktop d(design);
@@ -258,73 +239,17 @@ void tst_DesktopRoad::autoRoundsAndForcedTriggers()
     for (const bool byButton : {true, false}) {
         d.click("Start");
         QTest::qWait(700); // past the first poll
-        QVERIFY(d.isBusy() && Desktop::tip());
+        QVERIFY(d.isBusy() && waitingTip());
         if (byButton)
             d.click("Force Trigger");
         else
-            QTest::keyClick(Desktop::tip(), Qt::Key_F3);
-        QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), Desktop::kCaptureTime);
-        QVERIFY(!Desktop::tip());
+            QTest::keyClick(waitingTip(), Qt::Key_F3);
+        QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), kCaptureTime);
+        QVERIFY(!waitingTip());
         QCOMPARE(d.tabs()->count(), 2);
         QVERIFY(isStimulus(*d.wave(1), design, countAt(*d.wave(1), design.position)));
     }
-    QVERIFY(d.boxes.isEmpty());
-}
-
-void tst_DesktopRoad::errors_data()
-{
-    QTest::addColumn<int>("result");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("not programmed") << -20 << "Device does not load fs file yet.";
-    QTest::newRow("not opened") << 1 << "Open device failed.";
-    QTest::newRow("unknown") << 7 << "Unknown device error ID7.";
-    QTest::newRow("no cable") << 0 << "Can not connect with JTAG Server!";
-    QTest::newRow("no design") << 0 << "Invalid KEO file specified in project.";
-}
-
-void tst_DesktopRoad::errors()
-{
-    QFETCH(int, result);
-    QFETCH(QString, text);
-    TestDesign design;
-    if (result != 0)
-        design.faults =
-            QStringLiteral(R"([{ "at": "OPEN", "do": "result", "value": %1 }])").arg(result);
-    Desktop d(design);
-    if (text.startsWith("Invalid")) {
-        QFile file(d.file());
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("<KEO_CONFIG></KEO_CONFIG>") > 0);
-        file.close();
-        d.open();
-        QCOMPARE(d.tabs()->count(), 0);
-    } else {
-        d.open();
-        if (text.startsWith("Can not"))
-            JtagSession::instance()->disconnectAll();
-        d.press(Qt::Key_F1);
-        QTRY_VERIFY_WITH_TIMEOUT(!d.boxes.isEmpty(), Desktop::kCaptureTime);
-        QCOMPARE(d.tabs()->count(), 1);
-        QVERIFY(d.tool("Start")->isEnabled());
-    }
-    QCOMPARE(d.boxes, QStringList("Error|" + text));
-    QVERIFY(!d.isBusy() && !Desktop::tip());
-}
-
-void tst_DesktopRoad::closeDuringCapture()
-{
-    const QString question = "Exit|Task is still running, do you want to exit?";
-    TestDesign design;
-    design.fires = false;
-    Desktop d(design);
-    d.open();
-    d.press(Qt::Key_F1);
-    d.answer = QMessageBox::No;
-    QVERIFY(!d.window->close());
-    QVERIFY(d.window->isVisible() && d.isBusy() && Desktop::tip());
-    d.answer = QMessageBox::Yes;
-    QVERIFY(d.window->close());
-    QCOMPARE(d.boxes, (QStringList{question, question}));
-    QVERIFY(!Desktop::tip() && !JtagSession::instance()->hasConnection());
+    QVERIFY(d.boxes.seen.isEmpty());
 }
 
 void tst_DesktopRoad::windowGoesWithTheQuestion()
@@ -334,15 +259,11 @@ void tst_DesktopRoad::windowGoesWithTheQuestion()
     Desktop d(design);
     d.open();
     d.press(Qt::Key_F1);
-    d.whileBoxIsOpen = [&] { d.window.reset(); };
+    d.boxes.whileOpen = [&](const QMessageBox &) { d.window.reset(); };
     d.window->close();
-    QVERIFY(!d.window && !Desktop::tip());
-    QCOMPARE(d.boxes.size(), 1);
+    QVERIFY(!d.window && !waitingTip());
+    QCOMPARE(d.boxes.seen.size(), 1);
 }
 
-int main(int argc, char **argv)
-{
-    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    return runTest<tst_DesktopRoad, QApplication>(argc, argv);
-}
+KEO_WIDGET_TEST_MAIN(tst_DesktopRoad)
 #include "tst_desktoproad.moc"

@@ -82,7 +82,7 @@ void tst_ServerLauncher::table()
     QCOMPARE(rows, (QStringList{"chainserver, Tarno USB Cable(FT2CH), keo1, 36545, 1, 0",
                                 "chainserver_lpt, Parallel Port(LPT), keo, 36546, 2, 0",
                                 "chainserver_lk7, LK7, keolk7, 36547, 0, 0"}));
-    QCOMPARE(QFileInfo(defaultServerDirectory()),
+    QCOMPARE(QFileInfo(siblingDirectory()),
              QFileInfo(QCoreApplication::applicationDirPath() + "/../../Burner/bin"));
 }
 

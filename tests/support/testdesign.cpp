@@ -106,7 +106,7 @@ void TestDesign::write(const QString &directory) const
     // The board: this design on the first cable, nothing on the others.
     writeFile(
         directory + QStringLiteral("/board.json"),
-        QStringLiteral(R"({
+        QStringLiteral(R"({ %5
   "cables": {
     "keo1": {
       "chain": [
@@ -117,5 +117,6 @@ void TestDesign::write(const QString &directory) const
   }
 })")
             .arg(device, extension, programmed ? QStringLiteral("true") : QStringLiteral("false"),
-                 faults.isEmpty() ? QString() : QStringLiteral(",\n      \"faults\": ") + faults));
+                 faults.isEmpty() ? QString() : QStringLiteral(",\n      \"faults\": ") + faults,
+                 logs ? QStringLiteral("\"log\": \"packets.log\",") : QString()));
 }

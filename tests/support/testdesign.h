@@ -23,8 +23,9 @@ struct TestDesign
     int coreIndex = 0;
     int cores = 1; ///< the same core so many times, with indexes counting up
     bool programmed = true;
-    bool fires = true; ///< false: M0 matches a value that the design never takes
-    QString faults;    ///< JSON array text for the first cable, may be empty
+    bool fires = true;   ///< false: M0 matches a value that the design never takes
+    bool logs = false;   ///< the server keeps a packets.log beside the files
+    QString faults = {}; ///< JSON array text for the first cable, may be empty
 
     static constexpr int kLength = 4096; ///< samples of the stimulus, then it starts again
 

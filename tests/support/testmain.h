@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <cstdio>
+#include <initializer_list>
 
 /// Base of all test classes: a warning that no test announced with QTest::ignoreMessage fails the
 /// test function that provoked it.
@@ -16,6 +17,21 @@ class QuietTest : public QObject
 protected Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(QStringLiteral(".*"))); }
 };
+
+/// Columns of a data table: addColumns<QString, int>({"text", "length"}).
+template <typename... Types>
+void addColumns(std::initializer_list<const char *> names)
+{
+    const auto *name = names.begin();
+    (QTest::addColumn<Types>(*name++), ...);
+}
+
+/// A row of a data table: addRow("empty", "", 0).
+template <typename... Cells>
+void addRow(const char *name, const Cells &...cells)
+{
+    (QTest::newRow(name) << ... << cells);
+}
 
 /// Runs a test class with a socket and temporary directory of its own, so that tests run side by
 /// side and never meet a server of another test. The path is short because a local socket's name

@@ -1,6 +1,8 @@
 #include "widgettest.h"
 
 #include <QAbstractButton>
+#include <QContextMenuEvent>
+#include <QMenu>
 #include <QPointer>
 
 #include <algorithm>
@@ -11,7 +13,7 @@ void WidgetTest::init()
         QStringLiteral("^(?!This plugin does not support|Mouse event .* not accepted by)")));
 }
 
-BoxWatcher::BoxWatcher(QMessageBox::StandardButton answer) : m_answer(answer)
+BoxWatcher::BoxWatcher(QMessageBox::StandardButton button) : answer(button)
 {
     connect(&m_timer, &QTimer::timeout, this, &BoxWatcher::look);
     m_timer.start(5);
@@ -36,8 +38,36 @@ void BoxWatcher::look()
         task(*box);
     if (!box)
         return;
-    if (m_answer == QMessageBox::NoButton)
-        QTest::keyClick(box, Qt::Key_Return);
+    if (QAbstractButton *const wanted = box->button(answer))
+        QTest::keyClick(wanted, Qt::Key_Space);
     else
-        QTest::keyClick(box->button(m_answer), Qt::Key_Space);
+        QTest::keyClick(box, Qt::Key_Return);
+}
+
+QStringList driveContextMenu(QWidget *viewport, const QPoint &position, const QString &choice)
+{
+    QStringList texts;
+    QTimer driver;
+    driver.setSingleShot(true);
+    QObject::connect(&driver, &QTimer::timeout, &driver, [&] {
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        if (!menu)
+            return;
+        // The offscreen window system makes the menu the active window, which no real one does, and
+        // an editor that the choice opens would lose the focus with the menu's end.
+        viewport->window()->activateWindow();
+        QCoreApplication::processEvents();
+        const QList<QAction *> actions = menu->actions();
+        for (QAction *action : actions) {
+            texts.append(action->text());
+            if (action->text() == choice)
+                menu->setActiveAction(action);
+        }
+        QTest::keyClick(menu, choice.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
+    });
+    driver.start(0);
+    QContextMenuEvent event(QContextMenuEvent::Mouse, position, viewport->mapToGlobal(position));
+    QApplication::sendEvent(viewport, &event);
+    QCoreApplication::processEvents();
+    return texts;
 }

@@ -52,10 +52,11 @@ class BoxWatcher final : public QObject
     Q_OBJECT
 
 public:
-    /// Answers with that button by the keyboard, or with the Enter key.
-    explicit BoxWatcher(QMessageBox::StandardButton answer = QMessageBox::NoButton);
+    explicit BoxWatcher(QMessageBox::StandardButton button = QMessageBox::NoButton);
 
     QStringList seen;
+    /// Pressed by the keyboard; a box without that button gets the Enter key.
+    QMessageBox::StandardButton answer;
     /// Runs while the next box is open, before it is closed.
     std::function<void(const QMessageBox &)> whileOpen;
     /// Leaves boxes open, so that others may come up over them.
@@ -66,9 +67,13 @@ public:
 private:
     void look();
 
-    QMessageBox::StandardButton m_answer;
     QTimer m_timer;
 };
+
+/// Opens the context menu of a view's \a viewport at \a position, as a right click does, and gives
+/// the texts of its entries: none when no menu came up. Chooses the entry \a choice by the
+/// keyboard, or leaves the menu.
+QStringList driveContextMenu(QWidget *viewport, const QPoint &position, const QString &choice = {});
 
 /// The main function of a test with windows. End the file with `#include "tst_name.moc"`.
 #define KEO_WIDGET_TEST_MAIN(Test)                                                                 \

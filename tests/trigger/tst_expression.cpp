@@ -47,8 +47,7 @@ void tst_Expression::check()
 
 void tst_Expression::tables_data()
 {
-    QTest::addColumn<QString>("table");
-
+    addColumns<QString>({"table"});
     const auto row = [](const char *text, const char *table) {
         QTest::newRow(text) << QString::fromLatin1(table);
     };
@@ -111,20 +110,17 @@ void tst_Expression::randomTexts()
 
 void tst_Expression::hostileTexts_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<qsizetype>("length");
-    QTest::addColumn<QChar>("first");
-
-    const QString all = QStringLiteral("M0&M1&M2&M3&M4&M5&M6&M7&M8&M9&M10&M11&M12&M13&M14&M15");
+    addColumns<QString, qsizetype, QChar>({"text", "length", "first"});
+    const QString all = "M0&M1&M2&M3&M4&M5&M6&M7&M8&M9&M10&M11&M12&M13&M14&M15";
     const auto row = [](const char *name, const QString &text, qsizetype length, QChar first) {
-        QTest::newRow(name) << text << length << first;
+        addRow(name, text, length, first);
     };
-    row("a megabyte of names", QStringLiteral("M15").repeated(350'000), 2, u'x');
+    row("a megabyte of names", QString("M15").repeated(350'000), 2, u'x');
     row("a megabyte of brackets", QString(1 << 20, u'('), 1, u'x');
     row("more letters than units", "A&B&C&D&E&F&G&H&I&J&K&L&M&N&O&P&Q", 65536, u'x');
-    row("long and evaluated", all + QStringLiteral("|M1").repeated(40'000), 65536, u'0');
-    row("100,000 values at once",
-        QStringLiteral("M0&(").repeated(100'000) + all + QString(100'000, u')'), 65536, u'0');
+    row("long and evaluated", all + QString("|M1").repeated(40'000), 65536, u'0');
+    row("100,000 values at once", QString("M0&(").repeated(100'000) + all + QString(100'000, u')'),
+        65536, u'0');
 }
 
 void tst_Expression::hostileTexts()

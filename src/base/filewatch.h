@@ -11,7 +11,8 @@ namespace KEO {
 /// Tells when one file changes, however a tool writes it: in place, by a rename over it, or by
 /// removing it and making it again. The system's watch follows the file and not its name, so it is
 /// renewed after each event; while the file is missing, its name is looked at from time to time.
-/// Files that tools are in the middle of replacing count as missing only after a second.
+/// Files that tools are in the middle of replacing count as missing only after a second, and one
+/// that is being written is told once it has stopped changing.
 ///
 /// Holds at most one file and needs an event loop. Not for files that others may lock: it opens
 /// none.
@@ -45,6 +46,7 @@ private:
         QDateTime created;  ///< UTC, invalid where the system does not know
         QDateTime lookedAt; ///< UTC
 
+        [[nodiscard]] bool looksLike(const Stamp &other) const;
         [[nodiscard]] bool surelyEquals(const Stamp &later) const;
     };
     [[nodiscard]] Stamp stampOfFile() const;
@@ -55,6 +57,7 @@ private:
     QTimer m_timer; ///< runs between an event and the look at the file, and while it is missing
     QString m_path;
     Stamp m_known;         ///< what listeners know
+    Stamp m_seen;          ///< at the last look
     int m_looksInVain = 0; ///< since the file was missing
 };
 

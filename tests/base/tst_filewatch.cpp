@@ -1,7 +1,7 @@
 // The watch of one file, with real files written in the ways that tools write them.
 
+#include <base/filesetwatch.h>
 #include <base/wholefile.h>
-#include <project/filewatch.h>
 #include <support/testmain.h>
 
 #include <QDir>
@@ -29,7 +29,7 @@ void renameOver(const QString &from, const QString &to)
     QVERIFY(::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0);
 }
 
-constexpr int kQuiet = 250; // ms in which a change would have been told
+constexpr int kQuiet = 400; // ms in which a change would have been told
 constexpr int kGone = 1500; // ms in which a removal would have been told
 
 } // namespace
@@ -48,6 +48,7 @@ private Q_SLOTS:
     void removedAndBack();
     void otherEvents();
     void otherFile();
+    void severalFiles();
 };
 
 void tst_FileWatch::changes_data()
@@ -215,6 +216,31 @@ void tst_FileWatch::otherFile()
     write(second, "newest");
     QTest::qWait(kQuiet);
     QCOMPARE(spy.size(), 1);
+}
+
+/// Listeners may change the set while they are told.
+void tst_FileWatch::severalFiles()
+{
+    QTemporaryDir directory;
+    const QString a = directory.filePath("a.fs");
+    const QString b = directory.filePath("b.fs");
+    write(a, "1");
+    write(b, "1");
+    FileSetWatch watch;
+    QStringList told;
+    connect(&watch, &FileSetWatch::fileChanged, this, [&](const QString &path) {
+        told.append(path);
+        if (path == b)
+            watch.setFiles({a});
+    });
+    watch.setFiles({a, b, a, {}, directory.filePath("missing.fs")});
+    write(a, "22");
+    QTRY_COMPARE(told, QStringList(a));
+    write(b, "22");
+    QTRY_COMPARE(told, QStringList({a, b}));
+    write(b, "333");
+    write(a, "333");
+    QTRY_COMPARE(told, QStringList({a, b, a}));
 }
 
 KEO_TEST_MAIN(tst_FileWatch)

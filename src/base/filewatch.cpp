@@ -19,11 +19,16 @@ constexpr qint64 kCoarsestClock = 2000; // ms
 
 } // namespace
 
+bool FileWatch::Stamp::looksLike(const Stamp &other) const
+{
+    return exists == other.exists && size == other.size && written == other.written &&
+           created == other.created;
+}
+
 /// True only if nothing can have been written between the looks.
 bool FileWatch::Stamp::surelyEquals(const Stamp &later) const
 {
-    if (exists != later.exists || size != later.size || written != later.written ||
-        created != later.created)
+    if (!looksLike(later))
         return false;
     return !exists || written.msecsTo(lookedAt) > kCoarsestClock;
 }
@@ -98,8 +103,14 @@ void FileWatch::look()
     }
     if (m_known.surelyEquals(present))
         return;
+    if (present.exists && !m_seen.looksLike(present)) {
+        m_seen = present; // perhaps still being written
+        m_timer.start(kSettleTime);
+        return;
+    }
     m_known = present;
-    Q_EMIT fileChanged(m_path);
+    const QString path = m_path; // a listener may end this watch
+    Q_EMIT fileChanged(path);
 }
 
 } // namespace KEO

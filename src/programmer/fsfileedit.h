@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+
+class QLineEdit;
+class QToolButton;
+
+namespace KEO {
+
+/// A field for the path of an fs file, with a button that opens a file dialog.
+class FsFileEdit final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit FsFileEdit(QWidget *parent = nullptr);
+
+    [[nodiscard]] QString path() const;
+    void setPath(const QString &path);
+    /// Shows the path and no more.
+    void setReadOnly(bool isReadOnly);
+
+Q_SIGNALS:
+    /// The user has chosen a file in the dialog.
+    void chosen();
+
+private:
+    void browse();
+
+    QLineEdit *m_edit;     // child
+    QToolButton *m_button; // child
+};
+
+} // namespace KEO

@@ -1,0 +1,7 @@
+#include "programmerlogging.h"
+
+namespace KEO {
+
+Q_LOGGING_CATEGORY(keoProgrammer, "keo.programmer", QtInfoMsg)
+
+} // namespace KEO

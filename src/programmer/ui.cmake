@@ -1,0 +1,14 @@
+# The programmer page: what stands beside the plain target and needs Qt Widgets.
+find_package(Qt6 6.4 REQUIRED COMPONENTS Gui Widgets)
+keo_add_library(programmer_ui
+    SOURCES
+        deviceconfigurationdlg.cpp deviceconfigurationdlg.h
+        deviceselector.cpp deviceselector.h
+        fsfileedit.cpp fsfileedit.h
+        keoprogrammeritemdelegate.cpp keoprogrammeritemdelegate.h
+        keoprogrammermodel.cpp keoprogrammermodel.h
+        keoprogrammerwidget.cpp keoprogrammerwidget.h
+        legiblecolor.cpp legiblecolor.h
+        modalbox.cpp modalbox.h
+        programmerlog.cpp programmerlog.h
+    LINK keo::programmer keo::image Qt6::Widgets)

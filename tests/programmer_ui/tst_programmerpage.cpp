@@ -1,0 +1,741 @@
+// The programmer page by keys and clicks, with a script in the place of the tool.
+
+#include <programmer/devicedatabase.h>
+#include <programmer/keoprogrammermodel.h>
+#include <programmer/keoprogrammerwidget.h>
+#include <programmer/legiblecolor.h>
+#include <programmer/programmerlog.h>
+#include <support/widgettest.h>
+
+#include "../programmer/scripttool.h"
+
+#include <QAbstractItemModelTester>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialog>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTableView>
+#include <QTableWidget>
+#include <QTextBlock>
+#include <QToolButton>
+
+using namespace KEO;
+
+class tst_ProgrammerPage : public WidgetTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void scans_data();
+    void scans();
+    void downloads_data();
+    void downloads();
+    void editsBySelectorsAndFields();
+    void lookingChangesNothing();
+    void rowsComeGoAndMove();
+    void validates_data();
+    void validates();
+    void asksWhichDevice_data();
+    void asksWhichDevice();
+    void configuresTheOperation();
+    void fileChanges_data();
+    void fileChanges();
+    void waitsForTheEndOfACapture();
+    void endsAnywhere_data();
+    void endsAnywhere();
+    void readsALargeFileBetweenEvents();
+    void logIsBoundedAndLegible();
+};
+
+namespace {
+
+using Column = KeoProgrammerModel::Column;
+
+const char kOneDevice[] = "printf 'Scan\\nDevice Info:\\n Family: KR\\n Name: KR-C\\n"
+                          " ID: 0x1100381B\\ndone'";
+
+std::shared_ptr<const DeviceDatabase> makeDatabase()
+{
+    return std::make_shared<const DeviceDatabase>(DeviceDatabase::fromJson(R"({
+        "ALL_MODES": [
+            { "MODE": "SRAM", "OPERATIONS": [
+                { "OPERATION": "Erase", "CMD_INDEX": 1 },
+                { "OPERATION": "Write", "CMD_INDEX": 2, "DESCRIPATION": "fast",
+                  "OPTIONS": ["Programming"] }] },
+            { "MODE": "Flash", "OPERATIONS": [
+                { "OPERATION": "Burn", "CMD_INDEX": 3, "OPTIONS": ["Programming"] },
+                { "OPERATION": "Burn, verify", "CMD_INDEX": 4, "DESCRIPATION": "slow",
+                  "OPTIONS": ["Programming"] }] }],
+        "DEVICE_CONFIG": [
+            { "DEVICE": "NOP", "IDCODE": "0" },
+            { "DEVICE": "KR-A", "IDCODE": "0x1100281B", "ACCESS_MODES": ["SRAM"] },
+            { "DEVICE": "KR-C", "IDCODE": "0x1100381B", "ACCESS_MODES": ["SRAM", "Flash"] },
+            { "DEVICE": "MR-1", "IDCODE": "0x2200001B", "ACCESS_MODES": ["SRAM"] },
+            { "DEVICE": "MR-1X", "IDCODE": "0x2200001B", "ACCESS_MODES": ["Flash"] }],
+        "ALL_SERIES": [
+            { "SERIES": "JTAG", "DEVICES": ["NOP"] },
+            { "SERIES": "KR", "DEVICES": ["KR-A", "KR-C"] },
+            { "SERIES": "MR", "DEVICES": ["MR-1", "MR-1X"] }] })"));
+}
+
+/// The page on the screen, with its check box checked.
+struct Page
+{
+    Page()
+    {
+        model->setDatabase(makeDatabase());
+        setTool("exit 1");
+        widget.resize(1000, 600);
+        widget.setEnabledByUser(true);
+        widget.show();
+        widget.activateWindow();
+        if (!QTest::qWaitForWindowActive(&widget))
+            qFatal("no window");
+        QObject::connect(&widget, &KeoProgrammerWidget::programStatusChanged, &widget,
+                         [this](bool ready, const QString &text) {
+                             statusTexts.append((ready ? u'+' : u'-') + text);
+                         });
+    }
+
+    template <typename Widget>
+    Widget *find(const char *name) const
+    {
+        auto *found = widget.findChild<Widget *>(QLatin1String(name));
+        if (!found)
+            qFatal("no widget %s", name);
+        return found;
+    }
+    void click(const char *button) const
+    {
+        QTest::mouseClick(find<QToolButton>(button), Qt::LeftButton);
+    }
+    /// Are all buttons on, or all off?
+    bool tools(bool on) const
+    {
+        for (const char *name :
+             {"searchDevice", "downLoad", "addDevice", "rmDevice", "moveUp", "moveDown"}) {
+            if (find<QToolButton>(name)->isEnabled() != on)
+                return false;
+        }
+        return true;
+    }
+    void setTool(const QByteArray &script)
+    {
+        model->setTool(writeTool(directory.filePath("tool"), script));
+    }
+    QString writeFile(const QString &name, const QByteArray &text) const
+    {
+        QFile file(directory.filePath(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(text) < 0)
+            qFatal("cannot write");
+        return file.fileName();
+    }
+    /// Lines of the log without their times and without blank ones.
+    QStringList log() const
+    {
+        QStringList lines;
+        for (const QString &line : find<QTextBrowser>("textBrowser")->toPlainText().split(u'\n')) {
+            static const QRegularExpression time("^\\[\\d\\d:\\d\\d:\\d\\d\\]");
+            if (!line.isEmpty() && time.match(line).hasMatch())
+                lines.append(line.mid(10));
+            else if (!line.isEmpty())
+                lines.append("no time: " + line);
+        }
+        return lines;
+    }
+    QPoint place(int row, Column column) const
+    {
+        return table->visualRect(model->index(row, column)).center();
+    }
+    void clickCell(int row, Column column) const
+    {
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, place(row, column));
+    }
+    void tick(int row) const
+    {
+        const QRect cell = table->visualRect(model->index(row, Column::Enable));
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                          QPoint(cell.left() + 10, cell.center().y()));
+    }
+    /// Opens the editor of a cell by a double click; null if there is none.
+    template <typename Editor>
+    Editor *edit(int row, Column column) const
+    {
+        clickCell(row, column);
+        QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, place(row, column));
+        return table->viewport()->findChild<Editor *>();
+    }
+    void choose(int row, Column column, const QString &text) const
+    {
+        auto *combo = edit<QComboBox>(row, column);
+        QVERIFY(combo);
+        const int wanted = combo->findText(text);
+        QVERIFY(wanted >= 0);
+        while (combo->currentIndex() != wanted)
+            QTest::keyClick(combo, combo->currentIndex() < wanted ? Qt::Key_Down : Qt::Key_Up);
+        QTest::keyClick(combo, Qt::Key_Return);
+        closeEditor();
+    }
+    void closeEditor() const
+    {
+        QCoreApplication::processEvents();
+        table->setFocus(); // as a click beside the editor does
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCoreApplication::processEvents();
+    }
+    /// Texts of a row from Series on.
+    QString row(int row) const
+    {
+        QStringList cells;
+        for (int column = Column::Series; column < Column::ColumnCount; ++column)
+            cells.append(model->index(row, column).data().toString());
+        return cells.join(u'|');
+    }
+    /// Enabled rows.
+    QList<int> targets() const
+    {
+        QList<int> rows;
+        for (int i = 0; i < model->rowCount(); ++i) {
+            if (model->index(i, 0).data(Qt::CheckStateRole).toInt() == Qt::Checked)
+                rows.append(i);
+        }
+        return rows;
+    }
+
+    QTemporaryDir directory;
+    BoxWatcher boxes;
+    QStringList statusTexts;
+    KeoProgrammerWidget widget;
+    KeoProgrammerModel *model = widget.model();
+    QTableView *table = find<QTableView>("tableView");
+    QAbstractItemModelTester tester{model};
+    QSignalSpy running{&widget, &KeoProgrammerWidget::toolRunning};
+};
+
+} // namespace
+
+void tst_ProgrammerPage::scans_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<QStringList>("rows");
+    QTest::addColumn<QStringList>("log");
+    QTest::addColumn<ProgrammerStatus>("status");
+    const QString failed = "Error: Scan Device Failed, No device found!";
+    const QString krc = "KR|KR-C|Write||||1100381B|8";
+    const QByteArray two =
+        "printf 'Device Info:\\nFamily: XX\\nName: X\\nID: 0xAB\\nDevice Info:\\n"
+        "Family: MR\\nName: KR-C\\nID: 0x1'";
+    QTest::newRow("one device") << QByteArray(kOneDevice) << QStringList(krc)
+                                << QStringList{"Info: Scan", "Info: done"}
+                                << ProgrammerStatus::DeviceFound;
+    QTest::newRow("unknown names")
+        << two << QStringList{"JTAG|NOP|Bypass||||AB|8", "MR|NOP|Bypass||||1|8"} << QStringList()
+        << ProgrammerStatus::DeviceFound;
+    QTest::newRow("nothing") << QByteArray("echo Warn: no cable") << QStringList()
+                             << QStringList("Warn: no cable") << ProgrammerStatus::NoDevice;
+    QTest::newRow("bad exit") << QByteArray(kOneDevice) + "; exit 1" << QStringList()
+                              << QStringList(failed) << ProgrammerStatus::NoDevice;
+    QTest::newRow("killed") << QByteArray("kill -9 $$") << QStringList()
+                            << QStringList("Error: Call Programmer failed!")
+                            << ProgrammerStatus::Failed;
+    QTest::newRow("never there") << QByteArray() << QStringList()
+                                 << QStringList("Error: Call Programmer failed!")
+                                 << ProgrammerStatus::Failed;
+}
+
+void tst_ProgrammerPage::scans()
+{
+    QFETCH(QByteArray, script);
+    QFETCH(QStringList, rows);
+    QFETCH(ProgrammerStatus, status);
+    Page page;
+    page.setTool(script);
+    if (script.isEmpty())
+        page.model->setTool(page.directory.filePath("missing"));
+    page.click("addDevice"); // gone at once
+    page.click("searchDevice");
+    QVERIFY(page.tools(false) && page.model->rowCount() == 0);
+    QTRY_COMPARE(page.running.size(), 2);
+    QVERIFY(page.tools(true));
+    QCOMPARE(page.model->rowCount(), rows.size());
+    for (int row = 0; row < rows.size(); ++row)
+        QCOMPARE(page.row(row), rows.at(row));
+    QTEST(page.log(), "log");
+    QCOMPARE(page.widget.status(), status);
+    QVERIFY(page.targets().isEmpty());
+}
+
+void tst_ProgrammerPage::downloads_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<QStringList>("log");
+    QTest::addColumn<QStringList>("texts"); // with + when ready
+    const QString waiting = "- Waiting download ";
+    const QString first = "- Please program the device first ";
+    const QString failed = "Error: Fs file download failed!";
+    QTest::newRow("well")
+        << QByteArray("echo $*; printf '[#   ]\\r[####]\\r\\n'; echo ok")
+        << QStringList{"Info: --device KR-C --fsFile FILE --operation_index 2 --cable-index 1 "
+                       "--channel 1 --chain_size 2 --chain_index 1 --chain_ir 5,8",
+                       "Info: ok"}
+        << QStringList{waiting, "+ Ready to acquire "};
+    QTest::newRow("bad exit") << QByteArray("echo ok; exit 1") << QStringList(failed)
+                              << QStringList{waiting, first};
+    QTest::newRow("error in the output")
+        << QByteArray("echo 'Warn: hot'; printf 'verify error'")
+        << QStringList{"Warn: hot", "Info: verify error"} << QStringList{waiting, first};
+    QTest::newRow("killed") << QByteArray("printf cut; kill -9 $$")
+                            << QStringList("Error: Call Programmer failed!")
+                            << QStringList{waiting, first};
+    QTest::newRow("never there") << QByteArray() << QStringList("Error: Call Programmer failed!")
+                                 << QStringList{waiting, first};
+}
+
+void tst_ProgrammerPage::downloads()
+{
+    QFETCH(QByteArray, script);
+    QFETCH(QStringList, texts);
+    Page page;
+    page.setTool(script);
+    if (script.isEmpty())
+        page.model->setTool(page.directory.filePath("missing"));
+    const QString file = page.writeFile("a.fs", "//CheckSum: 77\n");
+    page.widget.updateCable(1);
+    page.widget.updateChannel(1);
+
+    page.click("downLoad"); // without a target, then without a file
+    page.widget.setDevice("KR", "KR-C", {});
+    page.click("downLoad");
+    QCOMPARE(page.log(), (QStringList{"Error: Program Failed, No target device!",
+                                      "Error: Program Failed, No fs file!"}));
+    QVERIFY(page.tools(true) && page.widget.status() == ProgrammerStatus::Failed);
+    page.find<QTextBrowser>("textBrowser")->clear();
+    page.statusTexts.clear();
+
+    page.widget.setDevice("KR", "KR-C", file);
+    QCOMPARE(page.row(0), "KR|KR-C|Write|" + file + "|77||1100381B|8");
+    page.click("addDevice");
+    page.click("moveUp");
+    auto *code = page.edit<QSpinBox>(0, Column::IrCode);
+    QVERIFY(code);
+    code->selectAll();
+    QTest::keyClicks(code, "5");
+    QTest::keyClick(code, Qt::Key_Return);
+    page.closeEditor();
+    QCOMPARE(page.targets(), QList<int>{1});
+    page.click("downLoad");
+    QVERIFY(page.tools(false) && !page.table->isEnabled());
+    QCOMPARE(page.widget.status(), ProgrammerStatus::Downloading);
+    QTRY_VERIFY(page.widget.status() != ProgrammerStatus::Downloading);
+    QVERIFY(page.tools(true) && page.table->isEnabled());
+    QTEST(page.log().replaceInStrings(file, "FILE"), "log");
+    QCOMPARE(page.statusTexts, texts);
+    QCOMPARE(page.running.size(), 6);
+}
+
+void tst_ProgrammerPage::editsBySelectorsAndFields()
+{
+    Page page;
+    page.click("addDevice");
+    page.click("addDevice");
+    QCOMPARE(page.row(0), "JTAG|NOP|Bypass||||00000000|8");
+    page.tick(0); // a device that nobody knows is no target, and takes no file
+    QVERIFY(page.targets().isEmpty());
+    QVERIFY(!page.edit<QLineEdit>(0, Column::FsFile));
+
+    page.choose(0, Column::Series, "MR");
+    QCOMPARE(page.row(0), "MR|MR-1|Write||||2200001B|8");
+    page.choose(0, Column::Device, "MR-1X");
+    QCOMPARE(page.row(0), "MR|MR-1X|Burn||||2200001B|8");
+    page.choose(1, Column::Series, "KR");
+    QVERIFY(!page.edit<QSpinBox>(0, Column::IrCode));
+    page.tick(0);
+    QCOMPARE(page.targets(), QList<int>{0});
+    page.tick(1); // one target at most
+    QCOMPARE(page.targets(), QList<int>{1});
+    page.tick(1);
+    QVERIFY(page.targets().isEmpty());
+
+    // A file by its dialog, then a wrong one by typing.
+    const QString file = page.writeFile("a.fs", "//UserCode:\n//CheckSum: 9\n"
+                                                "//UserCode:\n//Device-package: MR-1X-Q48\n");
+    OnModal<QFileDialog> dialog([&](QFileDialog *box) {
+        QCOMPARE(box->windowTitle(), "Open Fs File...");
+        QCOMPARE(box->nameFilters(), QStringList("TARNO Fs File (*.fs)"));
+        QTest::keyClicks(box->findChild<QLineEdit *>("fileNameEdit"), file);
+        QTest::keyClick(box->findChild<QLineEdit *>("fileNameEdit"), Qt::Key_Return);
+    });
+    page.edit<QLineEdit>(0, Column::FsFile);
+    QTest::mouseClick(page.find<QToolButton>("browseFsFile"), Qt::LeftButton);
+    QTRY_COMPARE(page.row(0), "MR|MR-1X|Burn|" + file + "|9|9|2200001B|8");
+    page.closeEditor();
+    const QString other = page.writeFile("b.fs", "//CheckSum: 9\n//Device-package: KR-A-Q48\n");
+    for (const QString &path : {other, page.directory.filePath("none.fs")}) {
+        auto *field = page.edit<QLineEdit>(0, Column::FsFile);
+        QVERIFY(field);
+        field->selectAll();
+        QTest::keyClicks(field, path);
+        QTest::keyClick(field, Qt::Key_Return);
+        page.closeEditor();
+    }
+    QCOMPARE(page.log(),
+             (QStringList{"Warn: " + other + " and current series or device do not match.",
+                          "Warn: " + page.directory.filePath("none.fs") + " Invalid."}));
+
+    // The first series takes everything away.
+    page.choose(0, Column::Series, "JTAG");
+    QCOMPARE(page.row(0), "JTAG|NOP|Bypass||||00000000|8");
+    QVERIFY(page.boxes.seen.isEmpty());
+}
+
+// Opening an editor and leaving it is no choice: the first series would take the row apart.
+void tst_ProgrammerPage::lookingChangesNothing()
+{
+    Page page;
+    page.setTool("printf 'Device Info:\\nFamily: JTAG\\nName: NOP\\nID: 0x77'");
+    page.click("searchDevice");
+    QTRY_COMPARE(page.model->rowCount(), 1);
+    for (const Column column : {Column::Series, Column::Device}) {
+        QVERIFY(page.edit<QComboBox>(0, column));
+        page.closeEditor();
+        QCOMPARE(page.row(0), "JTAG|NOP|Bypass||||77|8");
+        QCOMPARE(page.model->rows().first().kind, DeviceRow::kKnown);
+    }
+    page.widget.setDevice("XX", "X-9", {}); // not in the database, but the tool may know it
+    QVERIFY(page.edit<QComboBox>(0, Column::Series));
+    page.closeEditor();
+    QCOMPARE(page.row(0), "XX|X-9|Bypass||||00000000|8");
+    page.model->setDatabase(std::make_shared<const DeviceDatabase>());
+    page.click("addDevice");
+    auto *combo = page.edit<QComboBox>(0, Column::Device);
+    QVERIFY(combo && combo->currentIndex() == -1);
+    QCOMPARE(combo->itemText(0), "JTAG_NOP");
+}
+
+void tst_ProgrammerPage::rowsComeGoAndMove()
+{
+    Page page;
+    page.click("rmDevice"); // nothing selected
+    page.click("moveUp");
+    for (int i = 0; i < 18; ++i)
+        page.click("addDevice");
+    QCOMPARE(page.model->rowCount(), 17);
+    QCOMPARE(page.boxes.seen, QStringList("Warning: Exceeding the maximum number of devices."));
+    page.choose(2, Column::Series, "KR");
+    page.clickCell(2, Column::Series);
+    const auto known = [&] {
+        for (int row = 0; row < page.model->rowCount(); ++row) {
+            if (page.model->rows().at(row).kind == DeviceRow::kKnown)
+                return row;
+        }
+        return -1;
+    };
+    for (int step = 0; step < 4; ++step) // keeps its selection, and stops at the edge
+        page.click("moveUp");
+    QCOMPARE(known(), 0);
+    page.click("moveDown");
+    QCOMPARE(known(), 1);
+    page.click("rmDevice");
+    QCOMPARE(known(), -1);
+    for (int i = 0; i < 20; ++i)
+        page.click("rmDevice");
+    QCOMPARE(page.model->rowCount(), 0);
+}
+
+void tst_ProgrammerPage::validates_data()
+{
+    QTest::addColumn<QString>("rows"); // k known, b bypassed, 0 bypassed with code 0; upper: target
+    QTest::addColumn<QString>("fault");
+    QTest::newRow("none") << ""
+                          << "No available device.";
+    QTest::newRow("one") << "K"
+                         << "";
+    QTest::newRow("among others") << "bKkb"
+                                  << "";
+    QTest::newRow("no target") << "kb"
+                               << "No target device.";
+    QTest::newRow("a target that nobody knows") << "Bk"
+                                                << "No target device.";
+    QTest::newRow("two targets") << "KkK"
+                                 << "Only one device can be set as target device.";
+    QTest::newRow("without a code") << "Kb00"
+                                    << "Device (3) has wrong IRCode.";
+    QTest::newRow("alone without a code") << "0"
+                                          << "Device (1) has wrong IRCode.";
+}
+
+void tst_ProgrammerPage::validates()
+{
+    QFETCH(QString, rows);
+    QFETCH(QString, fault);
+    DeviceChain chain;
+    for (const QChar letter : rows) {
+        DeviceRow row;
+        row.enabled = letter.isUpper();
+        row.kind = letter.toLower() == 'k' ? DeviceRow::kKnown : DeviceRow::kBypassed;
+        row.irCode = letter == '0' ? 0 : 6;
+        chain.append(row);
+    }
+    QCOMPARE(chainFault(chain).value_or(QString()), fault);
+    if (rows == "bKkb")
+        QCOMPARE(chainCodes(chain), (QList<int>{6, 0, 6, 6}));
+    if (rows.isEmpty()) {
+        Page page;
+        QVERIFY(!page.widget.validate());
+        QCOMPARE(page.boxes.seen, QStringList("Error: " + fault));
+    }
+}
+
+void tst_ProgrammerPage::asksWhichDevice_data()
+{
+    QTest::addColumn<int>("key"); // 0 is a double click
+    QTest::addColumn<QString>("row");
+    QTest::newRow("double click") << 0 << "MR|MR-1X|Burn||||2200001B|8";
+    QTest::newRow("by keys") << int(Qt::Key_Return) << "MR|MR-1X|Burn||||2200001B|8";
+    QTest::newRow("left") << int(Qt::Key_Escape) << "KR|NOP|Bypass||||2200001B|8";
+}
+
+void tst_ProgrammerPage::asksWhichDevice()
+{
+    QFETCH(int, key);
+    Page page;
+    page.setTool("printf 'Device Info:\\nFamily: KR\\nName: ?\\nID: 0x2200001B\\n'");
+    OnModal<QDialog> chooser([&](QDialog *dialog) {
+        QCOMPARE(dialog->windowTitle(), "Device Chooser");
+        auto *table = dialog->findChild<QTableWidget *>();
+        QCOMPARE(table->rowCount(), 2);
+        const QPoint second = table->visualItemRect(table->item(1, 0)).center();
+        if (key == 0) {
+            QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, second);
+            QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, second);
+        } else {
+            QTest::keyClick(table, Qt::Key_Down);
+            QTest::keyClick(table, Qt::Key(key));
+        }
+    });
+    page.click("searchDevice");
+    QTRY_COMPARE(page.model->rowCount(), 1);
+    QVERIFY(chooser.seen());
+    QTEST(page.row(0), "row");
+    page.setTool(kOneDevice); // nothing to choose from
+    page.click("searchDevice");
+    QTRY_COMPARE(page.model->rowCount(), 1);
+}
+
+void tst_ProgrammerPage::configuresTheOperation()
+{
+    Page page;
+    page.widget.setDevice("KR", "KR-C", {});
+    page.click("addDevice");
+    page.edit<QWidget>(1, Column::Operation); // a bypassed device has nothing to configure
+    for (const bool saves : {false, true}) {
+        OnModal<QDialog> dialog([&](QDialog *box) {
+            auto *mode = box->findChild<QComboBox *>("comBoxAccessMode");
+            auto *operation = box->findChild<QComboBox *>("comBoxOperation");
+            auto *text = box->findChild<QPlainTextEdit *>("editDescription");
+            QCOMPARE(operation->count(), 1); // what does not program is left out
+            QCOMPARE(text->toPlainText(), "fast");
+            QTest::keyClick(mode, Qt::Key_Down);
+            QCOMPARE(operation->currentText(), "Burn");
+            QTest::keyClick(operation, Qt::Key_Down);
+            QCOMPARE(text->toPlainText(), "slow");
+            QTest::keyClick(box, saves ? Qt::Key_Return : Qt::Key_Escape);
+        });
+        page.edit<QWidget>(0, Column::Operation);
+        QVERIFY(dialog.seen());
+        QCOMPARE(page.row(0).section(u'|', 2, 2), saves ? "Burn, verify" : "Write");
+    }
+    // The dialog finds what was chosen.
+    OnModal<QDialog> dialog([&](QDialog *box) {
+        QCOMPARE(box->findChild<QComboBox *>("comBoxOperation")->currentText(), "Burn, verify");
+        QTest::keyClick(box, Qt::Key_Return);
+    });
+    page.clickCell(0, Column::Operation);
+    page.widget.activateWindow(); // after a box the offscreen window system activates nothing
+    QVERIFY(QTest::qWaitForWindowActive(&page.widget));
+    QTest::keyClick(page.table, Qt::Key_Return);
+    QVERIFY(dialog.seen());
+    QCOMPARE(page.row(0).section(u'|', 2, 2), "Burn, verify");
+}
+
+void tst_ProgrammerPage::fileChanges_data()
+{
+    QTest::addColumn<bool>("replaced");
+    QTest::addColumn<bool>("duringDownload");
+    QTest::newRow("written") << false << false;
+    QTest::newRow("replaced") << true << false;
+    QTest::newRow("replaced during a download") << true << true;
+}
+
+void tst_ProgrammerPage::fileChanges()
+{
+    QFETCH(bool, replaced);
+    QFETCH(bool, duringDownload);
+    Page page;
+    const QString file = page.writeFile("a.fs", "//CheckSum: 1\n");
+    page.widget.setDevice("KR", "KR-C", file);
+    page.click("addDevice"); // changes to the rows leave the file watched
+    page.click("rmDevice");
+    page.setTool(duringDownload ? "while [ ! -e " + page.directory.filePath("go").toLocal8Bit() +
+                                      " ]; do sleep 0.05; done"
+                                : QByteArray("true"));
+    page.click("downLoad");
+    if (!duringDownload)
+        QTRY_COMPARE(page.widget.status(), ProgrammerStatus::Downloaded);
+    if (replaced) {
+        page.writeFile("b.fs", "//CheckSum: 2\n");
+        QFile::remove(file);
+        QVERIFY(QFile::rename(page.directory.filePath("b.fs"), file));
+    } else {
+        page.writeFile("a.fs", "//CheckSum: 2\n");
+    }
+    if (duringDownload) {
+        QTest::qWait(1000);
+        QVERIFY(page.log().isEmpty() && page.tools(false));
+        page.writeFile("go", "");
+    }
+    QTRY_COMPARE(page.log(), QStringList("Warn: File updated,checksum:2."));
+    QCOMPARE(page.widget.status(), ProgrammerStatus::DeviceFound);
+    QCOMPARE(page.row(0).section(u'|', 4, 4), "2");
+    if (!duringDownload) {
+        // A file that no longer fits goes, and the watch with it.
+        page.writeFile("a.fs", "//Device-package: MR-1-Q48\n");
+        QTRY_COMPARE(page.log().size(), 3);
+        QVERIFY(page.log().at(1).endsWith(" and current series or device do not match."));
+        QVERIFY(page.row(0).section(u'|', 3, 3).isEmpty());
+        return;
+    }
+    QCOMPARE(page.statusTexts, (QStringList{"- Waiting download ", "+ Ready to acquire ",
+                                            "- Please program the device first "}));
+}
+
+void tst_ProgrammerPage::waitsForTheEndOfACapture()
+{
+    Page page;
+    page.setTool("true");
+    const QString file = page.writeFile("a.fs", "//CheckSum: 1\n");
+    page.widget.setDevice("KR", "KR-C", file);
+    page.click("downLoad");
+    QTRY_COMPARE(page.widget.status(), ProgrammerStatus::Downloaded);
+    page.statusTexts.clear();
+    page.widget.updateIsBusy(true);
+    page.writeFile("a.fs", "//CheckSum: 22\n");
+    QTRY_COMPARE(page.row(0).section(u'|', 4, 4), "22");
+    QVERIFY(page.log().isEmpty() && page.statusTexts.isEmpty());
+    QCOMPARE(page.widget.status(), ProgrammerStatus::Downloaded);
+    page.widget.updateIsBusy(false);
+    page.widget.applyPending();
+    QCOMPARE(page.log(), QStringList("Warn: File updated,checksum:22."));
+    QCOMPARE(page.statusTexts, QStringList("- Please program the device first "));
+    page.widget.applyPending(); // once
+    QCOMPARE(page.log().size(), 1);
+}
+
+void tst_ProgrammerPage::endsAnywhere_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<bool>("inDialog");
+    QTest::newRow("during a run") << QByteArray("sleep 100") << false;
+    QTest::newRow("in the chooser")
+        << QByteArray("printf 'Device Info:\\nFamily: MR\\nName: MR-1\\nID: 0x2200001B\\n'")
+        << true;
+}
+
+// The project may be closed, or its window destroyed, whatever the page is at.
+void tst_ProgrammerPage::endsAnywhere()
+{
+    QFETCH(QByteArray, script);
+    QFETCH(bool, inDialog);
+    for (const bool isDestroyed : {false, true}) {
+        auto page = std::make_unique<Page>();
+        page->setTool(script);
+        const auto end = [&] {
+            if (isDestroyed)
+                page.reset();
+            else
+                page->widget.reset();
+        };
+        bool hasEnded = false;
+        OnModal<QDialog> chooser([&](QDialog *dialog) {
+            const QPointer<QDialog> open = dialog;
+            end();
+            hasEnded = true;
+            if (open)
+                QTest::keyClick(open, Qt::Key_Escape);
+        });
+        page->click("searchDevice");
+        if (inDialog) {
+            QTRY_VERIFY(hasEnded);
+        } else {
+            QTest::qWait(50);
+            end();
+        }
+        QTest::qWait(50);
+        if (!isDestroyed) {
+            QVERIFY(page->tools(true) && page->model->rowCount() <= 1);
+            QVERIFY(!page->widget.isEnabledByUser() && !page->model->isRunning());
+        }
+    }
+}
+
+// A sparse file: large, and quickly made.
+void tst_ProgrammerPage::readsALargeFileBetweenEvents()
+{
+    Page page;
+    const QString path = page.writeFile("large.fs", "//CheckSum: 5\n");
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.resize(qint64(512) << 20));
+    int turns = 0;
+    QTimer onlooker;
+    connect(&onlooker, &QTimer::timeout, this, [&] { ++turns; });
+    onlooker.start(0);
+    page.widget.setDevice("KR", "KR-C", path);
+    QVERIFY(page.row(0).endsWith("||1100381B|8"));
+    QTRY_COMPARE_WITH_TIMEOUT(page.row(0).section(u'|', 4, 4), "5", 60000);
+    QVERIFY2(turns >= 5, qPrintable(QString::number(turns)));
+}
+
+void tst_ProgrammerPage::logIsBoundedAndLegible()
+{
+    Page page;
+    auto *log = page.find<ProgrammerLog>("textBrowser");
+    const auto colorOf = [&](int line) {
+        const QTextBlock block = log->document()->findBlockByNumber(line);
+        return block.begin().fragment().charFormat().foreground().color();
+    };
+    const auto legible = [&](int line, int hue) {
+        const QColor color = colorOf(line);
+        return contrast(color, log->palette().color(QPalette::Base)) >= 4.5 &&
+               color.hslHue() == hue;
+    };
+    log->addMessages({"<b>Error: </b>  a\n", " ", "Warn: b", "c %1"});
+    QCOMPARE(page.log(), (QStringList{"<b>Error: </b> a", "Warn: b", "Info: c %1"}));
+    log->addMessages({"", " "});
+    QCOMPARE(log->document()->blockCount(), 4); // with the blank line behind them
+    for (const QColor &base :
+         {QColor(Qt::white), QColor(0x20, 0x20, 0x24), QColor(0x80, 0x80, 0x80)}) {
+        QPalette palette = log->palette();
+        palette.setColor(QPalette::Base, base);
+        log->setPalette(palette);
+        if (base.lightness() != 128) // on middle grey only black or white can be read
+            QVERIFY(legible(0, QColor(Qt::red).hslHue()) &&
+                    legible(1, QColor(Qt::yellow).hslHue()) &&
+                    legible(2, QColor(Qt::blue).hslHue()));
+        QVERIFY(contrast(colorOf(0), base) >= 4.5);
+    }
+    QVERIFY(QTest::qWaitForWindowExposed(&page.widget));
+    QStringList many;
+    for (int i = 0; i < ProgrammerLog::kMaxLines; ++i)
+        many.append(QStringLiteral("message %1").arg(i));
+    log->addMessages(many);
+    QCOMPARE(log->document()->blockCount(), ProgrammerLog::kMaxLines);
+    QCOMPARE(page.log().last(),
+             QStringLiteral("Info: message %1").arg(ProgrammerLog::kMaxLines - 1));
+}
+
+KEO_WIDGET_TEST_MAIN(tst_ProgrammerPage)
+#include "tst_programmerpage.moc"

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "benchserver.h"
+#include "testdesign.h"
+
+#include <project/waitingtip.h>
+
+#include <QApplication>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <algorithm>
+
+constexpr int kCaptureTime = 20000; // ms, many times what a capture here takes
+
+/// A design with the files of it, and the simulated server that has it on its first cable.
+struct Bench
+{
+    explicit Bench(const TestDesign &board) : design(board)
+    {
+        design.logs = true;
+        design.write(directory.path());
+        qputenv("SIGNALSCOPE_BOARD", directory.filePath("board.json").toLocal8Bit());
+        startBenchServer(servers);
+    }
+    ~Bench()
+    {
+        KEO::JtagSession::instance()->disconnectAll();
+        KEO::killServers(servers);
+    }
+
+    QString file() const { return directory.filePath("design." + design.extension); }
+    /// How many requests of a kind the server has taken.
+    qsizetype requests(const QByteArray &kind) const
+    {
+        QFile log(directory.filePath("packets.log"));
+        if (!log.open(QIODevice::ReadOnly))
+            return 0;
+        const QList<QByteArray> lines = log.readAll().split('\n');
+        return std::count_if(lines.begin(), lines.end(), [&](const QByteArray &line) {
+            return line.contains(" > ") && line.contains(kind);
+        });
+    }
+
+    TestDesign design;
+    QTemporaryDir directory;
+    KEO::ServerProcesses servers;
+};
+
+/// The tip that shows, or null.
+inline KEO::WaitingTip *waitingTip()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        auto *tip = qobject_cast<KEO::WaitingTip *>(widget);
+        if (tip && tip->isVisible())
+            return tip;
+    }
+    return nullptr;
+}
