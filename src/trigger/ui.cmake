@@ -4,6 +4,7 @@ keo_add_library(trigger_ui
     SOURCES
         dynamicconfigwidget.cpp dynamicconfigwidget.h
         matchunitdialog.cpp matchunitdialog.h
+        matchunitdialogwidgets.cpp
         matchunitmodel.cpp matchunitmodel.h
         muexpressiondialog.cpp muexpressiondialog.h
     LINK keo::trigger keo::config Qt6::Widgets)

@@ -1,5 +1,6 @@
 #include "rulerview.h"
 
+#include "mouseaction.h"
 #include "popupmenu.h"
 #include "scaleruler.h"
 #include "timeslideritem.h"
@@ -29,19 +30,9 @@ TimeSliderItem *markerOf(QGraphicsItem *item)
 
 } // namespace
 
-/// What the mouse does between a press and its release.
-class RulerView::ActionDelegate
+class RulerView::ActionDelegate : public MouseAction<RulerView>
 {
-public:
-    explicit ActionDelegate(RulerView *view) : m_view(view) {}
-    ActionDelegate(const ActionDelegate &) = delete;
-    ActionDelegate &operator=(const ActionDelegate &) = delete;
-    virtual ~ActionDelegate() = default;
-    virtual void moved(QMouseEvent *event) = 0;
-    virtual void released(QMouseEvent *) {}
-
-protected:
-    RulerView *m_view;
+    using MouseAction::MouseAction;
 };
 
 /// Drags a marker from sample to sample.

@@ -20,6 +20,7 @@ target_sources(keo_wave PRIVATE
 
 # Wave view, ruler, widget
 target_sources(keo_wave PRIVATE
+    mouseaction.h
     popupmenu.cpp popupmenu.h
     rulerview.cpp rulerview.h
     scaleruler.cpp scaleruler.h
@@ -37,6 +38,7 @@ target_sources(keo_wave PRIVATE
     rowtext.cpp rowtext.h
     signalheaderview.cpp signalheaderview.h
     signaltreeitemdelegate.cpp signaltreeitemdelegate.h
+    signaltreearrangement.cpp
     signaltreemodel.cpp signaltreemodel.h
     signaltreeview.cpp signaltreeview.h
     treecontextmenu.cpp treecontextmenu.h

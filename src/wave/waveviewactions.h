@@ -1,5 +1,6 @@
 #pragma once
 
+#include "mouseaction.h"
 #include "waveview.h"
 
 #include <QList>
@@ -11,19 +12,9 @@ class QMouseEvent;
 
 namespace WaveMonitor {
 
-/// What the mouse does in a wave view between a press and its release.
-class WaveView::ActionDelegate
+class WaveView::ActionDelegate : public MouseAction<WaveView>
 {
-public:
-    explicit ActionDelegate(WaveView *view) : m_view(view) {}
-    ActionDelegate(const ActionDelegate &) = delete;
-    ActionDelegate &operator=(const ActionDelegate &) = delete;
-    virtual ~ActionDelegate() = default;
-    virtual void moved(QMouseEvent *event) = 0;
-    virtual void released(QMouseEvent *) {}
-
-protected:
-    WaveView *m_view;
+    using MouseAction::MouseAction;
 };
 
 /// The picture follows the hand.
