@@ -19,6 +19,7 @@ void DescriptionWatch::start(const QString &keoFilePath, QWidget *page)
 {
     stop();
     m_page = page;
+    removeBanners();
     m_keoFilePath = keoFilePath;
     m_fileWatcher.watch(keoFilePath);
 }
@@ -98,7 +99,12 @@ void DescriptionWatch::onBannerClose()
 {
     removeBanner(std::exchange(m_reloadBanner, nullptr));
     m_fileWatcher.stop();
+    // Its button takes one banner away: an older one below goes when the page is used again.
+    const QPointer<DescriptionWatch> self(this);
+    const QPointer<QWidget> page = std::exchange(m_page, nullptr);
     Q_EMIT closeRequested();
+    if (self && !m_keoFilePath.isEmpty()) // not closed, a capture is running
+        m_page = page;
 }
 
 void DescriptionWatch::onBannerCancel()
