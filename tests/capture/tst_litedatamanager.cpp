@@ -226,10 +226,13 @@ void tst_LiteDataManager::answersWithoutBits()
 void tst_LiteDataManager::autoRun()
 {
     Rig rig(makeCore(8));
+    QList<int> rounds;
+    connect(rig.manager.get(), &KeoLiteDataManager::readRamComplete, &rig.context,
+            [&] { rounds += rig.manager->autorun(); });
     rig.manager->setAutorun(0);
     rig.manager->start(50);
-    QTRY_COMPARE(rig.captures.size(), 3);
-    QCOMPARE(rig.manager->autorun(), 3);
+    QTRY_VERIFY(rounds.size() >= 3);
+    QCOMPARE(rounds.mid(0, 3), (QList<int>{1, 2, 3}));
     QTRY_VERIFY(rig.server.logged(kStart + "001").size() > 3); // the next round, without the delay
     QVERIFY(rig.server.logged("CLOSE").isEmpty());
     rig.manager->stop();
