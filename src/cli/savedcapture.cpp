@@ -24,9 +24,14 @@ QString tr(const char *text)
     return QCoreApplication::translate("SavedCapture", text);
 }
 
-Error otherDesign()
+/// The windows of \a dataFile, if \a fits says that they were captured from the project's design.
+template <typename Fits>
+Result<LoadedWindows> loadFitting(const QString &dataFile, Fits fits)
 {
-    return {Error::Format, tr("Data file miss match the project")};
+    Result<LoadedWindows> windows = loadDataFile(dataFile);
+    if (windows && !fits(*windows))
+        return Error{Error::Format, tr("Data file miss match the project")};
+    return windows;
 }
 
 Result<SavedProject> standardProject(const ProjectFile &project)
@@ -34,11 +39,10 @@ Result<SavedProject> standardProject(const ProjectFile &project)
     const Result<CoreList> cores = loadStandardCores(project.keoFile);
     if (!cores)
         return cores.error();
-    Result<LoadedWindows> windows = loadDataFile(project.dataFile);
+    Result<LoadedWindows> windows = loadFitting(
+        project.dataFile, [&](const LoadedWindows &all) { return fitsCores(all, *cores); });
     if (!windows)
         return windows.error();
-    if (!fitsCores(*windows, *cores))
-        return otherDesign();
     SavedProject saved{ExportMode::Standard, {}};
     for (LoadedWindow &window : *windows) {
         const std::optional<WindowPlace> place = placeOf(window);
@@ -56,11 +60,10 @@ Result<SavedProject> liteProject(const ProjectFile &project)
     const Result<LiteCoreConfig> core = loadLiteCore(project.keoFile);
     if (!core)
         return core.error();
-    Result<LoadedWindows> windows = loadDataFile(project.dataFile);
+    Result<LoadedWindows> windows = loadFitting(
+        project.dataFile, [&](const LoadedWindows &all) { return fitsLiteCore(all, *core); });
     if (!windows)
         return windows.error();
-    if (!fitsLiteCore(*windows, *core))
-        return otherDesign();
     SavedProject saved{ExportMode::Lite, {}};
     for (LoadedWindow &window : *windows) {
         if (const std::optional<int> number = windowNumberOf(window))

@@ -1,11 +1,19 @@
 #pragma once
 
-#include <base/boundedxml.h>
+#include "signalentry.h"
 
+#include <base/boundedxml.h>
+#include <base/result.h>
+
+#include <QByteArray>
+#include <QList>
 #include <QLoggingCategory>
 #include <QString>
 
+#include <optional>
 #include <utility>
+
+class QXmlStreamWriter;
 
 namespace KEO {
 
@@ -25,6 +33,31 @@ inline constexpr int kMaxCores = 256;
 /// and the lists of a core that captures its trigger signals: there a few elements can stand for
 /// many signals.
 inline constexpr qsizetype kMaxCapturedBits = 65'536;
+
+/// Holds the cores of a description to the two bounds above while they are read one by one.
+class CoreCount final
+{
+public:
+    /// Counts a core that captures \a signals. An error of kind Limit when a bound is passed.
+    [[nodiscard]] std::optional<Error> add(const QList<SignalEntry> &signals);
+
+private:
+    int m_cores = 0;
+    qsizetype m_capturedBits = 0;
+};
+
+/// The bytes of the description at \a path. Errors: kind Limit for one that is too large. Any other
+/// fault goes to the debug log and is told as \a openFailed, of kind File.
+[[nodiscard]] Result<QByteArray> readDescriptionFile(const QString &path,
+                                                     const QString &openFailed);
+
+/// Opens a document in the form that the tool flow knows, up to where the cores follow. The root
+/// stays open. \a xmlVersion is what the declaration says.
+void beginDescription(QXmlStreamWriter &xml, const QString &xmlVersion, const QString &mode);
+
+/// Writes a whole description in text mode. False when the file can't be written, with the reason
+/// in the debug log; then an older file at \a path is untouched.
+[[nodiscard]] bool writeDescriptionFile(const QString &path, const QByteArray &bytes);
 
 /// What a description says of a design.
 template <typename Cores>

@@ -6,7 +6,6 @@
 #include "versioncompare.h"
 
 #include <base/boundedxml.h>
-#include <base/wholefile.h>
 
 #include <QCoreApplication>
 #include <QDomDocument>
@@ -43,17 +42,12 @@ LiteCoreConfig readCore(const QDomElement &element)
 Result<LiteDescription> readDescription(const QDomElement &root)
 {
     LiteDescription description;
-    qsizetype bits = 0;
+    CoreCount count;
     for (QDomElement element = root.firstChildElement(u"KoCore_Lite"_s); !element.isNull();
          element = element.nextSiblingElement(u"KoCore_Lite"_s)) {
-        if (description.cores.size() == kMaxCores)
-            return Error{Error::Limit,
-                         Text::tr("The description has more than %1 cores.").arg(kMaxCores)};
         description.cores.append(readCore(element));
-        bits += signalBits(description.cores.last().signals);
-        if (bits > kMaxCapturedBits)
-            return Error{Error::Limit,
-                         Text::tr("The cores capture more than %1 signals.").arg(kMaxCapturedBits)};
+        if (const std::optional<Error> error = count.add(description.cores.last().signals))
+            return *error;
     }
     description.id = root.firstChildElement(u"KEO_ID"_s).text();
     return description;
@@ -84,14 +78,10 @@ Result<LiteDescription> parseDescription(const QByteArray &bytes)
 QList<LiteCoreConfig> loadLiteConfigFile(const QString &path, QString *idOut, bool *okOut,
                                          QString *errorOut)
 {
-    const Result<QByteArray> bytes = readWholeFile(path, kMaxDescriptionSize, LineEnds::Native);
+    const Result<QByteArray> bytes = readDescriptionFile(path, Text::tr("Open file failed"));
     if (bytes)
         return loadLiteConfig(*bytes, idOut, okOut, errorOut);
-    if (bytes.error().kind == Error::Limit)
-        return deliver<QList<LiteCoreConfig>>(bytes.error(), idOut, okOut, errorOut);
-    qCDebug(lcConfig).noquote() << bytes.error().message;
-    return deliver<QList<LiteCoreConfig>>(Error{Error::File, Text::tr("Open file failed")}, idOut,
-                                          okOut, errorOut);
+    return deliver<QList<LiteCoreConfig>>(bytes.error(), idOut, okOut, errorOut);
 }
 
 QList<LiteCoreConfig> loadLiteConfig(const QByteArray &bytes, QString *idOut, bool *okOut,

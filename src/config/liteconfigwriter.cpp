@@ -4,8 +4,6 @@
 #include "descriptionfile.h"
 #include "signallist.h"
 
-#include <base/wholefile.h>
-
 #include <QXmlStreamWriter>
 
 namespace KEO {
@@ -34,12 +32,7 @@ QByteArray saveLiteConfig(const QList<LiteCoreConfig> &cores)
 {
     QByteArray document;
     QXmlStreamWriter xml(&document);
-    xml.setAutoFormatting(true);
-    xml.setAutoFormattingIndent(4);
-    xml.writeStartDocument();
-    xml.writeStartElement(u"KEO_CONFIG"_s);
-    xml.writeTextElement(u"Version"_s, u"3.0"_s);
-    xml.writeTextElement(u"Mode"_s, u"Lite"_s);
+    beginDescription(xml, u"1.0"_s, u"Lite"_s);
     for (const LiteCoreConfig &core : cores)
         writeCore(xml, core);
     xml.writeEndElement();
@@ -49,11 +42,7 @@ QByteArray saveLiteConfig(const QList<LiteCoreConfig> &cores)
 
 bool saveLiteConfigFile(const QList<LiteCoreConfig> &cores, const QString &path)
 {
-    const std::optional<Error> error =
-        writeWholeFile(path, saveLiteConfig(cores), LineEnds::Native);
-    if (error)
-        qCDebug(lcConfig).noquote() << error->message;
-    return !error;
+    return writeDescriptionFile(path, saveLiteConfig(cores));
 }
 
 } // namespace KEO

@@ -5,7 +5,6 @@
 #include "versioncompare.h"
 
 #include <base/boundedxml.h>
-#include <base/wholefile.h>
 
 #include <QCoreApplication>
 #include <QDomDocument>
@@ -107,17 +106,12 @@ Result<StandardDescription> readDescription(const QDomDocument &document)
 {
     const QDomElement root = document.documentElement();
     StandardDescription description;
-    qsizetype bits = 0;
+    CoreCount count;
     for (QDomElement element = root.firstChildElement(u"KoCore"_s); !element.isNull();
          element = element.nextSiblingElement(u"KoCore"_s)) {
-        if (description.cores.size() == kMaxCores)
-            return Error{Error::Limit,
-                         Text::tr("The description has more than %1 cores.").arg(kMaxCores)};
         description.cores.push_back(readCore(element));
-        bits += signalBits(description.cores.back()->signals);
-        if (bits > kMaxCapturedBits)
-            return Error{Error::Limit,
-                         Text::tr("The cores capture more than %1 signals.").arg(kMaxCapturedBits)};
+        if (const std::optional<Error> error = count.add(description.cores.back()->signals))
+            return *error;
     }
     description.id = root.firstChildElement(u"KEO_ID"_s).text();
     return description;
@@ -161,15 +155,11 @@ QByteArrayView withoutByteOrderMark(QByteArrayView bytes)
 
 CoreList loadStandardConfigFile(const QString &path, QString *idOut, bool *okOut, QString *errorOut)
 {
-    const Result<QByteArray> bytes = readWholeFile(path, kMaxDescriptionSize, LineEnds::Native);
+    const Result<QByteArray> bytes = readDescriptionFile(path, Text::tr("Open file failed."));
     if (bytes)
-        return deliver(parseDescription(QString::fromLatin1(withoutByteOrderMark(*bytes))), idOut,
-                       okOut, errorOut);
-    if (bytes.error().kind == Error::Limit)
-        return deliver<CoreList>(bytes.error(), idOut, okOut, errorOut);
-    qCDebug(lcConfig).noquote() << bytes.error().message;
-    return deliver<CoreList>(Error{Error::File, Text::tr("Open file failed.")}, idOut, okOut,
-                             errorOut);
+        return loadStandardConfig(QString::fromLatin1(withoutByteOrderMark(*bytes)), idOut, okOut,
+                                  errorOut);
+    return deliver<CoreList>(bytes.error(), idOut, okOut, errorOut);
 }
 
 CoreList loadStandardConfig(const QString &text, QString *idOut, bool *okOut, QString *errorOut)

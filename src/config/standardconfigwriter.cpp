@@ -3,7 +3,6 @@
 #include "descriptionelement.h"
 #include "signallist.h"
 
-#include <base/wholefile.h>
 #include <base/xmltext.h>
 
 #include <QXmlStreamWriter>
@@ -82,12 +81,7 @@ QString saveStandardConfig(const CoreList &cores)
 {
     QString document;
     QXmlStreamWriter xml(&document);
-    xml.setAutoFormatting(true);
-    xml.setAutoFormattingIndent(4);
-    xml.writeStartDocument(u"1"_s);
-    xml.writeStartElement(u"KEO_CONFIG"_s);
-    xml.writeTextElement(u"Version"_s, u"3.0"_s);
-    xml.writeTextElement(u"Mode"_s, u"Standard"_s);
+    beginDescription(xml, u"1"_s, u"Standard"_s);
     for (const auto &core : cores)
         writeCore(xml, *core);
     xml.writeEndElement();
@@ -97,11 +91,7 @@ QString saveStandardConfig(const CoreList &cores)
 
 bool saveStandardConfigFile(const CoreList &cores, const QString &path)
 {
-    const std::optional<Error> error =
-        writeWholeFile(path, saveStandardConfig(cores).toLatin1(), LineEnds::Native);
-    if (error)
-        qCDebug(lcConfig).noquote() << error->message;
-    return !error;
+    return writeDescriptionFile(path, saveStandardConfig(cores).toLatin1());
 }
 
 } // namespace KEO
