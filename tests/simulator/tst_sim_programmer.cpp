@@ -3,9 +3,6 @@
 #include <support/testmain.h>
 
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace {
 
@@ -63,7 +60,6 @@ private Q_SLOTS:
     void hangs();
     void refusals_data();
     void refusals();
-    void exampleHasItsDevices();
 
 private:
     QString board(const QByteArray &programmer, bool isProgrammed = false)
@@ -262,36 +258,6 @@ void tst_SimProgrammer::refusals()
     const QByteArray &told = status == 0 ? call.output : call.complaint;
     QVERIFY2(told.contains(reason), told);
     QCOMPARE(client.open(kOpenChain), 0); // and the device keeps what it has
-}
-
-/// The database beside the program knows every device of the example's boards by the name, series
-/// and ID code that a scan prints.
-void tst_SimProgrammer::exampleHasItsDevices()
-{
-    QFile file(QStringLiteral(KEO_BIN_DIR "/burner.json"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QJsonObject database = QJsonDocument::fromJson(file.readAll()).object();
-    QMap<QString, QString> devices; // ID code by name
-    for (const QJsonValue &device : database.value("DEVICE_CONFIG").toArray())
-        devices.insert(device["DEVICE"].toString(), device["IDCODE"].toString());
-    QStringList known;
-    for (const QJsonValue &series : database.value("ALL_SERIES").toArray()) {
-        for (const QJsonValue &device : series["DEVICES"].toArray())
-            known.append(series["SERIES"].toString() + u' ' + device.toString() + u' ' +
-                         devices.value(device.toString()));
-    }
-    for (const char *name : {"board.json", "board_zeo.json", "board_chain.json"}) {
-        const QString output =
-            QString::fromUtf8(Call(kExample + QLatin1String(name), {"--scan"}).output);
-        static const QRegularExpression entry(
-            QStringLiteral("Device Info:\\s+Family: (\\S+)\\s+Name: (\\S+)\\s+ID: 0x(\\S+)\\s"));
-        auto matches = entry.globalMatch(output);
-        QVERIFY2(matches.hasNext(), qPrintable(output));
-        while (matches.hasNext()) {
-            const QString found = matches.next().capturedTexts().mid(1).join(u' ');
-            QVERIFY2(known.contains(found), qPrintable(found));
-        }
-    }
 }
 
 KEO_TEST_MAIN(tst_SimProgrammer)

@@ -36,7 +36,6 @@ private Q_SLOTS:
     void faults_data();
     void faults();
     void piecesAndGlued();
-    void dies();
     void hangs();
     void hostileClient_data();
     void hostileClient();
@@ -219,19 +218,6 @@ void tst_SimServer::piecesAndGlued()
     client.askStart(16, 3);
     QCOMPARE(client.receive().value("data_request_id"), QVariant(2u));
     QCOMPARE(client.receive().value("data_request_id"), QVariant(3u));
-}
-
-void tst_SimServer::dies()
-{
-    ServerProcess server("chainserver",
-                         boardWith("{\"at\": \"WRITE_REGISTOR\", \"nth\": 2, \"do\": \"die\", "
-                                   "\"status\": 9}"));
-    Client client("keo1");
-    QCOMPARE(client.open(), 0);
-    client.write(QStringLiteral("10000"));
-    client.write(QStringLiteral("10000"));
-    QVERIFY(server.process.waitForFinished(kPatienceMs));
-    QCOMPARE(server.process.exitCode(), 9);
 }
 
 void tst_SimServer::hangs()
