@@ -175,8 +175,8 @@ void tst_DataFile::readsLikeTheTree_data()
         "</Window>");
     row("samples in pieces",
         "<Window><Signals><Signal id='1'>11<!-- x -->00<![CDATA[ 11]]><b>111</b>&#49; 1"
-        "</Signal><Signal id='2'>  \n </Signal><Signal id='3'><![CDATA[  ]]></Signal></Signals>"
-        "</Window>");
+        "</Signal><Signal id='2'>  \n </Signal><Signal id='3'><![CDATA[  ]]></Signal>"
+        "<Signal id='4'>1<b/>&#9;&#10;<b/>1</Signal></Signals></Window>");
     row("nodes that are no signals",
         "<Window><Signals>text<!-- comment --><Other name='o'><Signal id='9'/></Other><?pi ?>"
         "<Signal id='1' name='s'/><![CDATA[ ]]></Signals></Window>");
