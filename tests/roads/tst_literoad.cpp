@@ -82,11 +82,14 @@ void write(const QString &path, const QByteArray &content)
         qFatal("cannot write %s", qPrintable(path));
 }
 
-/// Presses Save and gives the dialog that name.
+/// Presses Save and gives the dialog that name, in place of the one of the last opened file.
 void saveAs(const Desktop &d, const QString &path)
 {
+    d.window->setStartDir(d.file());
     const OnModal<QFileDialog> dialog([&](QFileDialog *box) {
-        box->findChild<QLineEdit *>("fileNameEdit")->setText(path);
+        auto *name = box->findChild<QLineEdit *>("fileNameEdit");
+        QCOMPARE(box->directory().path() + u'/' + name->text(), d.directory.filePath("design"));
+        name->setText(path);
         QTest::keyClick(box, Qt::Key_Return);
     });
     d.click("Save...");
