@@ -3,8 +3,9 @@
 #include "devicedatabase.h"
 #include "deviceselector.h"
 #include "fsheader.h"
-#include "modalbox.h"
 #include "programmerlogging.h"
+
+#include <dialogs/messagebox.h>
 
 #include <QApplication>
 #include <QDir>
@@ -62,7 +63,7 @@ bool KeoProgrammerModel::validate() const
 {
     const std::optional<QString> fault = chainFault(m_rows);
     if (fault)
-        showModalBox(QMessageBox::Critical, tr("Error"), *fault);
+        showBox(QMessageBox::Critical, QApplication::activeWindow(), tr("Error"), *fault);
     return !fault;
 }
 
@@ -112,7 +113,6 @@ void KeoProgrammerModel::download(int cable, int channel)
     finishReadings(); // a file that doesn't fit must not get into the device
     const DeviceRow *target = targetRow();
     if (!target) {
-
         report(ProgrammerStatus::Failed, tr("Error: Program Failed, No target device! "));
         return;
     }
@@ -510,8 +510,8 @@ Qt::ItemFlags KeoProgrammerModel::flags(const QModelIndex &index) const
 void KeoProgrammerModel::onAddNewDevice()
 {
     if (m_rows.size() > kFullChain) {
-        showModalBox(QMessageBox::Warning, tr("Warning"),
-                     tr("Exceeding the maximum number of devices."));
+        showBox(QMessageBox::Warning, QApplication::activeWindow(), tr("Warning"),
+                tr("Exceeding the maximum number of devices."));
         return;
     }
     replaceRows(m_rows + DeviceChain{newDeviceRow(*m_database)});

@@ -9,6 +9,5 @@ keo_add_library(programmer_ui
         keoprogrammermodel.cpp keoprogrammermodel.h
         keoprogrammerwidget.cpp keoprogrammerwidget.h
         legiblecolor.cpp legiblecolor.h
-        modalbox.cpp modalbox.h
         programmerlog.cpp programmerlog.h
-    LINK keo::programmer keo::image Qt6::Widgets)
+    LINK keo::programmer keo::dialogs keo::image Qt6::Widgets)

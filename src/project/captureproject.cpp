@@ -1,7 +1,6 @@
 #include "captureproject.h"
 
 #include "descriptionwatch.h"
-#include "messagebox.h"
 #include "programmerpage.h"
 #include "projectlog.h"
 #include "runcontrols.h"
@@ -9,6 +8,7 @@
 #include "waitingtip.h"
 
 #include <capture/capturemanager.h>
+#include <dialogs/messagebox.h>
 #include <export/exportdialog.h>
 #include <link/jtagsession.h>
 #include <programmer/keoprogrammerwidget.h>

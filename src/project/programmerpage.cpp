@@ -1,10 +1,10 @@
 #include "programmerpage.h"
 
+#include <dialogs/messagebox.h>
 #include <programmer/keoprogrammerwidget.h>
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMessageBox>
 #include <QWidgetAction>
 
 namespace KEO {
@@ -88,14 +88,9 @@ bool ProgrammerPage::mayCapture(QWidget *parent) const
     if (!needsProgramming())
         return true;
     // The buttons are off by now, so this guards only against other ways to Start.
-    const QPointer<QMessageBox> box =
-        new QMessageBox(QMessageBox::Warning, tr("Warning"),
-                        tr("Fs file is not download successfully, still start analyzer?"),
-                        QMessageBox::Yes | QMessageBox::No, parent);
-    box->setDefaultButton(QMessageBox::Yes);
-    const bool isYes = box->exec() == QMessageBox::Yes;
-    delete box;
-    return isYes;
+    return showBox(QMessageBox::Warning, parent, tr("Warning"),
+                   tr("Fs file is not download successfully, still start analyzer?"),
+                   QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes) == QMessageBox::Yes;
 }
 
 QVariantList ProgrammerPage::deviceChain() const

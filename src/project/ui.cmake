@@ -9,7 +9,6 @@ keo_add_library(project_ui
         keoliteanalyzerproject.cpp keoliteanalyzerproject.h
         keolitetriggeroptionwidget.cpp keolitetriggeroptionwidget.h
         keostandardanalyzerproject.cpp keostandardanalyzerproject.h
-        messagebox.cpp messagebox.h
         programmerpage.cpp programmerpage.h
         projectlog.cpp projectlog.h
         reloadbanner.cpp reloadbanner.h
@@ -18,5 +17,5 @@ keo_add_library(project_ui
         savedialog.cpp savedialog.h
         waitingtip.cpp waitingtip.h
         wavetabs.cpp wavetabs.h
-    LINK keo::project keo::export_ui keo::programmer_ui keo::trigger_ui keo::wave keo::image
+    LINK keo::project keo::dialogs keo::export_ui keo::programmer_ui keo::trigger_ui keo::wave keo::image
          Qt6::Widgets)

@@ -69,8 +69,12 @@ void ProjectManager::openFile(QWidget *parent, const QString &family, const QStr
     m_current = project;
     handOverGetters(*project);
     project->setupProject(parent);
+    const QPointer<ProjectManager> self(this); // a file may be refused in a box, see closeCurrent
+    const bool isOpened = project->openFile(file);
+    if (!self)
+        return;
     // Stays the current project even so: closing it once more does no harm.
-    if (!project->openFile(file))
+    if (!isOpened)
         project->closeProject(parent, {});
     project->setDevice(family, device, fsFile);
     clearGetters();

@@ -9,7 +9,7 @@ keo_add_library(shell_ui
         projectmanager.cpp projectmanager.h
         startup.cpp startup.h
         startupoptions.cpp startupoptions.h
-    LINK keo::servers keo::project_ui keo::wave keo::image Qt6::Widgets)
+    LINK keo::servers keo::dialogs keo::project_ui keo::wave keo::image Qt6::Widgets)
 
 add_executable(signalscope main.cpp)
 target_link_libraries(signalscope PRIVATE keo::shell_ui keo::warnings)

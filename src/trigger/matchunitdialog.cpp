@@ -6,13 +6,13 @@
 
 #include <config/coreconfig.h>
 #include <config/matchtext.h>
+#include <dialogs/messagebox.h>
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QRadioButton>
 #include <QRegularExpressionValidator>
 #include <QScreen>
@@ -318,7 +318,7 @@ void MatchUnitDialog::restoreMatching(const FieldTexts &texts)
 
 void MatchUnitDialog::warn(const QString &text)
 {
-    QMessageBox::warning(this, tr("Value Invalid"), text);
+    showBox(QMessageBox::Warning, this, tr("Value Invalid"), text);
 }
 
 void MatchUnitDialog::store(const QString &value0, const QString &value1)

@@ -2,11 +2,12 @@
 
 #include "expression.h"
 
+#include <dialogs/messagebox.h>
+
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -134,7 +135,7 @@ void MuExpressionDialog::accept()
     if (isExpressionValid())
         QDialog::accept();
     else
-        QMessageBox::critical(this, tr("Error"), tr("Please input the right expression"));
+        showBox(QMessageBox::Critical, this, tr("Error"), tr("Please input the right expression"));
 }
 
 void MuExpressionDialog::keyPressEvent(QKeyEvent *event)

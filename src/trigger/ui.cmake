@@ -7,4 +7,4 @@ keo_add_library(trigger_ui
         matchunitdialogwidgets.cpp
         matchunitmodel.cpp matchunitmodel.h
         muexpressiondialog.cpp muexpressiondialog.h
-    LINK keo::trigger keo::config Qt6::Widgets)
+    LINK keo::trigger keo::config keo::dialogs Qt6::Widgets)

@@ -57,18 +57,20 @@ QString place(const Include &include)
 // Folders that a folder's files may include, itself not listed.
 const QMap<QString, QSet<QString>> kAllowed = {
     {"base", {}},
+    {"dialogs", {}},
     {"image", {}},
     {"config", {"base"}},
     {"link", {}},
-    {"trigger", {"config"}},
+    {"trigger", {"config", "dialogs"}},
     {"capture", {"base", "config", "link", "trigger"}},
     {"wave", {}},
     {"export", {"base", "wave"}},
-    {"programmer", {"base"}},
-    {"project", {"base", "config", "link", "trigger", "capture", "wave", "export", "programmer"}},
+    {"programmer", {"base", "dialogs"}},
+    {"project",
+     {"base", "dialogs", "config", "link", "trigger", "capture", "wave", "export", "programmer"}},
     {"shell",
-     {"base", "config", "link", "trigger", "capture", "wave", "export", "programmer", "project",
-      "image"}},
+     {"base", "dialogs", "config", "link", "trigger", "capture", "wave", "export", "programmer",
+      "project", "image"}},
     {"cli", {"base", "config", "link", "trigger", "capture", "wave", "export", "project", "shell"}},
 };
 

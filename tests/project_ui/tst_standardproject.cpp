@@ -3,6 +3,7 @@
 #include "projectwindow.h"
 
 #include <export/exportdialog.h>
+#include <programmer/keoprogrammerwidget.h>
 
 #include <QBitArray>
 #include <QComboBox>
@@ -11,6 +12,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QTextEdit>
 
 using namespace KEO;
 using WaveMonitor::WaveMonitorWidget;
@@ -29,6 +31,7 @@ private Q_SLOTS:
     void autoRounds();
     void keysReachAWaitingRun();
     void closeWhileArmed();
+    void newBitstreamDuringARun();
     void errors();
 };
 
@@ -407,6 +410,35 @@ void tst_StandardProject::closeWhileArmed()
     QTest::qWait(600); // late replies and ticks find nothing
     QCOMPARE(w.tabs->count(), 0);
     QVERIFY(w.boxes.seen.isEmpty());
+}
+
+// The programmer keeps still while a capture runs, and tells afterwards.
+void tst_StandardProject::newBitstreamDuringARun()
+{
+    TestDesign design;
+    design.fires = false;
+    const Bench bench(design);
+    const QString bitstream = bench.directory.filePath("a.fs");
+    ProjectWindow w(bench.file());
+    const auto *page = w.tabs->findChild<KeoProgrammerWidget *>();
+    auto *log = page->findChild<QTextEdit *>(QStringLiteral("textBrowser"));
+    writeFile(bitstream, "//CheckSum: 1\n//KEOCRC: 2\n"); // the design's check value is 1
+    w.project->setDevice("KR", "KR-A", bitstream);
+    QVERIFY(log->toPlainText().contains("a.fs and keo file do not match."));
+    QCOMPARE(page->rows().first().fsFile, QString());
+    log->clear();
+    writeFile(bitstream, "//CheckSum: 1\n//KEOCRC: 1\n");
+    w.project->setDevice("KR", "KR-A", bitstream);
+    QCOMPARE(page->rows().first().checksum, "1");
+
+    w.start();
+    writeFile(bitstream, "//CheckSum: 22\n");
+    QTRY_COMPARE(page->rows().first().checksum, "22");
+    QVERIFY(w.project->isBusy());
+    QCOMPARE(log->toPlainText(), QString());
+    w.press(Qt::Key_F4);
+    QVERIFY2(log->toPlainText().contains("Warn: File updated,checksum:22."),
+             qPrintable(log->toPlainText()));
 }
 
 void tst_StandardProject::errors()

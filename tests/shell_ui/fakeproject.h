@@ -5,6 +5,7 @@
 
 #include <QStringList>
 
+#include <functional>
 #include <utility>
 
 /// What the fake projects of one test did, in order, and how they shall behave.
@@ -13,6 +14,7 @@ struct ProjectLog
     QStringList calls; ///< "standard: open /tmp/a.keo"
     bool busy = false;
     bool opens = true;
+    std::function<void()> whileOpening; ///< as in a box that a file brings up
 
     QStringList take() { return std::exchange(calls, {}); }
 };
@@ -51,7 +53,10 @@ public:
     bool openFile(const QString &path) override
     {
         note("open " + path);
-        return m_log.opens;
+        const bool opens = m_log.opens;
+        if (m_log.whileOpening)
+            m_log.whileOpening(); // may end this project
+        return opens;
     }
     void setDevice(const QString &family, const QString &device, const QString &fsFile) override
     {

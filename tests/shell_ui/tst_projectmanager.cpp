@@ -22,6 +22,7 @@ private Q_SLOTS:
     void kind();
     void opensAndCloses();
     void failedOpen();
+    void goneWhileOpening();
     void opensProjectFiles();
     void opensNothing_data();
     void opensNothing();
@@ -139,6 +140,19 @@ void tst_ProjectManager::failedOpen()
     // Still the current project, so the next open closes it again.
     bench.open("none");
     QCOMPARE(bench.log.take(), QStringList{"standard: close"});
+}
+
+// A file that fails to open says so in a box, and the window may go before the box does.
+void tst_ProjectManager::goneWhileOpening()
+{
+    for (const bool opens : {true, false}) {
+        Bench bench;
+        bench.log.opens = opens;
+        bench.log.whileOpening = [&] { delete std::exchange(bench.manager, nullptr); };
+        const QString file = bench.standard();
+        bench.open(file);
+        QCOMPARE(bench.log.take(), (QStringList{"standard: setup", "standard: open " + file}));
+    }
 }
 
 void tst_ProjectManager::opensProjectFiles()

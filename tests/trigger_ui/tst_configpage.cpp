@@ -83,6 +83,7 @@ private Q_SLOTS:
     void expressionIsEdited();
     void unitIsEdited();
     void leavingTheCoreCancelsDialogs();
+    void goneInsideABox();
 };
 
 void tst_ConfigPage::amountsFollowStorageAndWindows_data()
@@ -302,6 +303,18 @@ void tst_ConfigPage::leavingTheCoreCancelsDialogs()
     QVERIFY(fromBox.seen() && !QApplication::activeModalWidget());
     QCOMPARE(page.core.expressions[0], "M0");
     QCOMPARE(page.widget.core(), &other);
+}
+
+// The box over the expression goes with the window below it, and the expression with both.
+void tst_ConfigPage::goneInsideABox()
+{
+    auto window = std::make_unique<QWidget>();
+    window->show();
+    const OnModal<QMessageBox> box([&](QMessageBox *) { window.reset(); });
+    const OnModal<MuExpressionDialog> confirm(
+        [](MuExpressionDialog *dialog) { QTest::keyClick(dialog, Qt::Key_Return); });
+    QCOMPARE(MuExpressionDialog::editExpressionText({true}, window.get()), QString());
+    QVERIFY(box.seen() && !window);
 }
 
 KEO_WIDGET_TEST_MAIN(tst_ConfigPage)

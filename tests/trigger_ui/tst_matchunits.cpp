@@ -103,6 +103,7 @@ private Q_SLOTS:
     void readOnlyKeepsTheStructure();
     void counterWidthBoundsTheCount();
     void valuesFromAFile();
+    void goneInsideABox();
 };
 
 void tst_MatchUnits::table()
@@ -396,6 +397,19 @@ void tst_MatchUnits::valuesFromAFile()
         QCOMPARE(opened.unit->value0, stored[value]);
         QCOMPARE(opened.unit->func, 4);
     }
+}
+
+// The box belongs to the dialog, and both go with the window below them.
+void tst_MatchUnits::goneInsideABox()
+{
+    Opened opened(10, 0, 0, QString(10, u'0'));
+    opened.open();
+    opened.chooseRadix(Hex);
+    opened.type("lineEditValue0", "FFF");
+    const OnModal<QMessageBox> box([&](QMessageBox *) { opened.dialog.reset(); });
+    opened.confirm();
+    QVERIFY(box.seen() && !opened.dialog);
+    QCOMPARE(opened.unit->value0, QString(10, u'0'));
 }
 
 KEO_WIDGET_TEST_MAIN(tst_MatchUnits)
