@@ -1,6 +1,7 @@
 // The whole way of a user of a lite core through the main window, against a simulated board: open,
 // capture at once, later or on demand, look, save, open again, export, and change between kinds.
 
+#include "../capture/fakeserver.h"
 #include "desktop.h"
 
 #include <project/reloadbanner.h>
@@ -36,6 +37,7 @@ private Q_SLOTS:
     void longWait();
     void errors_data();
     void errors();
+    void answersWithoutBits();
     void opensWhatItCan_data();
     void opensWhatItCan();
     void bothKindsInTurn();
@@ -259,6 +261,13 @@ void tst_LiteRoad::fromCaptureToSessionAndBack()
     QCOMPARE(QSettings(data, QSettings::IniFormat).value("KEO_FILE").toString(), d.file());
     QCOMPARE(QSettings(data, QSettings::IniFormat).value("DATA_FILE").toString(), project);
 
+    // Under a name that tells what it is, the file with the paths opens again.
+    const QString renamed = d.directory.filePath("again.analyzer_prj");
+    QVERIFY(QFile::rename(data, renamed));
+    d.window->openFile(renamed, {}, design.device, {});
+    QCOMPARE(titles(d), (QStringList{"Trigger", "Window 0"}));
+    d.wave(1)->setZoom(0.5);
+
     // A capture takes the place of the saved waves, and their arrangement.
     d.capture();
     QCOMPARE(titles(d), (QStringList{"Trigger", "core 0 window 0"}));
@@ -414,6 +423,27 @@ void tst_LiteRoad::errors()
     QTRY_COMPARE_WITH_TIMEOUT(d.boxes.seen, QStringList("Error: " + text), kCaptureTime);
     QVERIFY(!d.isBusy() && !waitingTip() && d.tool("Start")->isEnabled());
     QCOMPARE(d.tabs()->count(), 1);
+}
+
+// A poll without bits counts as done, and a memory without a row says so, once.
+void tst_LiteRoad::answersWithoutBits()
+{
+    FakeServer server;
+    server.leadingBits = 0;
+    server.answer = [](const QVariantMap &request, QVariantMap reply) {
+        const QString operation = request["OPRATE"].toString();
+        if (operation == "READ_START_REG" || operation == "READ_RAM")
+            reply["DATA"] = QBitArray();
+        return FakeServer::Replies{reply};
+    };
+    Desktop d(liteDesign());
+    JtagSession::instance()->disconnectAll();
+    QVERIFY(JtagSession::instance()->connectServer({"fake", server.name()}, 1000));
+    d.open();
+    d.press(Qt::Key_F1);
+    QTRY_COMPARE_WITH_TIMEOUT(d.boxes.seen, QStringList("Error: No data."), kCaptureTime);
+    QTRY_VERIFY(d.isIdle());
+    QCOMPARE(titles(d), QStringList("Trigger"));
 }
 
 void tst_LiteRoad::opensWhatItCan_data()
