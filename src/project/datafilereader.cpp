@@ -70,11 +70,11 @@ private:
         return m_reader.token().isStartElement() && m_reader.token().name() == name;
     }
 
-    /// Indentation is no text.
+    /// Indentation is no text, not even when it is written as character references.
     bool isText() const
     {
         const QXmlStreamReader &token = m_reader.token();
-        return token.isCDATA() || (token.isCharacters() && !token.isWhitespace());
+        return token.isCDATA() || (token.isCharacters() && !token.text().trimmed().isEmpty());
     }
 
     QString attribute(QLatin1StringView name) const

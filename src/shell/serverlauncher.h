@@ -32,9 +32,9 @@ using ServerProcesses = std::map<QString, std::unique_ptr<QProcess>>;
 ///
 /// A server's standard input stays an open pipe, whose end tells it that this program is gone; its
 /// standard output is discarded, its standard error is this program's own.
-[[nodiscard]] QList<JtagConnection>
-launchServers(ServerProcesses &processes, const QString &directory = siblingDirectory(),
-              const QList<ServerRow> &rows = serverTable());
+[[nodiscard]] QList<JtagConnection> launchServers(ServerProcesses &processes,
+                                                  const QString &directory = siblingDirectory(),
+                                                  const QList<ServerRow> &rows = serverTable());
 
 /// Takes the server of \a cable out of \a processes, kills it and waits up to 3000 ms for its end.
 void stopServer(ServerProcesses &processes, const QString &cable);

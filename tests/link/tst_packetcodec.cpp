@@ -59,13 +59,9 @@ private Q_SLOTS:
 
 void tst_PacketCodec::frames_data()
 {
-    QTest::addColumn<CmdPack>("pack");
-    QTest::addColumn<QByteArray>("frame");
+    const auto row = addColumns<CmdPack, QByteArray>({"pack", "frame"});
 
-    QTest::newRow("OPEN") << CmdPack{{"CMD", "OPEN"},
-                                     {"CHAIN", QVariantList{0, -2}},
-                                     {"request_id", 0u}}
-                          << hex(R"(
+    row("OPEN", {{"CMD", "OPEN"}, {"CHAIN", QVariantList{0, -2}}, {"request_id", 0u}}, hex(R"(
             00000069  00000003                                # 105 bytes follow, 3 entries
             00000014  0072006500710075006500730074005f00690064 # request_id
                       00000003 00 00000000                     # UInt 0
@@ -75,10 +71,9 @@ void tst_PacketCodec::frames_data()
                       00000009 00 00000002                     # List of two
                       00000002 00 00000000                     # Int 0
                       00000002 00 fffffffe                     # Int -2
-            )");
-    QTest::newRow("WRITE of 33 bits")
-        << CmdPack{{"CMD", "WRITE"}, {"OPRATE", "WRITE_REGISTOR"}, {"DATA", bits(33, {0, 9, 32})}}
-        << hex(R"(
+            )"));
+    row("WRITE of 33 bits",
+        {{"CMD", "WRITE"}, {"OPRATE", "WRITE_REGISTOR"}, {"DATA", bits(33, {0, 9, 32})}}, hex(R"(
             00000070  00000003                             # 112 bytes follow, 3 entries
             0000000c  004f00500052004100540045             # OPRATE
                       0000000a 00 0000001c                 # String of 28 bytes
@@ -88,12 +83,16 @@ void tst_PacketCodec::frames_data()
                       0000000d 00 00000021 01 02 00 00 01  # BitArray, 33 bits in 5 bytes
             00000006  0043004d0044                         # CMD
                       0000000a 00 0000000a 00570052004900540045 # String WRITE
-            )");
-    QTest::newRow("READ_RAM") << CmdPack{{"CMD", "READ"},        {"OPRATE", "READ_RAM"},
-                                         {"SIZE", 4129},         {"SECTION", 2},
-                                         {"SECTION_COUNT", 3},   {"WINDOW", 1},
-                                         {"data_request_id", 7u}}
-                              << hex(R"(
+            )"));
+    row("READ_RAM",
+        {{"CMD", "READ"},
+         {"OPRATE", "READ_RAM"},
+         {"SIZE", 4129},
+         {"SECTION", 2},
+         {"SECTION_COUNT", 3},
+         {"WINDOW", 1},
+         {"data_request_id", 7u}},
+        hex(R"(
             000000e3  00000007                                     # 227 bytes follow, 7 entries
             0000001e  0064006100740061005f                         # data_
                       0072006500710075006500730074005f00690064     # request_id
@@ -112,22 +111,21 @@ void tst_PacketCodec::frames_data()
                       0052004500410044005f00520041004d             # READ_RAM
             00000006  0043004d0044                                 # CMD
                       0000000a 00 00000008 0052004500410044        # String READ
-            )");
-    QTest::newRow("CLOSE") << CmdPack{{"CMD", "CLOSE"}} << hex(R"(
+            )"));
+    row("CLOSE", {{"CMD", "CLOSE"}}, hex(R"(
             00000021  00000001                                   # 33 bytes follow, 1 entry
             00000006  0043004d0044                               # CMD
                       0000000a 00 0000000a 0043004c004f00530045  # String CLOSE
-            )");
-    QTest::newRow("nothing") << CmdPack{} << hex("00000004 00000000");
-    QTest::newRow("null text and empty values")
-        << CmdPack{{"A", QString()}, {"B", QString("")}, {"C", QBitArray()}, {"D", QVariantList()}}
-        << hex(R"(
+            )"));
+    row("nothing", {}, hex("00000004 00000000"));
+    row("null text and empty values",
+        {{"A", QString()}, {"B", QString("")}, {"C", QBitArray()}, {"D", QVariantList()}}, hex(R"(
             00000040  00000004                            # 64 bytes follow, 4 entries
             00000002  0044  00000009 00 00000000          # D, list of nothing
             00000002  0043  0000000d 00 00000000          # C, no bits
             00000002  0042  0000000a 00 00000000          # B, text of nothing
             00000002  0041  0000000a 00 ffffffff          # A, null text
-            )");
+            )"));
 }
 
 void tst_PacketCodec::frames()
@@ -148,16 +146,16 @@ void tst_PacketCodec::frames()
 
 void tst_PacketCodec::valuesWithoutWireForm_data()
 {
-    QTest::addColumn<QVariant>("value");
+    const auto row = addColumns<QVariant>({"value"});
 
-    QTest::newRow("64 bit number") << QVariant(qlonglong(1));
-    QTest::newRow("nothing") << QVariant();
-    QTest::newRow("foreign value in a list") << QVariant(QVariantList{1, true});
+    row("64 bit number", QVariant(qlonglong(1)));
+    row("nothing", QVariant());
+    row("foreign value in a list", QVariant(QVariantList{1, true}));
     QVariant deep = 7;
     for (int i = 0; i <= kMaxListDepth; ++i)
         deep = QVariantList{deep};
-    QTest::newRow("lists too deep") << deep;
-    QTest::newRow("larger than a frame") << QVariant(QBitArray(kMaxPayloadSize * 8));
+    row("lists too deep", deep);
+    row("larger than a frame", QVariant(QBitArray(kMaxPayloadSize * 8)));
 }
 
 void tst_PacketCodec::valuesWithoutWireForm()
@@ -168,25 +166,22 @@ void tst_PacketCodec::valuesWithoutWireForm()
 
 void tst_PacketCodec::wellFormed_data()
 {
-    QTest::addColumn<QByteArray>("payload");
-    QTest::addColumn<CmdPack>("pack");
+    const auto row = addColumns<QByteArray, CmdPack>({"payload", "pack"});
 
-    QTest::newRow("any order of keys")
-        << hex("00000003 00000002 0042 0000000200 00000002 00000002 0043 0000000200 00000003 "
-               "00000002 0041 0000000200 00000001")
-        << CmdPack{{"A", 1}, {"B", 2}, {"C", 3}};
-    QTest::newRow("the later of equal keys counts")
-        << hex("00000002 00000002 0041 0000000200 00000001 00000002 0041 0000000300 00000002")
-        << CmdPack{{"A", 2u}};
-    QTest::newRow("bytes behind the last entry")
-        << oneEntry(hex("0000000200 00000001")) + "rest" << CmdPack{{"A", 1}};
-    QTest::newRow("null flag set") << oneEntry(hex("0000000201 00000005")) << CmdPack{{"A", 5}};
-    QTest::newRow("padding of a bit array set")
-        << oneEntry(hex("0000000d00 00000003 fd")) << CmdPack{{"A", bits(3, {0, 2})}};
-    QTest::newRow("lists as deep as allowed")
-        << oneEntry(nested(kMaxListDepth))
-        << CmdPack{{"A", QVariantList{QVariant(
-                             QVariantList{QVariant(QVariantList{QVariant(QVariantList{7})})})}}};
+    row("any order of keys",
+        hex("00000003 00000002 0042 0000000200 00000002 00000002 0043 0000000200 00000003 "
+            "00000002 0041 0000000200 00000001"),
+        {{"A", 1}, {"B", 2}, {"C", 3}});
+    row("the later of equal keys counts",
+        hex("00000002 00000002 0041 0000000200 00000001 00000002 0041 0000000300 00000002"),
+        {{"A", 2u}});
+    row("bytes behind the last entry", oneEntry(hex("0000000200 00000001")) + "rest", {{"A", 1}});
+    row("null flag set", oneEntry(hex("0000000201 00000005")), {{"A", 5}});
+    row("padding of a bit array set", oneEntry(hex("0000000d00 00000003 fd")),
+        {{"A", bits(3, {0, 2})}});
+    row("lists as deep as allowed", oneEntry(nested(kMaxListDepth)),
+        {{"A", QVariantList{
+                   QVariant(QVariantList{QVariant(QVariantList{QVariant(QVariantList{7})})})}}});
 }
 
 void tst_PacketCodec::wellFormed()
@@ -202,28 +197,25 @@ void tst_PacketCodec::wellFormed()
 
 void tst_PacketCodec::hostile_data()
 {
-    QTest::addColumn<QByteArray>("payload");
+    const auto row = addColumns<QByteArray>({"payload"});
 
-    QTest::newRow("no bytes at all") << QByteArray();
-    QTest::newRow("more entries than bytes") << hex("ffffffff 00000002 0041");
-    QTest::newRow("one entry too few") << hex("00000002 00000002 0041 0000000200 00000001");
-    QTest::newRow("key of odd length") << hex("00000001 00000003 004100 0000000200 00000001");
-    QTest::newRow("text of odd length") << oneEntry(hex("0000000a00 00000003 004100"));
-    QTest::newRow("text beyond the frame") << oneEntry(hex("0000000a00 fffffffe 0041"));
-    QTest::newRow("bits beyond the frame") << oneEntry(hex("0000000d00 00000011 ffff"));
-    QTest::newRow("2^32 - 1 bits") << oneEntry(hex("0000000d00 ffffffff ff"));
-    QTest::newRow("list count beyond the frame")
-        << oneEntry(hex("0000000900 00000002 0000000200 00000001"));
-    QTest::newRow("list count of 2^32 - 1")
-        << oneEntry(hex("0000000900 ffffffff 0000000200 00000001"));
-    QTest::newRow("list of bad values") << oneEntry(hex("0000000900 00000001 0000000400 00000001"));
-    QTest::newRow("one list too deep") << oneEntry(nested(kMaxListDepth + 1));
-    QTest::newRow("20,000 lists deep") << oneEntry(nested(20'000));
-    QTest::newRow("type 4215 with a huge count") << oneEntry(hex("0000107700 ffffffff"));
-    QTest::newRow("no type") << oneEntry(hex("0000000001 00000000"));
-    QTest::newRow("type that is none of the link's") << oneEntry(hex("0000000c00 00000000"));
-    QTest::newRow("user type with a name")
-        << oneEntry(hex("0000007f00 00000008 514f626a65637400 00000000"));
+    row("no bytes at all", {});
+    row("more entries than bytes", hex("ffffffff 00000002 0041"));
+    row("one entry too few", hex("00000002 00000002 0041 0000000200 00000001"));
+    row("key of odd length", hex("00000001 00000003 004100 0000000200 00000001"));
+    row("text of odd length", oneEntry(hex("0000000a00 00000003 004100")));
+    row("text beyond the frame", oneEntry(hex("0000000a00 fffffffe 0041")));
+    row("bits beyond the frame", oneEntry(hex("0000000d00 00000011 ffff")));
+    row("2^32 - 1 bits", oneEntry(hex("0000000d00 ffffffff ff")));
+    row("list count beyond the frame", oneEntry(hex("0000000900 00000002 0000000200 00000001")));
+    row("list count of 2^32 - 1", oneEntry(hex("0000000900 ffffffff 0000000200 00000001")));
+    row("list of bad values", oneEntry(hex("0000000900 00000001 0000000400 00000001")));
+    row("one list too deep", oneEntry(nested(kMaxListDepth + 1)));
+    row("20,000 lists deep", oneEntry(nested(20'000)));
+    row("type 4215 with a huge count", oneEntry(hex("0000107700 ffffffff")));
+    row("no type", oneEntry(hex("0000000001 00000000")));
+    row("type that is none of the link's", oneEntry(hex("0000000c00 00000000")));
+    row("user type with a name", oneEntry(hex("0000007f00 00000008 514f626a65637400 00000000")));
 }
 
 void tst_PacketCodec::hostile()
@@ -244,16 +236,15 @@ void tst_PacketCodec::truncation()
 
 void tst_PacketCodec::lengths_data()
 {
-    QTest::addColumn<QByteArray>("field");
-    QTest::addColumn<int>("length");
+    const auto row = addColumns<QByteArray, int>({"field", "length"});
 
-    QTest::newRow("0") << hex("00000000") << 0;
-    QTest::newRow("big-endian") << hex("00010203") << 0x10203;
-    QTest::newRow("16 MiB") << hex("01000000") << 16 * 1024 * 1024;
-    QTest::newRow("16 MiB and one") << hex("01000001") << -1;
-    QTest::newRow("2^31 - 1") << hex("7fffffff") << -1;
-    QTest::newRow("-1") << hex("ffffffff") << -1;
-    QTest::newRow("-2^31") << hex("80000000") << -1;
+    row("0", hex("00000000"), 0);
+    row("big-endian", hex("00010203"), 0x10203);
+    row("16 MiB", hex("01000000"), 16 * 1024 * 1024);
+    row("16 MiB and one", hex("01000001"), -1);
+    row("2^31 - 1", hex("7fffffff"), -1);
+    row("-1", hex("ffffffff"), -1);
+    row("-2^31", hex("80000000"), -1);
 }
 
 void tst_PacketCodec::lengths()

@@ -92,30 +92,24 @@ void tst_DeviceDatabase::readsInFileOrderAndSkipsDanglingNames()
 
 void tst_DeviceDatabase::wrongShapes_data()
 {
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<QStringList>("series");
-    QTest::newRow("empty") << QByteArray() << QStringList();
-    QTest::newRow("no JSON") << QByteArray("<a/>") << QStringList();
-    QTest::newRow("cut off") << kGood.left(kGood.size() / 2) << QStringList();
-    QTest::newRow("too deep") << QByteArray(100000, '[') << QStringList();
-    QTest::newRow("a list") << QByteArray("[]") << QStringList();
-    QTest::newRow("nothing in it") << QByteArray("{}") << QStringList();
-    QTest::newRow("no lists") << QByteArray(
-                                     R"({"ALL_MODES": 1, "DEVICE_CONFIG": {}, "ALL_SERIES": "S"})")
-                              << QStringList();
-    QTest::newRow("entries are no objects")
-        << QByteArray(R"({"ALL_MODES": [[]], "DEVICE_CONFIG": [null, 1], "ALL_SERIES": ["S"]})")
-        << QStringList();
-    QTest::newRow("inner lists are none")
-        << QByteArray(R"({"ALL_MODES": [{"MODE": "M", "OPERATIONS": "x"}],
+    const auto row = addColumns<QByteArray, QStringList>({"json", "series"});
+    row("empty", {}, {});
+    row("no JSON", "<a/>", {});
+    row("cut off", kGood.left(kGood.size() / 2), {});
+    row("too deep", QByteArray(100000, '['), {});
+    row("a list", "[]", {});
+    row("no lists", R"({"ALL_MODES": 1, "DEVICE_CONFIG": {}, "ALL_SERIES": "S"})", {});
+    row("entries are no objects",
+        R"({"ALL_MODES": [[]], "DEVICE_CONFIG": [null, 1], "ALL_SERIES": ["S"]})", {});
+    row("inner lists are none", R"({"ALL_MODES": [{"MODE": "M", "OPERATIONS": "x"}],
             "DEVICE_CONFIG": [{"DEVICE": "D", "ACCESS_MODES": 3}],
-            "ALL_SERIES": [{"SERIES": "S", "DEVICES": {"D": 1}}]})")
-        << QStringList("S");
-    QTest::newRow("texts are none")
-        << QByteArray(R"({"ALL_MODES": [{"MODE": {}, "OPERATIONS": [{"OPTIONS": [[1], {}]}, 4]}],
+            "ALL_SERIES": [{"SERIES": "S", "DEVICES": {"D": 1}}]})",
+        {"S"});
+    row("texts are none",
+        R"({"ALL_MODES": [{"MODE": {}, "OPERATIONS": [{"OPTIONS": [[1], {}]}, 4]}],
             "DEVICE_CONFIG": [{"DEVICE": ["D"], "ACCESS_MODES": [{}, 0]}],
-            "ALL_SERIES": [{"SERIES": 7, "DEVICES": [null, "D"]}]})")
-        << QStringList("7");
+            "ALL_SERIES": [{"SERIES": 7, "DEVICES": [null, "D"]}]})",
+        {"7"});
 }
 
 void tst_DeviceDatabase::wrongShapes()

@@ -54,36 +54,30 @@ int peakMemory()
 
 void tst_FsFile::headers_data()
 {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QString>("fields"); // checksum, user code, ID code
-    QTest::addColumn<FsVerdict>("verdict");
+    // fields: checksum, user code, ID code
+    const auto row = addColumns<QByteArray, QString, FsVerdict>({"text", "fields", "verdict"});
     const FsVerdict fine = FsVerdict::Accepted;
-    QTest::newRow("none") << QByteArray("0101\n1100\n") << "||00000000" << fine;
-    QTest::newRow("empty file") << QByteArray() << "||00000000" << fine;
-    QTest::newRow("all, at the end, without a line end")
-        << QByteArray("0101\r\n//CheckSum:  0x12  34 \r\n// UserCode: 00:77\r\n01\r\n"
-                      "//Device-package: KR-C-Q48\r\n//KEOCRC: 4d2")
-        << "0x12 34|00:77|1100381B" << fine;
-    QTest::newRow("user code from the checksum")
-        << QByteArray("//CheckSum:5A5A\n//UserCode: \n//CheckSum:6B6B\n") << "6B6B|5A5A|00000000"
-        << fine;
-    QTest::newRow("not at the start of a line")
-        << QByteArray(" //CheckSum: 1\n/ /CheckSum: 2\n/\n//\nCheckSum: 3\n") << "||00000000"
-        << fine;
-    QTest::newRow("package without a dash")
-        << QByteArray("//Device-package: KX\n//CheckSum: 1\n") << "1||00000000" << fine;
-    QTest::newRow("another device") << QByteArray("//CheckSum: 1\n//Device-package: KX-1-Q48\n")
-                                    << "||00000000" << FsVerdict::WrongDevice;
-    QTest::newRow("device of another series")
-        << QByteArray("//Device-package: MR-1-Q48\n") << "||00000000" << FsVerdict::WrongDevice;
-    QTest::newRow("another design")
-        << QByteArray("//CheckSum: 1\n//KEOCRC: 4d3\n//Device-package: KX-1-Q48\n") << "||00000000"
-        << FsVerdict::WrongDesign;
-    QTest::newRow("no design named")
-        << QByteArray("//KEOCRC:\n//CheckSum: 1\n") << "1||00000000" << fine;
-    QTest::newRow("a line without end")
-        << QByteArray("//CheckSum: 1\n//UserCode: ") + QByteArray(1000000, 'x') + "\n//CheckSum: 2"
-        << "2|" + QString(FsHeaderParser::kMaxLine - 12, 'x') + "|00000000" << fine;
+    row("none", "0101\n1100\n", "||00000000", fine);
+    row("empty file", {}, "||00000000", fine);
+    row("all, at the end, without a line end",
+        "0101\r\n//CheckSum:  0x12  34 \r\n// UserCode: 00:77\r\n01\r\n"
+        "//Device-package: KR-C-Q48\r\n//KEOCRC: 4d2",
+        "0x12 34|00:77|1100381B", fine);
+    row("user code from the checksum", "//CheckSum:5A5A\n//UserCode: \n//CheckSum:6B6B\n",
+        "6B6B|5A5A|00000000", fine);
+    row("not at the start of a line", " //CheckSum: 1\n/ /CheckSum: 2\n/\n//\nCheckSum: 3\n",
+        "||00000000", fine);
+    row("package without a dash", "//Device-package: KX\n//CheckSum: 1\n", "1||00000000", fine);
+    row("another device", "//CheckSum: 1\n//Device-package: KX-1-Q48\n", "||00000000",
+        FsVerdict::WrongDevice);
+    row("device of another series", "//Device-package: MR-1-Q48\n", "||00000000",
+        FsVerdict::WrongDevice);
+    row("another design", "//CheckSum: 1\n//KEOCRC: 4d3\n//Device-package: KX-1-Q48\n",
+        "||00000000", FsVerdict::WrongDesign);
+    row("no design named", "//KEOCRC:\n//CheckSum: 1\n", "1||00000000", fine);
+    row("a line without end",
+        QByteArray("//CheckSum: 1\n//UserCode: ") + QByteArray(1000000, 'x') + "\n//CheckSum: 2",
+        "2|" + QString(FsHeaderParser::kMaxLine - 12, 'x') + "|00000000", fine);
 }
 
 void tst_FsFile::headers()

@@ -17,8 +17,6 @@ class tst_ProgrammerTool : public QuietTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void downloadArgumentsOfAChain_data();
-    void downloadArgumentsOfAChain();
     void scans_data();
     void scans();
     void outputInPieces_data();
@@ -27,55 +25,20 @@ private Q_SLOTS:
     void stopEndsTheChildren();
 };
 
-void tst_ProgrammerTool::downloadArgumentsOfAChain_data()
-{
-    QTest::addColumn<int>("devices");
-    QTest::addColumn<int>("target");
-    QTest::addColumn<int>("channel");
-    QTest::addColumn<QString>("arguments");
-    const QString start = "--device KR-C --fsFile /a b/x.fs --operation_index 4 --cable-index 2";
-    QTest::newRow("alone") << 1 << 0 << 0 << start;
-    QTest::newRow("second of two")
-        << 2 << 1 << 0 << start + " --chain_size 2 --chain_index 1 --chain_ir 8,9";
-    QTest::newRow("first of three, channel")
-        << 3 << 0 << 1 << start + " --channel 1 --chain_size 3 --chain_index 0 --chain_ir 8,9,10";
-}
-
-void tst_ProgrammerTool::downloadArgumentsOfAChain()
-{
-    QFETCH(int, devices);
-    QFETCH(int, target);
-    QFETCH(int, channel);
-    QFETCH(QString, arguments);
-    const DeviceOperation operation{"Write", {}, 4, {}};
-    DeviceChain chain(devices);
-    for (int i = 0; i < devices; ++i)
-        chain[i].irCode = 8 + i;
-    chain[target].enabled = true;
-    chain[target].device = "KR-C";
-    chain[target].fsFile = "/a b/x.fs";
-    chain[target].operation = &operation;
-    const QStringList list = downloadArguments(chain, 2, channel);
-    QCOMPARE(list.join(' '), arguments);
-    QVERIFY(list.contains("/a b/x.fs"));
-}
-
 void tst_ProgrammerTool::scans_data()
 {
-    QTest::addColumn<QStringList>("lines");
-    QTest::addColumn<QString>("devices"); // family,name,code;
-    QTest::addColumn<QStringList>("messages");
+    // devices: family,name,code;
+    const auto row =
+        addColumns<QStringList, QString, QStringList>({"lines", "devices", "messages"});
     const QStringList one{"  Device Info:", "  Family: KR", "  Name: KR-C ", "  ID: 0x1100381B"};
-    QTest::newRow("nothing") << QStringList{"", " "} << "" << QStringList();
-    QTest::newRow("between messages")
-        << QStringList{" Scan  chain", one[0], one[1], one[2], one[3], "", "done"}
-        << "KR,KR-C,1100381B;" << QStringList{"Scan chain", "done"};
-    QTest::newRow("two, in another order") << one + QStringList{one[0], one[3], one[2], one[1]}
-                                           << "KR,KR-C,1100381B;KR,KR-C,1100381B;" << QStringList();
-    QTest::newRow("cut off") << one + one.mid(0, 3) << "KR,KR-C,1100381B;KR,KR-C,;"
-                             << QStringList();
-    QTest::newRow("a line too few") << QStringList{one[0], one[1], one[2], one[0], one[3]}
-                                    << "KR,KR-C,;" << QStringList("ID: 0x1100381B");
+    row("nothing", {"", " "}, "", {});
+    row("between messages", {" Scan  chain", one[0], one[1], one[2], one[3], "", "done"},
+        "KR,KR-C,1100381B;", {"Scan chain", "done"});
+    row("two, in another order", one + QStringList{one[0], one[3], one[2], one[1]},
+        "KR,KR-C,1100381B;KR,KR-C,1100381B;", {});
+    row("cut off", one + one.mid(0, 3), "KR,KR-C,1100381B;KR,KR-C,;", {});
+    row("a line too few", {one[0], one[1], one[2], one[0], one[3]}, "KR,KR-C,;",
+        {"ID: 0x1100381B"});
 }
 
 void tst_ProgrammerTool::scans()
@@ -91,27 +54,18 @@ void tst_ProgrammerTool::scans()
 
 void tst_ProgrammerTool::outputInPieces_data()
 {
-    QTest::addColumn<QByteArray>("output");
-    QTest::addColumn<QStringList>("lines"); // of a download
-    QTest::addColumn<bool>("error");
-    QTest::newRow("line ends of both kinds")
-        << QByteArray("a\r\n\r\nb\nc") << QStringList{"a", "", "b", "c"} << false;
-    QTest::newRow("a bar that grows") << QByteArray("go\r[#  ] 9%\r[## ] 50%\r[###] 100%\r\nok\n")
-                                      << QStringList{"go", "ok"} << false;
-    QTest::newRow("bars as lines") << QByteArray("[#   ]\n[###]\n[## ]\n[#  #]\n[]\n")
-                                   << QStringList{"[#   ]", "[#  #]", "[]"} << false;
-    QTest::newRow("cut off in a bar")
-        << QByteArray("go\n[#  ]\r[##") << QStringList{"go", "[##"} << false;
-    QTest::newRow("text before a return")
-        << QByteArray("one\rtwo\r\r\nthree\r") << QStringList{"one", "two", "three"} << false;
-    QTest::newRow("error beside a bar")
-        << QByteArray("[###] Error 7\n") << QStringList("[###] Error 7") << true;
-    QTest::newRow("small error") << QByteArray("an error") << QStringList("an error") << true;
-    QTest::newRow("no error") << QByteArray("Er\nror, terror, ERROR")
-                              << QStringList{"Er", "ror, terror, ERROR"}
-                              << true; // "terror" holds the word
-    QTest::newRow("error in what a bar overwrites")
-        << QByteArray("[## ] error\r[###]\n") << QStringList("[## ] error") << true;
+    // lines: those of a download
+    const auto row = addColumns<QByteArray, QStringList, bool>({"output", "lines", "error"});
+    row("line ends of both kinds", "a\r\n\r\nb\nc", {"a", "", "b", "c"}, false);
+    row("a bar that grows", "go\r[#  ] 9%\r[## ] 50%\r[###] 100%\r\nok\n", {"go", "ok"}, false);
+    row("bars as lines", "[#   ]\n[###]\n[## ]\n[#  #]\n[]\n", {"[#   ]", "[#  #]", "[]"}, false);
+    row("cut off in a bar", "go\n[#  ]\r[##", {"go", "[##"}, false);
+    row("text before a return", "one\rtwo\r\r\nthree\r", {"one", "two", "three"}, false);
+    row("error beside a bar", "[###] Error 7\n", {"[###] Error 7"}, true);
+    row("small error", "an error", {"an error"}, true);
+    row("no error", "Er\nror, terror, ERROR", {"Er", "ror, terror, ERROR"},
+        true); // "terror" holds the word
+    row("error in what a bar overwrites", "[## ] error\r[###]\n", {"[## ] error"}, true);
 }
 
 void tst_ProgrammerTool::outputInPieces()

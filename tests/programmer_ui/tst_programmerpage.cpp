@@ -44,7 +44,6 @@ private Q_SLOTS:
     void configuresTheOperation();
     void fileChanges_data();
     void fileChanges();
-    void waitsForTheEndOfACapture();
     void endsAnywhere_data();
     void endsAnywhere();
     void readsALargeFileBetweenEvents();
@@ -220,31 +219,21 @@ struct Page
 
 void tst_ProgrammerPage::scans_data()
 {
-    QTest::addColumn<QByteArray>("script");
-    QTest::addColumn<QStringList>("rows");
-    QTest::addColumn<QStringList>("log");
-    QTest::addColumn<ProgrammerStatus>("status");
+    const auto row = addColumns<QByteArray, QStringList, QStringList, ProgrammerStatus>(
+        {"script", "rows", "log", "status"});
     const QString failed = "Error: Scan Device Failed, No device found!";
     const QString krc = "KR|KR-C|Write||||1100381B|8";
     const QByteArray two =
         "printf 'Device Info:\\nFamily: XX\\nName: X\\nID: 0xAB\\nDevice Info:\\n"
         "Family: MR\\nName: KR-C\\nID: 0x1'";
-    QTest::newRow("one device") << QByteArray(kOneDevice) << QStringList(krc)
-                                << QStringList{"Info: Scan", "Info: done"}
-                                << ProgrammerStatus::DeviceFound;
-    QTest::newRow("unknown names")
-        << two << QStringList{"JTAG|NOP|Bypass||||AB|8", "MR|NOP|Bypass||||1|8"} << QStringList()
-        << ProgrammerStatus::DeviceFound;
-    QTest::newRow("nothing") << QByteArray("echo Warn: no cable") << QStringList()
-                             << QStringList("Warn: no cable") << ProgrammerStatus::NoDevice;
-    QTest::newRow("bad exit") << QByteArray(kOneDevice) + "; exit 1" << QStringList()
-                              << QStringList(failed) << ProgrammerStatus::NoDevice;
-    QTest::newRow("killed") << QByteArray("kill -9 $$") << QStringList()
-                            << QStringList("Error: Call Programmer failed!")
-                            << ProgrammerStatus::Failed;
-    QTest::newRow("never there") << QByteArray() << QStringList()
-                                 << QStringList("Error: Call Programmer failed!")
-                                 << ProgrammerStatus::Failed;
+    row("one device", QByteArray(kOneDevice), {krc}, {"Info: Scan", "Info: done"},
+        ProgrammerStatus::DeviceFound);
+    row("unknown names", two, {"JTAG|NOP|Bypass||||AB|8", "MR|NOP|Bypass||||1|8"}, {},
+        ProgrammerStatus::DeviceFound);
+    row("nothing", "echo Warn: no cable", {}, {"Warn: no cable"}, ProgrammerStatus::NoDevice);
+    row("bad exit", QByteArray(kOneDevice) + "; exit 1", {}, {failed}, ProgrammerStatus::NoDevice);
+    row("killed", "kill -9 $$", {}, {"Error: Call Programmer failed!"}, ProgrammerStatus::Failed);
+    row("never there", {}, {}, {"Error: Call Programmer failed!"}, ProgrammerStatus::Failed);
 }
 
 void tst_ProgrammerPage::scans()
@@ -271,28 +260,21 @@ void tst_ProgrammerPage::scans()
 
 void tst_ProgrammerPage::downloads_data()
 {
-    QTest::addColumn<QByteArray>("script");
-    QTest::addColumn<QStringList>("log");
-    QTest::addColumn<QStringList>("texts"); // with + when ready
+    // texts: with + when ready
+    const auto row = addColumns<QByteArray, QStringList, QStringList>({"script", "log", "texts"});
     const QString waiting = "- Waiting download ";
     const QString first = "- Please program the device first ";
     const QString failed = "Error: Fs file download failed!";
-    QTest::newRow("well")
-        << QByteArray("echo $*; printf '[#   ]\\r[####]\\r\\n'; echo ok")
-        << QStringList{"Info: --device KR-C --fsFile FILE --operation_index 2 --cable-index 1 "
-                       "--channel 1 --chain_size 2 --chain_index 1 --chain_ir 5,8",
-                       "Info: ok"}
-        << QStringList{waiting, "+ Ready to acquire "};
-    QTest::newRow("bad exit") << QByteArray("echo ok; exit 1") << QStringList(failed)
-                              << QStringList{waiting, first};
-    QTest::newRow("error in the output")
-        << QByteArray("echo 'Warn: hot'; printf 'verify error'")
-        << QStringList{"Warn: hot", "Info: verify error"} << QStringList{waiting, first};
-    QTest::newRow("killed") << QByteArray("printf cut; kill -9 $$")
-                            << QStringList("Error: Call Programmer failed!")
-                            << QStringList{waiting, first};
-    QTest::newRow("never there") << QByteArray() << QStringList("Error: Call Programmer failed!")
-                                 << QStringList{waiting, first};
+    row("well", "echo $*; printf '[#   ]\\r[####]\\r\\n'; echo ok",
+        {"Info: --device KR-C --fsFile FILE --operation_index 2 --cable-index 1 "
+         "--channel 1 --chain_size 2 --chain_index 1 --chain_ir 5,8",
+         "Info: ok"},
+        {waiting, "+ Ready to acquire "});
+    row("bad exit", "echo ok; exit 1", {failed}, {waiting, first});
+    row("error in the output", "echo 'Warn: hot'; printf 'verify error'",
+        {"Warn: hot", "Info: verify error"}, {waiting, first});
+    row("killed", "printf cut; kill -9 $$", {"Error: Call Programmer failed!"}, {waiting, first});
+    row("never there", {}, {"Error: Call Programmer failed!"}, {waiting, first});
 }
 
 void tst_ProgrammerPage::downloads()
@@ -448,24 +430,16 @@ void tst_ProgrammerPage::rowsComeGoAndMove()
 
 void tst_ProgrammerPage::validates_data()
 {
-    QTest::addColumn<QString>("rows"); // k known, b bypassed, 0 bypassed with code 0; upper: target
-    QTest::addColumn<QString>("fault");
-    QTest::newRow("none") << ""
-                          << "No available device.";
-    QTest::newRow("one") << "K"
-                         << "";
-    QTest::newRow("among others") << "bKkb"
-                                  << "";
-    QTest::newRow("no target") << "kb"
-                               << "No target device.";
-    QTest::newRow("a target that nobody knows") << "Bk"
-                                                << "No target device.";
-    QTest::newRow("two targets") << "KkK"
-                                 << "Only one device can be set as target device.";
-    QTest::newRow("without a code") << "Kb00"
-                                    << "Device (3) has wrong IRCode.";
-    QTest::newRow("alone without a code") << "0"
-                                          << "Device (1) has wrong IRCode.";
+    // rows: k known, b bypassed, 0 bypassed with code 0; a capital is the target
+    const auto row = addColumns<QString, QString>({"rows", "fault"});
+    row("none", "", "No available device.");
+    row("one", "K", "");
+    row("among others", "bKkb", "");
+    row("no target", "kb", "No target device.");
+    row("a target that nobody knows", "Bk", "No target device.");
+    row("two targets", "KkK", "Only one device can be set as target device.");
+    row("without a code", "Kb00", "Device (3) has wrong IRCode.");
+    row("alone without a code", "0", "Device (1) has wrong IRCode.");
 }
 
 void tst_ProgrammerPage::validates()
@@ -492,11 +466,11 @@ void tst_ProgrammerPage::validates()
 
 void tst_ProgrammerPage::asksWhichDevice_data()
 {
-    QTest::addColumn<int>("key"); // 0 is a double click
-    QTest::addColumn<QString>("row");
-    QTest::newRow("double click") << 0 << "MR|MR-1X|Burn||||2200001B|8";
-    QTest::newRow("by keys") << int(Qt::Key_Return) << "MR|MR-1X|Burn||||2200001B|8";
-    QTest::newRow("left") << int(Qt::Key_Escape) << "KR|NOP|Bypass||||2200001B|8";
+    // key: 0 is a double click
+    const auto row = addColumns<int, QString>({"key", "row"});
+    row("double click", 0, "MR|MR-1X|Burn||||2200001B|8");
+    row("by keys", int(Qt::Key_Return), "MR|MR-1X|Burn||||2200001B|8");
+    row("left", int(Qt::Key_Escape), "KR|NOP|Bypass||||2200001B|8");
 }
 
 void tst_ProgrammerPage::asksWhichDevice()
@@ -564,17 +538,18 @@ void tst_ProgrammerPage::configuresTheOperation()
 
 void tst_ProgrammerPage::fileChanges_data()
 {
-    QTest::addColumn<bool>("replaced");
-    QTest::addColumn<bool>("duringDownload");
-    QTest::newRow("written") << false << false;
-    QTest::newRow("replaced") << true << false;
-    QTest::newRow("replaced during a download") << true << true;
+    const auto row = addColumns<bool, bool, bool>({"replaced", "duringDownload", "duringCapture"});
+    row("written", false, false, false);
+    row("replaced", true, false, false);
+    row("replaced during a download", true, true, false);
+    row("written during a capture", false, false, true);
 }
 
 void tst_ProgrammerPage::fileChanges()
 {
     QFETCH(bool, replaced);
     QFETCH(bool, duringDownload);
+    QFETCH(bool, duringCapture);
     Page page;
     const QString file = page.writeFile("a.fs", "//CheckSum: 1\n");
     page.widget.setDevice("KR", "KR-C", file);
@@ -586,6 +561,7 @@ void tst_ProgrammerPage::fileChanges()
     page.click("downLoad");
     if (!duringDownload)
         QTRY_COMPARE(page.widget.status(), ProgrammerStatus::Downloaded);
+    page.widget.updateIsBusy(duringCapture);
     if (replaced) {
         page.writeFile("b.fs", "//CheckSum: 2\n");
         QFile::remove(file);
@@ -598,51 +574,34 @@ void tst_ProgrammerPage::fileChanges()
         QVERIFY(page.log().isEmpty() && page.tools(false));
         page.writeFile("go", "");
     }
+    if (duringCapture) {
+        QTRY_COMPARE(page.row(0).section(u'|', 4, 4), "2");
+        QVERIFY(page.log().isEmpty());
+        QCOMPARE(page.widget.status(), ProgrammerStatus::Downloaded);
+        page.widget.updateIsBusy(false);
+        page.widget.applyPending();
+        page.widget.applyPending(); // tells once
+    }
     QTRY_COMPARE(page.log(), QStringList("Warn: File updated,checksum:2."));
     QCOMPARE(page.widget.status(), ProgrammerStatus::DeviceFound);
     QCOMPARE(page.row(0).section(u'|', 4, 4), "2");
+    QCOMPARE(page.statusTexts, (QStringList{"- Waiting download ", "+ Ready to acquire ",
+                                            "- Please program the device first "}));
     if (!duringDownload) {
         // A file that no longer fits goes, and the watch with it.
         page.writeFile("a.fs", "//Device-package: MR-1-Q48\n");
         QTRY_COMPARE(page.log().size(), 3);
         QVERIFY(page.log().at(1).endsWith(" and current series or device do not match."));
         QVERIFY(page.row(0).section(u'|', 3, 3).isEmpty());
-        return;
     }
-    QCOMPARE(page.statusTexts, (QStringList{"- Waiting download ", "+ Ready to acquire ",
-                                            "- Please program the device first "}));
-}
-
-void tst_ProgrammerPage::waitsForTheEndOfACapture()
-{
-    Page page;
-    page.setTool("true");
-    const QString file = page.writeFile("a.fs", "//CheckSum: 1\n");
-    page.widget.setDevice("KR", "KR-C", file);
-    page.click("downLoad");
-    QTRY_COMPARE(page.widget.status(), ProgrammerStatus::Downloaded);
-    page.statusTexts.clear();
-    page.widget.updateIsBusy(true);
-    page.writeFile("a.fs", "//CheckSum: 22\n");
-    QTRY_COMPARE(page.row(0).section(u'|', 4, 4), "22");
-    QVERIFY(page.log().isEmpty() && page.statusTexts.isEmpty());
-    QCOMPARE(page.widget.status(), ProgrammerStatus::Downloaded);
-    page.widget.updateIsBusy(false);
-    page.widget.applyPending();
-    QCOMPARE(page.log(), QStringList("Warn: File updated,checksum:22."));
-    QCOMPARE(page.statusTexts, QStringList("- Please program the device first "));
-    page.widget.applyPending(); // once
-    QCOMPARE(page.log().size(), 1);
 }
 
 void tst_ProgrammerPage::endsAnywhere_data()
 {
-    QTest::addColumn<QByteArray>("script");
-    QTest::addColumn<bool>("inDialog");
-    QTest::newRow("during a run") << QByteArray("sleep 100") << false;
-    QTest::newRow("in the chooser")
-        << QByteArray("printf 'Device Info:\\nFamily: MR\\nName: MR-1\\nID: 0x2200001B\\n'")
-        << true;
+    const auto row = addColumns<QByteArray, bool>({"script", "inDialog"});
+    row("during a run", "sleep 100", false);
+    row("in the chooser", "printf 'Device Info:\\nFamily: MR\\nName: MR-1\\nID: 0x2200001B\\n'",
+        true);
 }
 
 // The project may be closed, or its window destroyed, whatever the page is at.
@@ -707,24 +666,19 @@ void tst_ProgrammerPage::logIsBoundedAndLegible()
         const QTextBlock block = log->document()->findBlockByNumber(line);
         return block.begin().fragment().charFormat().foreground().color();
     };
-    const auto legible = [&](int line, int hue) {
-        const QColor color = colorOf(line);
-        return contrast(color, log->palette().color(QPalette::Base)) >= 4.5 &&
-               color.hslHue() == hue;
+    const auto legible = [&](int line, const QColor &hue) {
+        return contrast(colorOf(line), log->palette().color(QPalette::Base)) >= 4.5 &&
+               colorOf(line).hslHue() == hue.hslHue();
     };
     log->addMessages({"<b>Error: </b>  a\n", " ", "Warn: b", "c %1"});
     QCOMPARE(page.log(), (QStringList{"<b>Error: </b> a", "Warn: b", "Info: c %1"}));
-    log->addMessages({"", " "});
-    QCOMPARE(log->document()->blockCount(), 4); // with the blank line behind them
     for (const QColor &base :
          {QColor(Qt::white), QColor(0x20, 0x20, 0x24), QColor(0x80, 0x80, 0x80)}) {
         QPalette palette = log->palette();
         palette.setColor(QPalette::Base, base);
         log->setPalette(palette);
         if (base.lightness() != 128) // on middle grey only black or white can be read
-            QVERIFY(legible(0, QColor(Qt::red).hslHue()) &&
-                    legible(1, QColor(Qt::yellow).hslHue()) &&
-                    legible(2, QColor(Qt::blue).hslHue()));
+            QVERIFY(legible(0, Qt::red) && legible(1, Qt::yellow) && legible(2, Qt::blue));
         QVERIFY(contrast(colorOf(0), base) >= 4.5);
     }
     QVERIFY(QTest::qWaitForWindowExposed(&page.widget));

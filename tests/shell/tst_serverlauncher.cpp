@@ -15,10 +15,8 @@ class tst_ServerLauncher : public QuietTest
 
 private Q_SLOTS:
     void table();
-    void allStart();
-    void someStart();
-    void noneStarts();
-    void onlyTheRowsAskedFor();
+    void starts_data();
+    void starts();
     void stopping();
     void endsWithItsInput();
 };
@@ -86,55 +84,41 @@ void tst_ServerLauncher::table()
              QFileInfo(QCoreApplication::applicationDirPath() + "/../../Burner/bin"));
 }
 
-void tst_ServerLauncher::allStart()
+void tst_ServerLauncher::starts_data()
 {
-    const BurnerDir dir({"chainserver", "chainserver_lpt", "chainserver_lk7"});
-    ServerProcesses processes;
-    QCOMPARE(names(launchServers(processes, dir.path())), (QStringList{kUsb, kLpt, kLk7}));
-    QCOMPARE(processes.size(), 3u);
-    for (const auto &[cable, process] : processes)
-        QCOMPARE(process->state(), QProcess::Running);
-    for (const ServerRow &row : serverTable()) {
-        // Written behind four megabytes of output, so that output does not block a server either.
-        QTRY_COMPARE(dir.arguments(row.executable), "-local\n");
+    const auto row =
+        addColumns<QStringList, QList<ServerRow>, QStringList>({"there", "asked", "cables"});
+    row("all", {"chainserver", "chainserver_lpt", "chainserver_lk7"}, serverTable(),
+        {kUsb, kLpt, kLk7});
+    row("some", {"chainserver", "chainserver_lk7"}, serverTable(), {kUsb, kLk7});
+    row("none", {}, serverTable(), {});
+    row("the one asked for", {"chainserver", "chainserver_lpt"}, {serverTable().at(1)}, {kLpt});
+}
+
+void tst_ServerLauncher::starts()
+{
+    QFETCH(QStringList, there);
+    QFETCH(QList<ServerRow>, asked);
+    QFETCH(QStringList, cables);
+    const BurnerDir dir(there);
+    if (!there.contains("chainserver_lpt")) {
+        QFile broken(dir.file("chainserver_lpt"));
+        QVERIFY(broken.open(QIODevice::WriteOnly)); // there, but no program
     }
-    for (const auto &[cable, process] : processes)
-        QCOMPARE(process->bytesAvailable(), 0);
+    ServerProcesses processes;
+    QCOMPARE(names(launchServers(processes, dir.path(), asked)), cables);
+    QCOMPARE(qsizetype(processes.size()), cables.size());
+    for (const ServerRow &row : serverTable()) {
+        const bool starts = cables.contains(row.connection.name);
+        // Written behind four megabytes of output, so that output does not block a server either.
+        QTRY_COMPARE(dir.arguments(row.executable), starts ? "-local\n" : "not started");
+        if (!starts)
+            continue;
+        QCOMPARE(processes.at(row.connection.name)->state(), QProcess::Running);
+        QCOMPARE(processes.at(row.connection.name)->bytesAvailable(), 0);
+    }
     killServers(processes);
     QVERIFY(processes.empty());
-}
-
-void tst_ServerLauncher::someStart()
-{
-    const BurnerDir dir({"chainserver", "chainserver_lk7"});
-    QFile broken(dir.file("chainserver_lpt"));
-    QVERIFY(broken.open(QIODevice::WriteOnly)); // there, but no program
-
-    ServerProcesses processes;
-    QCOMPARE(names(launchServers(processes, dir.path())), (QStringList{kUsb, kLk7}));
-    QCOMPARE(processes.size(), 2u);
-    QVERIFY(!processes.contains(kLpt));
-    killServers(processes);
-}
-
-void tst_ServerLauncher::noneStarts()
-{
-    ServerProcesses processes;
-    QVERIFY(launchServers(processes, "/no/such/directory").isEmpty());
-    QVERIFY(processes.empty());
-    killServers(processes);
-    stopServer(processes, kLpt);
-}
-
-void tst_ServerLauncher::onlyTheRowsAskedFor()
-{
-    const BurnerDir dir({"chainserver", "chainserver_lpt"});
-    ServerProcesses processes;
-    QCOMPARE(names(launchServers(processes, dir.path(), {serverTable().at(1)})), QStringList{kLpt});
-    QCOMPARE(processes.size(), 1u);
-    QTRY_COMPARE(dir.arguments("chainserver_lpt"), "-local\n");
-    QVERIFY(!QFileInfo::exists(dir.file("chainserver") + ".args"));
-    killServers(processes);
 }
 
 void tst_ServerLauncher::stopping()

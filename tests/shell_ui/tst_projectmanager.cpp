@@ -69,29 +69,24 @@ struct Bench
 
 void tst_ProjectManager::kind_data()
 {
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<ProjectKind>("expected");
+    const auto row = addColumns<QByteArray, ProjectKind>({"content", "expected"});
     const auto mode = [](const char *text) {
         return QByteArray("<Config><Mode>") + text + "</Mode></Config>";
     };
     using enum ProjectKind;
-    QTest::newRow("no mode") << QByteArray("<Config/>") << Standard;
-    QTest::newRow("lite") << mode("Lite") << Lite;
-    QTest::newRow("other") << mode("Heavy") << Unknown;
-    QTest::newRow("blanks count") << mode(" Lite") << Unknown;
-    QTest::newRow("mode deeper down")
-        << QByteArray("<Config><KoCore><Mode>Lite</Mode></KoCore></Config>") << Standard;
-    QTest::newRow("the first mode counts")
-        << QByteArray("<Config><Mode>Lite</Mode><Mode>Standard</Mode></Config>") << Lite;
-    QTest::newRow("saved with a short version")
-        << QByteArray("<?xml version=\"1\"?><Config><Mode>Lite</Mode></Config>") << Lite;
-    QTest::newRow("byte order mark, and a byte that UTF-8 does not have")
-        << QByteArray("\xEF\xBB\xBF<Config><Mode>Lite</Mode><Signal>\xe9</Signal></Config>")
-        << Lite;
-    QTest::newRow("cut off") << QByteArray("<Config><Mode>Lite</Mode>") << Unknown;
-    QTest::newRow("too deep") << QByteArray("<Config>").repeated(5000) +
-                                     QByteArray("</Config>").repeated(5000)
-                              << Unknown;
+    row("no mode", "<Config/>", Standard);
+    row("lite", mode("Lite"), Lite);
+    row("other", mode("Heavy"), Unknown);
+    row("blanks count", mode(" Lite"), Unknown);
+    row("mode deeper down", "<Config><KoCore><Mode>Lite</Mode></KoCore></Config>", Standard);
+    row("the first mode counts", "<Config><Mode>Lite</Mode><Mode>Standard</Mode></Config>", Lite);
+    row("saved with a short version", "<?xml version=\"1\"?><Config><Mode>Lite</Mode></Config>",
+        Lite);
+    row("byte order mark, and a byte that UTF-8 does not have",
+        "\xEF\xBB\xBF<Config><Mode>Lite</Mode><Signal>\xe9</Signal></Config>", Lite);
+    row("cut off", "<Config><Mode>Lite</Mode>", Unknown);
+    row("too deep", QByteArray("<Config>").repeated(5000) + QByteArray("</Config>").repeated(5000),
+        Unknown);
 }
 
 void tst_ProjectManager::kind()
@@ -173,20 +168,16 @@ void tst_ProjectManager::opensProjectFiles()
 
 void tst_ProjectManager::opensNothing_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("content");
-    QTest::newRow("other extension") << "x.xml" << QByteArray("<Config/>");
-    QTest::newRow("unknown mode") << "x.keo" << QByteArray("<C><Mode>Heavy</Mode></C>");
-    QTest::newRow("no project settings") << "x.analyzer_prj" << QByteArray();
-    QTest::newRow("key of another section")
-        << "x.analyzer_prj" << QByteArray("[Other]\nKEO_FILE=DIR/s.keo\n");
-    QTest::newRow("a list") << "x.analyzer_prj" << QByteArray("KEO_FILE=DIR/s.keo, DIR/s.keo\n");
-    QTest::newRow("names itself") << "x.analyzer_prj"
-                                  << QByteArray("KEO_FILE=DIR/x.analyzer_prj\n");
-    QTest::newRow("in capitals") << "x.ANALYZER_PRJ" << QByteArray("KEO_FILE=DIR/s.keo\n");
-    QTest::newRow("project file too large")
-        << "x.analyzer_prj"
-        << QByteArray("KEO_FILE=DIR/s.keo\n") + QByteArray(2 * 1024 * 1024, ';') + '\n';
+    const auto row = addColumns<QString, QByteArray>({"name", "content"});
+    row("other extension", "x.xml", "<Config/>");
+    row("unknown mode", "x.keo", "<C><Mode>Heavy</Mode></C>");
+    row("no project settings", "x.analyzer_prj", {});
+    row("key of another section", "x.analyzer_prj", "[Other]\nKEO_FILE=DIR/s.keo\n");
+    row("a list", "x.analyzer_prj", "KEO_FILE=DIR/s.keo, DIR/s.keo\n");
+    row("names itself", "x.analyzer_prj", "KEO_FILE=DIR/x.analyzer_prj\n");
+    row("in capitals", "x.ANALYZER_PRJ", "KEO_FILE=DIR/s.keo\n");
+    row("project file too large", "x.analyzer_prj",
+        QByteArray("KEO_FILE=DIR/s.keo\n") + QByteArray(2 * 1024 * 1024, ';') + '\n');
 }
 
 void tst_ProjectManager::opensNothing()
@@ -207,13 +198,14 @@ void tst_ProjectManager::opensNothing()
 
 void tst_ProjectManager::hostileProjectFile_data()
 {
-    QTest::addColumn<QByteArray>("open"); // how the opening of a serialised value is written
-    QTest::newRow("plain") << QByteArray("@Variant(");
-    QTest::newRow("octal") << QByteArray("\\100V\\x61riant(");
-    QTest::newRow("beyond 16 bits") << QByteArray("\\x10040Variant(");
-    QTest::newRow("pieces in quotes") << QByteArray("\"@\"Var\"iant(\"");
-    QTest::newRow("escapes that mean nothing") << QByteArray("\\q@Va\\priant\\x(");
-    QTest::newRow("over two lines of another system") << QByteArray("@Var\\\r\niant(");
+    // open: how the opening of a serialised value is written
+    const auto row = addColumns<QByteArray>({"open"});
+    row("plain", "@Variant(");
+    row("octal", "\\100V\\x61riant(");
+    row("beyond 16 bits", "\\x10040Variant(");
+    row("pieces in quotes", "\"@\"Var\"iant(\"");
+    row("escapes that mean nothing", "\\q@Va\\priant\\x(");
+    row("over two lines of another system", "@Var\\\r\niant(");
 }
 
 // A serialised text here, which would open; from a stranger it may be anything.

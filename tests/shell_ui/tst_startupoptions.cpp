@@ -12,40 +12,30 @@ class tst_StartupOptions : public QuietTest
 private Q_SLOTS:
     void options_data();
     void options();
-    void debugCountsEverywhere();
 };
 
 void tst_StartupOptions::options_data()
 {
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<StartupOptions>("expected");
+    const auto row = addColumns<QString, StartupOptions, bool>({"line", "expected", "debug"});
 
-    QTest::newRow("everything, in any order")
-        << "-fs d.fs -device KR-C -keo a.keo -family KR -dir /waves"
-        << StartupOptions{"a.keo", "/waves", "KR", "KR-C", "d.fs"};
-    QTest::newRow("the last mention counts")
-        << "-keo a.keo -keo b.keo" << StartupOptions{"b.keo", "", "", "", ""};
-    QTest::newRow("nothing behind the last")
-        << "-device KR-C -family" << StartupOptions{"", "", "", "KR-C", ""};
-    QTest::newRow("no value swallows nothing")
-        << "-keo -family KR" << StartupOptions{"-family", "", "KR", "", ""};
-    QTest::newRow("unknown words are passed over")
-        << "x -Keo a.keo -FS b --family KR -debug -device KR-C y"
-        << StartupOptions{"", "", "", "KR-C", ""};
+    row("everything, in any order", "-fs d.fs -device KR-C -keo a.keo -family KR -dir /waves",
+        {"a.keo", "/waves", "KR", "KR-C", "d.fs"}, false);
+    row("the last mention counts", "-keo a.keo -keo b.keo", {"b.keo", "", "", "", ""}, false);
+    row("nothing behind the last", "-device KR-C -family", {"", "", "", "KR-C", ""}, false);
+    row("no value swallows nothing", "-keo -family KR", {"-family", "", "KR", "", ""}, false);
+    row("debug as a value", "-keo -debug", {"-debug", "", "", "", ""}, true);
+    row("debug in other spellings", "-Debug --debug", {}, false);
+    row("unknown words are passed over", "x -Keo a.keo -FS b --family KR -debug -device KR-C y",
+        {"", "", "", "KR-C", ""}, true);
 }
 
 void tst_StartupOptions::options()
 {
     QFETCH(QString, line);
-    QTEST(parseStartupOptions(QStringList{"-keo"} + line.split(' ', Qt::SkipEmptyParts)),
-          "expected"); // the program's name never counts, whatever it is
-}
-
-void tst_StartupOptions::debugCountsEverywhere()
-{
-    QVERIFY(wantsDebugMessages({"signalscope", "-debug"}));
-    QVERIFY(wantsDebugMessages({"signalscope", "-keo", "-debug"}));
-    QVERIFY(!wantsDebugMessages({"signalscope", "-Debug", "--debug"}));
+    // The program's name never counts, whatever it is.
+    const QStringList words = QStringList{"-keo"} + line.split(' ', Qt::SkipEmptyParts);
+    QTEST(parseStartupOptions(words), "expected");
+    QTEST(wantsDebugMessages(words), "debug");
 }
 
 KEO_TEST_MAIN(tst_StartupOptions)

@@ -29,6 +29,16 @@ inline QByteArray frameOf(const Message &message)
     return length + payload;
 }
 
+/// Starts one of the programs on a board file.
+inline void startOnBoard(QProcess &process, const QString &program, const QString &board,
+                         const QStringList &arguments)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("SIGNALSCOPE_BOARD"), board);
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(KEO_BURNER_DIR "/") + program, arguments);
+}
+
 /// One of the three server programs, as a parent starts it.
 class ServerProcess
 {
@@ -36,10 +46,7 @@ public:
     explicit ServerProcess(const QString &program, const QString &board,
                            const QStringList &arguments = {QStringLiteral("-local")})
     {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("SIGNALSCOPE_BOARD"), board);
-        process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(KEO_BURNER_DIR "/") + program, arguments);
+        startOnBoard(process, program, board, arguments);
         process.waitForStarted(kPatienceMs); // brings state() up to date as well
     }
 
@@ -155,14 +162,14 @@ public:
         return false;
     }
 
-    /// Rows of a window by address, as text with the marker first.
-    QStringList readWindow(int window, int first, int amount, int width, int used)
+    /// Rows of the first window by address, as text with the marker first.
+    QStringList readWindow(int amount, int width)
     {
         QStringList rows;
         constexpr int kSection = 128;
         const int sections = amount / kSection;
         for (int section = 0; section < sections; ++section) {
-            write(QStringLiteral("00111") + binary(quint64(first + section * kSection), 16) +
+            write(QStringLiteral("00111") + binary(quint64(section * kSection), 16) +
                       binary(kSection, 16),
                   "BRUST_READ");
             send({{"CMD", "READ"},
@@ -170,17 +177,17 @@ public:
                   {"SIZE", width * kSection + 33},
                   {"SECTION", section},
                   {"SECTION_COUNT", sections},
-                  {"WINDOW", window},
+                  {"WINDOW", 0},
                   {"data_request_id", uint(section)}});
             const Message reply = receive();
             const QBitArray bits = reply.value("DATA").toBitArray();
-            if (bits.size() != width * kSection + 33 || reply.value("WINDOW") != QVariant(window) ||
+            if (bits.size() != width * kSection + 33 || reply.value("WINDOW") != QVariant(0) ||
                 reply.value("SECTION_COUNT") != QVariant(sections) ||
                 reply.value("data_request_id") != QVariant(uint(section)))
                 return {};
             for (int row = kSection - 1; row >= 0; --row) {
                 QString text;
-                for (int bit = width - used; bit < width; ++bit)
+                for (int bit = 0; bit < width; ++bit)
                     text.append(bits.testBit(32 + row * width + bit) ? u'1' : u'0');
                 rows.append(text);
             }

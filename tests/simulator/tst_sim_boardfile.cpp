@@ -35,12 +35,11 @@ private Q_SLOTS:
 
 void tst_SimBoardFile::errors_data()
 {
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("error"); // empty: the file is fine
+    // error: empty if the file is fine
+    const auto row = addColumns<QString, QByteArray, QString>({"path", "content", "error"});
 
-    const auto board = [](const char *name, const QByteArray &json, const char *error) {
-        QTest::newRow(name) << "/tmp/b.json" << json << error;
+    const auto board = [&](const char *name, const QByteArray &json, const char *error) {
+        row(name, "/tmp/b.json", json, error);
     };
     const auto device = [&](const char *name, const char *keys, const char *error) {
         board(name, QByteArray(R"({"cables": {"k": {"chain": [{}, {)") + keys + "}]}}}", error);
@@ -87,8 +86,8 @@ void tst_SimBoardFile::errors_data()
         {"at": "any", "nth": 9, "do": "die", "status": 3)",
           "");
 
-    const auto core = [](const char *name, const QByteArray &content, const char *error) {
-        QTest::newRow(name) << "x.zeo" << content << error;
+    const auto core = [&](const char *name, const QByteArray &content, const char *error) {
+        row(name, "x.zeo", content, error);
     };
     const QByteArray good = description(kDepth);
     core("cut", good.left(100), "x.zeo:1:");
@@ -132,11 +131,9 @@ void tst_SimBoardFile::errors()
 
 void tst_SimBoardFile::descriptions_data()
 {
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("captured");
-    QTest::addColumn<QString>("units"); // in use
-    QTest::addColumn<int>("width");
-    QTest::addColumn<QString>("expressions");
+    // units: in use
+    const auto row = addColumns<QByteArray, QString, QString, int, QString>(
+        {"content", "captured", "units", "width", "expressions"});
 
     const QByteArray lists = R"(<SignalList><Signal>a</Signal>
         <Bus name="b"><Signal>b[1]</Signal><Signal>b[0]</Signal></Bus><Bus name="c"/></SignalList>
@@ -150,22 +147,21 @@ void tst_SimBoardFile::descriptions_data()
         </MatchUnits><Expressions type="Static"><Expression>match[4]&amp;!match[0]</Expression>
         </Expressions>)";
     const auto listed = [&](const char *name, const QByteArray &attribute, const char *captured) {
-        QTest::newRow(name) << description(kDepth + attribute, lists) << captured << "0,4" << 20
-                            << "M4&!M0";
+        row(name, description(kDepth + attribute, lists), captured, "0,4", 20, "M4&!M0");
     };
     listed("captures the signals", "", "a,b[1],b[0],c");
     listed("captures the ports", " capture_from_trigger=\"1\"", "t,u");
     listed("captures nothing", " capture_from_trigger=\"2\"", "");
-    QTest::newRow("saved form: odd declaration, restored names")
-        << "<?xml version=\"1\"?>\n" +
-               description(kDepth, "<SignalList><Bus name=\"shown\" restorename=\"net\"/>"
-                                   "</SignalList><Expressions type=\"Dynamic\"><Expression>("
-                                   "</Expression></Expressions>")
-        << "net" << QString() << 16 << "(";
-    QTest::newRow("marker needs a bit of its own")
-        << description(kDepth, "<SignalList>" + QByteArray("<Signal>s</Signal>").repeated(16) +
-                                   "</SignalList>")
-        << QStringList(16, QStringLiteral("s")).join(u',') << QString() << 17 << QString();
+    row("saved form: odd declaration, restored names",
+        "<?xml version=\"1\"?>\n" +
+            description(kDepth, "<SignalList><Bus name=\"shown\" restorename=\"net\"/>"
+                                "</SignalList><Expressions type=\"Dynamic\"><Expression>("
+                                "</Expression></Expressions>"),
+        "net", {}, 16, "(");
+    row("marker needs a bit of its own",
+        description(kDepth, "<SignalList>" + QByteArray("<Signal>s</Signal>").repeated(16) +
+                                "</SignalList>"),
+        QStringList(16, QStringLiteral("s")).join(u','), {}, 17, {});
 }
 
 void tst_SimBoardFile::descriptions()

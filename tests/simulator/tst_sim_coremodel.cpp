@@ -311,23 +311,20 @@ void tst_SimCoreModel::dynamicTables()
 
 void tst_SimCoreModel::counters_data()
 {
-    QTest::addColumn<QString>("levels");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<bool>("continuous");
-    QTest::addColumn<int>("windows");
-    QTest::addColumn<int>("marked"); // row of the last window, two after the trigger's; or -1
+    // marked: row of the last window, two after the trigger's, or -1
+    const auto row = addColumns<QString, int, bool, int, int>(
+        {"levels", "count", "continuous", "windows", "marked"});
 
     const QString levels = QStringLiteral("0110111010111100000000000000000000000000");
-    QTest::newRow("first hit") << levels << 1 << false << 1 << 1 + 2;
-    QTest::newRow("third hit in all") << levels << 3 << false << 1 << 4 + 2;
-    QTest::newRow("more hits than a lap has") << levels << 11 << false << 1 << (41 + 2) % 32;
-    QTest::newRow("two in a row") << levels << 2 << true << 1 << 2 + 2;
-    QTest::newRow("four in a row") << levels << 4 << true << 1 << 13 + 2;
-    QTest::newRow("five in a row never come") << levels << 5 << true << 1 << -1;
+    row("first hit", levels, 1, false, 1, 1 + 2);
+    row("third hit in all", levels, 3, false, 1, 4 + 2);
+    row("more hits than a lap has", levels, 11, false, 1, (41 + 2) % 32);
+    row("two in a row", levels, 2, true, 1, 2 + 2);
+    row("four in a row", levels, 4, true, 1, 13 + 2);
+    row("five in a row never come", levels, 5, true, 1, -1);
     // The second window begins at sample 33. A count that went on would fire at the third hit.
-    QTest::newRow("starts again at each window")
-        << "11" + QString(40, u'0') + "1000100000" + QString(40, u'0') << 2 << false << 2
-        << (46 + 2 - 33) % 32;
+    row("starts again at each window", "11" + QString(40, u'0') + "1000100000" + QString(40, u'0'),
+        2, false, 2, (46 + 2 - 33) % 32);
 }
 
 void tst_SimCoreModel::counters()
@@ -356,21 +353,16 @@ void tst_SimCoreModel::counters()
 
 void tst_SimCoreModel::matches_data()
 {
-    QTest::addColumn<int>("function");
-    QTest::addColumn<QString>("value0");
-    QTest::addColumn<QString>("value1");
+    const auto row = addColumns<int, QString, QString>({"function", "value0", "value1"});
     for (const char *pattern : {"1010", "10XX", "XXXX", "R0X1", "FXXX", "XBXN", "RFBN"}) {
         QTest::addRow("equals %s", pattern) << 0 << pattern << QString();
         QTest::addRow("differs from %s", pattern) << 1 << pattern << QString();
     }
     for (int function = 2; function < 6; ++function)
         QTest::addRow("order %d", function) << function << "0110" << QString();
-    QTest::newRow("in range") << 6 << "0011"
-                              << "1010";
-    QTest::newRow("not in range") << 7 << "0011"
-                                  << "1010";
-    QTest::newRow("empty range") << 6 << "1000"
-                                 << "0111";
+    row("in range", 6, "0011", "1010");
+    row("not in range", 7, "0011", "1010");
+    row("empty range", 6, "1000", "0111");
 }
 
 /// All pairs of a 4-bit value and its predecessor, in ports that lie on both sides of a word.
@@ -437,12 +429,8 @@ void tst_SimCoreModel::matches()
 
 void tst_SimCoreModel::expressions_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("table"); // by input number, M2 is bit 0, M10 bit 1, M1 bit 2
-
-    const auto row = [](const char *name, const QString &text, const char *table) {
-        QTest::newRow(name) << text << table;
-    };
+    // table: by input number, M2 is bit 0, M10 bit 1, M1 bit 2
+    const auto row = addColumns<QString, QString>({"text", "table"});
     row("unit", "M10", "00110011");
     row("not the longer number", "M1", "00001111");
     row("and before exclusive or before or", "M2|M10^M1&M2", "01110111");
@@ -470,25 +458,23 @@ void tst_SimCoreModel::expressions()
 
 void tst_SimCoreModel::badWords_data()
 {
-    QTest::addColumn<QString>("word");
-    QTest::addColumn<QString>("report"); // the core has registers of 16 bits
+    // report: the core has registers of 16 bits
+    const auto row = addColumns<QString, QString>({"word", "report"});
 
-    const auto word = [](const QString &fields, const char *report) {
-        QTest::newRow(report) << QString(fields).remove(u' ') << report;
-    };
-    word("01001 0000000000100001 000000000000000", "15 bits");
-    word("01001 0000000000100001 00000000000000000", "17 bits");
-    word("01001 0000000000100100 0000000000000000", "register 0x0024");
-    word("01001 0000000100010000 0000000000000000", "match unit 1");
-    word("01001 0000000100000100 0000000000000000", "no counter");
-    word("01001 0000000100000101 0000000000000000", "register 0x0105");
-    word("01001 1010101100000001 0000000000000000", "register 0xab01"); // of a static core
-    word("01001 0000000000000000 0000000000000010", "not 2");
-    word("01101 0000000010011001", "register 0x0099");
-    word("01101 0000000000000000 0", "1 bits follow");
-    word("00111 0000000000000000 00000000", "8 bits");
-    word("11111 0000000000000000 0000000000000000", "opcode 11111");
-    word("010010", "6 bits");
+    row("15 bits", "01001 0000000000100001 000000000000000", "15 bits");
+    row("17 bits", "01001 0000000000100001 00000000000000000", "17 bits");
+    row("register 0x0024", "01001 0000000000100100 0000000000000000", "register 0x0024");
+    row("match unit 1", "01001 0000000100010000 0000000000000000", "match unit 1");
+    row("no counter", "01001 0000000100000100 0000000000000000", "no counter");
+    row("register 0x0105", "01001 0000000100000101 0000000000000000", "register 0x0105");
+    row("register 0xab01", "01001 1010101100000001 0000000000000000",
+        "register 0xab01"); // of a static core
+    row("not 2", "01001 0000000000000000 0000000000000010", "not 2");
+    row("register 0x0099", "01101 0000000010011001", "register 0x0099");
+    row("1 bits follow", "01101 0000000000000000 0", "1 bits follow");
+    row("8 bits", "00111 0000000000000000 00000000", "8 bits");
+    row("opcode 11111", "11111 0000000000000000 0000000000000000", "opcode 11111");
+    row("6 bits", "010010", "6 bits");
 }
 
 void tst_SimCoreModel::badWords()
@@ -499,7 +485,7 @@ void tst_SimCoreModel::badWords()
     Bench bench(core);
     bench.configure(64, 0, 1);
     bench.write(0, 1);
-    bench.shift(word);
+    bench.shift(word.remove(u' '));
     QCOMPARE(bench.reports.size(), 1);
     QVERIFY2(bench.reports.first().contains(report), qPrintable(bench.reports.first()));
     QVERIFY(!bench.isIdle()); // and it had no effect

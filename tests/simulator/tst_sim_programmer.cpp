@@ -3,9 +3,6 @@
 #include <support/testmain.h>
 
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace {
 
@@ -17,10 +14,7 @@ struct Call
     Call(const QString &board, const QStringList &arguments)
     {
         QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("SIGNALSCOPE_BOARD"), board);
-        process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(KEO_BURNER_DIR "/burner_cli"), arguments);
+        startOnBoard(process, "burner_cli", board, arguments);
         process.waitForFinished(kPatienceMs);
         isCrash = process.exitStatus() == QProcess::CrashExit;
         status = process.exitCode();
@@ -60,21 +54,17 @@ class tst_SimProgrammer : public QuietTest
 private Q_SLOTS:
     void scans();
     void programs();
-    void coresStartAnew();
     void faults_data();
     void faults();
     void failsOnce();
     void hangs();
     void refusals_data();
     void refusals();
-    void anotherBoard();
-    void exampleHasItsDevices();
 
 private:
-    QString board(const QByteArray &programmer, bool isProgrammed = false,
-                  const char *name = "board.json")
+    QString board(const QByteArray &programmer, bool isProgrammed = false)
     {
-        const QString path = m_directory.filePath(QLatin1String(name));
+        const QString path = m_directory.filePath("board.json");
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly))
             return {};
@@ -114,8 +104,8 @@ void tst_SimProgrammer::programs()
     constexpr int kDownloadMs = 150;
     const QString path = board("\"download_ms\": " + QByteArray::number(kDownloadMs));
     {
-        ServerProcess server(QStringLiteral("chainserver_lpt"), path);
-        Client client(QStringLiteral("keo"));
+        ServerProcess server("chainserver_lpt", path);
+        Client client("keo");
         QCOMPARE(client.open(kOpenChain), -20);
         QElapsedTimer clock;
         clock.start();
@@ -126,11 +116,11 @@ void tst_SimProgrammer::programs()
         QVERIFY(call.output.contains("[####################]\r\n"));
         QVERIFY(!call.output.toLower().contains("error"));
         QCOMPARE(client.open(kOpenChain), 0);
-        Client next(QStringLiteral("keo"));
+        Client next("keo");
         QCOMPARE(next.open({6, 8}), 1); // still the board's chain and no other
     }
-    ServerProcess again(QStringLiteral("chainserver_lpt"), path);
-    QCOMPARE(Client(QStringLiteral("keo")).open(kOpenChain), -20);
+    ServerProcess again("chainserver_lpt", path);
+    QCOMPARE(Client("keo").open(kOpenChain), -20);
 
     QFile log(m_directory.filePath("log"));
     QVERIFY(log.open(QIODevice::ReadOnly));
@@ -140,41 +130,12 @@ void tst_SimProgrammer::programs()
                                    "--chain_size 2 --chain_index 1 --chain_ir 6,8\n"));
 }
 
-/// A core that waits for its trigger does so no more after a download.
-void tst_SimProgrammer::coresStartAnew()
-{
-    constexpr int kWidth = 19; // of core 1, which without truth tables never fires
-    const QString path = board("\"download_ms\": 1", true);
-    ServerProcess server(QStringLiteral("chainserver_lpt"), path);
-    Client client(QStringLiteral("keo"));
-    const auto isArmed = [&client] {
-        client.write(QStringLiteral("10001"));
-        client.askStart(kWidth, 1);
-        return client.receive().value("DATA").toBitArray().count(true) > 0;
-    };
-    QCOMPARE(client.open(kOpenChain), 0);
-    client.write(QStringLiteral("10001"));
-    client.writeRegister(0, 1, kWidth);
-    QVERIFY(isArmed());
-    QCOMPARE(client.open(kOpenChain), 0);
-    QVERIFY(isArmed());
-    Call(path, kDownload);
-    QCOMPARE(client.open(kOpenChain), 0);
-    QVERIFY(!isArmed());
-}
-
 void tst_SimProgrammer::faults_data()
 {
-    QTest::addColumn<QByteArray>("fault");
-    QTest::addColumn<int>("status"); // -1: crash
-    QTest::addColumn<QByteArray>("seen");
-    QTest::addColumn<QByteArray>("unseen");
-    QTest::addColumn<int>("open"); // result, of a device that was programmed before
-    const auto row = [](const char *name, const char *fault, int status, const char *seen,
-                        const char *unseen, int open) {
-        QTest::newRow(name) << QByteArray(fault) << status << QByteArray(seen) << QByteArray(unseen)
-                            << open;
-    };
+    // status: -1 for a crash
+    // open: result, of a device that was programmed before
+    const auto row = addColumns<QByteArray, int, QByteArray, QByteArray, int>(
+        {"fault", "status", "seen", "unseen", "open"});
     row("exit", R"("do": "exit", "status": 3)", 3, "Programming ...\r\n[#", "Verifying", -20);
     row("error", R"("do": "error", "text": "an error")", 0, "\r\nan error\r\n", "Verifying", -20);
     row("killed", R"("do": "killed")", -1, "Programming ...\r\n[#", "Verifying", -20);
@@ -191,8 +152,8 @@ void tst_SimProgrammer::faults()
     QFETCH(QByteArray, unseen);
     const QString path =
         board("\"download_ms\": 1, \"faults\": [{\"at\": \"download\", " + fault + "}]", true);
-    ServerProcess server(QStringLiteral("chainserver_lpt"), path);
-    Client client(QStringLiteral("keo"));
+    ServerProcess server("chainserver_lpt", path);
+    Client client("keo");
     QCOMPARE(client.open(kOpenChain), 0);
     const Call call(path, kDownload);
     QCOMPARE(call.isCrash, status < 0);
@@ -211,8 +172,8 @@ void tst_SimProgrammer::failsOnce()
         {"at": "download", "nth": 1, "do": "killed"},
         {"at": "scan", "nth": 2, "do": "cut", "bytes": 70},
         {"at": "scan", "nth": 3, "do": "exit"}])");
-    ServerProcess server(QStringLiteral("chainserver_lpt"), path);
-    Client client(QStringLiteral("keo"));
+    ServerProcess server("chainserver_lpt", path);
+    Client client("keo");
     QCOMPARE(client.open(kOpenChain), -20);
     QVERIFY(Call(path, {"--scan"}).output.endsWith("found: 2\r\n"));
     QVERIFY(Call(path, kDownload).isCrash);
@@ -229,14 +190,11 @@ void tst_SimProgrammer::hangs()
 {
     const QString path =
         board(R"("download_ms": 1, "faults": [{"at": "download", "do": "hang"}])", true);
-    ServerProcess server(QStringLiteral("chainserver_lpt"), path);
-    Client client(QStringLiteral("keo"));
+    ServerProcess server("chainserver_lpt", path);
+    Client client("keo");
     QCOMPARE(client.open(kOpenChain), 0);
     QProcess hung;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("SIGNALSCOPE_BOARD"), path);
-    hung.setProcessEnvironment(environment);
-    hung.start(QStringLiteral(KEO_BURNER_DIR "/burner_cli"), kDownload);
+    startOnBoard(hung, "burner_cli", path, kDownload);
     QByteArray output;
     while (!output.contains("Programming ...") && hung.waitForReadyRead(kPatienceMs))
         output += hung.readAllStandardOutput();
@@ -251,12 +209,11 @@ void tst_SimProgrammer::hangs()
 
 void tst_SimProgrammer::refusals_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("reason"); // in the output, or behind a bad command line
+    // reason: in the output, or behind a bad command line
+    const auto row = addColumns<QStringList, int, QByteArray>({"arguments", "status", "reason"});
     const QStringList good = kDownload;
-    const auto command = [](const char *name, const QStringList &arguments, const char *reason) {
-        QTest::newRow(name) << arguments << 1 << QByteArray(reason);
+    const auto command = [&](const char *name, const QStringList &arguments, const char *reason) {
+        row(name, arguments, 1, QByteArray(reason));
     };
     command("nothing", {}, "--device is missing");
     command("scan and more", good + QStringList{"--scan"}, "--scan stands alone");
@@ -270,9 +227,9 @@ void tst_SimProgrammer::refusals_data()
     command("half a chain", good.first(good.size() - 2), "--chain_ir is missing");
     command("odd codes", replaced(good, "--chain_ir", "6,"), "--chain_ir: \"\"");
 
-    const auto board = [](const char *name, const QStringList &arguments,
-                          const QByteArray &reason) {
-        QTest::newRow(name) << arguments << 0 << "Error: " + reason;
+    const auto board = [&](const char *name, const QStringList &arguments,
+                           const QByteArray &reason) {
+        row(name, arguments, 0, "Error: " + reason);
     };
     board("cable without devices", replaced(good, "--cable-index", "0"), "no device answers");
     board("other channel", good + QStringList{"--channel", "1"}, "no device answers on cable 2, ");
@@ -293,59 +250,14 @@ void tst_SimProgrammer::refusals()
     QFETCH(int, status);
     QFETCH(QByteArray, reason);
     const QString path = board("\"download_ms\": 1", true);
-    ServerProcess server(QStringLiteral("chainserver_lpt"), path);
-    Client client(QStringLiteral("keo"));
+    ServerProcess server("chainserver_lpt", path);
+    Client client("keo");
     QCOMPARE(client.open(kOpenChain), 0);
     const Call call(path, arguments);
     QCOMPARE(call.status, status);
     const QByteArray &told = status == 0 ? call.output : call.complaint;
     QVERIFY2(told.contains(reason), told);
     QCOMPARE(client.open(kOpenChain), 0); // and the device keeps what it has
-}
-
-/// What happens to one board is nothing to another, though their servers share a name.
-void tst_SimProgrammer::anotherBoard()
-{
-    const QString mine = board("\"download_ms\": 1");
-    const QString other = board("\"download_ms\": 1", false, "other.json");
-    ServerProcess server(QStringLiteral("chainserver_lpt"), mine);
-    Client client(QStringLiteral("keo"));
-    QCOMPARE(client.open(kOpenChain), -20);
-    QVERIFY(Call(other, kDownload).output.contains("Finished."));
-    QCOMPARE(client.open(kOpenChain), -20);
-    QVERIFY(Call(mine, kDownload).output.contains("Finished."));
-    QVERIFY(Call(other, kDownload).output.contains("Finished."));
-    QCOMPARE(client.open(kOpenChain), 0);
-}
-
-/// The database beside the program knows every device of the example's boards by the name, series
-/// and ID code that a scan prints.
-void tst_SimProgrammer::exampleHasItsDevices()
-{
-    QFile file(QStringLiteral(KEO_BIN_DIR "/burner.json"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QJsonObject database = QJsonDocument::fromJson(file.readAll()).object();
-    QMap<QString, QString> devices; // ID code by name
-    for (const QJsonValue &device : database.value("DEVICE_CONFIG").toArray())
-        devices.insert(device["DEVICE"].toString(), device["IDCODE"].toString());
-    QStringList known;
-    for (const QJsonValue &series : database.value("ALL_SERIES").toArray()) {
-        for (const QJsonValue &device : series["DEVICES"].toArray())
-            known.append(series["SERIES"].toString() + u' ' + device.toString() + u' ' +
-                         devices.value(device.toString()));
-    }
-    for (const char *name : {"board.json", "board_zeo.json", "board_chain.json"}) {
-        const QString output =
-            QString::fromUtf8(Call(kExample + QLatin1String(name), {"--scan"}).output);
-        static const QRegularExpression entry(
-            QStringLiteral("Device Info:\\s+Family: (\\S+)\\s+Name: (\\S+)\\s+ID: 0x(\\S+)\\s"));
-        auto matches = entry.globalMatch(output);
-        QVERIFY2(matches.hasNext(), qPrintable(output));
-        while (matches.hasNext()) {
-            const QString found = matches.next().capturedTexts().mid(1).join(u' ');
-            QVERIFY2(known.contains(found), qPrintable(found));
-        }
-    }
 }
 
 KEO_TEST_MAIN(tst_SimProgrammer)

@@ -11,23 +11,14 @@
 namespace {
 
 /// The rows in the order of time, beginning \a position rows before the trigger, whose marker
-/// stands \a lead rows after it; empty unless there is exactly one marker.
-QStringList unrolled(const QStringList &rows, int position, int lead)
+/// stands two rows after it; empty unless there is exactly one marker.
+QStringList unrolled(const QStringList &rows, int position)
 {
-    QList<qsizetype> markers;
-    for (qsizetype row = 0; row < rows.size(); ++row) {
-        if (rows.at(row).startsWith(u'1'))
-            markers.append(row);
-    }
-    if (markers.size() != 1)
+    static const QRegularExpression marked(QStringLiteral("^1.*"));
+    if (rows.filter(marked).size() != 1)
         return {};
-    const qsizetype oldest = (markers.first() - lead - position + 2 * rows.size()) % rows.size();
+    const qsizetype oldest = (rows.indexOf(marked) - 2 - position + rows.size()) % rows.size();
     return rows.mid(oldest) + rows.mid(0, oldest);
-}
-
-int number(const QString &row, int from, int count)
-{
-    return row.mid(from, count).toInt(nullptr, 2);
 }
 
 } // namespace
@@ -40,21 +31,17 @@ private Q_SLOTS:
     void opens_data();
     void opens();
     void capturesStaticCore();
-    void capturesWindowsOfDynamicCore();
     void closedDevice();
     void oneClientHoldsTheDevice();
     void faults_data();
     void faults();
     void piecesAndGlued();
-    void dies();
     void hangs();
     void hostileClient_data();
     void hostileClient();
-    void endsWithItsParent();
     void namesOfTheDeadAndTheLiving();
     void refusals_data();
     void refusals();
-    void logs();
 
 private:
     /// A board file of the example with these faults on the first cable.
@@ -78,32 +65,20 @@ private:
 
 void tst_SimServer::opens_data()
 {
-    QTest::addColumn<QString>("program");
-    QTest::addColumn<QString>("socket");
-    QTest::addColumn<QString>("board");
-    QTest::addColumn<QList<int>>("chain");
-    QTest::addColumn<int>("result");
+    const auto row = addColumns<QString, QString, QString, QList<int>, int>(
+        {"program", "socket", "board", "chain", "result"});
     const QString example = kExample + QStringLiteral("board.json");
     const QString chain; // the board with three devices
-    QTest::newRow("programmed") << "chainserver"
-                                << "keo1" << example << QList<int>{0} << 0;
-    QTest::newRow("no bitstream") << "chainserver_lpt"
-                                  << "keo" << example << QList<int>{0} << -20;
-    QTest::newRow("no bitstream, behind a neighbour")
-        << "chainserver"
-        << "keo1" << kExample + QStringLiteral("board_chain.json") << QList<int>{8, 0} << -20;
-    QTest::newRow("fails") << "chainserver_lk7"
-                           << "keolk7" << example << QList<int>{0} << 1;
-    QTest::newRow("three devices") << "chainserver_lpt"
-                                   << "keo" << chain << QList<int>{6, 0, 8} << 0;
-    QTest::newRow("other code") << "chainserver_lpt"
-                                << "keo" << chain << QList<int>{7, 0, 8} << 1;
-    QTest::newRow("other length") << "chainserver_lpt"
-                                  << "keo" << chain << QList<int>{0} << 1;
-    QTest::newRow("empty chain") << "chainserver"
-                                 << "keo1" << example << QList<int>() << 1;
-    QTest::newRow("cable without a board") << "chainserver_lk7"
-                                           << "keolk7" << chain << QList<int>{0} << 1;
+    row("programmed", "chainserver", "keo1", example, {0}, 0);
+    row("no bitstream", "chainserver_lpt", "keo", example, {0}, -20);
+    row("no bitstream, behind a neighbour", "chainserver", "keo1",
+        kExample + QStringLiteral("board_chain.json"), {8, 0}, -20);
+    row("fails", "chainserver_lk7", "keolk7", example, {0}, 1);
+    row("three devices", "chainserver_lpt", "keo", chain, {6, 0, 8}, 0);
+    row("other code", "chainserver_lpt", "keo", chain, {7, 0, 8}, 1);
+    row("other length", "chainserver_lpt", "keo", chain, {0}, 1);
+    row("empty chain", "chainserver", "keo1", example, {}, 1);
+    row("cable without a board", "chainserver_lk7", "keolk7", chain, {0}, 1);
 }
 
 void tst_SimServer::opens()
@@ -121,29 +96,26 @@ void tst_SimServer::opens()
 void tst_SimServer::capturesStaticCore()
 {
     constexpr int kWidth = 16, kAmount = 1024, kPosition = 128;
-    ServerProcess server(QStringLiteral("chainserver"), kExample + QStringLiteral("board.json"));
-    Client client(QStringLiteral("keo1"));
+    ServerProcess server("chainserver", kExample + QStringLiteral("board.json"));
+    Client client("keo1");
     QCOMPARE(client.open(), 0);
     for (int run = 0; run < 2; ++run) { // the second round goes on in the stimulus
         client.write(QStringLiteral("1") + binary(0, 4));
-        client.writeRegister(0x20, 0, kWidth);
-        client.writeRegister(0x21, kAmount - 1, kWidth);
-        client.writeRegister(0x22, kAmount - kPosition - 3 - 1, kWidth); // a .keo on this model
-        client.writeRegister(0x23, 0, kWidth);
-        client.writeRegister(0x100, 1, kWidth);
-        client.writeRegister(0x101, 1, kWidth);
-        client.writeRegister(0x110, 'H', kWidth);
-        client.writeRegister(0x111, 0xff, kWidth);
-        client.writeRegister(0, 1, kWidth);
+        const QList<QPair<int, int>> registers{
+            {0x20, 0},    {0x21, kAmount - 1}, {0x22, kAmount - kPosition - 3 - 1}, // a .keo
+            {0x23, 0},    {0x100, 1},          {0x101, 1},
+            {0x110, 'H'}, {0x111, 0xff},       {0, 1}};
+        for (const auto &[address, value] : registers)
+            client.writeRegister(address, quint64(value), kWidth);
         QVERIFY(client.waitUntilIdle(kWidth));
 
-        const QStringList rows =
-            unrolled(client.readWindow(0, 0, kAmount, kWidth, 16), kPosition, 2);
+        const QStringList rows = unrolled(client.readWindow(kAmount, kWidth), kPosition);
         QCOMPARE(rows.size(), kAmount);
         QByteArray before, after;
         for (qsizetype row = 0; row < rows.size(); ++row) {
             if (rows.at(row).at(2) == u'1')
-                (row < kPosition ? before : after).append(char(number(rows.at(row), 3, 8)));
+                (row < kPosition ? before : after)
+                    .append(char(rows.at(row).mid(3, 8).toInt(nullptr, 2)));
         }
         QCOMPARE(rows.at(kPosition).at(2), u'1');
         QCOMPARE(before, QByteArray());
@@ -152,43 +124,10 @@ void tst_SimServer::capturesStaticCore()
     client.send({{"CMD", "CLOSE"}});
 }
 
-/// Core 1: four windows, each where the reader begins to empty a filled FIFO.
-void tst_SimServer::capturesWindowsOfDynamicCore()
-{
-    constexpr int kWidth = 19, kAmount = 256, kPosition = 100, kStride = 1024;
-    ServerProcess server(QStringLiteral("chainserver"),
-                         kExample + QStringLiteral("board_zeo.json"));
-    Client client(QStringLiteral("keo1"));
-    QCOMPARE(client.open(), 0);
-    client.write(QStringLiteral("1") + binary(1, 4));
-    client.writeRegister(0x20, 0, kWidth);
-    client.writeRegister(0x21, kAmount - 1, kWidth);
-    client.writeRegister(0x22, kAmount - kPosition - 4, kWidth);
-    client.writeRegister(0x23, 3, kWidth);
-    client.writeRegister(0x100, 6, kWidth);  // unit 0: count in the range from 6
-    client.writeRegister(0x101, 15, kWidth); // to 15
-    client.writeRegister(0x103, 6, kWidth);
-    client.writeRegister(0x110, 0, kWidth); // unit 1: rising edge of the port's first bit
-    client.writeRegister(0x112, 2, kWidth);
-    for (int input = 0; input < 16; ++input)
-        client.writeRegister((input & 3) == 3 ? 0xab01 : 0xab00, quint64(input), kWidth);
-    client.writeRegister(0, 1, kWidth);
-    QVERIFY(client.waitUntilIdle(kWidth));
-    for (int window = 0; window < 4; ++window) {
-        const QStringList rows = unrolled(
-            client.readWindow(window, window * kStride, kAmount, kWidth, 19), kPosition, 3);
-        QCOMPARE(rows.size(), kAmount);
-        const QString &trigger = rows.at(kPosition);
-        QVERIFY(number(trigger, 6, 5) >= 6 && number(trigger, 6, 5) <= 15);
-        QCOMPARE(trigger.at(2), u'1');
-        QCOMPARE(rows.at(kPosition - 1).at(2), u'0');
-    }
-}
-
 void tst_SimServer::closedDevice()
 {
-    ServerProcess server(QStringLiteral("chainserver"), boardWith({}));
-    Client client(QStringLiteral("keo1"));
+    ServerProcess server("chainserver", boardWith({}));
+    Client client("keo1");
     client.writeRegister(0x21, 5, 16);
     QVERIFY(server.complains(QStringLiteral("a write, and the device isn't open")));
     client.askStart(16, 9);
@@ -211,9 +150,9 @@ void tst_SimServer::closedDevice()
 
 void tst_SimServer::oneClientHoldsTheDevice()
 {
-    ServerProcess server(QStringLiteral("chainserver"), boardWith({}));
-    auto first = std::make_unique<Client>(QStringLiteral("keo1"));
-    Client second(QStringLiteral("keo1"));
+    ServerProcess server("chainserver", boardWith({}));
+    auto first = std::make_unique<Client>("keo1");
+    Client second("keo1");
     QCOMPARE(first->open(), 0);
     QCOMPARE(second.open(), 1);
     QCOMPARE(first->open(), 0); // opening again is no harm
@@ -223,29 +162,26 @@ void tst_SimServer::oneClientHoldsTheDevice()
 
 void tst_SimServer::faults_data()
 {
-    QTest::addColumn<QByteArray>("fault");
     // What comes back for polls 1 to 3: the ids in order; "xx" stands for a frame without id.
-    QTest::addColumn<QString>("arrivals");
+    const auto row = addColumns<QByteArray, QString>({"fault", "arrivals"});
     const auto at = [](const char *rest) {
         return QByteArray("{\"at\": \"READ_START_REG\", \"nth\": 2, ") + rest + "}";
     };
-    QTest::newRow("none") << QByteArray() << "1 2 3";
-    QTest::newRow("lost") << at("\"do\": \"lost\"") << "1 3";
-    QTest::newRow("late") << at("\"do\": \"late\", \"ms\": 300") << "1 3 2";
-    QTest::newRow("doubled") << at("\"do\": \"doubled\"") << "1 2 2 3";
-    QTest::newRow("swapped") << at("\"do\": \"swapped\"") << "1 3 2";
-    QTest::newRow("garbage") << at("\"do\": \"garbage\", \"kind\": \"empty\"") << "1 xx 2 3";
-    QTest::newRow("hex") << at("\"do\": \"garbage\", \"hex\": \"00000004 00000000\"") << "1 xx 2 3";
-    QTest::newRow("every") << QByteArray("{\"at\": \"READ_START_REG\", \"nth\": \"every\", \"do\": "
-                                         "\"doubled\"}")
-                           << "1 1 2 2 3 3";
+    row("none", {}, "1 2 3");
+    row("lost", at(R"("do": "lost")"), "1 3");
+    row("late", at(R"("do": "late", "ms": 300)"), "1 3 2");
+    row("doubled", at(R"("do": "doubled")"), "1 2 2 3");
+    row("swapped", at(R"("do": "swapped")"), "1 3 2");
+    row("garbage", at(R"("do": "garbage", "kind": "empty")"), "1 xx 2 3");
+    row("hex", at(R"("do": "garbage", "hex": "00000004 00000000")"), "1 xx 2 3");
+    row("every", R"({"at": "READ_START_REG", "nth": "every", "do": "doubled"})", "1 1 2 2 3 3");
 }
 
 void tst_SimServer::faults()
 {
     QFETCH(QByteArray, fault);
-    ServerProcess server(QStringLiteral("chainserver"), boardWith(fault));
-    Client client(QStringLiteral("keo1"));
+    ServerProcess server("chainserver", boardWith(fault));
+    Client client("keo1");
     QCOMPARE(client.open(), 0);
     client.write(QStringLiteral("10000"));
     for (uint id = 1; id <= 3; ++id)
@@ -265,11 +201,11 @@ void tst_SimServer::faults()
 /// These two change nothing but the moments at which bytes arrive.
 void tst_SimServer::piecesAndGlued()
 {
-    ServerProcess server(QStringLiteral("chainserver"),
+    ServerProcess server("chainserver",
                          boardWith("{\"at\": \"READ_START_REG\", \"nth\": 1, \"do\": \"pieces\", "
                                    "\"bytes\": 30, \"ms\": 100},"
                                    "{\"at\": \"READ_START_REG\", \"nth\": 2, \"do\": \"glued\"}"));
-    Client client(QStringLiteral("keo1"));
+    Client client("keo1");
     QCOMPARE(client.open(), 0);
     client.write(QStringLiteral("10000"));
     client.askStart(16, 1);
@@ -284,28 +220,14 @@ void tst_SimServer::piecesAndGlued()
     QCOMPARE(client.receive().value("data_request_id"), QVariant(3u));
 }
 
-void tst_SimServer::dies()
-{
-    ServerProcess server(QStringLiteral("chainserver"),
-                         boardWith("{\"at\": \"WRITE_REGISTOR\", \"nth\": 2, \"do\": \"die\", "
-                                   "\"status\": 9}"));
-    Client client(QStringLiteral("keo1"));
-    QCOMPARE(client.open(), 0);
-    client.write(QStringLiteral("10000"));
-    client.write(QStringLiteral("10000"));
-    QVERIFY(server.process.waitForFinished(kPatienceMs));
-    QCOMPARE(server.process.exitCode(), 9);
-}
-
 void tst_SimServer::hangs()
 {
-    ServerProcess server(QStringLiteral("chainserver"),
-                         boardWith("{\"at\": \"READ_RAM\", \"do\": \"hang\"}"));
-    Client client(QStringLiteral("keo1"));
+    ServerProcess server("chainserver", boardWith("{\"at\": \"READ_RAM\", \"do\": \"hang\"}"));
+    Client client("keo1");
     QCOMPARE(client.open(), 0);
     client.send({{"CMD", "READ"}, {"OPRATE", "READ_RAM"}, {"SIZE", 33}, {"data_request_id", 1u}});
     client.askStart(16, 2);
-    Client late(QStringLiteral("keo1"));
+    Client late("keo1");
     late.send({{"CMD", "OPEN"}, {"CHAIN", QVariantList{0}}, {"request_id", 0u}});
     QVERIFY(client.receive(200).contains("none"));
     QVERIFY(late.receive(50).contains("none"));
@@ -316,35 +238,33 @@ void tst_SimServer::hangs()
 
 void tst_SimServer::hostileClient_data()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("complaint");
+    const auto row = addColumns<QByteArray, QString>({"bytes", "complaint"});
     const auto frame = [](const char *hex) {
         const QByteArray payload = QByteArray::fromHex(hex);
         QByteArray length;
         QDataStream(&length, QIODevice::WriteOnly) << qint32(payload.size());
         return QByteArray(length + payload);
     };
-    QTest::newRow("negative length") << QByteArray(16, '\xff') << "is cut off: a frame says";
-    QTest::newRow("huge length") << QByteArray::fromHex("7fffffff00") << "is cut off: a frame says";
-    QTest::newRow("huge entry count") << frame("ffffffff") << "it ends early";
-    QTest::newRow("empty frame") << frame("") << "it ends early";
-    QTest::newRow("left over") << frame("0000000001") << "left over";
-    QTest::newRow("odd text") << frame("00000001 00000003 414141") << "odd number";
-    QTest::newRow("unknown type") << frame("00000001 00000002 0041 00001077 00 7fffffff")
-                                  << "type 4215";
-    QTest::newRow("huge bit array")
-        << frame("00000001 00000002 0041 0000000d 00 ffffffff") << "it ends early";
-    QTest::newRow("huge list") << frame("00000001 00000002 0041 00000009 00 ffffffff")
-                               << "it ends early";
-    QTest::newRow("nested lists") << frame(QByteArray("00000001 00000002 0041") +
-                                           QByteArray("00000009 00 00000001").repeated(5000))
-                                  << "nested too deep";
-    QTest::newRow("read of nothing") << frameOf({{"CMD", "OPEN"}, {"CHAIN", QVariantList{0}}}) +
-                                            frameOf({{"CMD", "READ"}, {"SIZE", 2147483647}})
-                                     << "a read of 2147483647 bits";
-    QTest::newRow("wrong types") << frameOf({{"CMD", "OPEN"}, {"CHAIN", "0"}}) +
-                                        frameOf({{"CMD", "WRITE"}, {"DATA", 1}})
-                                 << "the device isn't open";
+    row("negative length", QByteArray(16, '\xff'), "is cut off: a frame says");
+    row("huge length", QByteArray::fromHex("7fffffff00"), "is cut off: a frame says");
+    row("huge entry count", frame("ffffffff"), "it ends early");
+    row("empty frame", frame(""), "it ends early");
+    row("left over", frame("0000000001"), "left over");
+    row("odd text", frame("00000001 00000003 414141"), "odd number");
+    row("unknown type", frame("00000001 00000002 0041 00001077 00 7fffffff"), "type 4215");
+    row("huge bit array", frame("00000001 00000002 0041 0000000d 00 ffffffff"), "it ends early");
+    row("huge list", frame("00000001 00000002 0041 00000009 00 ffffffff"), "it ends early");
+    row("nested lists",
+        frame(QByteArray("00000001 00000002 0041") +
+              QByteArray("00000009 00 00000001").repeated(5000)),
+        "nested too deep");
+    row("read of nothing",
+        frameOf({{"CMD", "OPEN"}, {"CHAIN", QVariantList{0}}}) +
+            frameOf({{"CMD", "READ"}, {"SIZE", 2147483647}}),
+        "a read of 2147483647 bits");
+    row("wrong types",
+        frameOf({{"CMD", "OPEN"}, {"CHAIN", "0"}}) + frameOf({{"CMD", "WRITE"}, {"DATA", 1}}),
+        "the device isn't open");
 }
 
 /// Whatever one client sends, the server says so and serves the next one.
@@ -352,43 +272,32 @@ void tst_SimServer::hostileClient()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(QString, complaint);
-    ServerProcess server(QStringLiteral("chainserver"), boardWith({}));
+    ServerProcess server("chainserver", boardWith({}));
     {
-        Client client(QStringLiteral("keo1"));
+        Client client("keo1");
         client.socket.write(bytes);
         client.socket.flush();
         QVERIFY2(server.complains(complaint), qPrintable(server.complaints));
     }
-    Client next(QStringLiteral("keo1"));
+    Client next("keo1");
     QTRY_COMPARE(next.open(), 0);
-}
-
-void tst_SimServer::endsWithItsParent()
-{
-    ServerProcess server(QStringLiteral("chainserver"), boardWith({}));
-    Client client(QStringLiteral("keo1"));
-    QCOMPARE(client.open(), 0);
-    server.process.closeWriteChannel();
-    QVERIFY(server.process.waitForFinished(kPatienceMs));
-    QCOMPARE(server.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(server.process.exitCode(), 0);
 }
 
 void tst_SimServer::namesOfTheDeadAndTheLiving()
 {
     {
-        ServerProcess dead(QStringLiteral("chainserver"), boardWith({}));
-        Client client(QStringLiteral("keo1"));
+        ServerProcess dead("chainserver", boardWith({}));
+        Client client("keo1");
         QCOMPARE(client.open(), 0);
         dead.process.kill();
         QVERIFY(dead.process.waitForFinished(kPatienceMs));
     }
     QVERIFY(QFileInfo::exists(QDir::tempPath() + QStringLiteral("/keo1")));
-    ServerProcess living(QStringLiteral("chainserver"), boardWith({}));
-    Client client(QStringLiteral("keo1"));
+    ServerProcess living("chainserver", boardWith({}));
+    Client client("keo1");
     QCOMPARE(client.open(), 0);
 
-    ServerProcess second(QStringLiteral("chainserver"), boardWith({}));
+    ServerProcess second("chainserver", boardWith({}));
     QVERIFY(second.complains(QStringLiteral("another server is alive")));
     QTRY_COMPARE_WITH_TIMEOUT(second.process.state(), QProcess::NotRunning, kPatienceMs);
     QCOMPARE(second.process.exitCode(), 3);
@@ -403,21 +312,15 @@ void tst_SimServer::namesOfTheDeadAndTheLiving()
 
 void tst_SimServer::refusals_data()
 {
-    QTest::addColumn<QString>("board");
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("complaint");
-    const QStringList local{QStringLiteral("-local")};
-    QTest::newRow("not local") << boardWith({}) << QStringList() << 1 << "start it with -local";
-    QTest::newRow("unknown option")
-        << boardWith({}) << QStringList{"-local", "-remote"} << 1 << "remote";
-    QTest::newRow("no board file") << "/nowhere/b.json" << local << 2 << "there is no such file";
-    QTest::newRow("a directory") << QDir::tempPath() << local << 2 << "is no regular file";
-    QTest::newRow("log can't be written")
-        << boardWith({}) << QStringList{"-local", "--log", "/nowhere/x.log"} << 2
-        << "/nowhere/x.log";
-    QTest::newRow("check of a missing file")
-        << QString() << QStringList{"--check", "/nowhere/b.json"} << 2 << "";
+    const auto row = addColumns<QString, QStringList, int, QString>(
+        {"board", "arguments", "status", "complaint"});
+    row("not local", boardWith({}), {}, 1, "start it with -local");
+    row("unknown option", boardWith({}), {"-local", "-remote"}, 1, "remote");
+    row("no board file", "/nowhere/b.json", {"-local"}, 2, "there is no such file");
+    row("a directory", QDir::tempPath(), {"-local"}, 2, "is no regular file");
+    row("log can't be written", boardWith({}), {"-local", "--log", "/nowhere/x.log"}, 2,
+        "/nowhere/x.log");
+    row("check of a missing file", {}, {"--check", "/nowhere/b.json"}, 2, "");
 }
 
 void tst_SimServer::refusals()
@@ -425,30 +328,10 @@ void tst_SimServer::refusals()
     QFETCH(QString, board);
     QFETCH(QStringList, arguments);
     QFETCH(QString, complaint);
-    ServerProcess server(QStringLiteral("chainserver"), board, arguments);
+    ServerProcess server("chainserver", board, arguments);
     QVERIFY(server.process.waitForFinished(kPatienceMs));
     QTEST(server.process.exitCode(), "status");
     QVERIFY2(server.complains(complaint), qPrintable(server.complaints));
-}
-
-void tst_SimServer::logs()
-{
-    ServerProcess server(
-        QStringLiteral("chainserver"),
-        boardWith("{\"at\": \"OPEN\", \"do\": \"late\", \"ms\": 1}", "\"log\": \"packets.log\", "));
-    Client client(QStringLiteral("keo1"));
-    QCOMPARE(client.open(), 0);
-    client.write(QStringLiteral("10001"));
-    client.writeRegister(0x21, 255, 19);
-    client.askStart(19, 7);
-    client.receive();
-    QFile log(m_directory.filePath(QStringLiteral("packets.log")));
-    QVERIFY(log.open(QIODevice::ReadOnly));
-    const QString text = QString::fromUtf8(log.readAll());
-    for (const char *line :
-         {"1 > OPEN CHAIN=[0]", "fault: late", "1 < RES=0", "1 > WRITE select core 1",
-          "1 > WRITE write 0x0021 = 0xff (19 bits)", "1 < DATA=19 bits data_request_id=7"})
-        QVERIFY2(text.contains(QLatin1String(line)), qPrintable(text));
 }
 
 KEO_TEST_MAIN(tst_SimServer)

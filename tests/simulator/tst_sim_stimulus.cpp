@@ -53,14 +53,12 @@ private Q_SLOTS:
 
 void tst_SimStimulus::rows_data()
 {
-    QTest::addColumn<QByteArray>("changes");
-    QTest::addColumn<bool>("fallingEdge");
-    QTest::addColumn<QString>("expected"); // data[3], data[0], q
+    // expected: data[3], data[0], q
+    const auto table =
+        addColumns<QByteArray, bool, QString>({"changes", "fallingEdge", "expected"});
 
-    const auto row = [](const char *name, const QByteArray &changes, const char *expected,
-                        bool fallingEdge = false) {
-        QTest::newRow(name) << changes << fallingEdge << expected;
-    };
+    const auto row = [&](const char *name, const QByteArray &changes, const char *expected,
+                         bool fallingEdge = false) { table(name, changes, fallingEdge, expected); };
     row("value just before the edge",
         "#0 0! b0 \" 0#\n#5 1! b1001 \" 1#\n#10 0!\n#15 1! b0 \"\n#20 0!\n", "000 111");
     row("falling edge", "#0 0! b0 \" 0#\n#5 1! b1001 \"\n#10 0! 1#\n#15 1! b0 \"\n#20 0!\n",
@@ -93,14 +91,11 @@ void tst_SimStimulus::rows()
 
 void tst_SimStimulus::names_data()
 {
-    QTest::addColumn<QByteArray>("nets");
-    QTest::addColumn<QString>("wanted");
-    QTest::addColumn<QString>("expected"); // a is 1, b is 0, v is 0010 and w is 1
+    // expected: a is 1, b is 0, v is 0010 and w is 1
+    const auto table = addColumns<QByteArray, QString, QString>({"nets", "wanted", "expected"});
 
-    const auto row = [](const char *name, const QByteArray &nets, const char *wanted,
-                        const char *expected = "1") {
-        QTest::newRow(name) << nets << wanted << expected;
-    };
+    const auto row = [&](const char *name, const QByteArray &nets, const char *wanted,
+                         const char *expected = "1") { table(name, nets, wanted, expected); };
     const QByteArray deep = "$scope module tb $end $scope module u1 $end $var wire 1 b x $end "
                             "$upscope $end $var wire 1 a x $end $upscope $end";
     row("nearest to the top", deep, "x");
@@ -141,12 +136,7 @@ void tst_SimStimulus::names()
 
 void tst_SimStimulus::hostile_data()
 {
-    QTest::addColumn<QByteArray>("dump");
-    QTest::addColumn<QString>("error");
-
-    const auto row = [](const char *name, const QByteArray &dump, const char *error) {
-        QTest::newRow(name) << dump << error;
-    };
+    const auto row = addColumns<QByteArray, QString>({"dump", "error"});
     row("empty", "", "line 1: the file ends before");
     row("no dump", QByteArray("ELF\0\1\2", 6), "line 1: \"ELF");
     row("no clock", "$enddefinitions $end\n#0\n", "the clock can't be found");

@@ -18,12 +18,24 @@ protected Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(QStringLiteral(".*"))); }
 };
 
-/// Columns of a data table: addColumns<QString, int>({"text", "length"}).
+/// Adds rows to a data table, each cell as the type of its column: row("empty", {}, "", 0).
 template <typename... Types>
-void addColumns(std::initializer_list<const char *> names)
+struct RowAdder
+{
+    void operator()(const char *name, const Types &...cells) const
+    {
+        (QTest::newRow(name) << ... << cells);
+    }
+};
+
+/// Columns of a data table, and what adds its rows:
+/// const auto row = addColumns<QStringList, int>({"lines", "count"}).
+template <typename... Types>
+RowAdder<Types...> addColumns(std::initializer_list<const char *> names)
 {
     const auto *name = names.begin();
     (QTest::addColumn<Types>(*name++), ...);
+    return {};
 }
 
 /// A row of a data table: addRow("empty", "", 0).

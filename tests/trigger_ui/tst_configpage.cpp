@@ -88,9 +88,7 @@ private Q_SLOTS:
 
 void tst_ConfigPage::amountsFollowStorageAndWindows_data()
 {
-    QTest::addColumn<int>("storage");
-    QTest::addColumn<int>("windows");
-    QTest::addColumn<QStringList>("amounts");
+    addColumns<int, int, QStringList>({"storage", "windows", "amounts"});
 
     const QStringList all{"32", "64", "128", "256", "512", "1024"};
     const auto row = [&all](int storage, int windows, int count) {
@@ -210,14 +208,10 @@ void tst_ConfigPage::expressionsOfAStaticCore()
 
 void tst_ConfigPage::expressionIsEdited_data()
 {
-    QTest::addColumn<QString>("buttons"); // pressed one after the other
-    QTest::addColumn<QString>("keys");    // typed thereafter
-    QTest::addColumn<QString>("result");  // empty: refused
-
-    const auto row = [](const char *name, const char *buttons, const char *keys,
-                        const char *result) {
-        QTest::newRow(name) << QString(buttons) << QString(keys) << QString(result);
-    };
+    // buttons: pressed one after the other
+    // keys: typed thereafter
+    // result: empty if refused
+    const auto row = addColumns<QString, QString, QString>({"buttons", "keys", "result"});
     row("buttons", "NOT LeftBracket M0 AND M1 RightBracket XOR M10 OR M0", "", "!(M0&M1)^M10|M0");
     row("whole token goes at once", "M0 OR M10 Backspace M1", "", "M0|M1");
     row("clear", "Backspace M0 AND Clear M10", "", "M10");
