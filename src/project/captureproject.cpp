@@ -384,8 +384,12 @@ void CaptureProject::updateActions()
         m_descriptionWatch->tellPending();
 }
 
-void CaptureProject::showCapture(const CapturedWindow &captured)
+void CaptureProject::showCapture(const CapturedWindow &captured, const QString &emptyText)
 {
+    if (captured.elements.isEmpty()) {
+        showError(emptyText);
+        return;
+    }
     const int rounds = manager().autorun();
     if (rounds >= 1 && !m_waveTabs.isEmpty()) {
         m_waveTabs.updateFirst(captured.elements, rounds);

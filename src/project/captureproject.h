@@ -116,9 +116,19 @@ protected:
 
     /// Loads the description at \a path and shows it on the page. Fills in its check value.
     [[nodiscard]] virtual bool loadDesign(const QString &path, QString &id) = 0;
-    /// Opens a saved session: takes its three paths over and shows its waves. False after an error,
-    /// which it has then shown.
-    [[nodiscard]] virtual bool openProjectFile(const QString &path) = 0;
+    /// What a box says of a saved session whose description can't be loaded.
+    [[nodiscard]] virtual QString invalidSessionText() const = 0;
+    /// Is a saved session without waves not worth opening?
+    [[nodiscard]] virtual bool needsWaves() const = 0;
+    /// Where Save writes.
+    struct SaveTargets
+    {
+        QString projectFile;
+        QString dataFile;
+    };
+    /// For the session that was opened from \a projectFile, with its samples in \a dataFile.
+    [[nodiscard]] virtual SaveTargets saveTargets(const QString &projectFile,
+                                                  const QString &dataFile) const = 0;
     /// Takes the settings over from the page and writes them into the description at \a path.
     /// False if that file can't be written.
     [[nodiscard]] virtual bool saveDescription(const QString &path) = 0;
@@ -146,37 +156,35 @@ protected:
     [[nodiscard]] QString targetName() const;
     /// The one place that decides what is enabled. Whatever changes the state of a run ends here.
     void updateActions();
-    /// Shows one capture window: as the next round of an Auto run, or in a new tab.
-    void showCapture(const CapturedWindow &captured);
-    /// A modal box. Does nothing while a box with the same text is open, so that a server which
-    /// sends nonsense round by round does not pile them up.
-    void showError(const QString &text);
-    void showWarning(const QString &text);
-    enum class DataFileState { Loaded, Unusable };
-    /// Shows the waves of the data file at \a path, all of them or none, and tells in a box why
-    /// there are none. Loaded also when the file belongs to another design. The box may see the
-    /// project closed or deleted.
-    DataFileState loadDataFile(const QString &path);
-    /// What the project file at \a path says; nothing, with the reason in the debug log, if it
-    /// can't be read or its description can't be loaded.
-    [[nodiscard]] std::optional<ProjectFile> loadProject(const QString &path);
+    /// Shows one capture window: as the next round of an Auto run, or in a new tab. If nothing was
+    /// captured a box says \a emptyText.
+    void showCapture(const CapturedWindow &captured, const QString &emptyText);
     [[nodiscard]] static QString invalidDescriptionText();
     [[nodiscard]] bool isOpen() const { return !m_keoFilePath.isEmpty(); }
     /// For the destructors of the kinds: the page goes while there still is somebody to talk to.
     void deletePage();
 
-    // All empty while the project is closed.
-    QString m_keoFilePath;     ///< core description
-    QString m_projectFilePath; ///< empty until saved
-    QString m_dataFilePath;    ///< samples and arrangement, empty until saved
-
 private:
     void buildToolBar();
     void connectManager();
     [[nodiscard]] bool openDescription(const QString &path);
+    /// Opens a saved session. False after an error, which it has then shown.
+    [[nodiscard]] bool openProjectFile(const QString &path);
+    /// What the project file at \a path says; nothing, with the reason in the debug log, if it
+    /// can't be read or its description can't be loaded.
+    [[nodiscard]] std::optional<ProjectFile> loadProject(const QString &path);
+    enum class DataFileState { Loaded, Unusable };
+    /// Shows the waves of the data file at \a path, all of them or none, and tells in a box why
+    /// there are none. Loaded also when the file belongs to another design. The box may see the
+    /// project closed or deleted.
+    DataFileState loadDataFile(const QString &path);
     /// Hands the description's check value to the programmer as well.
     [[nodiscard]] bool takeDesign(const QString &path);
     void updateIsBusy(bool isBusy);
+    /// A modal box. Does nothing while a box with the same text is open, so that a server which
+    /// sends nonsense round by round does not pile them up.
+    void showError(const QString &text);
+    void showWarning(const QString &text);
     /// A modal box under the window's title; none without a text.
     void showInformation(const QString &text);
     void connectDescriptionWatch();
@@ -190,6 +198,11 @@ private:
     [[nodiscard]] QTabWidget *tabWidget() const;
     /// The wave tab in front, or null.
     [[nodiscard]] WaveMonitor::WaveMonitorWidget *currentWave() const;
+
+    // All empty while the project is closed.
+    QString m_keoFilePath;     ///< core description
+    QString m_projectFilePath; ///< empty until saved
+    QString m_dataFilePath;    ///< samples and arrangement, empty until saved
 
     QPointer<QWidget> m_mainWindow;
     QPointer<QWidget> m_page;             // ours; in the tab widget while open

@@ -45,6 +45,21 @@ bool CaptureProject::openDescription(const QString &path)
     return true;
 }
 
+bool CaptureProject::openProjectFile(const QString &path)
+{
+    const std::optional<ProjectFile> project = loadProject(path);
+    if (!project) {
+        showError(invalidSessionText());
+        return false;
+    }
+    m_keoFilePath = project->keoFile;
+    const SaveTargets targets = saveTargets(path, project->dataFile);
+    m_projectFilePath = targets.projectFile;
+    m_dataFilePath = targets.dataFile;
+    const bool areNeeded = needsWaves(); // nobody may be left to ask after a box
+    return loadDataFile(project->dataFile) == DataFileState::Loaded || !areNeeded;
+}
+
 bool CaptureProject::takeDesign(const QString &path)
 {
     QString designId;

@@ -14,7 +14,6 @@
 
 namespace KEO {
 
-using WaveMonitor::SignalElement;
 using WaveMonitor::WaveMonitorWidget;
 
 KeoLiteAnalyzerProject::KeoLiteAnalyzerProject(QObject *parent)
@@ -118,13 +117,11 @@ void KeoLiteAnalyzerProject::drawSignalView()
     if (!self || !isOpen()) // a run may outlive its project, see leaveDesign
         return;
     const LiteCoreConfig *core = m_dataManager->core();
-    const QList<SignalElement> elements =
-        extractSignalData(core, sections, targetName(), m_dataManager->isZeo());
-    if (elements.isEmpty()) {
-        showError(tr("No data."));
+    if (!core)
         return;
-    }
-    showCapture({core->index, 0, 0, core->signals, elements});
+    showCapture({core->index, 0, 0, core->signals,
+                 extractSignalData(core, sections, targetName(), m_dataManager->isZeo())},
+                tr("No data."));
 }
 
 bool KeoLiteAnalyzerProject::loadDesign(const QString &path, QString &id)
@@ -132,21 +129,18 @@ bool KeoLiteAnalyzerProject::loadDesign(const QString &path, QString &id)
     return m_dataManager->load(path, id);
 }
 
+QString KeoLiteAnalyzerProject::invalidSessionText() const
+{
+    return invalidDescriptionText();
+}
+
 /// The two paths change places, on purpose: a lite session that is saved once more after it was
 /// opened has its samples under the name of the project file, and the paths under that of the
 /// samples. Standard sessions do not do so; the two are not to be made alike.
-bool KeoLiteAnalyzerProject::openProjectFile(const QString &path)
+CaptureProject::SaveTargets KeoLiteAnalyzerProject::saveTargets(const QString &projectFile,
+                                                                const QString &dataFile) const
 {
-    const std::optional<ProjectFile> project = loadProject(path);
-    if (!project) {
-        showError(invalidDescriptionText());
-        return false;
-    }
-    m_keoFilePath = project->keoFile;
-    m_projectFilePath = project->dataFile;
-    m_dataFilePath = path;
-    // There is nothing to set in a lite session but its waves: without them it is not opened.
-    return loadDataFile(project->dataFile) == DataFileState::Loaded;
+    return {.projectFile = dataFile, .dataFile = projectFile};
 }
 
 bool KeoLiteAnalyzerProject::saveDescription(const QString &path)

@@ -42,7 +42,11 @@ protected:
     [[nodiscard]] QList<ExportCore>
     exportCores(const QList<WaveMonitor::WaveMonitorWidget *> &monitors) const override;
     [[nodiscard]] bool loadDesign(const QString &path, QString &id) override;
-    [[nodiscard]] bool openProjectFile(const QString &path) override;
+    [[nodiscard]] QString invalidSessionText() const override;
+    /// There is nothing to set in a lite session but its waves.
+    [[nodiscard]] bool needsWaves() const override { return true; }
+    [[nodiscard]] SaveTargets saveTargets(const QString &projectFile,
+                                          const QString &dataFile) const override;
     [[nodiscard]] bool saveDescription(const QString &path) override;
     [[nodiscard]] WindowToSave numbersOf(const WaveMonitor::WaveMonitorWidget &wave,
                                          int position) const override;

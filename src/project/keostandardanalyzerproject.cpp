@@ -21,7 +21,6 @@
 
 namespace KEO {
 
-using WaveMonitor::SignalElement;
 using WaveMonitor::WaveMonitorWidget;
 
 namespace {
@@ -83,18 +82,15 @@ bool KeoStandardAnalyzerProject::loadDesign(const QString &path, QString &id)
     return isLoaded;
 }
 
-bool KeoStandardAnalyzerProject::openProjectFile(const QString &path)
+QString KeoStandardAnalyzerProject::invalidSessionText() const
 {
-    const std::optional<ProjectFile> project = loadProject(path);
-    if (!project) {
-        showError(tr("Invalid KEO file specified in project file."));
-        return false;
-    }
-    m_keoFilePath = project->keoFile;
-    m_projectFilePath = path;
-    m_dataFilePath = project->dataFile;
-    loadDataFile(project->dataFile); // without waves it is open all the same
-    return true;
+    return tr("Invalid KEO file specified in project file.");
+}
+
+CaptureProject::SaveTargets KeoStandardAnalyzerProject::saveTargets(const QString &projectFile,
+                                                                    const QString &dataFile) const
+{
+    return {projectFile, dataFile};
 }
 
 bool KeoStandardAnalyzerProject::saveDescription(const QString &path)
@@ -148,12 +144,9 @@ void KeoStandardAnalyzerProject::drawSignalView(int coreIdx, int winIdx)
     const CoreConfig *core = m_dataManager->coreByIndex(coreIdx);
     if (!core)
         return;
-    const QList<SignalElement> elements = extractSignalData(core, sections);
-    if (elements.isEmpty()) {
-        showError(tr("No data in core %1 window %2").arg(coreIdx).arg(winIdx));
-        return;
-    }
-    showCapture({coreIdx, winIdx, core->trigger_pos, core->signals, elements});
+    showCapture(
+        {coreIdx, winIdx, core->trigger_pos, core->signals, extractSignalData(core, sections)},
+        tr("No data in core %1 window %2").arg(coreIdx).arg(winIdx));
 }
 
 void KeoStandardAnalyzerProject::onWindowNumChanged()

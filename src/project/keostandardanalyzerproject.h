@@ -50,7 +50,11 @@ protected:
     [[nodiscard]] QList<ExportCore>
     exportCores(const QList<WaveMonitor::WaveMonitorWidget *> &monitors) const override;
     [[nodiscard]] bool loadDesign(const QString &path, QString &id) override;
-    [[nodiscard]] bool openProjectFile(const QString &path) override;
+    [[nodiscard]] QString invalidSessionText() const override;
+    /// The trigger settings are worth it.
+    [[nodiscard]] bool needsWaves() const override { return false; }
+    [[nodiscard]] SaveTargets saveTargets(const QString &projectFile,
+                                          const QString &dataFile) const override;
     [[nodiscard]] bool saveDescription(const QString &path) override;
     [[nodiscard]] WindowToSave numbersOf(const WaveMonitor::WaveMonitorWidget &wave,
                                          int position) const override;

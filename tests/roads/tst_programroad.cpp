@@ -96,6 +96,8 @@ public:
     void chooseCable(int index) const
     {
         auto *cables = find<QComboBox>("cableCombo");
+        if (index >= cables->count())
+            qFatal("no cable %d", index);
         while (cables->currentIndex() < index)
             QTest::keyClick(cables, Qt::Key_Down);
     }
