@@ -35,8 +35,9 @@ struct Declarations
     QCommandLineOption timeout{"timeout", tr("Give up after S seconds."), "S"};
     QCommandLineOption rounds{"auto", tr("Capture N rounds, each exported under its own number."),
                               "N"};
-    QCommandLineOption format{"format", tr("Export as csv, vcd or prn, repeatable; default vcd."),
-                              "FORMAT"};
+    QCommandLineOption format{
+        "format", tr("Export as csv, vcd or prn, repeatable; default vcd, with --save none."),
+        "FORMAT"};
     QCommandLineOption out{"out", tr("Folder of the exports, made if missing; default here."),
                            "DIR"};
     QCommandLineOption name{
@@ -44,9 +45,8 @@ struct Declarations
     QCommandLineOption period{"period", tr("Clock period, in us, ns or ps; default 1us."), "10ns"};
     QCommandLineOption picture{"picture", tr("Draw the capture, zoomed to fit."), "FILE.png"};
     QCommandLineOption size{"size", tr("Size of the picture in pixels; default 1280x720."), "WxH"};
-    QCommandLineOption save{
-        "save", tr("Save the capture as a project; exports only the formats asked for."),
-        "FILE.analyzer_prj"};
+    QCommandLineOption save{"save", tr("Save the capture as a project, of rounds the last one."),
+                            "FILE.analyzer_prj"};
     QCommandLineOption open{"open", tr("Export a saved project instead of capturing."),
                             "FILE.analyzer_prj"};
     QCommandLineOption listCables{"list-cables", tr("List the cables that answer.")};
@@ -57,9 +57,9 @@ struct Declarations
 
     [[nodiscard]] QList<QCommandLineOption> all() const
     {
-        return {device,     cable,  core,  chain, delay,   forceAfter, timeout,
-                rounds,     format, out,   name,  period,  picture,    size,
-                listCables, json,   quiet, help,  version, save,       open};
+        return {device, cable,  core,       chain, delay,  forceAfter, timeout,
+                rounds, format, out,        name,  period, picture,    size,
+                save,   open,   listCables, json,  quiet,  help,       version};
     }
     /// What a capture needs and a saved project has no use for.
     [[nodiscard]] QList<QCommandLineOption> ofCaptures() const
@@ -195,7 +195,9 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         return usage(parser.errorText());
     if (parser.isSet(declared.help)) {
         options.task = CaptureOptions::Task::ShowHelp;
-        options.helpText = parser.helpText();
+        // The options are read before there is an application that knows the program's name.
+        options.helpText = parser.helpText().replace(QLatin1String("<executable_name>"),
+                                                     QLatin1String("signalscope-capture"));
         return options;
     }
     if (parser.isSet(declared.version)) {

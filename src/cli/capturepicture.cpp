@@ -25,11 +25,15 @@ void deliverNotifications()
 bool drawPicture(const QString &path, QSize size, int core, int window,
                  WaveMonitor::WindowContents contents)
 {
-    WaveMonitor::WaveMonitorWidget viewer(0, nullptr);
+    // As a window of its own the viewer would tell its least size to the platform, which has no
+    // windows and says so on standard error.
+    QWidget canvas;
+    canvas.resize(size);
+    WaveMonitor::WaveMonitorWidget viewer(0, &canvas);
     viewer.resize(size);
     viewer.loadWindow(std::move(contents));
     viewer.setTitle(window, core);
-    viewer.show();
+    canvas.show();
     deliverNotifications();
     viewer.zoomFit();
     deliverNotifications();

@@ -7,6 +7,7 @@ keo_add_library(programmer_ui
         fsfileedit.cpp fsfileedit.h
         keoprogrammeritemdelegate.cpp keoprogrammeritemdelegate.h
         keoprogrammermodel.cpp keoprogrammermodel.h
+        keoprogrammertable.cpp
         keoprogrammerwidget.cpp keoprogrammerwidget.h
         legiblecolor.cpp legiblecolor.h
         programmerlog.cpp programmerlog.h

@@ -2,6 +2,8 @@
 #include <support/testmain.h>
 
 #include <QDir>
+#include <QFile>
+#include <QRegularExpression>
 
 using namespace KEO;
 
@@ -15,6 +17,8 @@ private Q_SLOTS:
     void reads();
     void projects();
     void defaults();
+    void pagesNameEveryOption_data();
+    void pagesNameEveryOption();
 };
 
 void tst_CaptureOptions::refuses_data()
@@ -124,6 +128,44 @@ void tst_CaptureOptions::defaults()
     QVERIFY(options->cores.isEmpty() && !options->autoRounds && !options->timeout);
     QCOMPARE((ClockPeriod{3, "us"}).picoseconds(), 3000000);
     QCOMPARE((ClockPeriod{3, "ns"}).picoseconds(), 3000);
+}
+
+/// The long options in what \a pattern captures of \a text, sorted.
+QStringList optionsIn(const QString &text, const QString &pattern)
+{
+    static const QRegularExpression option("--[a-z-]+");
+    QStringList options;
+    QRegularExpressionMatchIterator entry =
+        QRegularExpression(pattern, QRegularExpression::MultilineOption).globalMatch(text);
+    while (entry.hasNext()) {
+        QRegularExpressionMatchIterator name = option.globalMatch(entry.next().captured(1));
+        while (name.hasNext())
+            options.append(name.next().captured());
+    }
+    options.sort();
+    return options;
+}
+
+void tst_CaptureOptions::pagesNameEveryOption_data()
+{
+    addColumns<QString, QString>({"page", "entry"});
+    addRow("man page", "packaging/signalscope-capture.1", R"(^\.TP\n\.BI? (.*)$)");
+    addRow("README", "README.md", R"(^\| (`--(?:[^|\\]|\\.)*)\|)");
+}
+
+// What is written about the options keeps up with them.
+void tst_CaptureOptions::pagesNameEveryOption()
+{
+    QFETCH(QString, page);
+    QFETCH(QString, entry);
+    QFile file(QStringLiteral(KEO_SOURCE_DIR "/") + page);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(file.readAll()).replace("\\-", "-");
+    const auto help = parseCaptureOptions({"program", "--help"});
+    QVERIFY(help);
+    const QStringList known = optionsIn(help->helpText, "^  (-.*?)  ");
+    QVERIFY(known.size() > 15);
+    QCOMPARE(optionsIn(text, entry).join(u' '), known.join(u' '));
 }
 
 KEO_TEST_MAIN(tst_CaptureOptions)
