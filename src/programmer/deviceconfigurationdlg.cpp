@@ -23,6 +23,23 @@ namespace {
 constexpr int kDescriptionLines = 4;
 constexpr int kCharacters = 48; // of a description's line, about
 
+/// Gives the labels of all forms one width, so that the fields stand in a line across the groups.
+void alignFields(const QList<QFormLayout *> &forms)
+{
+    QList<QWidget *> labels;
+    for (const QFormLayout *form : forms) {
+        for (int row = 0; row < form->rowCount(); ++row) {
+            if (const QLayoutItem *item = form->itemAt(row, QFormLayout::LabelRole))
+                labels.append(item->widget());
+        }
+    }
+    int widest = 0;
+    for (const QWidget *label : labels)
+        widest = std::max(widest, label->sizeHint().width());
+    for (QWidget *label : labels)
+        label->setMinimumWidth(widest);
+}
+
 } // namespace
 
 DeviceConfigurationDlg::DeviceConfigurationDlg(const DeviceRow &row, const DeviceEntry *device,
@@ -52,6 +69,7 @@ DeviceConfigurationDlg::DeviceConfigurationDlg(const DeviceRow &row, const Devic
     layout->addWidget(buildFileGroup(row));
     layout->addWidget(buildFlashGroup());
     layout->addWidget(buttons);
+    alignFields(findChildren<QFormLayout *>());
 
     if (device) {
         for (const AccessMode *mode : device->modes)
