@@ -139,7 +139,8 @@ QWidget *KeoProgrammerWidget::buildLog()
 {
     m_log = new ProgrammerLog;
     m_log->setObjectName(QStringLiteral("textBrowser"));
-    m_log->setMinimumHeight(kLogLines * m_log->fontMetrics().lineSpacing());
+    m_log->setMinimumHeight(kLogLines * m_log->fontMetrics().lineSpacing() +
+                            2 * int(m_log->document()->documentMargin()) + 2 * m_log->frameWidth());
     auto *dock = new QDockWidget(tr("Output"));
     dock->setObjectName(QStringLiteral("dockWidget"));
     dock->setFeatures(QDockWidget::NoDockWidgetFeatures);
