@@ -71,6 +71,9 @@ DynamicConfigWidget::DynamicConfigWidget(QWidget *parent)
     // The table needs the room: its last column must not fall off in a middling window.
     layout->addLayout(left, 1);
     layout->addWidget(makeUnitGroup(), 3);
+    // Flush with what stands beside the page, above and below.
+    layout->setContentsMargins(layout->contentsMargins().left(), layout->contentsMargins().top(), 0,
+                               0);
     connectSlots();
     clearPage();
     setEnabled(false);
