@@ -16,6 +16,8 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY(m_directory.isValid()); }
     void refusesToRead_data();
     void refusesToRead();
+    void takesMemoryForTheFileAlone();
+    void replacesFilesAlone();
     void lineEnds();
     void keepsTheOldFileWhenTheDiskIsFull();
 
@@ -45,6 +47,25 @@ void tst_WholeFile::refusesToRead()
     QVERIFY2(content.error().message.contains(path), qPrintable(content.error().message));
 }
 
+void tst_WholeFile::takesMemoryForTheFileAlone()
+{
+    QVERIFY(!writeWholeFile(path("small"), "x", LineEnds::AsTheyAre));
+    const qint64 allowed = qint64(1) << 40; // more than there is
+    const auto content = readWholeFile(path("small"), allowed, LineEnds::AsTheyAre);
+    QVERIFY(content && *content == "x");
+}
+
+void tst_WholeFile::replacesFilesAlone()
+{
+    QCOMPARE(mkfifo(qPrintable(path("fifo")), 0600), 0);
+    for (const QString &special : {path("fifo"), m_directory.path()}) {
+        const auto error = writeWholeFile(special, "x", LineEnds::AsTheyAre);
+        QVERIFY2(error && error->message.contains(special), qPrintable(special));
+    }
+    struct stat present = {};
+    QVERIFY(stat(qPrintable(path("fifo")), &present) == 0 && S_ISFIFO(present.st_mode));
+}
+
 void tst_WholeFile::lineEnds()
 {
     QVERIFY(!writeWholeFile(path("f"), "a\r\nb\n", LineEnds::AsTheyAre));
@@ -65,8 +86,8 @@ void tst_WholeFile::keepsTheOldFileWhenTheDiskIsFull()
     const auto small = writeWholeFile(path("kept"), QByteArray(2000, 'x'), LineEnds::AsTheyAre);
     const auto large = writeWholeFile(path("kept"), QByteArray(200'000, 'x'), LineEnds::AsTheyAre);
     QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
-    QVERIFY(small);
-    QVERIFY(large);
+    for (const auto &error : {small, large})
+        QVERIFY2(error && error->message.endsWith(qt_error_string(EFBIG)), "the reason is told");
     QCOMPARE(*readWholeFile(path("kept"), 10, LineEnds::AsTheyAre), QByteArray("old"));
     QCOMPARE(QDir(m_directory.path()).entryList({QStringLiteral("kept*")}).size(), 1);
 }
