@@ -2,7 +2,9 @@
 
 #include <support/testmain.h>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 namespace {
 
@@ -58,6 +60,8 @@ private Q_SLOTS:
     void faults();
     void failsOnce();
     void hangs();
+    void keepsOffLinks_data();
+    void keepsOffLinks();
     void refusals_data();
     void refusals();
 
@@ -205,6 +209,38 @@ void tst_SimProgrammer::hangs()
     QVERIFY(hung.waitForFinished(kPatienceMs));
     QVERIFY(hung.exitCode() != 0);
     QVERIFY(Call(path, kDownload).output.contains("Finished."));
+}
+
+void tst_SimProgrammer::keepsOffLinks_data()
+{
+    const auto row = addColumns<bool>({"isLock"});
+    row("chain", false);
+    row("lock", true);
+}
+
+// What another user put beside the socket leads to any file of this one.
+void tst_SimProgrammer::keepsOffLinks()
+{
+    QFETCH(bool, isLock);
+    const QString path = board("\"download_ms\": 1");
+    const QString victim = m_directory.filePath("victim");
+    QFile file(victim);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("mine");
+    file.close();
+    const QDir folder(QDir::tempPath());
+    QVERIFY(Call(path, kDownload).output.contains("Finished.")); // it makes the chain's file
+    const QStringList chains = folder.entryList({"keo-*.chain"}, QDir::Files, QDir::Time);
+    QVERIFY(!chains.isEmpty());
+    const QString link = folder.filePath(isLock ? QStringLiteral("keo.burner") : chains.first());
+    QFile::remove(link);
+    QVERIFY(QFile::link(victim, link));
+    const Call call(path, kDownload);
+    QVERIFY(!call.output.contains("Finished."));
+    QVERIFY(QFileInfo(link).isSymLink());
+    QFile::remove(link);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), "mine");
 }
 
 void tst_SimProgrammer::refusals_data()
