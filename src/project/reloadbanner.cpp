@@ -1,5 +1,7 @@
 #include "reloadbanner.h"
 
+#include <widgets/plaintip.h>
+
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
@@ -39,7 +41,7 @@ public:
         m_sentence = sentence;
         m_path = path;
         setText(sentence.arg(path));
-        setToolTip(path);
+        setToolTip(plainTip(path));
     }
 
     [[nodiscard]] QSize minimumSizeHint() const override

@@ -2,6 +2,8 @@
 
 #include "analyzer.h"
 
+#include <widgets/messagebox.h>
+
 #include <QApplication>
 #include <QLoggingCategory>
 #include <QMessageBox>
@@ -16,7 +18,7 @@ namespace {
 
 int fail(StartupStatus status, const QString &text)
 {
-    QMessageBox::critical(nullptr, Startup::tr("Error"), text, QMessageBox::Ok);
+    showBox(QMessageBox::Critical, nullptr, Startup::tr("Error"), text);
     return int(status);
 }
 

@@ -6,6 +6,7 @@
 #include <config/matchtext.h>
 #include <trigger/matchvalue.h>
 #include <widgets/messagebox.h>
+#include <widgets/plaintip.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -31,7 +32,7 @@ constexpr int kMatchTypes = 6;
 QTreeWidgetItem *itemOf(const SignalEntry &entry)
 {
     auto *item = new QTreeWidgetItem({entry.text.isEmpty() ? entry.name : entry.text});
-    item->setToolTip(0, item->text(0));
+    item->setToolTip(0, plainTip(item->text(0)));
     for (const SignalEntry &member : entry.members)
         item->addChild(itemOf(member));
     return item;
