@@ -1,11 +1,14 @@
 #include "datafilewriter.h"
 
+#include "ownfile.h"
+
 #include <base/wholefile.h>
 #include <wave_data/windowcontents.h>
 #include <wave_data/windowxml.h>
 #include <wave_data/xmltext.h>
 
 #include <QByteArrayView>
+#include <QCoreApplication>
 
 namespace KEO {
 
@@ -153,8 +156,13 @@ QByteArray dataFileText(const QList<WindowToSave> &windows)
     return out.text();
 }
 
-std::optional<Error> writeDataFile(const QString &path, const QList<WindowToSave> &windows)
+std::optional<Error> writeDataFile(const QString &path, const QList<WindowToSave> &windows,
+                                   const QString &mayReplace)
 {
+    if (path != mayReplace && !isFreeForFile(path) && !isDataFile(path))
+        return Error{Error::File, QCoreApplication::translate(
+                                      "KEO::DataFile", "%1 is no data file and is not replaced.")
+                                      .arg(path)};
     return writeWholeFile(path, dataFileText(windows), LineEnds::Native);
 }
 

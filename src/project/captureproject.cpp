@@ -140,6 +140,7 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
     m_keoFilePath.clear();
     m_projectFilePath.clear();
     m_dataFilePath.clear();
+    m_openedSession.clear();
     if (toolBarGetter && m_runToolBar)
         m_runToolBar->detach(*toolBarGetter());
     clearWaveMonitors(WaveTabs::Layouts::Forget);

@@ -203,6 +203,7 @@ private:
     QString m_keoFilePath;     ///< core description
     QString m_projectFilePath; ///< empty until saved
     QString m_dataFilePath;    ///< samples and arrangement, empty until saved
+    QString m_openedSession;   ///< the project file that the user opened
 
     QPointer<QWidget> m_mainWindow;
     QPointer<QWidget> m_page;             // ours; in the tab widget while open

@@ -54,6 +54,7 @@ bool CaptureProject::openProjectFile(const QString &path)
     }
     m_keoFilePath = project->keoFile;
     const SaveTargets targets = saveTargets(path, project->dataFile);
+    m_openedSession = path;
     m_projectFilePath = targets.projectFile;
     m_dataFilePath = targets.dataFile;
     const bool areNeeded = needsWaves(); // nobody may be left to ask after a box
@@ -114,7 +115,7 @@ void CaptureProject::saveDataFile(const QString &path) const
         windows.append(numbersOf(*wave, int(windows.size())));
         windows.last().contents = &wave->contents();
     }
-    if (const std::optional<Error> error = writeDataFile(path, windows))
+    if (const std::optional<Error> error = writeDataFile(path, windows, m_openedSession))
         qCDebug(keoProject).noquote() << "data file not saved:" << error->message;
 }
 
