@@ -256,10 +256,21 @@ void tst_DataFile::refuses_data()
         Error::Limit, "line: 1 column: 13");
     row("undeclared entity", root("&a;"), Error::Format, "line: 1 column: \\d+");
     row("too many signals",
-        root("<Window><Signals>" + QByteArray("<Signal/>").repeated(kMaxDataRecords) +
+        root("<Window><Signals>" + QByteArray("<Signal/>").repeated(65'537) +
              "</Signals></Window>"),
         Error::Limit, "line: 1 column: \\d+");
-    row("too many windows", root(QByteArray("<Window/>").repeated(kMaxDataRecords + 1)),
+    row("too many rows",
+        root("<Window><Layout>" + QByteArray("<Node type='sig'/>").repeated(kMaxDataRecords) +
+             "</Layout></Window>"),
+        Error::Limit, "line: 1 column: \\d+");
+    row("too many windows", root(QByteArray("<Window/>").repeated(65'537)), Error::Limit,
+        "line: 1 column: \\d+");
+    row("too many tags", root(QByteArray("<a/>").repeated(1'000'000)), Error::Limit,
+        "line: 1 column: \\d+");
+    row("too much text",
+        root("<Window><Layout>" +
+             ("<Node type='bus' name='" + QByteArray(1024 * 1024, 'x') + "'/>").repeated(65) +
+             "</Layout></Window>"),
         Error::Limit, "line: 1 column: \\d+");
 }
 
