@@ -5,8 +5,8 @@
 #include <coremodel.h>
 #include <expression.h>
 #include <litecoremodel.h>
-#include <matchunit.h>
 
+#include <QMap>
 #include <QRandomGenerator>
 
 #include <memory>
@@ -15,6 +15,8 @@ using namespace Sim;
 
 namespace {
 
+constexpr qint64 kLong = 1'000'000'000'000; // samples; nothing waits so long
+constexpr int kMaxCount = 40;               // hits
 constexpr int kStimulus = 997; // samples; prime, so that laps and rings don't fall in step
 
 /// Level of a captured signal at a sample of the endless stimulus.
@@ -25,21 +27,17 @@ bool level(int signal, qint64 sample)
     return ((mixed >> 7) ^ (mixed >> 18)) & 1;
 }
 
-/// Value of the 8-bit trigger port.
+/// Value of the trigger port, which its last 8 bits hold.
 int portValue(qint64 sample)
 {
     sample %= kStimulus;
     return int((sample * 37 + sample * sample % 101 + 0x95) & 0xff);
 }
 
-bool portLevel(int signal, qint64 sample)
+template <typename Level>
+BitMatrix stimulusOf(qsizetype columns, Level levelOf)
 {
-    return portValue(sample) >> (7 - signal) & 1;
-}
-
-BitMatrix stimulusOf(int columns, bool (*levelOf)(int, qint64))
-{
-    BitMatrix rows(columns);
+    BitMatrix rows{int(columns)};
     for (int sample = 0; sample < kStimulus; ++sample) {
         rows.appendRow();
         for (int column = 0; column < columns; ++column) {
@@ -59,12 +57,12 @@ QString rowOf(int captured, qint64 sample)
 }
 
 /// A core with two match units in use, whose numbers are not their places in a truth table.
-CoreDescription description(int captured)
+CoreDescription description(int captured, int portWidth = 8)
 {
     CoreDescription core;
     core.storageDepth = 1024;
     core.captured = QStringList(captured, QStringLiteral("s"));
-    core.ports[0] = QStringList(8, QStringLiteral("p"));
+    core.ports[0] = QStringList(portWidth, QStringLiteral("p"));
     core.units[1] = {true, false, 0, 0};
     core.units[2] = {true, false, 0, -1}; // enabled but without a port: takes no input bit
     core.units[4] = {true, true, 4, 0};
@@ -77,8 +75,11 @@ struct Bench
     explicit Bench(const CoreDescription &core, bool extraRow = false) : width(core.registerWidth())
     {
         CoreStimulus stimulus;
-        stimulus.captured = stimulusOf(int(core.captured.size()), level);
-        stimulus.ports[0] = stimulusOf(8, portLevel);
+        stimulus.captured = stimulusOf(core.captured.size(), level);
+        const qsizetype last = core.ports[0].size() - 1;
+        stimulus.ports[0] = stimulusOf(last + 1, [last](qsizetype signal, qint64 sample) {
+            return last - signal < 8 && (portValue(sample) >> (last - signal) & 1);
+        });
         model = std::make_unique<CoreModel>(core, stimulus, extraRow, report);
     }
     Bench(const LiteCoreDescription &core, LiteCoreModel::FirstSample first)
@@ -108,28 +109,155 @@ struct Bench
 /// A match unit as its registers set it up, and what it says of the port.
 struct Unit
 {
-    enum Kind { Masked, Differs, Rising, InRange };
+    explicit Unit(QRandomGenerator &random)
+        : function(random.bounded(2) ? 0 : random.bounded(8)),
+          low(random.bounded(256)),
+          high(random.bounded(256))
+    {
+        const bool isValue = random.bounded(3) == 0; // seldom there
+        pattern = isValue ? binary(quint64(portValue(random.bounded(kStimulus))), 8) : QString();
+        while (pattern.size() < 8)
+            pattern += QStringLiteral("01RFBNXXXXXX").at(random.bounded(12));
+    }
 
     [[nodiscard]] bool hits(int now, int before) const
     {
-        const bool results[] = {(now & mask) == (compare & mask), (now & mask) != (compare & mask),
-                                (now & ~before & mask) == mask, now >= compare && now <= mask};
-        return results[kind];
+        const bool orders[] = {now > low,
+                               now < high,
+                               now >= low,
+                               now <= high,
+                               now >= low && now <= high,
+                               now < low || now > high};
+        if (function >= 2)
+            return orders[function - 2];
+        // By 2 * now + before.
+        static const QMap<QChar, QString> kLetters = {
+            {u'0', "1100"}, {u'1', "0011"}, {u'X', "1111"}, {u'R', "0010"},
+            {u'F', "0100"}, {u'B', "0110"}, {u'N', "1001"}};
+        bool all = true;
+        for (int i = 0; i < 8; ++i) {
+            const int levels = 2 * (now >> (7 - i) & 1) + (before >> (7 - i) & 1);
+            all = all && kLetters[pattern.at(i)].at(levels) == u'1';
+        }
+        return all == (function == 0);
+    }
+    [[nodiscard]] QBitArray hitsOfStimulus() const
+    {
+        QBitArray bits(kStimulus);
+        for (int sample = 0; sample < kStimulus; ++sample)
+            bits.setBit(sample, hits(portValue(sample), portValue(sample + kStimulus - 1)));
+        return bits;
     }
     void writeTo(Bench &bench, int unit) const
     {
-        const int functions[] = {0, 1, 0, 6};
-        bench.write(0x100 + 16 * unit, quint64(kind == Rising ? 0 : compare));
-        bench.write(0x101 + 16 * unit, quint64(kind == Rising ? 0 : mask));
-        bench.write(0x102 + 16 * unit, quint64(kind == Rising ? mask : 0));
-        bench.write(0x103 + 16 * unit, quint64(functions[kind] + 8 * continuous));
+        const auto bitsIn = [this](const char *letters) { // which register bits a letter sets
+            quint64 bits = 0;
+            for (const QChar letter : pattern)
+                bits = 2 * bits + QLatin1String(letters).contains(letter);
+            return bits;
+        };
+        bench.write(0x100 + 16 * unit, function < 2 ? bitsIn("1FN") : quint64(low));
+        bench.write(0x101 + 16 * unit, function < 2 ? bitsIn("01BN") : quint64(high));
+        bench.write(0x102 + 16 * unit, bitsIn("RFBN"));
+        bench.write(0x103 + 16 * unit, quint64(function + 8 * continuous));
     }
 
-    Kind kind;
-    int compare;
-    int mask;
+    int function;
+    int low;
+    int high;
+    QString pattern; ///< of functions 0 and 1
     int count = 1;
     bool continuous = false;
+};
+
+/// One capture: a core as it was built, and its settings.
+struct Shape
+{
+    explicit Shape(QRandomGenerator &random)
+        : core(description(QList<int>{1, 15, 16, 40, 63, 64, 130}.at(random.bounded(7)),
+                           QList<int>{8, 66, 130}.at(random.bounded(3)))),
+          extraRow(random.bounded(2)),
+          windows(random.bounded(1, 9)),
+          amount(32 << random.bounded(windows > 4   ? 3
+                                      : windows > 1 ? 4
+                                                    : 6)),
+          inForce(random.bounded(1, 3)),
+          tables{random.bounded(1, 15), random.bounded(16), 0b1111}
+    {
+        // The ends of the range are where the ring goes wrong first.
+        const int ends[] = {amount - 9, 0, random.bounded(amount - 8), random.bounded(amount - 8)};
+        position = ends[random.bounded(4)];
+        core.dynamic = random.bounded(2) == 1;
+        core.units[4].hasCounter = random.bounded(2) == 1;
+        if (random.bounded(3) == 0)
+            tables[0] = tables[1] = 0b1010; // M1 alone makes a core wait
+        for (int e = 0; e < 2; ++e) {
+            core.expressions += QStringLiteral("M1&!M1");
+            for (int input = 0; input < 4; ++input) {
+                if (tables[e] >> input & 1)
+                    core.expressions[e] +=
+                        QStringList{"|!M1&!M4", "|M1&!M4", "|!M1&M4", "|M1&M4"}[input];
+            }
+        }
+    }
+
+    void writeTo(Bench &bench) const
+    {
+        // Dynamic tables are set first, then as wanted.
+        for (int write = 0; core.dynamic && write < 2 * 3 * 4; ++write) {
+            const int e = write / 4 % 3;
+            const bool isSet = write < 12 || tables[e] >> write % 4 & 1;
+            bench.write(0xab00 + 16 * e + isSet, quint64(write % 4));
+        }
+        bench.write(0x20, quint64(inForce - 1));
+        bench.write(0x21, quint64(amount - 1));
+        bench.write(0x22, quint64(amount - position - 1 - lead() - extraRow));
+        bench.write(0x23, quint64(windows - 1));
+    }
+
+    [[nodiscard]] int lead() const { return core.dynamic ? 3 : 2; }
+    /// What fires, by input number.
+    [[nodiscard]] int fires() const
+    {
+        return inForce == 1 && core.dynamic ? tables[0] : tables[0] | tables[1];
+    }
+    [[nodiscard]] qint64 begin(int window, const QList<qint64> &triggers, qint64 start) const
+    {
+        return window == 0 ? start : triggers[window - 1] - position + amount;
+    }
+
+    /// The sample of each window's trigger when the first window begins at \a start. From \a forced
+    /// on a force is in, which is put off until nothing else can come.
+    QList<qint64> triggers(const Unit (&units)[2], qint64 start, qint64 &forced) const
+    {
+        const QBitArray hits[]{units[0].hitsOfStimulus(), units[1].hitsOfStimulus()};
+        QList<qint64> triggers;
+        while (triggers.size() < windows) {
+            const qint64 first = begin(int(triggers.size()), triggers, start);
+            int counted = 0;
+            for (qint64 at = first;; ++at) {
+                const bool hit = hits[1].testBit(at % kStimulus);
+                counted = hit ? counted + 1 : units[1].continuous ? 0 : counted;
+                const bool reports = core.units[4].hasCounter ? counted >= units[1].count : hit;
+                const int input = hits[0].testBit(at % kStimulus) + 2 * reports;
+                if (at - first >= position && (fires() >> input & 1 || at >= forced)) {
+                    triggers += at;
+                    break;
+                }
+                if (at - first == (kMaxCount + 1) * kStimulus)
+                    forced = (at += kLong) + 1;
+            }
+        }
+        return triggers;
+    }
+
+    CoreDescription core;
+    int extraRow;
+    int windows;
+    int amount;
+    int position = 0;
+    int inForce;   ///< expressions
+    int tables[3]; ///< by input number, of one expression more than may be in force
 };
 
 } // namespace
@@ -140,12 +268,16 @@ class tst_SimCores : public QuietTest
 
 private Q_SLOTS:
     void rings();
-    void matches_data();
-    void matches();
     void expressions();
     void badWords();
     void liteCore();
     void badWordsOfLite();
+
+private:
+    static void drive(Bench &bench, qint64 start, qint64 forced, qint64 end,
+                      QRandomGenerator &random);
+    static void checkWindow(Bench &bench, const Shape &shape, int window, qint64 trigger,
+                            qint64 first);
 };
 
 /// Captures of many shapes against a model without a ring: each window's memory holds exactly the
@@ -156,126 +288,31 @@ void tst_SimCores::rings()
     QRandomGenerator random(20240607);
     int forcedRuns = 0;
     int countedRuns = 0;
-    for (int round = 0; round < 150; ++round) {
-        const int captured = QList<int>{1, 15, 16, 40, 63, 64, 130}.at(random.bounded(7));
-        CoreDescription core = description(captured);
-        core.dynamic = random.bounded(2) == 1;
-        core.units[4].hasCounter = random.bounded(2) == 1;
-        const bool extraRow = random.bounded(2) == 1;
-        const int windows = random.bounded(1, 9);
-        const int amount = 32 << random.bounded(windows > 4 ? 3 : windows > 1 ? 4 : 6);
-        // The ends of the range are where the ring goes wrong first.
-        const int position = random.bounded(4) == 0   ? amount - 9
-                             : random.bounded(4) == 0 ? 0
-                                                      : random.bounded(amount - 8);
-        const int lead = core.dynamic ? 3 : 2;
-        // By input number, the sums of the expressions in force. One more is not.
-        // A rare M1 alone makes a core wait.
-        const bool isRare = random.bounded(3) == 0;
-        const QList<int> tables{isRare ? 0b1010 : random.bounded(1, 15),
-                                isRare ? 0b1010 : random.bounded(16), 0b1111};
-        const int inForce = random.bounded(1, 3);
-        const int fires = inForce == 1 && core.dynamic ? tables[0] : tables[0] | tables[1];
-        const QStringList products{"!M1&!M4", "M1&!M4", "!M1&M4", "M1&M4"};
-        for (int e = 0; e < 2; ++e) {
-            QStringList sum{"M1&!M1"};
-            for (int input = 0; input < 4; ++input) {
-                if (tables[e] >> input & 1)
-                    sum += products[input];
-            }
-            core.expressions += sum.join(u'|');
-        }
-
-        Bench bench(core, extraRow);
-        for (int write = 0; core.dynamic && write < 2 * 3 * 4;
-             ++write) { // set first, then as wanted
-            const int e = write / 4 % 3;
-            const bool isSet = write < 12 || tables[e] >> write % 4 & 1;
-            bench.write(0xab00 + 16 * e + isSet, quint64(write % 4));
-        }
-        bench.write(0x20, quint64(inForce - 1));
-        bench.write(0x21, quint64(amount - 1));
-        bench.write(0x22, quint64(amount - position - 1 - lead - extraRow));
-        bench.write(0x23, quint64(windows - 1));
-
+    for (int run = 0; run < 150; ++run) {
+        const Shape shape(random);
+        Bench bench(shape.core, shape.extraRow);
+        shape.writeTo(bench);
         qint64 start = 0;
-        for (int run = 0; run < 2; ++run) {
-            constexpr qint64 kNever = 4'000'000'000'000'000;
-            qint64 forced = random.bounded(4) == 0 ? start + random.bounded(600) : kNever;
-            Unit units[2];
-            for (Unit &unit : units) {
-                unit = {Unit::Kind(random.bounded(4)), random.bounded(256), 1 << random.bounded(8)};
-                if (random.bounded(2) == 0)
-                    unit = {Unit::Masked, portValue(random.bounded(kStimulus)), 0xff};
-            }
-            units[0].writeTo(bench, 1);
-            if (core.units[4].hasCounter) {
-                units[1].count = random.bounded(1, random.bounded(3) == 0 ? 40 : 4);
+        for (int capture = 0; capture < 2; ++capture) {
+            Unit units[]{Unit(random), Unit(random)};
+            if (shape.core.units[4].hasCounter) {
+                units[1].count = random.bounded(1, random.bounded(3) == 0 ? kMaxCount : 4);
                 units[1].continuous = random.bounded(2) == 1;
                 bench.write(0x144, quint64(units[1].count - 1));
             }
+            units[0].writeTo(bench, 1);
             units[1].writeTo(bench, 4);
-            QList<qint64> triggers;
-            qint64 end = start;
-            for (int window = 0; window < windows; ++window) {
-                const qint64 begin = end;
-                int counted = 0;
-                for (qint64 at = begin; triggers.size() == window; ++at) {
-                    const auto hits = [&](const Unit &unit) {
-                        return unit.hits(portValue(at), portValue(at + kStimulus - 1));
-                    };
-                    const bool hit = hits(units[1]);
-                    counted = hit ? counted + 1 : units[1].continuous ? 0 : counted;
-                    const bool reports = core.units[4].hasCounter ? counted >= units[1].count : hit;
-                    const int input = hits(units[0]) + 2 * reports;
-                    if (at - begin >= position && (fires >> input & 1 || at >= forced))
-                        triggers += at;
-                    else if (at - begin == 41 * kStimulus) // it can't come; a force still gets in
-                        forced = (at += kNever / 4000) + 1;
-                }
-                end = triggers.last() - position + amount;
-            }
+            qint64 forced = start + (random.bounded(4) == 0 ? random.bounded(600) : 4 * kLong);
+            const QList<qint64> triggers = shape.triggers(units, start, forced);
+            const qint64 end = shape.begin(shape.windows, triggers, start);
             forcedRuns += forced < end;
             countedRuns += units[1].count > 1 && forced >= end;
-
-            bench.write(0, forced == start ? 3 : 1);
-            for (qint64 now = start; now < end;) {
-                if (now == forced)
-                    bench.write(0, 3);
-                QVERIFY(!bench.isIdle());
-                const qint64 left = (now < forced && forced < end ? forced : end) - now;
-                const qint64 step = left > 1'000'000 ? left : random.bounded(1, 300);
-                bench.model->advance(std::min(left, step));
-                now += std::min(left, step);
-            }
-            QVERIFY(bench.isIdle());
-
-            int stride = 1024;
-            for (int share = 1; share < windows; share *= 2)
-                stride /= 2;
-            for (int window = 0; window < windows; ++window) {
-                // 32 leading bits, rows from the highest address down, one trailing bit.
-                bench.shift("00111" + binary(quint64(window * stride), 16) +
-                            binary(quint64(amount), 16));
-                const QString block = textOf(bench.model->shiftOut(bench.width * amount + 33));
-                QVERIFY(block.first(32).contains(u'1') && block.endsWith(u'0'));
-                const qint64 trigger = triggers[window];
-                const qint64 first = window == 0 ? start : triggers[window - 1] - position + amount;
-                for (int i = 0; i < amount; ++i) {
-                    const qint64 sample = trigger - position + i;
-                    const qint64 address = (sample - first) % amount;
-                    const QString row =
-                        (sample == trigger + lead ? u'1' : u'0') + rowOf(captured, sample);
-                    const QString seen =
-                        block.mid(32 + (amount - 1 - address) * bench.width, bench.width);
-                    QVERIFY2(seen == row.rightJustified(bench.width, u'0'),
-                             qPrintable(QStringLiteral("round %1, run %2, window %3, row %4")
-                                            .arg(round)
-                                            .arg(run)
-                                            .arg(window)
-                                            .arg(i)));
-                }
-            }
+            drive(bench, start, std::min(forced, end), end, random);
+            for (int window = 0; window < shape.windows && !QTest::currentTestFailed(); ++window)
+                checkWindow(bench, shape, window, triggers[window],
+                            shape.begin(window, triggers, start));
+            if (QTest::currentTestFailed())
+                qFatal("run %d, capture %d", run, capture);
             start = end;
             if (random.bounded(3) == 0) { // started, forced even, and given up
                 bench.write(0, 3);
@@ -290,79 +327,42 @@ void tst_SimCores::rings()
     QVERIFY(forcedRuns > 30 && countedRuns > 30);
 }
 
-void tst_SimCores::matches_data()
+/// Lets a capture run from sample \a start to \a end in steps, with a force at sample \a forced.
+void tst_SimCores::drive(Bench &bench, qint64 start, qint64 forced, qint64 end,
+                         QRandomGenerator &random)
 {
-    const auto row = addColumns<int, QString, QString>({"function", "value0", "value1"});
-    for (const char *pattern : {"1010", "10XX", "XXXX", "R0X1", "FXXX", "XBXN", "RFBN"}) {
-        QTest::addRow("equals %s", pattern) << 0 << pattern << QString();
-        QTest::addRow("differs from %s", pattern) << 1 << pattern << QString();
+    bench.write(0, forced == start ? 3 : 1);
+    for (qint64 now = start; now < end;) {
+        if (now == forced)
+            bench.write(0, 3);
+        QVERIFY(!bench.isIdle());
+        const qint64 left = (now < forced ? forced : end) - now;
+        const qint64 step =
+            left > kLong / 2 ? left : std::min<qint64>(left, random.bounded(1, 300));
+        bench.model->advance(step);
+        now += step;
     }
-    for (int function = 2; function < 6; ++function)
-        QTest::addRow("order %d", function) << function << "0110" << QString();
-    row("in range", 6, "0011", "1010");
-    row("not in range", 7, "0011", "1010");
-    row("empty range", 6, "1000", "0111");
+    QVERIFY(bench.isIdle());
 }
 
-/// All pairs of a 4-bit value and its predecessor, in ports that lie on both sides of a word.
-void tst_SimCores::matches()
+/// \a first is the window's first sample.
+void tst_SimCores::checkWindow(Bench &bench, const Shape &shape, int window, qint64 trigger,
+                               qint64 first)
 {
-    QFETCH(int, function);
-    QFETCH(QString, value0);
-    QFETCH(QString, value1);
-
-    // By 2 * now + before.
-    static const QMap<QChar, QString> kLetters = {{u'0', "1100"}, {u'1', "0011"}, {u'X', "1111"},
-                                                  {u'R', "0010"}, {u'F', "0100"}, {u'B', "0110"},
-                                                  {u'N', "1001"}};
-    const int bound = value0.toInt(nullptr, 2);
-    const int upper = value1.toInt(nullptr, 2);
-    const auto holds = [&](int now, int before) {
-        const bool orders[] = {now > bound,
-                               now < bound,
-                               now >= bound,
-                               now <= bound,
-                               now >= bound && now <= upper,
-                               now < bound || now > upper};
-        if (function >= 2)
-            return orders[function - 2];
-        bool all = true;
-        for (int i = 0; i < 4; ++i) {
-            const int levels = 2 * (now >> (3 - i) & 1) + (before >> (3 - i) & 1);
-            all = all && kLetters[value0.at(i)].at(levels) == u'1';
-        }
-        return all == (function == 0);
-    };
-
-    // Which register bits a letter sets, and which of the two bounds goes where.
-    const auto bitsIn = [&](const char *letters) {
-        QString text;
-        for (const QChar letter : value0)
-            text.append(QLatin1String(letters).contains(letter) ? u'1' : u'0');
-        return text;
-    };
-    QString compare = bitsIn("1FN");
-    QString mask = bitsIn("01BN");
-    if (function >= 6)
-        mask = value1;
-    else if (function == 3 || function == 5)
-        mask = std::exchange(compare, QStringLiteral("0000"));
-
-    for (const int width : {4, 66, 130}) { // the pattern is the port's end, the rest stays clear
-        const auto field = [width](const QString &end) {
-            return bitsOf(end.rightJustified(width, u'0'));
-        };
-        MatchUnit unit(width);
-        unit.setCompare(bitsOf(QString(7, u'0') + compare.rightJustified(width, u'0')));
-        unit.setMask(field(mask));
-        unit.setEdge(field(bitsIn("RFBN")));
-        unit.setControl(bitsOf(binary(quint64(function), 16)));
-        for (int pair = 0; pair < 256; ++pair) {
-            const auto now = packLast(field(binary(quint64(pair >> 4), 4)), width);
-            const auto before = packLast(field(binary(quint64(pair & 15), 4)), width);
-            QVERIFY2(unit.hits(now.data(), before.data()) == holds(pair >> 4, pair & 15),
-                     qPrintable(QStringLiteral("width %1, pair %2").arg(width).arg(pair)));
-        }
+    int stride = 1024;
+    for (int share = 1; share < shape.windows; share *= 2)
+        stride /= 2;
+    bench.shift("00111" + binary(quint64(window * stride), 16) + binary(quint64(shape.amount), 16));
+    // 32 leading bits, rows from the highest address down, one trailing bit.
+    const QString block = textOf(bench.model->shiftOut(bench.width * shape.amount + 33));
+    QVERIFY(block.first(32).contains(u'1') && block.endsWith(u'0'));
+    for (int i = 0; i < shape.amount; ++i) {
+        const qint64 sample = trigger - shape.position + i;
+        const qint64 address = (sample - first) % shape.amount;
+        const QString row = (sample == trigger + shape.lead() ? u'1' : u'0') +
+                            rowOf(int(shape.core.captured.size()), sample);
+        QCOMPARE(block.mid(32 + (shape.amount - 1 - address) * bench.width, bench.width),
+                 row.rightJustified(bench.width, u'0'));
     }
 }
 

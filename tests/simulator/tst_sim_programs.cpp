@@ -198,7 +198,6 @@ private Q_SLOTS:
     void hostileClients();
     void namesOfTheDeadAndTheLiving();
     void refusals();
-    void scans();
     void programs();
     void programmerFaults_data();
     void programmerFaults();
@@ -269,13 +268,14 @@ void tst_SimPrograms::closedDevice()
     QCOMPARE(reply.value("DATA"), QVariant(QBitArray()));
 
     QCOMPARE(client.open(), 0);
+    client.write("10000");
+    client.askStart(20, 9);
+    QVERIFY(server.complains("core 0: a read of 20 bits where 16 are to come"));
+    QVERIFY(!client.receive().value("DATA").toBitArray().isEmpty());
     client.write("11111");
     QVERIFY(server.complains("no core 15"));
     client.askStart(16, 9);
     QVERIFY(client.receive().value("DATA").toBitArray().isEmpty());
-    client.write("10000");
-    client.askStart(20, 9);
-    QVERIFY(server.complains("core 0: a read of 20 bits where 16 are to come"));
     client.send({{"CMD", "EXPLODE"}});
     QVERIFY(server.complains("unknown command \"EXPLODE\""));
 }
@@ -445,23 +445,6 @@ void tst_SimPrograms::refusals()
     }
 }
 
-void tst_SimPrograms::scans()
-{
-    const Call call(board(), {"--scan"});
-    QCOMPARE(call.status, 0);
-    QVERIFY(
-        call.output.endsWith("Device Info:\r\n  Family: KS\r\n  Name: KS-1\r\n  ID: 0x0900281B\r\n"
-                             "Device Info:\r\n  Family: KR\r\n  Name: KR-C\r\n  ID: 0x1100381B\r\n"
-                             "Devices found: 2\r\n"));
-    QFile file(m_directory.filePath("two.json")); // "scan" goes before the order of the cables
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(R"({"scan": "keolk7", "cables": {"keo1": {"chain": [{"model": "KR-A"}]},
-                                                "keolk7": {}}})");
-    file.close();
-    QCOMPARE(Call(file.fileName(), {"--scan"}).output,
-             "Scanning the chain ...\r\nDevices found: 0\r\n");
-}
-
 /// Blank, programmed, and blank again after the next start of the server.
 void tst_SimPrograms::programs()
 {
@@ -570,11 +553,9 @@ void tst_SimPrograms::programmerRefusals()
         {{}, "--device is missing"},
         {kDownload + QStringList{"--scan"}, "--scan stands alone"},
         {kDownload + QStringList{"--fast"}, "fast"},
-        {kDownload + QStringList{"now"}, "\"now\" is no option"},
         {kDownload + QStringList{"--device", "KR-C"}, "--device is there 2 times"},
         {with("--operation_index", "-1"), "--operation_index"},
         {with("--cable-index", "3"), "there is no cable 3"},
-        {with("--chain_size", "3"), "2 entries"},
         {with("--chain_index", "2"), "--chain_index is 2"},
         {kDownload.first(kDownload.size() - 2), "--chain_ir is missing"},
         {with("--chain_ir", "6,"), "--chain_ir: \"\""}};
