@@ -46,7 +46,7 @@ QByteArray withAttributes(int count)
 {
     QByteArray tag = "<r";
     for (int i = 0; i < count; ++i)
-        tag += " a" + QByteArray::number(i) + "='>'";
+        tag += " a" + QByteArray::number(i) + "='>\"'";
     return tag + "/>";
 }
 
