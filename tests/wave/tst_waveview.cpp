@@ -5,6 +5,7 @@
 
 #include <QGraphicsRectItem>
 #include <QImage>
+#include <QRandomGenerator>
 #include <QScrollBar>
 #include <QWheelEvent>
 
@@ -68,113 +69,95 @@ class tst_WaveView final : public WidgetTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void wheel_data();
-    void wheel();
-    void zoomHasBounds();
-    void zoomKeepsTheRows();
-    void dragZoomsToRegion_data();
+    void zoomsByAllRoads();
     void dragZoomsToRegion();
     void regionIsShadedWhileChosen();
     void middleDragPans();
     void pressSelects();
     void drawsTriggerAndMarkers();
     void sceneFollowsTheRows();
-    void rebuildsOnceAndOutlivesOthers();
+    void rebuildsOnceAndKeepsNoItem();
 };
 
-void tst_WaveView::wheel_data()
+void tst_WaveView::zoomsByAllRoads()
 {
-    addColumns<int, Qt::KeyboardModifiers, qreal, bool>({"delta", "modifiers", "rate", "scrolls"});
-    const Qt::KeyboardModifiers control = Qt::ControlModifier;
-    addRow("Ctrl up", 120, control, 2.0, false);
-    addRow("Ctrl down", -120, control, 0.5, false);
-    addRow("Ctrl, smallest step up", 1, control, 2.0, false);
-    addRow("Ctrl, no turn", 0, control, 0.5, false);
-    addRow("plain", -120, Qt::KeyboardModifiers(), 1.0, true);
-    addRow("Ctrl+Shift", -120, control | Qt::ShiftModifier, 1.0, true);
-}
-
-void tst_WaveView::wheel()
-{
-    QFETCH(int, delta);
-    QFETCH(Qt::KeyboardModifiers, modifiers);
-    QFETCH(bool, scrolls);
-    for (const bool overRuler : {false, true}) {
-        WaveUser user(40);
-        user.wheel(overRuler ? user.ruler->viewport() : user.viewport(), delta, modifiers);
-        QTEST(user.waves->zoomRate(), "rate");
-        QCOMPARE(user.row() != 0, scrolls);
-        // The horizontal bar keeps its wheel.
-        const int row = user.row();
-        user.wheel(user.waves->horizontalScrollBar(), -120);
-        QCOMPARE(user.row(), row);
-        QVERIFY(user.column() > 0);
-    }
-}
-
-void tst_WaveView::zoomHasBounds()
-{
-    WaveUser user(3);
+    const Viewer other("a", 400, 32);
+    const WaveUser user(40);
     QList<qreal> rates;
     Listener listener({EvBeforeZoom, EvAfterZoom}, [&rates](const QObject &sender) {
         rates.append(sender.property("zoomRate").toReal());
     });
-    user.wheel(user.viewport(), 120, Qt::ControlModifier);
-    QCOMPARE(listener.take().first(2), (QList<int>{EvBeforeZoom, EvAfterZoom}));
-    QCOMPARE(rates.first(2), (QList<qreal>{1.0, 2.0}));
-    for (const auto &[rate, delta] : {std::pair(16.0, 120), std::pair(1.0 / 256, -120)}) {
-        user.zoomTo(rate);
+    QRandomGenerator random(2);
+    qreal rate = 1.0;
+    for (int step = 0; step < 150; ++step) {
+        if (step % 30 == 0)
+            user.widget->resize(1000, 400 + random.bounded(20));
+        const int row = random.bounded(user.waves->verticalScrollBar()->maximum());
+        user.scrollTo(0, row);
+        const bool isUp = random.bounded(20) < (step / 40 % 2 ? 4 : 16);
+        const qreal next = std::clamp(isUp ? rate * 2 : rate / 2, 1.0 / 256, 16.0);
+        const bool isWheel = random.bounded(2);
+        QWidget *over = random.bounded(2) ? user.ruler->viewport() : user.viewport();
         listener.take();
-        user.wheel(user.viewport(), delta, Qt::ControlModifier);
+        rates.clear();
+        if (isWheel) {
+            user.wheel(over, isUp ? random.bounded(1, 240) : -random.bounded(240),
+                       Qt::ControlModifier);
+            // Nothing is said where nothing changes.
+            QCOMPARE(rates, next == rate ? QList<qreal>() : (QList<qreal>{rate, next}));
+        } else if (random.bounded(2)) {
+            driveContextMenu(user.viewport(), {50, 50}, isUp ? "Zoom In" : "Zoom Out");
+        } else if (isUp) {
+            user.widget->zoomIn();
+        } else {
+            user.widget->zoomOut();
+        }
+        user.settle();
+        rate = next;
+        QCOMPARE(user.row(), row);
+        QCOMPARE(user.widget->zoomRate(), rate);
         QCOMPARE(user.waves->zoomRate(), rate);
-        QCOMPARE(listener.take(), QList<int>()); // changes nothing and says nothing
+        QCOMPARE(user.ruler->zoomRate(), rate);
+        for (const auto modifiers :
+             {Qt::KeyboardModifiers(), Qt::ControlModifier | Qt::ShiftModifier}) {
+            user.scrollTo(0, row);
+            user.wheel(over, row > 100 ? 120 : -120, modifiers); // scrolls
+            QVERIFY(user.row() != row && user.waves->zoomRate() == rate);
+        }
     }
-}
-
-void tst_WaveView::zoomKeepsTheRows()
-{
-    WaveUser user(40);
-    for (const int height : {400, 401}) {
-        user.widget->resize(1000, height);
-        user.scrollTo(0, 333);
-        for (const qreal rate : {2.0, 4.0, 1.0 / 64, 1.0, 0.3})
-            user.zoomTo(rate);
-        QCOMPARE(user.row(), 333);
-    }
-}
-
-void tst_WaveView::dragZoomsToRegion_data()
-{
-    addColumns<int, int, qreal, qreal>({"from", "to", "before", "zoomedBy"}); // 0: bounded at 16
-    addRow("9 pixels", 300, 309, 1.0, 1.0);
-    addRow("10 pixels", 300, 310, 0.1, 10.0);
-    addRow("to the left", 600, 400, 1.0, 200.0);
-    addRow("narrow at a high zoom", 300, 312, 4.0, 0.0);
+    QCOMPARE(other.waves->zoomRate() + other.ruler->zoomRate(), 2.0);
+    // The horizontal bar keeps its wheel.
+    user.zoomTo(1.0);
+    const int row = user.row();
+    user.wheel(user.waves->horizontalScrollBar(), -120);
+    QVERIFY(user.row() == row && user.column() > 0);
 }
 
 void tst_WaveView::dragZoomsToRegion()
 {
-    QFETCH(int, from);
-    QFETCH(int, to);
-    QFETCH(qreal, before);
-    QFETCH(qreal, zoomedBy);
-    WaveUser user(40);
-    user.zoomTo(before);
-    user.scrollTo(700, 100);
-    const qreal leftEdge = user.waves->mapToScene(std::min(from, to), 0).x();
-    const qreal middle = user.waves->mapToScene((from + to) / 2, 0).x();
-    user.press(Qt::LeftButton, {from, 50});
-    user.moveTo({to, 300});
-    user.release(Qt::LeftButton, {to, 300});
+    const std::tuple<int, int, qreal, qreal> drags[] = {// the last: 0 is bounded at 16
+                                                        {300, 309, 1.0, 1.0},
+                                                        {300, 310, 0.1, 10.0},
+                                                        {600, 400, 1.0, 200.0},
+                                                        {300, 312, 4.0, 0.0}};
+    for (const auto &[from, to, before, zoomedBy] : drags) {
+        WaveUser user(40);
+        user.zoomTo(before);
+        user.scrollTo(700, 100);
+        const qreal leftEdge = user.waves->mapToScene(std::min(from, to), 0).x();
+        const qreal middle = user.waves->mapToScene((from + to) / 2, 0).x();
+        user.press(Qt::LeftButton, {from, 50});
+        user.moveTo({to, 300});
+        user.release(Qt::LeftButton, {to, 300});
 
-    const int width = user.viewport()->width();
-    const qreal drawn = zoomedBy == 1.0 ? before : before * width / zoomedBy;
-    QCOMPARE(user.waves->zoomRate(), std::min(drawn, 16.0));
-    QCOMPARE(user.row(), 100);
-    if (zoomedBy > 1.0)
-        QVERIFY(std::abs(user.waves->mapFromScene(leftEdge, 0).x()) <= 1);
-    const int shown = user.waves->mapFromScene(middle, 0).x();
-    QVERIFY(shown > 0 && shown < width);
+        const int width = user.viewport()->width();
+        const qreal drawn = zoomedBy == 1.0 ? before : before * width / zoomedBy;
+        QCOMPARE(user.waves->zoomRate(), std::min(drawn, 16.0));
+        QCOMPARE(user.row(), 100);
+        QVERIFY(zoomedBy <= 1.0 || std::abs(user.waves->mapFromScene(leftEdge, 0).x()) <= 1);
+        const int shown = user.waves->mapFromScene(middle, 0).x();
+        QVERIFY(shown > 0 && shown < width);
+    }
 }
 
 void tst_WaveView::regionIsShadedWhileChosen()
@@ -197,10 +180,9 @@ void tst_WaveView::regionIsShadedWhileChosen()
     user.moveTo({309, 70});
     QVERIFY(!isShaded(100));
     user.release(Qt::LeftButton, {309, 70});
-    // From the left edge on there is no left shade.
     user.press(Qt::LeftButton, {0, 50});
     user.moveTo({500, 70});
-    QVERIFY(!isShaded(0) && isShaded(700));
+    QVERIFY(!isShaded(0) && isShaded(700)); // left of the edge nothing can be shaded
     // Panning takes over.
     user.press(Qt::MiddleButton, {500, 70});
     QVERIFY(!isShaded(700));
@@ -262,22 +244,21 @@ void tst_WaveView::drawsTriggerAndMarkers()
 void tst_WaveView::sceneFollowsTheRows()
 {
     Viewer viewer;
-    QVERIFY(viewer.waves->sceneRect().isEmpty());
+    const auto size = [&] {
+        viewer.settle();
+        return viewer.waves->sceneRect().size();
+    };
+    QVERIFY(size().isEmpty());
     addRows(*viewer.widget, "a B(b c)", 7);
-    viewer.settle();
-    QCOMPARE(viewer.waves->sceneRect(), QRectF(0, 0, 350, 60));
+    QCOMPARE(size(), QSizeF(350, 60));
     viewer.tree->expandAll();
-    viewer.settle();
-    QCOMPARE(viewer.waves->sceneRect(), QRectF(0, 0, 350, 120));
+    QCOMPARE(size(), QSizeF(350, 120));
     viewer.tree->collapseAll();
-    viewer.settle();
-    QCOMPARE(viewer.waves->sceneRect(), QRectF(0, 0, 350, 60));
     addRows(*viewer.widget, "long", 7); // a longer capture does not widen the scene
-    viewer.settle();
-    QCOMPARE(viewer.waves->sceneRect(), QRectF(0, 0, 350, 90));
+    QCOMPARE(size(), QSizeF(350, 90));
 }
 
-void tst_WaveView::rebuildsOnceAndOutlivesOthers()
+void tst_WaveView::rebuildsOnceAndKeepsNoItem()
 {
     OneRow source;
     auto view = std::make_unique<WaveView>();
@@ -286,9 +267,6 @@ void tst_WaveView::rebuildsOnceAndOutlivesOthers()
     view->show();
     auto ruler = std::make_unique<RulerView>();
     ruler->setDomain(16);
-    ruler->setClocks(20);
-    ruler->show();
-    driveContextMenu(ruler->viewport(), {100, 10}, "Create Marker at Clock Period: 2");
     for (int i = 0; i < 50; ++i) {
         raiseLater(ruler.get(), EvStructureChanged);
         raiseLater(ruler.get(), i % 2 ? EvCollapsed : EvExpanded);
@@ -296,7 +274,6 @@ void tst_WaveView::rebuildsOnceAndOutlivesOthers()
     source.rebuilds = 0;
     QCoreApplication::processEvents();
     QCOMPARE(source.rebuilds, 1);
-    QCOMPARE(source.item.scene(), view->scene());
     raiseLater(ruler.get(), EvStructureChanged);
     raiseLater(ruler.get(), EvRemoveAllItems); // the last word
     QCoreApplication::processEvents();
@@ -304,16 +281,9 @@ void tst_WaveView::rebuildsOnceAndOutlivesOthers()
     raiseLater(ruler.get(), EvAddAllItems);
     QCoreApplication::processEvents();
     QCOMPARE(source.item.scene(), view->scene());
-    QCOMPARE(view->viewport()->grab().toImage().pixelColor(100, 50), QColor(Qt::red));
-
     raiseLater(ruler.get(), EvAfterMarkerRemove);
-    ruler.reset();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    view->viewport()->grab(); // reads no marker that is gone
-    QCoreApplication::processEvents();
-    view->viewport()->grab();
-
     raiseLater(view.get(), EvViewScrolled);
+    ruler.reset();
     view.reset();
     QCoreApplication::processEvents();
     QCOMPARE(source.item.scene(), nullptr); // it is the source's
