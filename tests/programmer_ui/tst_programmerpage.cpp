@@ -594,24 +594,20 @@ void tst_ProgrammerPage::logIsBoundedAndLegible()
 {
     Page page;
     auto *log = page.find<ProgrammerLog>("textBrowser");
-    const auto colorOf = [&](int line) {
-        const QTextBlock block = log->document()->findBlockByNumber(line);
-        return block.begin().fragment().charFormat().foreground().color();
-    };
-    const auto legible = [&](int line, const QColor &hue) {
-        return contrast(colorOf(line), log->palette().color(QPalette::Base)) >= 4.5 &&
-               colorOf(line).hslHue() == hue.hslHue();
-    };
     log->addMessages({"<b>Error: </b>  a\n", " ", "Warn: b", "c %1"});
     QCOMPARE(page.log(), (QStringList{"<b>Error: </b> a", "Warn: b", "Info: c %1"}));
-    for (const QColor &base :
-         {QColor(Qt::white), QColor(0x20, 0x20, 0x24), QColor(0x80, 0x80, 0x80)}) {
+    for (const QRgb base : {0xFFFFFFFF, 0xFF202024, 0xFF808080}) {
         QPalette palette = log->palette();
         palette.setColor(QPalette::Base, base);
         log->setPalette(palette);
-        if (base.lightness() != 128) // on middle grey only black or white can be read
-            QVERIFY(legible(0, Qt::red) && legible(1, Qt::yellow) && legible(2, Qt::blue));
-        QVERIFY(contrast(colorOf(0), base) >= 4.5);
+        QTextBlock line = log->document()->begin();
+        for (const QColor hue : {Qt::red, Qt::yellow, Qt::blue}) {
+            const QColor color = line.begin().fragment().charFormat().foreground().color();
+            QVERIFY(contrast(color, base) >= 4.5);
+            if (base != 0xFF808080) // on middle grey only black or white can be read
+                QCOMPARE(color.hslHue(), hue.hslHue());
+            line = line.next();
+        }
     }
     QVERIFY(QTest::qWaitForWindowExposed(&page.widget));
     QStringList many;
@@ -619,8 +615,7 @@ void tst_ProgrammerPage::logIsBoundedAndLegible()
         many.append(QStringLiteral("message %1").arg(i));
     log->addMessages(many);
     QCOMPARE(log->document()->blockCount(), ProgrammerLog::kMaxLines);
-    QCOMPARE(page.log().last(),
-             QStringLiteral("Info: message %1").arg(ProgrammerLog::kMaxLines - 1));
+    QCOMPARE(page.log().last(), "Info: " + many.last());
 }
 
 KEO_WIDGET_TEST_MAIN(tst_ProgrammerPage)

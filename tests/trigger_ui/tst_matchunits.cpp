@@ -108,9 +108,7 @@ void tst_MatchUnits::table()
 {
     CoreConfig core;
     MatchUnit *pattern = core.matchUnitByIndex(1);
-    pattern->enabled = true;
     pattern->value0 = "1X";
-    pattern->counter = 7;
     MatchUnit *range = core.matchUnitByIndex(12);
     range->trigger = core.triggerByIndex(4);
     range->match_type = 5;
@@ -119,6 +117,7 @@ void tst_MatchUnits::table()
     range->counter = 9;
     range->value0 = "001";
     range->value1 = "100";
+    pattern->enabled = true;
 
     MatchUnitModel model;
     const QAbstractItemModelTester tester(&model,

@@ -124,6 +124,8 @@ void tst_WaveMonitorWidget::partsStandSideBySide()
         for (qsizetype row = 1; row < tops.size(); ++row)
             QCOMPARE(tops[row] - tops[row - 1], ROW_HEIGHT * ratio);
         QCOMPARE(bars[0]->maximum(), bars[1]->maximum());
+        QCOMPARE(viewer.waves->sceneRect(),
+                 QRectF(0, 0, kSamples * CLOCK_PITCH, qreal(tops.size()) * ROW_HEIGHT));
         for (const int sample : {0, 1, 17, kSamples - 1, kSamples})
             QCOMPARE(viewer.ruler->mapFromScene(sample * CLOCK_PITCH, 0).x(),
                      viewer.waves->mapFromScene(sample * CLOCK_PITCH, 0).x());
@@ -271,6 +273,7 @@ void tst_WaveMonitorWidget::diesWithEventsQueued()
 void tst_WaveMonitorWidget::isEmptyWithoutData()
 {
     Viewer viewer;
+    QVERIFY(viewer.waves->sceneRect().isEmpty());
     QTest::mouseClick(viewer.waves->viewport(), Qt::LeftButton, {}, {100, 75});
     QCOMPARE(driveContextMenu(viewer.tree->viewport(), {20, 20}), QStringList());
     QCOMPARE(driveContextMenu(viewer.ruler->viewport(), {20, 10}), QStringList());
