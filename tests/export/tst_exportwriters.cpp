@@ -103,10 +103,14 @@ void fillRandomly(WindowContents &contents, QRandomGenerator &random)
 {
     const int samples = random.bounded(300);
     int id = 0;
+    // What no file can hold: gone in a saved window, so the other door has to drop it as well.
+    const auto unstorable = [&] {
+        return random.bounded(9) ? QString() : QStringLiteral("\ufffe") + QChar(1);
+    };
     const auto signal = [&] {
         const int length = random.bounded(4) ? samples : random.bounded(samples + 10);
         return SignalElement{.id = id++,
-                             .name = QString(random.bounded(30), u'n'),
+                             .name = QString(random.bounded(30), u'n') + unstorable(),
                              .text = random.bounded(2) ? QString() : QStringLiteral("text"),
                              .data = randomBits(random, length)};
     };
@@ -115,7 +119,9 @@ void fillRandomly(WindowContents &contents, QRandomGenerator &random)
         for (int i = random.bounded(80); i > 0; --i)
             contents.addSignal(signal());
         std::deque<SignalElement> members;
-        BusElement bus{.name = QString(random.bounded(9000), u'b'), .text = {}, .signals = {}};
+        BusElement bus{.name = QString(random.bounded(9000), u'b') + unstorable(),
+                       .text = unstorable(),
+                       .signals = {}};
         for (int i = random.bounded(3) ? random.bounded(6) : random.bounded(140); i > 0; --i)
             bus.signals.append(&members.emplace_back(signal()));
         contents.addBus(bus).format->setType(DataFormat::Type(random.bounded(6)));
@@ -155,7 +161,6 @@ private Q_SLOTS:
     void emptyWindow();
     void identifiers();
     void sameAsCellByCell();
-    void bothDoorsDropTheSameCharacters();
     void refusedBytes_data();
     void refusedBytes();
 
@@ -278,19 +283,6 @@ void tst_ExportWriters::sameAsCellByCell()
         QVERIFY(dump.endsWith("$end\n" + naiveChanges(records, picoseconds, trigger)));
         QVERIFY(written(vcd, contents) == dump);
     }
-}
-
-void tst_ExportWriters::bothDoorsDropTheSameCharacters()
-{
-    WindowContents contents;
-    SignalElement member{.id = 0, .name = "a\ufffe", .text = "\x02", .data = QBitArray(2)};
-    contents.addBus({.name = "b\x03", .text = "\x04", .signals = {&member}});
-    QDomDocument document;
-    const QDomElement element = contents.writeWindow(document);
-    const auto csv = [](auto &out, auto &w) { return writeCsv(out, "ns", 1, w); };
-    QVERIFY(
-        written(csv, contents).startsWith("Groups:\nb =, a, ,\n\nData:\ntime unit: ns, b, a,\n"));
-    QCOMPARE(written(csv, element), written(csv, contents));
 }
 
 void tst_ExportWriters::refusedBytes_data()

@@ -2,7 +2,6 @@
 #include <wave_data/windowcontents.h>
 
 #include <QDomDocument>
-#include <QRandomGenerator>
 
 using namespace WaveMonitor;
 
@@ -73,7 +72,6 @@ private Q_SLOTS:
     void writesAndReadsEverything();
     void readsWhatIsWrong();
     void otherElementChangesNothing();
-    void samplesOfAnyLength();
     void dropsWhatNoFileCanHold();
 };
 
@@ -154,22 +152,6 @@ void tst_WindowContents::otherElementChangesNothing()
     QCOMPARE(positions(""), QPoint(5, 9));
     QCOMPARE(positions("<TriggerPosition>-3</TriggerPosition>"), QPoint(-3, -3));
     QCOMPARE(positions("<TriggerPosition/>"), QPoint(0, 0));
-}
-
-void tst_WindowContents::samplesOfAnyLength()
-{
-    QRandomGenerator random(1);
-    WindowContents contents;
-    for (int length = 0; length < 150; ++length) {
-        QBitArray bits(length);
-        for (int i = 0; i < length; ++i)
-            bits.setBit(i, random.bounded(2));
-        contents.addSignal({.id = length, .name = "s", .text = "", .data = bits});
-    }
-    WindowContents again;
-    QVERIFY(read(again, xmlOf(contents)));
-    QCOMPARE(again.signalMap(), contents.signalMap());
-    QCOMPARE(again.maxDataLength(), 149);
 }
 
 void tst_WindowContents::dropsWhatNoFileCanHold()
