@@ -40,6 +40,13 @@ QList<SignalElement> elementsOf(const QList<SignalEntry> &signals, const QList<Q
 
 } // namespace
 
+WindowContents CapturedWindow::contents() const
+{
+    WindowContents contents;
+    fillWindow(contents, signals, core.triggerSample, elements);
+    return contents;
+}
+
 QList<SignalElement> extractSignalData(const CoreConfig *core, const QList<QBitArray> &sections)
 {
     if (!core)

@@ -2,6 +2,7 @@
 
 #include <config/coreconfig.h>
 #include <config/litecoreconfig.h>
+#include <export/exportfiles.h>
 #include <wave_data/signalelement.h>
 #include <wave_data/windowcontents.h>
 
@@ -9,6 +10,19 @@
 #include <QList>
 
 namespace KEO {
+
+/// One capture window on its way to a viewer or a file.
+struct CapturedWindow
+{
+    ExportCore core;            ///< what is told of its core, the trigger's sample included
+    int window = 0;             ///< number within the core
+    QList<SignalEntry> signals; ///< rows to make; buses take one element for each member
+    /// In flat order of `signals`; empty if no row has arrived.
+    QList<WaveMonitor::SignalElement> elements;
+
+    /// As a viewer shows it at first. The samples are shared, so asking twice costs little.
+    [[nodiscard]] WaveMonitor::WindowContents contents() const;
+};
 
 /// Cuts the raw sections of one capture window, in the order in which the data manager hands them
 /// out, into one element for each captured bit of \a core: ids from 0 in flat signal order, sample

@@ -8,6 +8,7 @@
 #include "waitingtip.h"
 
 #include <capture/capturemanager.h>
+#include <design/capturedisplay.h>
 #include <export_ui/exportdialog.h>
 #include <link/jtagsession.h>
 #include <programmer_ui/keoprogrammerwidget.h>

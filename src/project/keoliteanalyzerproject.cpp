@@ -119,7 +119,7 @@ void KeoLiteAnalyzerProject::drawSignalView()
     const LiteCoreConfig *core = m_dataManager->core();
     if (!core)
         return;
-    showCapture({core->index, 0, 0, core->signals,
+    showCapture({exportCore(*core), 0, core->signals,
                  extractSignalData(core, sections, targetName(), m_dataManager->isZeo())},
                 tr("No data."));
 }

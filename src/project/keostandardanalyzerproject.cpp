@@ -144,9 +144,8 @@ void KeoStandardAnalyzerProject::drawSignalView(int coreIdx, int winIdx)
     const CoreConfig *core = m_dataManager->coreByIndex(coreIdx);
     if (!core)
         return;
-    showCapture(
-        {coreIdx, winIdx, core->trigger_pos, core->signals, extractSignalData(core, sections)},
-        tr("No data in core %1 window %2").arg(coreIdx).arg(winIdx));
+    showCapture({exportCore(*core), winIdx, core->signals, extractSignalData(core, sections)},
+                tr("No data in core %1 window %2").arg(coreIdx).arg(winIdx));
 }
 
 void KeoStandardAnalyzerProject::onWindowNumChanged()

@@ -10,6 +10,7 @@ class QTreeWidgetItem;
 
 namespace KEO {
 
+struct CoreConfig;
 class DynamicConfigWidget;
 class KeoStandardDataManager;
 

@@ -50,13 +50,13 @@ QList<WaveMonitorWidget *> WaveTabs::monitors() const
 
 WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured, QWidget *parent)
 {
-    const WindowState *layout = layoutOf(captured.core, captured.window);
+    const WindowState *layout = layoutOf(captured.core.index, captured.window);
     const quint64 domain = quint64(m_waveMonitors.size()) * kDomainStep;
     auto *monitor = new WaveMonitorWidget(domain, parent, layout);
     m_waveMonitors.append(monitor);
     addCapturedRows(*monitor, captured.signals, captured.elements);
-    monitor->setTriggerPosition(captured.triggerPosition);
-    monitor->setTitle(captured.window, captured.core);
+    monitor->setTriggerPosition(captured.core.triggerSample);
+    monitor->setTitle(captured.window, captured.core.index);
     monitor->restoreState(layout);
     return monitor;
 }

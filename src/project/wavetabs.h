@@ -1,6 +1,6 @@
 #pragma once
 
-#include <config/coreconfig.h>
+#include <design/kindtraits.h>
 #include <wave/windowstate.h>
 #include <wave_data/signalelement.h>
 
@@ -20,19 +20,7 @@ class WindowContents;
 
 namespace KEO {
 
-/// One capture window on its way to the viewer.
-struct CapturedWindow
-{
-    int core = 0;               ///< CoreConfig::index; -1 for none
-    int window = 0;             ///< number within the core
-    int triggerPosition = 0;    ///< sample
-    QList<SignalEntry> signals; ///< rows to make; buses take one element for each member
-    QList<WaveMonitor::SignalElement> elements; ///< in flat order of `signals`
-};
-
-/// Which window an arrangement is for: that of one core and window number, which it keeps until a
-/// newer one comes; or any with the window number, and no longer than until the next capture.
-enum class LayoutKey { CoreAndWindow, Window };
+struct CapturedWindow;
 
 /// The wave monitors of a project, one for each core and window, and the arrangement that the user
 /// gave them, which outlives them from one capture to the next. Owns the monitors; a window that is
