@@ -60,13 +60,4 @@ void addCapturedRows(Receiver &receiver, const QList<SignalEntry> &rows,
     }
 }
 
-/// Fills \a contents as a fresh capture shows them: the core's signals and buses as rows in the
-/// order of the description, and its trigger position. \a elements are those of extractSignalData;
-/// the samples are shared, not copied.
-void fillWindow(WaveMonitor::WindowContents &contents, const CoreConfig &core,
-                QList<WaveMonitor::SignalElement> elements);
-/// The same for rows and a trigger position of any kind of core.
-void fillWindow(WaveMonitor::WindowContents &contents, const QList<SignalEntry> &rows,
-                int triggerPosition, QList<WaveMonitor::SignalElement> elements);
-
 } // namespace KEO

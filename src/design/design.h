@@ -36,6 +36,7 @@ public:
     [[nodiscard]] JtagSession &session() const { return m_session; }
     /// Not to be asked for in the destructors of receivers.
     [[nodiscard]] virtual CaptureManager &manager() = 0;
+    [[nodiscard]] bool isBusy() { return manager().state() != CaptureState::Idle; }
 
     /// Replaces the cores with those of the description at \a path and gives its check value. An
     /// error of kind File says in words for the user why it can't be used; one that is missing
