@@ -33,12 +33,14 @@ const QByteArray kGood = R"({
             { "OPERATION": "Verify", "CMD_INDEX": 1e300, "OPTIONS": ["Checking", "Programming"] }
         ] },
         { "MODE": "Flash", "OPERATIONS": [
-            { "OPERATION": "Write", "CMD_INDEX": 5, "OPTIONS": ["Programming"] } ] }
+            { "OPERATION": "Write", "CMD_INDEX": 5, "OPTIONS": ["Programming"] },
+            { "OPERATION": "Slow", "CMD_INDEX": 2.5 } ] }
     ],
     "DEVICE_CONFIG": [
         { "DEVICE": "Z", "IDCODE": "0x1100AB1B", "ACCESS_MODES": ["Flash", "nowhere", "SRAM"] },
         { "DEVICE": "A", "IDCODE": "1100ab1b", "ACCESS_MODES": ["SRAM"] },
-        { "DEVICE": "bare" }
+        { "DEVICE": "bare" },
+        { "DEVICE": "A", "IDCODE": "1" }
     ],
     "ALL_SERIES": [
         { "SERIES": "S2", "DEVICES": ["bare", "lost", "Z"] },
@@ -86,6 +88,7 @@ void tst_ProgrammerFiles::readsInFileOrderAndSkipsDanglingNames()
     QCOMPARE(a->defaultOperation()->cmdIndex, 2); // a number in quotes is one
     QCOMPARE(a->modes.first()->programmingOperations().size(), 2);
     QCOMPARE(database.operation(*z, "SRAM", "Verify")->cmdIndex, 0); // too large for a number
+    QCOMPARE(database.operation(*z, "Flash", "Slow")->cmdIndex, 3);  // rounded
     QVERIFY(!database.operation(*a, "Flash", "Write"));
     QVERIFY(!database.device("bare")->defaultOperation());
     QCOMPARE(database.devicesWithIdCode("1100AB1B"), (QList<const DeviceEntry *>{z, a}));
