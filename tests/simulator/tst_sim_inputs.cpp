@@ -250,6 +250,8 @@ void tst_SimInputs::names_data()
     row("bit out of range", "$var wire 4 v n [3:0] $end", "n[4]", noBit);
     row("bit out of a range not told", noRange, "n[4]", noBit);
     row("bit of a scalar", "$var wire 1 a n $end", "n[4]", noBit);
+    row("bit 0 of a scalar", "$var wire 1 a n $end", "n[0]",
+        "0 the net n[0] has no such bit in the dump");
     row("vector", "$var wire 4 v n [3:0] $end", "n", "0 the net n is a vector of 4 bits");
     row("vector without a range", noRange, "n", "0 the net n is a vector of 4 bits");
 }
