@@ -92,9 +92,11 @@ void tst_SimInputs::boardErrors()
     board("[]", "must hold an object");
     board(R"({"cabels": {}})", "\"cabels\" is unknown");
     board(R"({"version": 2})", "version: only version 1");
+    board(R"({"samples_per_second": 0})", "samples_per_second: must be a number from 1");
     board(R"({"scan": "keo2"})", "scan: there is no cable \"keo2\"");
     cable(R"("chain": 1)", "k.chain: must be an array");
     device(R"("idcode": "0x11G")", "cables.k.chain[1].idcode: must be a text of up to");
+    device(R"("instruction": 0)", "chain[1].instruction: "); // 0 marks the analyzer
     device(R"("instruction": 8.5)", "must be a whole number");
     device(R"("description": "a.keo")", "a description needs a stimulus");
     fault(R"("do": "lost")", "faults[0].at: must be one");
@@ -103,11 +105,14 @@ void tst_SimInputs::boardErrors()
     fault(R"("do": "lost", "at": "BRUST_READ")", "BRUST_READ has no reply");
     fault(R"("do": "result", "at": "READ_RAM")", "only OPEN has a result");
     fault(R"("do": "lost", "at": "OPEN", "ms": 5)", "\"ms\" is unknown");
+    fault(R"("do": "garbage", "at": "OPEN", "hex": "abc")", "pairs of hexadecimal");
     fault(R"("do": "garbage", "at": "OPEN")", "either \"hex\" or \"kind\"");
     fault(R"("at": "any", "nth": 9, "do": "die", "status": 3)", "");
     programmer(R"("download_ms": -1)", "k.programmer.download_ms: must be");
     programmer(R"("faults": [{"at": "download", "do": "late"}])",
                "programmer.faults[0].do: must be one of exit, error, killed");
+    programmer(R"("faults": [{"at": "scan", "do": "exit", "status": 0}])",
+               "faults[0].status: must be a number from 1");
 }
 
 void tst_SimInputs::descriptionErrors()
@@ -120,6 +125,8 @@ void tst_SimInputs::descriptionErrors()
         core("<KEO_CONFIG><Mode>Lite</Mode>" + content + "</KEO_CONFIG>", error);
     };
     const QByteArray good = description(kDepth);
+    core(good.left(100), "x.zeo:1:");
+    core("<KEO_CONFIG/>", "no core");
     core(description(""), "storage_depth");
     core(description(kDepth + " index=\"16\""), "index");
     core(QByteArray(good).replace("<KEO_ID>",
@@ -197,6 +204,7 @@ void tst_SimInputs::dumps_data()
         "#0 0! b0 \" 0#\n#5 1! b1001 \" 1#\n#10 0!\n#15 1! b0 \"\n#20 0!\n", "000 111");
     row("change told before the clock at the same time",
         "#0 0! b0 \" 0#\n#5 1# 1!\n#10 0!\n#15 1!\n", "000 001");
+    row("same time told twice", "#0 0! b0 \" 0#\n#1 1#\n#1 1!\n#2 0!\n#3 1!\n", "000 001");
     row("first value is no edge", "$dumpvars 1! b1111 \" 1# $end\n#5 0!\n#10 1!\n", "111");
     row("X and Z are 0, also in front of short values",
         "#0 0! bx \" z#\n#1 1!\n#2 0! bx1 \" 1#\n#3 1!\n#4 0! bz00Z \" x#\n#5 1!\n", "000 011 000");
@@ -208,6 +216,7 @@ void tst_SimInputs::dumps_data()
         "#0\r\n0!\r\nB1001\t\"\r\n0#\r\n$comment clk 1! $end r1.5 % sIDLE &\r\n"
         "#1 1!\n#2 0! $dumpoff x# bX \" $end\n#3 $dumpon 1# b1 \" $end\n#4 1!\n",
         "110 011");
+    row("VHDL levels", "#0 L! bHLLU \" H#\n#1 H!\n", "101");
     row("cut off in the middle", "#0 0! b1 \" 1#\n#1 1!\n#2 0! b11", "011");
 }
 
@@ -219,6 +228,7 @@ void tst_SimInputs::dumps()
     // The same with the clock turned round; X counts as 0.
     changes.replace("x!", "0!");
     changes.replace("0!", "\1").replace("1!", "0!").replace('\1', "1!");
+    changes.replace("L!", "\1").replace("H!", "L!").replace('\1', "H!");
     QTEST(sampled(kHeader + changes, nets, true), "expected");
 }
 
@@ -237,6 +247,7 @@ void tst_SimInputs::names_data()
     row("case counts", deep, "X", "0 the net X is not in the dump");
 
     row("upward range", "$var wire 4 v n [0:3] $end", "n[2]");
+    row("range not at 0", "$var wire 4 v n [11:8] $end", "n[9]");
     row("negative range", "$var wire 4 v n [1:-2] $end", "n[-1]");
     row("range without a blank", "$var wire 4 v n[3:0] $end", "n[1]");
     const QByteArray noRange = "$var integer 4 v n $end";
@@ -245,6 +256,9 @@ void tst_SimInputs::names_data()
     row("bits one by one", "$var wire 1 b n [1] $end $var wire 1 a n [0] $end", "n[0]");
     row("word of a memory", "$var reg 4 v m[5][3:0] $end", "m[5][1]");
     row("escaped name", "$var wire 1 a \\n-1 $end", "n-1");
+    row("one bit with range", "$var wire 1 a n [0:0] $end", "n");
+    row("one bit of a longer range", "$var wire 1 a n [3:3] $end", "n",
+        "0 the net n is a vector of 1 bits");
     row("two names of one wire", "$var wire 1 a m $end $var port 1 a n $end", "n");
     const char *noBit = "0 the net n[4] has no such bit in the dump";
     row("bit out of range", "$var wire 4 v n [3:0] $end", "n[4]", noBit);

@@ -553,9 +553,11 @@ void tst_SimPrograms::programmerRefusals()
         {{}, "--device is missing"},
         {kDownload + QStringList{"--scan"}, "--scan stands alone"},
         {kDownload + QStringList{"--fast"}, "fast"},
+        {kDownload + QStringList{"now"}, "\"now\" is no option"},
         {kDownload + QStringList{"--device", "KR-C"}, "--device is there 2 times"},
         {with("--operation_index", "-1"), "--operation_index"},
         {with("--cable-index", "3"), "there is no cable 3"},
+        {with("--chain_size", "3"), "2 entries"},
         {with("--chain_index", "2"), "--chain_index is 2"},
         {kDownload.first(kDownload.size() - 2), "--chain_ir is missing"},
         {with("--chain_ir", "6,"), "--chain_ir: \"\""}};
