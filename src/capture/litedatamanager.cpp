@@ -1,10 +1,10 @@
 #include "litedatamanager.h"
 
 #include "bits.h"
-#include "capturelog.h"
 #include "capturepackets.h"
 #include "shiftword.h"
 
+#include <base/logging.h>
 #include <config/liteconfig.h>
 
 #include <QFileInfo>
@@ -63,7 +63,7 @@ bool KeoLiteDataManager::load(const QString &path, QString &id)
     // Lite shift words name no core: with a second one in the chip nobody could tell which answers.
     const bool isOne = cores.size() == 1;
     if (!isOne)
-        qCDebug(keoCapture, "%lld lite cores, and only one can be captured from",
+        qCDebug(lcCapture, "%lld lite cores, and only one can be captured from",
                 qlonglong(cores.size()));
     setCore(isOne ? std::make_unique<LiteCoreConfig>(cores.first()) : nullptr);
     return isOne;
@@ -241,7 +241,7 @@ void KeoLiteDataManager::giveUpOnPolls()
         m_patienceTimer->start();
         return;
     }
-    qCDebug(keoCapture, "%d polls without an answer, asking again", *m_unansweredPolls);
+    qCDebug(lcCapture, "%d polls without an answer, asking again", *m_unansweredPolls);
     session().clearTasks();
     m_unansweredPolls = std::make_shared<int>(0);
     m_checkTimer->start();

@@ -1,10 +1,10 @@
 #include "registerimage.h"
 
 #include "bits.h"
-#include "capturelog.h"
 #include "devicemodels.h"
 #include "shiftword.h"
 
+#include <base/logging.h>
 #include <trigger/expression.h>
 
 #include <algorithm>
@@ -237,7 +237,7 @@ QList<QBitArray> buildExpressionImage(const CoreConfig &core)
     const qint64 affordable = kMaxImageBytes / tableBytes;
     const qint64 tables = std::min({std::max<qint64>(inForce.size(), 1), addressable, affordable});
     if (tables < inForce.size())
-        qCDebug(keoCapture, "core %d: %lld of %lld expressions left out", core.index,
+        qCDebug(lcCapture, "core %d: %lld of %lld expressions left out", core.index,
                 qlonglong(inForce.size() - tables), qlonglong(inForce.size()));
 
     QList<QBitArray> image;

@@ -1,11 +1,11 @@
 #include "standarddatamanager.h"
 
 #include "bits.h"
-#include "capturelog.h"
 #include "capturepackets.h"
 #include "registerimage.h"
 #include "shiftword.h"
 
+#include <base/logging.h>
 #include <config/poweroftwo.h>
 #include <config/standardconfig.h>
 #include <link/jtagsession.h>
@@ -177,7 +177,7 @@ void KeoStandardDataManager::onTimeout()
     if (box)
         box(tr("Error"), text);
     else
-        qCWarning(keoCapture).noquote() << text;
+        qCWarning(lcCapture).noquote() << text;
 }
 
 void KeoStandardDataManager::disarm()

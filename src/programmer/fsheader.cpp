@@ -2,7 +2,8 @@
 
 #include "devicechain.h"
 #include "devicedatabase.h"
-#include "programmerlogging.h"
+
+#include <base/logging.h>
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -46,13 +47,13 @@ void clearBitstream(DeviceRow &row)
 FsHeaderReader::FsHeaderReader(const QString &path) : m_file(path)
 {
     if (!QFileInfo(path).isFile()) {
-        qCDebug(keoProgrammer) << "no regular file:" << path;
+        qCDebug(lcProgrammer) << "no regular file:" << path;
         return;
     }
     if (m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         m_block.resize(kBlockSize);
     else
-        qCDebug(keoProgrammer) << "can't be read:" << path << m_file.errorString();
+        qCDebug(lcProgrammer) << "can't be read:" << path << m_file.errorString();
 }
 
 bool FsHeaderReader::read(int msecs)

@@ -4,7 +4,6 @@
 
 #include <programmer/devicedatabase.h>
 #include <programmer/fsheader.h>
-#include <programmer/programmerlogging.h>
 #include <widgets/messagebox.h>
 
 #include <QApplication>

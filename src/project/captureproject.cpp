@@ -2,11 +2,11 @@
 
 #include "descriptionwatch.h"
 #include "programmerpage.h"
-#include "projectlog.h"
 #include "runcontrols.h"
 #include "runtoolbar.h"
 #include "waitingtip.h"
 
+#include <base/logging.h>
 #include <capture/capturemanager.h>
 #include <export_ui/exportdialog.h>
 #include <link/jtagsession.h>
@@ -420,7 +420,7 @@ void CaptureProject::clearWaveMonitors(WaveTabs::Layouts layouts)
 void CaptureProject::showError(const QString &text)
 {
     if (m_openErrors.contains(text)) {
-        qCDebug(keoProject).noquote() << "error not shown a second time:" << text;
+        qCDebug(lcProject).noquote() << "error not shown a second time:" << text;
         return;
     }
     m_openErrors.insert(text);

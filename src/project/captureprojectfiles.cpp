@@ -3,9 +3,9 @@
 #include "captureproject.h"
 #include "descriptionwatch.h"
 #include "programmerpage.h"
-#include "projectlog.h"
 #include "savedialog.h"
 
+#include <base/logging.h>
 #include <programmer_ui/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
 
@@ -74,7 +74,7 @@ std::optional<ProjectFile> CaptureProject::loadProject(const QString &path)
 {
     const Result<ProjectFile> project = readProjectFile(path);
     if (!project)
-        qCDebug(keoProject).noquote() << project.error().message;
+        qCDebug(lcProject).noquote() << project.error().message;
     if (!project || !takeDesign(project->keoFile))
         return std::nullopt;
     return *project;
@@ -104,7 +104,7 @@ void CaptureProject::onSave()
     if (!saveDescription(paths.keoFile))
         showError(tr("Can not save to %1").arg(paths.keoFile));
     if (const std::optional<Error> error = writeProjectFile(projectFile, paths))
-        qCDebug(keoProject).noquote() << "project file not saved:" << error->message;
+        qCDebug(lcProject).noquote() << "project file not saved:" << error->message;
 }
 
 void CaptureProject::saveDataFile(const QString &path) const
@@ -115,7 +115,7 @@ void CaptureProject::saveDataFile(const QString &path) const
         windows.last().contents = &wave->contents();
     }
     if (const std::optional<Error> error = writeDataFile(path, windows))
-        qCDebug(keoProject).noquote() << "data file not saved:" << error->message;
+        qCDebug(lcProject).noquote() << "data file not saved:" << error->message;
 }
 
 CaptureProject::DataFileState CaptureProject::loadDataFile(const QString &path)
@@ -126,7 +126,7 @@ CaptureProject::DataFileState CaptureProject::loadDataFile(const QString &path)
     }
     Result<LoadedWindows> windows = KEO::loadDataFile(path);
     if (!windows) {
-        qCDebug(keoProject).noquote() << path << windows.error().message;
+        qCDebug(lcProject).noquote() << path << windows.error().message;
         if (windows.error().kind != Error::File)
             showError(windows.error().message);
         return DataFileState::Unusable;

@@ -1,11 +1,9 @@
 #include "matchvalue.h"
 
-#include <QLoggingCategory>
+#include <base/logging.h>
 
 #include <algorithm>
 #include <cmath>
-
-Q_LOGGING_CATEGORY(keoTrigger, "keo.trigger")
 
 namespace KEO {
 
@@ -73,7 +71,7 @@ QString baseConvert(const QString &text, int from, int to, int width)
     if (ok)
         return QString::number(number, to).toUpper();
     constexpr int kShown = 80; // ports may have thousands of bits
-    qCDebug(keoTrigger, "\"%s\" is no number of radix %d within 64 bits; taken as zero",
+    qCDebug(lcTrigger, "\"%s\" is no number of radix %d within 64 bits; taken as zero",
             qUtf8Printable(text.left(kShown)), from);
     return QString(width, u'0');
 }
