@@ -1,5 +1,5 @@
 #include <config/coreconfig.h>
-#include <config/matchtext.h>
+#include <config/matchtype.h>
 #include <config/poweroftwo.h>
 
 #include <support/testmain.h>
@@ -107,15 +107,17 @@ void tst_CoreConfig::numbersOutsideTheTables()
     CoreConfig core;
     core.expressions = QStringList{"M0"};
     for (int number : {-1, 16}) {
-        QVERIFY(functionsForMatchType(number).isEmpty());
-        QVERIFY(matchTypeText(number).isEmpty());
-        QVERIFY(matchFunctionText(number).isEmpty());
+        QVERIFY(functionsForMatchType(MatchType(number)).isEmpty());
+        QVERIFY(matchTypeText(MatchType(number)).isEmpty());
+        QVERIFY(matchFunctionText(MatchFunction(number)).isEmpty());
         QCOMPARE(core.triggerByIndex(number), nullptr);
         QCOMPARE(core.matchUnitByIndex(number), nullptr);
         core.setExpression("M1", number);
     }
     QCOMPARE(core.expressions, QStringList{"M0"});
-    QCOMPARE(functionsForMatchType(3), (QList<int>{0, 1, 2, 3, 4, 5}));
+    using enum MatchFunction;
+    QCOMPARE(functionsForMatchType(MatchType::ExtendedWithEdges),
+             (QList{Equal, NotEqual, Greater, Less, GreaterOrEqual, LessOrEqual}));
 }
 
 void tst_CoreConfig::windowsRoundUpToAPowerOfTwo()

@@ -61,8 +61,8 @@ std::unique_ptr<CoreConfig> fullCore()
     core->triggers[15]->signals = {single("z")};
     MatchUnit &unit = *core->matchUnits[2];
     unit.enabled = true;
-    unit.match_type = 5;
-    unit.func = 7;
+    unit.match_type = MatchType::RangeWithEdges;
+    unit.func = MatchFunction::NotInRange;
     unit.counter_enable = true;
     unit.counter_width = 12;
     unit.counter = 345;
@@ -110,7 +110,7 @@ void tst_StandardConfig::readsAToolFlowFile()
     QCOMPARE(range->trigger, core.triggerByIndex(3));
     QCOMPARE(range->value1, "10");
     QCOMPARE(core.matchUnitByIndex(0)->counter_width, 0); // absent is 0, not the default
-    QCOMPARE(core.matchUnitByIndex(4)->match_type, 0);
+    QCOMPARE(core.matchUnitByIndex(4)->match_type, MatchType::Basic);
     QCOMPARE(core.matchUnitByIndex(4)->trigger, nullptr);
     QCOMPARE(core.matchUnitByIndex(5)->trigger, nullptr);
 

@@ -1,6 +1,6 @@
 #include "portcore.h"
 
-#include <config/matchtext.h>
+#include <config/matchtype.h>
 #include <support/widgettest.h>
 #include <trigger_ui/matchunitdialog.h>
 #include <trigger_ui/matchunitmodel.h>
@@ -42,8 +42,8 @@ struct Opened
         connectPort(*core.triggerByIndex(2), bits);
         connectPort(*core.triggerByIndex(5), 4);
         unit->trigger = core.triggerByIndex(2);
-        unit->match_type = type;
-        unit->func = func;
+        unit->match_type = MatchType(type);
+        unit->func = MatchFunction(func);
         unit->value0 = value0;
         unit->value1 = value1;
     }
@@ -115,8 +115,8 @@ void tst_MatchUnits::table()
     pattern->counter = 7;
     MatchUnit *range = core.matchUnitByIndex(12);
     range->trigger = core.triggerByIndex(4);
-    range->match_type = 5;
-    range->func = 7;
+    range->match_type = MatchType::RangeWithEdges;
+    range->func = MatchFunction::NotInRange;
     range->counter_enable = true;
     range->counter = 9;
     range->value0 = "001";
@@ -211,7 +211,7 @@ void tst_MatchUnits::typedRanges()
     Opened opened(10, 4, 0);
     opened.open();
     QVERIFY(!opened.find("lineEditValue1")->isVisible());
-    opened.choose("comboBoxFunc", matchFunctionText(7));
+    opened.choose("comboBoxFunc", matchFunctionText(MatchFunction::NotInRange));
     QVERIFY(opened.find("lineEditValue1")->isVisible());
     const auto stored = [&](const QString &radix, const QString &minimum, const QString &maximum) {
         opened.dialog->show();
@@ -229,7 +229,7 @@ void tst_MatchUnits::typedRanges()
     QVERIFY(!opened.dialog->isVisible());
     QCOMPARE(stored(Hex, "1FF", "1ff"), "0111111111:0111111111");
     QCOMPARE(stored(Dec, "0009", "0010"), "0000001001:0000001010");
-    QCOMPARE(opened.unit->func, 7);
+    QCOMPARE(opened.unit->func, MatchFunction::NotInRange);
     QCOMPARE(boxes.seen.size(), 2);
 }
 
@@ -295,7 +295,7 @@ void tst_MatchUnits::typeAndFunctionNarrow()
     opened.choose("comboBoxFunc", "<=");
     opened.confirm();
     const MatchUnit &unit = *opened.unit;
-    QCOMPARE(unit.match_type, 2);
+    QCOMPARE(unit.match_type, MatchType::Extended);
     QCOMPARE(matchFunctionText(unit.func), "<=");
     QCOMPARE(unit.value0 + unit.value1, "00100110");
 }
@@ -379,7 +379,7 @@ void tst_MatchUnits::valuesFromAFile()
         opened.open();
         opened.confirm();
         QCOMPARE(opened.unit->value0, stored[value]);
-        QCOMPARE(opened.unit->func, 4);
+        QCOMPARE(opened.unit->func, MatchFunction::GreaterOrEqual);
     }
 }
 
