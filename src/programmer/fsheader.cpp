@@ -2,6 +2,7 @@
 
 #include "devicechain.h"
 #include "devicedatabase.h"
+#include "keyedline.h"
 
 #include <base/logging.h>
 
@@ -16,11 +17,6 @@ namespace {
 
 constexpr qsizetype kBlockSize = 256 * 1024; // bytes; read in about a tenth of a millisecond
 
-QString valueOf(const QString &line)
-{
-    return line.mid(line.indexOf(u':') + 1).simplified();
-}
-
 bool isMadeFor(const QString &package, const DeviceDatabase &database, DeviceRow &row)
 {
     const qsizetype dash = package.lastIndexOf(u'-');
@@ -33,13 +29,6 @@ bool isMadeFor(const QString &package, const DeviceDatabase &database, DeviceRow
         return false;
     row.idCode = plainIdCode(entry->idCode);
     return true;
-}
-
-void clearBitstream(DeviceRow &row)
-{
-    row.fsFile.clear();
-    row.checksum.clear();
-    row.userCode.clear();
 }
 
 } // namespace
