@@ -11,10 +11,10 @@ namespace {
 
 const QString kSuffix = QStringLiteral(".analyzer_prj");
 
-QString tr(const char *text)
+struct Text
 {
-    return QCoreApplication::translate("KEO::SaveDialog", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(KEO::SaveDialog)
+};
 
 } // namespace
 
@@ -30,8 +30,8 @@ QString suggestedProjectPath(const QObject *window)
 QString askProjectPath(QWidget *parent, const QString &suggestion)
 {
     const QString path =
-        QFileDialog::getSaveFileName(parent, tr("Save Data File"), suggestion,
-                                     tr("KEO Analyzer Project File (*%1)").arg(kSuffix));
+        QFileDialog::getSaveFileName(parent, Text::tr("Save Data File"), suggestion,
+                                     Text::tr("KEO Analyzer Project File (*%1)").arg(kSuffix));
     return path.isEmpty() || !QFileInfo(path).suffix().isEmpty() ? path : path + kSuffix;
 }
 
