@@ -1,7 +1,5 @@
 #include "exportwindow.h"
 
-#include "vcdwriter.h"
-
 #include <wave_data/windowcontents.h>
 #include <wave_data/xmltext.h>
 
@@ -168,7 +166,7 @@ ExportColumns readExportColumns(const ExportWindow &window, bool includeMembers)
     return columns;
 }
 
-QList<ExportRecord> readVcdRecords(const ExportWindow &window)
+QList<ExportRecord> readNamedRecords(const ExportWindow &window)
 {
     QList<ExportRecord> records = window.records;
     const RecordIndex index(records);
@@ -183,8 +181,6 @@ QList<ExportRecord> readVcdRecords(const ExportWindow &window)
         for (const ExportRow &member : row.members)
             rename(member);
     }
-    for (qsizetype i = 0; i < records.size(); ++i)
-        records[i].id = vcdIdentifier(int(i) + 1);
     return records;
 }
 
