@@ -19,7 +19,6 @@ namespace KEO {
 namespace {
 
 constexpr qint64 kCaptureInitRegister = 2;
-constexpr int kSectionRows = 128; // at most
 
 /// Polls that may wait for their answers. Enough to keep any server busy, and few enough that what
 /// comes after them, a Stop above all, does not wait long behind them.

@@ -21,7 +21,6 @@ namespace KEO {
 namespace {
 
 constexpr int kPollInterval = 500; // ms
-constexpr int kSectionRows = 128;  // at most
 constexpr int kLeadingBits = 32;   // that a memory read shifts out before the rows
 
 /// Tells the answer to a memory read from the answer to a poll. Needed because request ids are used

@@ -9,13 +9,6 @@
 
 namespace KEO {
 
-namespace {
-
-// Rows that the data manager reads at a time.
-constexpr int kSectionRows = 128;
-
-} // namespace
-
 StandardSource::StandardSource()
 {
     connect(&m_manager, &KeoStandardDataManager::readRamComplete, this, &CaptureSource::captured);
@@ -60,6 +53,7 @@ std::optional<Error> StandardSource::chooseCores(const CaptureOptions &options)
     if (positions.isEmpty())
         positions.append(0);
     std::sort(positions.begin(), positions.end());
+    constexpr int kSectionRows = CaptureManager::kSectionRows;
     for (const int position : positions) {
         const CoreConfig &core = *cores[size_t(position)];
         if (core.capture_amount < 1 || core.window_num < 1)

@@ -3,7 +3,7 @@
 #include <base/wholefile.h>
 #include <wave_data/windowcontents.h>
 #include <wave_data/windowxml.h>
-#include <wave_data/xmltext.h>
+#include <wave_data/sampletext.h>
 
 #include <QByteArrayView>
 

@@ -1,7 +1,8 @@
 #include "exportwindow.h"
 
+#include <base/xmltext.h>
+#include <wave_data/sampletext.h>
 #include <wave_data/windowcontents.h>
-#include <wave_data/xmltext.h>
 
 #include <QDomElement>
 #include <QHash>
@@ -11,12 +12,17 @@ using WaveMonitor::DataFormat;
 using WaveMonitor::LayoutNode;
 using WaveMonitor::SignalElement;
 using WaveMonitor::SignalLayoutNode;
-using WaveMonitor::storableText;
 using WaveMonitor::WindowContents;
 
 namespace KEO {
 
 namespace {
+
+/// Exports leave out what a saved window does.
+QString storableText(const QString &text)
+{
+    return xmlSafeText(text, Unstorable::Dropped);
+}
 
 QString firstNonEmpty(const QString &text, const QString &name)
 {
