@@ -3,7 +3,7 @@
 #include "coretext.h"
 
 #include <config/liteconfig.h>
-#include <config/matchtext.h>
+#include <config/matchtype.h>
 #include <config/poweroftwo.h>
 #include <config/standardconfig.h>
 
@@ -136,13 +136,16 @@ void tst_Config::numbersOutsideTheTables()
     CoreConfig core;
     core.expressions = QStringList{"M0"};
     for (int number : {-1, 16}) {
-        QVERIFY(functionsForMatchType(number).isEmpty());
-        QVERIFY(matchTypeText(number).isEmpty() && matchFunctionText(number).isEmpty());
+        QVERIFY(functionsForMatchType(MatchType(number)).isEmpty());
+        QVERIFY(matchTypeText(MatchType(number)).isEmpty());
+        QVERIFY(matchFunctionText(MatchFunction(number)).isEmpty());
         QVERIFY(!core.triggerByIndex(number) && !core.matchUnitByIndex(number));
         core.setExpression("M1", number);
     }
     QCOMPARE(core.expressions, QStringList{"M0"});
-    QCOMPARE(functionsForMatchType(3), (QList<int>{0, 1, 2, 3, 4, 5}));
+    using enum MatchFunction;
+    QCOMPARE(functionsForMatchType(MatchType::ExtendedWithEdges),
+             (QList{Equal, NotEqual, Greater, Less, GreaterOrEqual, LessOrEqual}));
     for (const auto &[n, power] : {std::pair(-1, 0LL),
                                    {0, 0},
                                    {1, 1},
@@ -172,7 +175,7 @@ void tst_Config::readsAToolFlowFile()
     QCOMPARE(core.portsWithSignals().size(), 2); // port 16 is skipped
     QCOMPARE(core.expressions.join(u' '), "M0&!M3 M0|M3");
     QCOMPARE(core.matchUnitByIndex(0)->counter_width, 0); // absent is 0, not the default
-    QCOMPARE(core.matchUnitByIndex(4)->match_type, 0);
+    QCOMPARE(core.matchUnitByIndex(4)->match_type, MatchType::Basic);
     QVERIFY(!core.matchUnitByIndex(4)->trigger && !core.matchUnitByIndex(5)->trigger);
     QCOMPARE(cores[1]->flatSignalNames().join(u' '), "b a");
 }

@@ -60,7 +60,7 @@ template <typename Act>
 QStringList logOf(Act act)
 {
     s_log.clear();
-    QLoggingCategory::setFilterRules("keo.programmer.debug=true");
+    QLoggingCategory::setFilterRules("signalscope.programmer.debug=true");
     const QtMessageHandler old = qInstallMessageHandler(keepLog);
     act();
     qInstallMessageHandler(old);

@@ -1,6 +1,7 @@
 #include "naivetable.h"
 
 #include <trigger/expression.h>
+#include <trigger/truthtable.h>
 
 #include <support/testmain.h>
 

@@ -4,9 +4,10 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
-namespace WaveMonitor {
+namespace KEO {
 
 /// The 64 bits of \a bits from index \a first on, which must be a multiple of 8 and not negative:
 /// bit k of the result is bit first + k of the array. Bits past the end read as 0.
@@ -31,4 +32,9 @@ constexpr quint64 reversedBits(quint64 word)
     return word >> 32 | word << 32;
 }
 
-} // namespace WaveMonitor
+/// 64 words of 64 bits.
+using BitSquare = std::array<quint64, 64>;
+/// Swaps rows and columns: bit c of word r becomes bit r of word c.
+void transposeBits(BitSquare &square);
+
+} // namespace KEO

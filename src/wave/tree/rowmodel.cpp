@@ -1,9 +1,9 @@
-// The part of SignalTreeModel that arranges rows: grouping, names and order, moving.
-
-#include "signaltreemodel.h"
+#include "rowmodel.h"
 
 #include <wave_data/rowtext.h>
 
+#include <QColor>
+#include <QFont>
 #include <QtDebug>
 
 #include <algorithm>
@@ -11,6 +11,8 @@
 namespace WaveMonitor {
 
 namespace {
+
+constexpr QRgb kMemberBackground = 0xFFDDDDDD;
 
 /// Adds the signals of a row: itself, or the members of a bus.
 void appendLeaves(QList<const LayoutNode *> &leaves, const LayoutNode *row)
@@ -29,9 +31,124 @@ LayoutNode *nextSibling(const LayoutNode *node)
 
 } // namespace
 
+RowModel::RowModel(QObject *parent) : QAbstractItemModel(parent)
+{
+}
+
+LayoutNode *RowModel::node(const QModelIndex &index) const
+{
+    if (index.isValid())
+        return static_cast<LayoutNode *>(index.internalPointer());
+    return const_cast<LayoutNode *>(&m_contents.layout());
+}
+
+QModelIndex RowModel::indexOf(const LayoutNode *node) const
+{
+    if (!node->parent)
+        return {};
+    return createIndex(node->parent->childIndex(node), NameColumn, node);
+}
+
+// The item model
+
+QModelIndex RowModel::index(int row, int column, const QModelIndex &parent) const
+{
+    if (!hasIndex(row, column, parent))
+        return {};
+    return createIndex(row, column, node(parent)->child(row));
+}
+
+QModelIndex RowModel::parent(const QModelIndex &index) const
+{
+    return index.isValid() ? indexOf(node(index)->parent) : QModelIndex();
+}
+
+int RowModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.column() > NameColumn ? 0 : int(node(parent)->children.size());
+}
+
+int RowModel::columnCount(const QModelIndex &) const
+{
+    return 2;
+}
+
+QVariant RowModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    const LayoutNode &row = *node(index);
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::EditRole:
+        return index.column() == NameColumn ? rowName(m_contents, row) : rowValue(m_contents, row);
+    case Qt::FontRole:
+        if (index.column() == NameColumn) {
+            QFont font;
+            font.setItalic(isRowRenamed(m_contents, row));
+            return font;
+        }
+        return {};
+    case Qt::BackgroundRole:
+        return row.parent->type == LayoutNode::Bus ? QColor(kMemberBackground) : QColor(Qt::white);
+    default:
+        return {};
+    }
+}
+
+bool RowModel::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    const QString text = value.toString();
+    if (!index.isValid() || index.column() != NameColumn || role != Qt::EditRole || text.isEmpty())
+        return false;
+    LayoutNode *row = node(index);
+    if (row->type == LayoutNode::Bus) {
+        auto *bus = static_cast<BusLayoutNode *>(row);
+        bus->text = text == bus->name ? QString() : text;
+    } else {
+        static_cast<SignalLayoutNode *>(row)->text = text;
+    }
+    Q_EMIT dataChanged(index, index);
+    return true;
+}
+
+QVariant RowModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return {};
+    switch (section) {
+    case NameColumn:
+        return tr("Name");
+    case ValueColumn:
+        return tr("Value");
+    default:
+        return QString();
+    }
+}
+
+Qt::DropActions RowModel::supportedDropActions() const
+{
+    return Qt::CopyAction | Qt::MoveAction;
+}
+
+Qt::DropActions RowModel::supportedDragActions() const
+{
+    return supportedDropActions();
+}
+
+Qt::ItemFlags RowModel::flags(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return Qt::ItemIsDropEnabled;
+    const Qt::ItemFlags shared = Qt::ItemIsDragEnabled | Qt::ItemIsEnabled;
+    if (index.column() != NameColumn)
+        return shared;
+    return shared | Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsDropEnabled;
+}
+
 // Grouping
 
-QString SignalTreeModel::groupingObstacle(const QList<const LayoutNode *> &nodes) const
+QString RowModel::groupingObstacle(const QList<const LayoutNode *> &nodes) const
 {
     QList<const LayoutNode *> leaves;
     for (const LayoutNode *each : nodes) {
@@ -53,7 +170,7 @@ QString SignalTreeModel::groupingObstacle(const QList<const LayoutNode *> &nodes
     return equal ? QString() : QStringLiteral("signals have different data length!");
 }
 
-void SignalTreeModel::groupBus(const QModelIndexList &indexes)
+void RowModel::groupRows(const QModelIndexList &indexes)
 {
     const QList<LayoutNode *> rows = nodesOf(indexes);
     const QList<const LayoutNode *> nodes(rows.cbegin(), rows.cend());
@@ -63,13 +180,12 @@ void SignalTreeModel::groupBus(const QModelIndexList &indexes)
                                               : QStringLiteral("NO - ") + obstacle);
     if (obstacle.isEmpty()) {
         groupNodes(nodes);
-        raiseLater(this, EvStructureChanged);
+        Q_EMIT structureChanged();
     }
-    m_items.clearSelection();
 }
 
 /// Detaches the top-level rows \a first to \a last.
-LayoutNode::List SignalTreeModel::takeRows(int first, int last)
+LayoutNode::List RowModel::takeRows(int first, int last)
 {
     LayoutNode &root = m_contents.layout();
     LayoutNode::List taken;
@@ -80,7 +196,7 @@ LayoutNode::List SignalTreeModel::takeRows(int first, int last)
     return taken;
 }
 
-void SignalTreeModel::groupNodes(const QList<const LayoutNode *> &nodes)
+void RowModel::groupNodes(const QList<const LayoutNode *> &nodes)
 {
     LayoutNode &root = m_contents.layout();
     auto bus = std::make_unique<BusLayoutNode>();
@@ -100,7 +216,7 @@ void SignalTreeModel::groupNodes(const QList<const LayoutNode *> &nodes)
             }
             for (auto &member : taken->takeChildren())
                 bus->appendChild(std::move(member));
-            m_items.removeItem(taken.get());
+            Q_EMIT busDissolved(taken.get());
             qDebug().noquote() << "release node: " << rowName(m_contents, *taken)
                                << static_cast<const void *>(taken.get());
         }
@@ -110,7 +226,7 @@ void SignalTreeModel::groupNodes(const QList<const LayoutNode *> &nodes)
     endInsertRows();
 }
 
-void SignalTreeModel::ungroupBus(const QModelIndex &index)
+void RowModel::ungroupBus(const QModelIndex &index)
 {
     qDebug() << "ungroup bus at index: " << index;
     if (!index.isValid() || node(index)->type != LayoutNode::Bus)
@@ -125,11 +241,11 @@ void SignalTreeModel::ungroupBus(const QModelIndex &index)
             m_contents.layout().insertChild(position++, std::move(member));
         endInsertRows();
     }
-    m_items.removeItem(&bus);
-    raiseLater(this, EvStructureChanged);
+    Q_EMIT busDissolved(&bus);
+    Q_EMIT structureChanged();
 }
 
-void SignalTreeModel::restoreOriginalName(const QModelIndex &index)
+void RowModel::restoreOriginalName(const QModelIndex &index)
 {
     if (!index.isValid())
         return;
@@ -145,7 +261,7 @@ void SignalTreeModel::restoreOriginalName(const QModelIndex &index)
     Q_EMIT dataChanged(name, name);
 }
 
-void SignalTreeModel::reverse(const QModelIndex &bus)
+void RowModel::reverse(const QModelIndex &bus)
 {
     if (!bus.isValid() || node(bus)->type != LayoutNode::Bus)
         return;
@@ -160,39 +276,38 @@ void SignalTreeModel::reverse(const QModelIndex &bus)
                 old, createIndex(last - old.row(), old.column(), old.internalPointer()));
     }
     Q_EMIT layoutChanged(parents);
-    raiseLater(this, EvStructureChanged);
+    Q_EMIT structureChanged();
 }
 
 // Moving
 
-QModelIndexList SignalTreeModel::moveAbove(const QModelIndex &target, const QModelIndexList &moved)
+QModelIndexList RowModel::moveAbove(const QModelIndex &target, const QModelIndexList &moved)
 {
     if (!target.isValid())
         return {};
     return moveBefore(node(target), node(target)->parent, moved, EmptyBus::Dissolve);
 }
 
-QModelIndexList SignalTreeModel::moveBelow(const QModelIndex &target, const QModelIndexList &moved)
+QModelIndexList RowModel::moveBelow(const QModelIndex &target, const QModelIndexList &moved)
 {
     if (!target.isValid())
         return {};
     return moveBefore(nextSibling(node(target)), node(target)->parent, moved, EmptyBus::Dissolve);
 }
 
-QModelIndexList SignalTreeModel::movePrepend(const QModelIndex &parent,
-                                             const QModelIndexList &moved)
+QModelIndexList RowModel::movePrepend(const QModelIndex &parent, const QModelIndexList &moved)
 {
     return moveBefore(node(parent)->child(0), node(parent), moved, EmptyBus::Keep);
 }
 
-QModelIndexList SignalTreeModel::moveAppend(const QModelIndex &parent, const QModelIndexList &moved)
+QModelIndexList RowModel::moveAppend(const QModelIndex &parent, const QModelIndexList &moved)
 {
     return moveBefore(nullptr, node(parent), moved, EmptyBus::Keep);
 }
 
 /// Puts rows under \a parent before its child \a anchor, or last for null.
-QModelIndexList SignalTreeModel::moveBefore(LayoutNode *anchor, LayoutNode *parent,
-                                            const QModelIndexList &moved, EmptyBus emptyBus)
+QModelIndexList RowModel::moveBefore(LayoutNode *anchor, LayoutNode *parent,
+                                     const QModelIndexList &moved, EmptyBus emptyBus)
 {
     const QList<LayoutNode *> nodes = nodesOf(moved);
     const bool intoBus = parent->type == LayoutNode::Bus;
@@ -212,15 +327,14 @@ QModelIndexList SignalTreeModel::moveBefore(LayoutNode *anchor, LayoutNode *pare
     if (emptyBus == EmptyBus::Dissolve && oldParent.isValid() && node(oldParent)->children.empty())
         ungroupBus(oldParent);
 
-    recalculateWaveItems();
-    raiseLater(this, EvRepaintItems);
+    Q_EMIT rowsPlaced();
     QModelIndexList places;
     for (const LayoutNode *each : nodes)
         places.append(indexOf(each));
     return places;
 }
 
-void SignalTreeModel::moveNode(LayoutNode *node, LayoutNode *parent, const LayoutNode *anchor)
+void RowModel::moveNode(LayoutNode *node, LayoutNode *parent, const LayoutNode *anchor)
 {
     LayoutNode *oldParent = node->parent;
     const int from = oldParent->childIndex(node);
@@ -233,7 +347,7 @@ void SignalTreeModel::moveNode(LayoutNode *node, LayoutNode *parent, const Layou
 }
 
 /// The rows of valid indexes, each once, in list order.
-QList<LayoutNode *> SignalTreeModel::nodesOf(const QModelIndexList &indexes) const
+QList<LayoutNode *> RowModel::nodesOf(const QModelIndexList &indexes) const
 {
     QList<LayoutNode *> nodes;
     for (const QModelIndex &index : indexes) {

@@ -1,4 +1,4 @@
-#include "xmltext.h"
+#include "sampletext.h"
 
 #include <QDomElement>
 
@@ -10,17 +10,6 @@
 namespace WaveMonitor {
 
 namespace {
-
-/// Length of the storable character at \a position in UTF-16 units, or 0.
-int storableLength(QStringView text, qsizetype position)
-{
-    const char16_t unit = text[position].unicode();
-    if (QChar::isHighSurrogate(unit))
-        return position + 1 < text.size() && text[position + 1].isLowSurrogate() ? 2 : 0;
-    if (QChar::isLowSurrogate(unit) || unit >= 0xFFFE)
-        return 0;
-    return unit >= 0x20 || unit == u'\t' || unit == u'\n' || unit == u'\r' ? 1 : 0;
-}
 
 constexpr int kByteSamples = 8;
 using ByteText = std::array<char16_t, kByteSamples>;
@@ -87,24 +76,6 @@ private:
 };
 
 } // namespace
-
-QString storableText(const QString &text)
-{
-    QString kept;
-    qsizetype copied = 0; // characters of text that are dealt with
-    for (qsizetype i = 0; i < text.size();) {
-        const int length = storableLength(text, i);
-        if (length == 0) {
-            kept += QStringView(text).mid(copied, i - copied);
-            copied = i + 1;
-        }
-        i += std::max(length, 1);
-    }
-    if (copied == 0)
-        return text;
-    kept += QStringView(text).mid(copied);
-    return kept;
-}
 
 QString ownText(const QDomElement &element)
 {

@@ -1,6 +1,4 @@
-// The rows of the device table: what a view sees of them, and how the user changes them.
-
-#include "keoprogrammermodel.h"
+#include "devicetablemodel.h"
 
 #include <programmer/devicedatabase.h>
 #include <widgets/messagebox.h>
@@ -12,17 +10,37 @@
 
 namespace KEO {
 
-int KeoProgrammerModel::rowCount(const QModelIndex &parent) const
+DeviceTableModel::DeviceTableModel(QObject *parent)
+    : QAbstractTableModel(parent), m_database(DeviceDatabase::installed())
+{
+}
+
+void DeviceTableModel::setDatabase(std::shared_ptr<const DeviceDatabase> database)
+{
+    Q_ASSERT(database);
+    replaceRows({});
+    m_database = std::move(database);
+}
+
+void DeviceTableModel::setOperation(int row, const DeviceOperation *operation)
+{
+    if (row < 0 || row >= m_rows.size())
+        return;
+    m_rows[row].operation = operation;
+    rowChanged(row);
+}
+
+int DeviceTableModel::rowCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : int(m_rows.size());
 }
 
-int KeoProgrammerModel::columnCount(const QModelIndex &parent) const
+int DeviceTableModel::columnCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : ColumnCount;
 }
 
-QVariant KeoProgrammerModel::data(const QModelIndex &index, int role) const
+QVariant DeviceTableModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || !checkIndex(index))
         return {};
@@ -50,7 +68,7 @@ QVariant KeoProgrammerModel::data(const QModelIndex &index, int role) const
     }
 }
 
-QString KeoProgrammerModel::displayText(const DeviceRow &row, Column column) const
+QString DeviceTableModel::displayText(const DeviceRow &row, Column column) const
 {
     switch (column) {
     case Series:
@@ -76,7 +94,7 @@ QString KeoProgrammerModel::displayText(const DeviceRow &row, Column column) con
     return {};
 }
 
-bool KeoProgrammerModel::setData(const QModelIndex &index, const QVariant &value, int role)
+bool DeviceTableModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
     if (!index.isValid() || !checkIndex(index))
         return false;
@@ -118,13 +136,13 @@ bool KeoProgrammerModel::setData(const QModelIndex &index, const QVariant &value
         return false;
     }
     rowChanged(index.row());
-    watchFiles();
+    Q_EMIT filesChanged();
     if (!newFile.isEmpty())
-        readFsFile(newFile, Cause::Chosen);
+        Q_EMIT fileChosen(newFile);
     return true;
 }
 
-bool KeoProgrammerModel::setTarget(int position, bool enabled)
+bool DeviceTableModel::setTarget(int position, bool enabled)
 {
     if (m_rows.at(position).enabled == enabled)
         return false;
@@ -134,11 +152,11 @@ bool KeoProgrammerModel::setTarget(int position, bool enabled)
     }
     m_rows[position].enabled = enabled;
     Q_EMIT dataChanged(index(0, Enable), index(int(m_rows.size()) - 1, Enable));
-    Q_EMIT statusChanged(m_rows.at(position).status, QStringList());
+    Q_EMIT targetChosen(m_rows.at(position).status);
     return true;
 }
 
-QVariant KeoProgrammerModel::headerData(int section, Qt::Orientation orientation, int role) const
+QVariant DeviceTableModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
@@ -166,7 +184,7 @@ QVariant KeoProgrammerModel::headerData(int section, Qt::Orientation orientation
     }
 }
 
-Qt::ItemFlags KeoProgrammerModel::flags(const QModelIndex &index) const
+Qt::ItemFlags DeviceTableModel::flags(const QModelIndex &index) const
 {
     if (!index.isValid() || !checkIndex(index))
         return Qt::NoItemFlags;
@@ -188,7 +206,7 @@ Qt::ItemFlags KeoProgrammerModel::flags(const QModelIndex &index) const
     }
 }
 
-void KeoProgrammerModel::onAddNewDevice()
+void DeviceTableModel::onAddNewDevice()
 {
     if (m_rows.size() > kFullChain) {
         showBox(QMessageBox::Warning, QApplication::activeWindow(), tr("Warning"),
@@ -198,7 +216,7 @@ void KeoProgrammerModel::onAddNewDevice()
     replaceRows(m_rows + DeviceChain{newDeviceRow(*m_database)});
 }
 
-void KeoProgrammerModel::onRemoveDevice(const QModelIndex &index)
+void DeviceTableModel::onRemoveDevice(const QModelIndex &index)
 {
     if (!index.isValid() || !checkIndex(index))
         return;
@@ -207,17 +225,17 @@ void KeoProgrammerModel::onRemoveDevice(const QModelIndex &index)
     replaceRows(rows);
 }
 
-void KeoProgrammerModel::onMoveUp(const QModelIndex &index)
+void DeviceTableModel::onMoveUp(const QModelIndex &index)
 {
     moveRow(index.row(), index.row() - 1);
 }
 
-void KeoProgrammerModel::onMoveDown(const QModelIndex &index)
+void DeviceTableModel::onMoveDown(const QModelIndex &index)
 {
     moveRow(index.row(), index.row() + 1);
 }
 
-void KeoProgrammerModel::moveRow(int from, int to)
+void DeviceTableModel::moveRow(int from, int to)
 {
     if (qMin(from, to) < 0 || qMax(from, to) >= m_rows.size())
         return;
@@ -226,16 +244,16 @@ void KeoProgrammerModel::moveRow(int from, int to)
     replaceRows(rows);
 }
 
-void KeoProgrammerModel::replaceRows(DeviceChain rows)
+void DeviceTableModel::replaceRows(DeviceChain rows)
 {
     beginResetModel();
     m_rows = std::move(rows);
     ++m_generation;
     endResetModel();
-    watchFiles();
+    Q_EMIT filesChanged();
 }
 
-void KeoProgrammerModel::rowChanged(int row)
+void DeviceTableModel::rowChanged(int row)
 {
     Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
 }

@@ -8,10 +8,6 @@ class QDomElement;
 
 namespace WaveMonitor {
 
-/// \a text without the characters that XML cannot hold (control characters other than tab and line
-/// ends, half surrogate pairs, U+FFFE and U+FFFF): a file with one of them could not be read again.
-[[nodiscard]] QString storableText(const QString &text);
-
 /// Text and CDATA directly inside \a element, joined. Child elements count for nothing.
 [[nodiscard]] QString ownText(const QDomElement &element);
 
