@@ -17,10 +17,10 @@ constexpr qint64 kMaxProjectFileSize = 1024 * 1024;
 const QString kKeoFile = QStringLiteral("KEO_FILE");
 const QString kDataFile = QStringLiteral("DATA_FILE");
 
-QString tr(const char *text)
+struct Text
 {
-    return QCoreApplication::translate("KEO::ProjectFile", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(KEO::ProjectFile)
+};
 
 } // namespace
 
@@ -39,7 +39,7 @@ Result<ProjectFile> parseProjectFile(const QByteArray &ini)
 {
     const IniText text(ini);
     if (text.holdsSerialisedObject())
-        return Error{Error::Format, tr("The project file holds a value that is no text.")};
+        return Error{Error::Format, Text::tr("The project file holds a value that is no text.")};
     return ProjectFile{text.value(kKeoFile), text.value(kDataFile)};
 }
 

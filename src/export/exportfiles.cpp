@@ -4,17 +4,16 @@
 #include "prnwriter.h"
 #include "vcdwriter.h"
 
+#include <base/logging.h>
+
 #include <QCoreApplication>
 #include <QFileInfo>
-#include <QLoggingCategory>
 
 #include <cerrno>
 
 namespace KEO {
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcExport, "keo.export", QtInfoMsg)
 
 // The toolkit's word characters leave out combining marks, without which some scripts are not
 // words.

@@ -1,8 +1,9 @@
 #include "jtagsession.h"
 
 #include "jtagclient.h"
-#include "linklog.h"
 #include "socketowner.h"
+
+#include <base/logging.h>
 
 #include <QMutexLocker>
 #include <QThread>
