@@ -26,14 +26,19 @@ void makeRoomForTitle(QMessageBox &box)
 
 } // namespace
 
-QMessageBox::StandardButton showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title,
-                                    const QString &text, QMessageBox::StandardButtons buttons,
-                                    QMessageBox::StandardButton defaultButton)
+QMessageBox::StandardButton
+showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text,
+        QMessageBox::StandardButtons buttons, QMessageBox::StandardButton defaultButton,
+        const std::function<void(QMessageBox::StandardButton)> &answered)
 {
     // On the heap: a window that is destroyed while its box shows takes the box along.
     const QPointer<QMessageBox> box = new QMessageBox(icon, title, text, buttons, parent);
     box->setDefaultButton(defaultButton);
     makeRoomForTitle(*box);
+    if (answered) {
+        QObject::connect(box, &QMessageBox::finished, box,
+                         [answered](int result) { answered(QMessageBox::StandardButton(result)); });
+    }
     const int answer = box->exec();
     if (!box)
         return QMessageBox::NoButton;

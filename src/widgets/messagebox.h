@@ -2,14 +2,20 @@
 
 #include <QMessageBox>
 
+#include <functional>
+
 namespace KEO {
 
 /// Shows a message box over \a parent, wide enough for its title, and waits for the answer. Gives
 /// QMessageBox::NoButton when the parent was destroyed meanwhile, and the box with it: whoever
 /// asked may be gone then as well.
+///
+/// What began inside the box's event loop keeps the box waiting until it has come to its end.
+/// \a answered, if given, gets the answer before that, and may put an end to it.
 QMessageBox::StandardButton
 showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text,
         QMessageBox::StandardButtons buttons = QMessageBox::Ok,
-        QMessageBox::StandardButton defaultButton = QMessageBox::NoButton);
+        QMessageBox::StandardButton defaultButton = QMessageBox::NoButton,
+        const std::function<void(QMessageBox::StandardButton)> &answered = {});
 
 } // namespace KEO
