@@ -51,6 +51,12 @@ void tst_WaitingTip::onceInTheMiddle()
     window.setGeometry(160, 130, 700, 300);
     QTRY_VERIFY(offCentre() <= kFrame);
 
+    // It doesn't stay on the desktop alone.
+    window.showMinimized();
+    QTRY_VERIFY(tips().isEmpty());
+    window.showNormal();
+    QTRY_COMPARE(tips().size(), 1);
+
     WaitingTip::close();
     QVERIFY(tips().isEmpty());
     WaitingTip::close();
