@@ -36,9 +36,17 @@ public:
     /// Takes over the device that the command line named; each may be empty.
     virtual void setDevice(const QString &family, const QString &device, const QString &fsFile) = 0;
 
+    /// Ends a capture at once. Safe from inside any event loop, that of a question before
+    /// closeProject included, which the reading of the samples would hold up.
+    virtual void stopCapture() {}
+
     std::function<QTabWidget *()> tabWidgetGetter;
     std::function<QToolBar *()> toolBarGetter;
     std::function<QAction *()> openActionGetter;
+
+Q_SIGNALS:
+    /// The open file has this path from now on; empty when the project has been closed.
+    void fileNamed(const QString &path);
 };
 
 } // namespace KEO

@@ -20,6 +20,7 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QToolBar>
+#include <QToolButton>
 
 namespace KEO {
 
@@ -93,13 +94,17 @@ Analyzer::Analyzer(QWidget *parent, const ProjectFactories &factories)
     WaveMonitor::NotificationCenter::instance()->subscribe(
         this, {WaveMonitor::EvFormatChanged, WaveMonitor::EvColorChanged});
     setContextMenuPolicy(Qt::NoContextMenu);
-    setWindowTitle(tr("Tarno Signal Scope"));
+    showFile({});
     setWindowIcon(programIcon());
     setStatusBar(new QStatusBar(this));
     connect(m_d->openAction, &QAction::triggered, this, &Analyzer::onOpen);
     addToolBar(m_d->toolBar);
     setCentralWidget(m_d->tabWidget);
-    new EmptyHint(m_d->tabWidget);
+    auto *hint = new EmptyHint(m_d->tabWidget);
+    connect(m_d->projectManager.get(), &ProjectManager::fileNamed, this, &Analyzer::showFile);
+    connect(m_d->projectManager.get(), &ProjectManager::fileNamed, hint,
+            [hint] { hint->setRefused({}, {}); });
+    connect(m_d->projectManager.get(), &ProjectManager::fileRefused, hint, &EmptyHint::setRefused);
     resize(kRestoredSize.boundedTo(screen()->availableSize()));
     if (wantsDebugMessages(QCoreApplication::arguments()))
         buildDebugDock();
@@ -148,10 +153,16 @@ void Analyzer::onOpen()
 void Analyzer::closeEvent(QCloseEvent *event)
 {
     const QPointer<Analyzer> self(this); // the question waits, and the window may go meanwhile
-    const auto askStop = [this] {
+    // Samples that are being read inside the question's event loop would hold the answer up.
+    const auto stopOnYes = [self](QMessageBox::StandardButton answer) {
+        if (self && answer == QMessageBox::Yes)
+            self->m_d->projectManager->stopCapture();
+    };
+    const auto askStop = [this, stopOnYes] {
         return showBox(QMessageBox::Question, this, tr("Exit"),
                        tr("Task is still running, do you want to exit?"),
-                       QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
+                       QMessageBox::Yes | QMessageBox::No, QMessageBox::No,
+                       stopOnYes) == QMessageBox::Yes;
     };
     if (!m_d->projectManager->closeCurrent(this, askStop) || !self) {
         event->ignore();
@@ -168,6 +179,27 @@ void Analyzer::buildDebugDock()
     m_d->debugDock = new DebugDock(this);
     addDockWidget(Qt::RightDockWidgetArea, m_d->debugDock);
     m_d->debugDock->listen();
+
+    // The way back for a dock that was closed.
+    QAction *toggle = m_d->debugDock->toggleViewAction();
+    toggle->setShortcut(Qt::Key_F12);
+    toggle->setToolTip(tr("Show or hide the debug messages (%1)")
+                           .arg(toggle->shortcut().toString(QKeySequence::NativeText)));
+    addAction(toggle);
+    auto *button = new QToolButton;
+    button->setObjectName(QStringLiteral("debugToggle"));
+    button->setDefaultAction(toggle);
+    button->setAutoRaise(true);
+    statusBar()->addPermanentWidget(button);
+}
+
+/// With the program's name in any case, as window lists show it.
+void Analyzer::showFile(const QString &path)
+{
+    const QString program = tr("Tarno Signal Scope");
+    const QString mark = QStringLiteral("[*]"); // stands for itself only when doubled
+    const QString name = QFileInfo(path).fileName().replace(mark, mark + mark);
+    setWindowTitle(name.isEmpty() ? program : tr("%1 – %2").arg(name, program));
 }
 
 } // namespace KEO

@@ -22,6 +22,7 @@ class tst_DescriptionWatch : public WidgetTest
 private Q_SLOTS:
     void reload();
     void removal();
+    void buttonsWaitForTheRun();
     void changeDuringCapture_data();
     void changeDuringCapture();
     void reloadWithoutFile();
@@ -178,6 +179,34 @@ void tst_DescriptionWatch::removal()
     QTest::qWait(kQuiet);
     QCOMPARE(s.words(), QStringList());
     QVERIFY(s.boxes.seen.isEmpty());
+}
+
+// A banner that was there before Start outlasts the run, and so does the watch.
+void tst_DescriptionWatch::buttonsWaitForTheRun()
+{
+    TestDesign design;
+    design.fires = false;
+    const Bench bench(design);
+    for (const bool isRemoved : {false, true}) {
+        const Session s(bench);
+        if (isRemoved)
+            QVERIFY(QFile::remove(s.path));
+        else
+            rebuild(bench, 2);
+        const QStringList told{isRemoved ? kRemoved : kChanged};
+        QTRY_COMPARE(s.words(), told);
+        s.key(Qt::Key_F1);
+        QVERIFY(s.isBusy());
+        s.pressTop();
+        QVERIFY(s.isBusy());
+        QCOMPARE(s.words(), told);
+        s.key(Qt::Key_F4);
+        QTRY_VERIFY(!s.isBusy());
+        QCOMPARE(s.words(), told);
+        s.pressTop();
+        QCOMPARE(s.words(), QStringList());
+        QCOMPARE(s.tabs()->count(), isRemoved ? 0 : 1);
+    }
 }
 
 void tst_DescriptionWatch::changeDuringCapture_data()

@@ -3,7 +3,9 @@
 #include <shell/analyzer.h>
 #include <support/widgettest.h>
 
+#include <QDockWidget>
 #include <QPlainTextEdit>
+#include <QToolButton>
 
 #include <memory>
 #include <thread>
@@ -17,6 +19,7 @@ class tst_DebugDock : public WidgetTest
 
 private Q_SLOTS:
     void showsMessages();
+    void comesBack();
     void givesTheHandlerBack();
 };
 
@@ -59,6 +62,24 @@ void tst_DebugDock::showsMessages()
     std::thread([] { qDebug("from afar"); }).join();
     QTRY_COMPARE(bench.pane->toPlainText(), "from afar");
     QCOMPARE(g_elsewhere, QStringList());
+}
+
+void tst_DebugDock::comesBack()
+{
+    const Bench bench;
+    bench.window->show();
+    QVERIFY(QTest::qWaitForWindowActive(bench.window.get()));
+    auto *const dock = bench.window->findChild<QDockWidget *>("debugDock");
+    auto *const button = bench.window->findChild<QToolButton *>("debugToggle");
+    for (const bool byKey : {true, false}) {
+        QVERIFY(dock->isVisible());
+        QVERIFY(dock->close());
+        if (byKey)
+            QTest::keyClick(bench.window.get(), Qt::Key_F12);
+        else
+            button->click();
+    }
+    QVERIFY(dock->isVisible());
 }
 
 void tst_DebugDock::givesTheHandlerBack()
