@@ -106,7 +106,7 @@ void EmptyHint::mute()
         mixed(window.color(QPalette::Window), window.color(QPalette::WindowText), kQuietShare);
     for (QLabel *label : findChildren<QLabel *>()) {
         QPalette own = label->palette();
-        if (own.color(QPalette::WindowText) == quiet)
+        if (label == m_refused || own.color(QPalette::WindowText) == quiet)
             continue;
         own.setColor(QPalette::WindowText, quiet);
         label->setPalette(own);
