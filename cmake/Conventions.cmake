@@ -39,6 +39,12 @@ if(SIGNALSCOPE_SANITIZE)
                         -fno-sanitize-recover=all -O1)
     add_link_options(-fsanitize=${SIGNALSCOPE_SANITIZE})
 endif()
+# Links three times as fast as the default, and comes with it in Debian.
+include(CheckLinkerFlag)
+check_linker_flag(CXX -fuse-ld=gold SIGNALSCOPE_HAS_GOLD)
+if(SIGNALSCOPE_HAS_GOLD AND NOT SIGNALSCOPE_SANITIZE)
+    add_link_options(-fuse-ld=gold)
+endif()
 if(SIGNALSCOPE_FUZZ)
     # Coverage everywhere, the fuzzing main only in the fuzz targets themselves.
     add_compile_options(-fsanitize=fuzzer-no-link)
