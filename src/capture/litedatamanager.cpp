@@ -54,17 +54,19 @@ KeoLiteDataManager::KeoLiteDataManager(JtagSession &session, QObject *parent)
 
 KeoLiteDataManager::~KeoLiteDataManager() = default;
 
-bool KeoLiteDataManager::load(const QString &path, QString &id)
+bool KeoLiteDataManager::load(const QString &path, QString &id, QString *reason)
 {
     if (!QFileInfo::exists(path))
         return false;
     noteExtension(path);
-    const QList<LiteCoreConfig> cores = loadLiteConfigFile(path, &id);
+    const QList<LiteCoreConfig> cores = loadLiteConfigFile(path, &id, nullptr, reason);
     // Lite shift words name no core: with a second one in the chip nobody could tell which answers.
     const bool isOne = cores.size() == 1;
     if (!isOne)
         qCDebug(keoCapture, "%lld lite cores, and only one can be captured from",
                 qlonglong(cores.size()));
+    if (!isOne && reason && reason->isEmpty())
+        *reason = tr("It describes %1 lite cores; exactly one can be used.").arg(cores.size());
     setCore(isOne ? std::make_unique<LiteCoreConfig>(cores.first()) : nullptr);
     return isOne;
 }

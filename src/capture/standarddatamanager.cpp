@@ -62,13 +62,17 @@ KeoStandardDataManager::KeoStandardDataManager(JtagSession &session, QObject *pa
 
 KeoStandardDataManager::~KeoStandardDataManager() = default;
 
-bool KeoStandardDataManager::load(const QString &path, QString &id)
+bool KeoStandardDataManager::load(const QString &path, QString &id, QString *reason)
 {
     if (!QFileInfo::exists(path))
         return false;
     noteExtension(path);
-    setCores(loadStandardConfigFile(path, &id));
-    return !m_cores.empty();
+    CoreList cores = loadStandardConfigFile(path, &id, nullptr, reason);
+    const bool isEmpty = cores.empty();
+    if (isEmpty && reason && reason->isEmpty())
+        *reason = tr("It describes no standard analyzer core.");
+    setCores(std::move(cores));
+    return !isEmpty;
 }
 
 void KeoStandardDataManager::setCores(CoreList cores)

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "kindtraits.h"
+
 #include <base/result.h>
-#include <export/exportfiles.h>
 #include <wave_data/windowcontents.h>
 
 #include <QString>
@@ -18,11 +19,11 @@ struct SavedCapture
     WaveMonitor::WindowContents contents;
 };
 
-/// A project's captures, all from cores of one kind.
+/// A project's captures, all from cores of one kind, in the order of the data file.
 struct SavedProject
 {
-    ExportMode mode = ExportMode::Standard;
-    std::vector<SavedCapture> captures; ///< in the order of the data file
+    DescriptionKind kind = DescriptionKind::Standard;
+    std::vector<SavedCapture> captures;
 };
 
 /// Saves \a captures as the project \a path, which names the description \a description as it
