@@ -1,6 +1,6 @@
 #include "portcore.h"
 
-#include <config/matchtext.h>
+#include <config/matchtype.h>
 #include <support/widgettest.h>
 #include <trigger_ui/matchunitdialog.h>
 #include <trigger_ui/matchunitmodel.h>
@@ -43,8 +43,8 @@ struct Opened
         connectPort(*core.triggerByIndex(2), bits);
         connectPort(*core.triggerByIndex(5), 4);
         unit->trigger = core.triggerByIndex(2);
-        unit->match_type = type;
-        unit->func = func;
+        unit->match_type = MatchType(type);
+        unit->func = MatchFunction(func);
         unit->value0 = value0;
         unit->value1 = value1;
     }
@@ -111,8 +111,8 @@ void tst_MatchUnits::table()
     pattern->value0 = "1X";
     MatchUnit *range = core.matchUnitByIndex(12);
     range->trigger = core.triggerByIndex(4);
-    range->match_type = 5;
-    range->func = 7;
+    range->match_type = MatchType::RangeWithEdges;
+    range->func = MatchFunction::NotInRange;
     range->counter_enable = true;
     range->counter = 9;
     range->value0 = "001";
@@ -258,7 +258,7 @@ void tst_MatchUnits::typeAndFunctionNarrow()
     opened.type("lineEditValue0", "0010");
     opened.choose("comboBoxFunc", "<=");
     opened.confirm();
-    QCOMPARE(opened.unit->match_type, 2);
+    QCOMPARE(opened.unit->match_type, MatchType::Extended);
     QCOMPARE(matchFunctionText(opened.unit->func), "<=");
     QCOMPARE(opened.unit->value0 + opened.unit->value1, "00100110");
 }
@@ -340,7 +340,7 @@ void tst_MatchUnits::valuesFromAFile()
         opened.open();
         opened.confirm();
         QCOMPARE(opened.unit->value0, stored[value]);
-        QCOMPARE(opened.unit->func, 4);
+        QCOMPARE(opened.unit->func, MatchFunction::GreaterOrEqual);
     }
 }
 
