@@ -1,5 +1,7 @@
 #include "elidedlabel.h"
 
+#include "plaintip.h"
+
 #include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
@@ -38,7 +40,7 @@ bool ElidedLabel::event(QEvent *event)
     if (event->type() != QEvent::ToolTip || fontMetrics().horizontalAdvance(text()) <= width())
         return QLabel::event(event);
     const auto *help = static_cast<QHelpEvent *>(event);
-    QToolTip::showText(help->globalPos(), text().toHtmlEscaped(), this); // escaped text wraps
+    QToolTip::showText(help->globalPos(), plainTip(text()), this);
     return true;
 }
 

@@ -6,9 +6,9 @@
 
 namespace KEO {
 
-/// Shows a message box over \a parent, wide enough for its title, and waits for the answer. Gives
-/// QMessageBox::NoButton when the parent was destroyed meanwhile, and the box with it: whoever
-/// asked may be gone then as well.
+/// Shows a message box with plain text over \a parent, wide enough for its title, and waits for the
+/// answer. Gives QMessageBox::NoButton when the parent was destroyed meanwhile, and the box with
+/// it: whoever asked may be gone then as well.
 ///
 /// What began inside the box's event loop keeps the box waiting until it has come to its end.
 /// \a answered, if given, gets the answer before that, and may put an end to it.
