@@ -6,6 +6,7 @@
 #include <config/coreconfig.h>
 #include <export_ui/exportdialog.h>
 #include <shell/analyzer.h>
+#include <support/debugapplication.h>
 #include <trigger_ui/matchunitdialog.h>
 #include <trigger_ui/muexpressiondialog.h>
 
@@ -199,25 +200,5 @@ void tst_ScreenFit::enterAfterCancel()
     QVERIFY(!cancel->isDefault());
 }
 
-namespace {
-
-/// An application whose command line says -debug, without the test's own options.
-class DebugApplication final : public QApplication
-{
-public:
-    DebugApplication(int &, char **) : QApplication(s_count, s_arguments) {}
-
-private:
-    static inline char s_name[] = "signalscope";
-    static inline char s_debug[] = "-debug";
-    static inline char *s_arguments[] = {s_name, s_debug, nullptr};
-    static inline int s_count = 2;
-};
-
-} // namespace
-
-int main(int argc, char **argv)
-{
-    return runTest<tst_ScreenFit, DebugApplication>(argc, argv);
-}
+KEO_OWN_TEST_MAIN((runTest<tst_ScreenFit, DebugApplication>))
 #include "tst_screenfit.moc"

@@ -1,6 +1,7 @@
 #include "fakeproject.h"
 
 #include <shell/analyzer.h>
+#include <support/debugapplication.h>
 #include <support/widgettest.h>
 
 #include <QDockWidget>
@@ -108,23 +109,6 @@ void tst_DebugDock::givesTheHandlerBack()
     qDebug("late");
     QCOMPARE(later, QStringList{"late"});
 }
-
-namespace {
-
-/// An application whose command line says -debug, without the test's own options.
-class DebugApplication final : public QApplication
-{
-public:
-    DebugApplication(int &, char **) : QApplication(s_count, s_arguments) {}
-
-private:
-    static inline char s_name[] = "signalscope";
-    static inline char s_debug[] = "-debug";
-    static inline char *s_arguments[] = {s_name, s_debug, nullptr};
-    static inline int s_count = 2;
-};
-
-} // namespace
 
 KEO_OWN_TEST_MAIN((runTest<tst_DebugDock, DebugApplication>))
 #include "tst_debugdock.moc"
