@@ -220,7 +220,8 @@ void tst_ProjectFiles::opensWhatItCan_data()
         const QStringList page(lite ? "Trigger" : "Configuration");
         // A lite session is its waves: what has none to show is not opened.
         const QStringList noWaves = lite ? QStringList() : page;
-        row("as saved", "as saved", "", "", page + QStringList(lite ? "Window 0" : "core 0 Window 0"));
+        row("as saved", "as saved", "", "",
+            page + QStringList(lite ? "Window 0" : "core 0 Window 0"));
         row("description without cores", "<WaveData/>",
             lite ? "<KEO_CONFIG><Mode>Lite</Mode></KEO_CONFIG>" : "<KEO_CONFIG/>",
             "Error: Invalid KEO file specified in project", {});

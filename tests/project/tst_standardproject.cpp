@@ -62,7 +62,8 @@ void tst_StandardProject::coreSelection()
         QString marks;
         for (int i = 0; i < tree->topLevelItemCount(); ++i)
             marks += tree->topLevelItem(i)->checkState(0) == Qt::Checked ? u'x' : u'-';
-        return QStringList{marks, dock->windowTitle(), windows->currentText(), d.enabled()}.join('|');
+        return QStringList{marks, dock->windowTitle(), windows->currentText(), d.enabled()}.join(
+            '|');
     };
     const auto clickBox = [&](int core) {
         const QRect row = tree->visualItemRect(tree->topLevelItem(core));

@@ -61,9 +61,10 @@ void tst_CaptureRoad::samplesAreTheStimulus_data()
     {
         int noise, depth, windows, amount, position;
     };
-    const Shape shapes[] = {{8, 4096, 1, 256, 16}, {8, 4096, 1, 32, 0}, {8, 4096, 1, 32, 23},
-                            {20, 4096, 1, 1024, 1015}, {20, 4096, 1, 512, 0},
-                            {90, 1024, 3, 256, 100}, {0, 1024, 8, 128, 119}};
+    const Shape shapes[] = {{8, 4096, 1, 256, 16}, {8, 4096, 1, 32, 0},
+                            {8, 4096, 1, 32, 23},  {20, 4096, 1, 1024, 1015},
+                            {20, 4096, 1, 512, 0}, {90, 1024, 3, 256, 100},
+                            {0, 1024, 8, 128, 119}};
     int next = 0;
     for (const bool dynamic : {false, true}) {
         for (const Shape &shape : shapes) { // each on two of the four kinds

@@ -78,10 +78,15 @@ void act(Act what, Desktop &d)
 void tst_DesktopFaults::atEachStep_data()
 {
     addColumns<bool, Step, Act>({"lite", "step", "what"});
-    const char *steps[] = {"before the first poll", "polling", "between two sections",
-                           "as a tab comes", "between rounds of Auto", "in the box at the end"};
-    const char *acts[] = {"stop",           "open and close, no",             "close, yes",
-                          "window deleted", "window deleted by the question", "server dies"};
+    const char *steps[] = {"before the first poll",  "polling",
+                           "between two sections",   "as a tab comes",
+                           "between rounds of Auto", "in the box at the end"};
+    const char *acts[] = {"stop",
+                          "open and close, no",
+                          "close, yes",
+                          "window deleted",
+                          "window deleted by the question",
+                          "server dies"};
     for (const bool lite : {false, true}) {
         for (const Step step : {Step::BeforePoll, Step::Polling, Step::InSections, Step::TabComes,
                                 Step::Rounds, Step::Box}) {

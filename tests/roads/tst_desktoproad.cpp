@@ -118,7 +118,8 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
     TestDesign changed = design;
     changed.amount = 128;
     QVERIFY(isStimulus(d.wave(2), changed, 0x55 - design.position));
-    QVERIFY(isStimulus(d.wave(3), changed, 0xF55 - design.position)); // the next one outside of the range
+    QVERIFY(isStimulus(d.wave(3), changed,
+                       0xF55 - design.position)); // the next one outside of the range
     QCOMPARE(d.tabs()->tabText(3), "core 1 window 1");
 
     // The value at the trigger stands beside its row, the line in the picture.
@@ -189,7 +190,8 @@ void tst_DesktopRoad::autoRounds()
     const QPointer<WaveMonitorWidget> wave = d.wave(1);
     QCOMPARE(counterText(*wave), "Autorun Counter: 1");
     const int first = countAt(*wave, 0);
-    QVERIFY(isStimulus(wave, design, lite ? 0 : design.firstTrigger(design.position) - design.position));
+    QVERIFY(isStimulus(wave, design,
+                       lite ? 0 : design.firstTrigger(design.position) - design.position));
     QTRY_COMPARE_WITH_TIMEOUT(counterText(*wave), "Autorun Counter: 3", kCaptureTime);
     const int third = countAt(*wave, 0);
     QVERIFY(third != first && isStimulus(wave, design, third));

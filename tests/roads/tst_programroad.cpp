@@ -232,8 +232,8 @@ void tst_ProgramRoad::leavesDuringADownload()
         QVERIFY(desk.isEnabled("Start") && desk.find<QToolButton>("downLoad")->isEnabled());
         desk.chooseCable(1);
         desk.press(Qt::Key_F1); // the download had begun, so the device is empty
-        QTRY_COMPARE_WITH_TIMEOUT(desk.boxes.seen,
-                                  QStringList("Error: Device does not load fs file yet."), kCaptureTime);
+        QTRY_COMPARE_WITH_TIMEOUT(
+            desk.boxes.seen, QStringList("Error: Device does not load fs file yet."), kCaptureTime);
     }
 }
 

@@ -77,14 +77,14 @@ struct UserWindow
     QString enabled() const
     {
         QString letters;
-        for (const auto &[letter, text] : std::initializer_list<std::pair<char, const char *>>{
-                 {'O', "Open..."},
-                 {'S', "Start"},
-                 {'A', "Auto"},
-                 {'X', "Stop"},
-                 {'F', "Force Trigger"},
-                 {'W', "Save..."},
-                 {'E', "Export"}})
+        for (const auto &[letter, text] :
+             std::initializer_list<std::pair<char, const char *>>{{'O', "Open..."},
+                                                                  {'S', "Start"},
+                                                                  {'A', "Auto"},
+                                                                  {'X', "Stop"},
+                                                                  {'F', "Force Trigger"},
+                                                                  {'W', "Save..."},
+                                                                  {'E', "Export"}})
             letters += QLatin1Char(isEnabled(text) ? letter : '-');
         const auto *page = window->findChild<QTreeWidget *>(QStringLiteral("coreTree"));
         return letters + (page && page->isEnabled() ? u'P' : u'-');
@@ -118,8 +118,7 @@ struct UserWindow
     {
         const OnModal<QFileDialog> dialog([&](QFileDialog *box) {
             QCOMPARE(box->windowTitle(), "Save Data File");
-            QCOMPARE(box->nameFilters(),
-                     QStringList("KEO Analyzer Project File (*.analyzer_prj)"));
+            QCOMPARE(box->nameFilters(), QStringList("KEO Analyzer Project File (*.analyzer_prj)"));
             box->findChild<QLineEdit *>()->setText(name);
             QTest::keyClick(box, name.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
         });
