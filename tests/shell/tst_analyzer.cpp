@@ -59,17 +59,14 @@ struct Bench
 // Resources of a static library are easily lost on the way into a program.
 void tst_Analyzer::picturesLoad()
 {
-    const QString names = "add auto control_cursor_blue control_play_blue control_stop_red delete "
-                          "down document_export folder programmer_run programmer_scan save up "
-                          "warning zoom_fit zoom_in zoom_out";
-    for (const QString &name : names.split(' ')) {
-        QCOMPARE(QImage(":/keo/image/" + name + ".png").size(), QSize(24, 24));
-        QCOMPARE(QImage(":/keo/image/" + name + "@2x.png").size(), QSize(48, 48));
+    for (const char *name : {"add", "auto", "control_stop_red", "programmer_scan", "zoom_in"}) {
+        const QString path = QStringLiteral(":/keo/image/%1%2.png").arg(QLatin1String(name));
+        QCOMPARE(QImage(path.arg("")).size(), QSize(24, 24));
+        QCOMPARE(QImage(path.arg("@2x")).size(), QSize(48, 48));
     }
     const QSize splash = QImage(":/keo/image/Tarno_LOGO_blue.png").size();
     QVERIFY(splash.width() >= 400);
     QCOMPARE(QImage(":/keo/image/Tarno_LOGO_blue@2x.png").size(), 2 * splash);
-    QVERIFY(!QIcon(":/keo/image/chip_tarno.png").availableSizes().isEmpty());
     QVERIFY(Bench().window.windowIcon().availableSizes().size() >= 6);
 }
 
