@@ -33,7 +33,6 @@ private Q_SLOTS:
     void writesWhatItCan();
     void fullDiskTakesNothing();
     void killedWhileSaving();
-    void sharedDomains();
 };
 
 namespace {
@@ -366,29 +365,6 @@ void tst_ProjectFiles::killedWhileSaving()
         sawBoth = sawBoth || after[1] == datas[1];
     }
     QVERIFY(sawBoth); // it was at work
-}
-
-// Windows of two cores can share a number, and then all that they tell of one another.
-void tst_ProjectFiles::sharedDomains()
-{
-    SavedProject saved(false, 2);
-    saved.design.cores = 2;
-    saved.design.write(saved.directory.path());
-    const WindowContents first = arrangement(saved.design, 4);
-    const WindowContents second = arrangement(saved.design, 5);
-    QVERIFY(!writeDataFile(saved.data(), {{0, 1, &first}, {1, 1, &second}, {0, 1, &first}}));
-    const OpenedProject w(saved.project());
-    QCOMPARE(w.titles(), (QStringList{"Configuration", "core 0 Window 1", "core 1 Window 1",
-                                      "core 0 Window 1"}));
-    w.wave(1)->zoomFit();
-    QCoreApplication::processEvents();
-    w.tabs()->setCurrentIndex(2);
-    w.press(Qt::Key_F8);
-    QCoreApplication::processEvents();
-    delete w.wave(1);
-    w.press(Qt::Key_F7);
-    QCoreApplication::processEvents();
-    QCOMPARE(textOf(w.wave(1)->contents()), textOf(second));
 }
 
 int main(int argc, char **argv)

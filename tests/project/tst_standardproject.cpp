@@ -5,9 +5,12 @@
 #include <support/desktop.h>
 #include <trigger_ui/dynamicconfigwidget.h>
 
+#include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QDockWidget>
 #include <QFile>
+#include <QSpinBox>
 #include <QTextEdit>
 
 using namespace KEO;
@@ -17,34 +20,55 @@ class tst_StandardProject : public WidgetTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void openAndClosed();
+    void bothKindsInTurn();
     void coreSelection();
     void windowsOfACore();
+    void keysReachAWaitingRun_data();
     void keysReachAWaitingRun();
     void newBitstreamDuringARun();
     void errors_data();
     void errors();
 };
 
-void tst_StandardProject::openAndClosed()
+// One after the other: the window holds what belongs to the open
+// project and nothing else, and does not grow.
+void tst_StandardProject::bothKindsInTurn()
 {
     Desktop d({});
-    for (int round = 0; round < 2; ++round) {
+    TestDesign lite;
+    lite.lite = true;
+    const QString folder = d.directory.filePath("lite");
+    QVERIFY(QDir().mkdir(folder));
+    lite.write(folder);
+    qsizetype objects = 0;
+    for (int round = 0; round < 3; ++round) {
+        for (const bool isLite : {false, true}) {
+            d.open(isLite ? folder + "/design.keo" : d.file());
+            QCOMPARE(
+                d.toolTexts(),
+                (QStringList{"Open...", "-", "", "-", "", "Start", "Auto", "Force Trigger", "Stop",
+                             "-", "Zoom In", "Zoom Out", "Zoom Fit", "-", "Save...", "Export"}));
+            QCOMPARE(d.titles(), QStringList(isLite ? "Trigger" : "Configuration"));
+            QCOMPARE(d.enabled().left(7), "OSA----");
+            QCOMPARE(d.window->findChildren<WaveMonitorWidget *>().size(), 0);
+            const auto *cables = d.find<QComboBox>("cableCombo");
+            QCOMPARE(cables->count(), 1);
+            QCOMPARE(cables->currentText(), serverTable().first().connection.name);
+        }
         d.open();
-        QCOMPARE(d.toolTexts(),
-                 (QStringList{"Open...", "-", "", "-", "", "Start", "Auto", "Force Trigger", "Stop",
-                              "-", "Zoom In", "Zoom Out", "Zoom Fit", "-", "Save...", "Export"}));
-        QCOMPARE(d.titles(), QStringList("Configuration"));
-        QCOMPARE(d.enabled(), "OSA----P");
-        const auto *cables = d.find<QComboBox>("cableCombo");
-        QCOMPARE(cables->count(), 1);
-        QCOMPARE(cables->currentText(), serverTable().first().connection.name);
-        const auto *settings = d.find<DynamicConfigWidget>("dynamicConfigWidget");
-        QVERIFY(settings->core());
+        const auto *page = d.find<DynamicConfigWidget>("dynamicConfigWidget");
+        QVERIFY(page->core());
+        d.capture();
         QVERIFY(d.window->closeCurrentProject());
-        QVERIFY(!settings->core()); // which is gone
+        QVERIFY(!page->core()); // which is gone
         QCOMPARE(d.toolTexts(), (QStringList{"Open...", "-"}));
         QCOMPARE(d.tabs()->count(), 0);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        // Built once, and from then on used again.
+        if (round == 1)
+            objects = d.window->findChildren<QObject *>().size();
+        if (round > 1)
+            QCOMPARE(d.window->findChildren<QObject *>().size(), objects);
     }
 }
 
@@ -133,44 +157,78 @@ void tst_StandardProject::windowsOfACore()
              QByteArray::number(design.amount));
 }
 
-// A run that waits for its trigger is stopped or forced from wherever the user is.
+void tst_StandardProject::keysReachAWaitingRun_data()
+{
+    addColumns<bool>({"lite"});
+    addRow("standard", false);
+    addRow("lite", true);
+}
+
+// A run that waits for its trigger, or a lite one for the user whatever its delay, is stopped or
+// forced from wherever the user is. Only the one kind tells of a stop, only the other of a force.
 void tst_StandardProject::keysReachAWaitingRun()
 {
+    QFETCH(bool, lite);
     TestDesign design;
+    design.lite = lite;
     design.fires = false;
     design.amount = 32;
     Desktop d(design);
     d.open();
     d.press(Qt::Key_F4); // mean nothing while idle
     d.press(Qt::Key_F3);
-    int stops = 0;
+    if (lite) {
+        auto *check = d.find<QCheckBox>("checkAutoTrigger");
+        d.find<QSpinBox>("spinTriggerDelay")->setValue(1);
+        QTest::mouseClick(check, Qt::LeftButton, {}, QPoint(8, check->height() / 2));
+        QVERIFY(!check->isChecked());
+    }
+    const QString told =
+        lite ? "Tarno Signal Scope: Capture stopped!" : "Tarno Signal Scope: Capture Stopped!";
+    enum class Way { Key, Button, KeyOnTip };
+    int captured = 0;
+    int boxes = 0;
     for (const Qt::Key key : {Qt::Key_F4, Qt::Key_F3}) {
-        for (const bool onTip : {false, true}) {
+        const bool isStop = key == Qt::Key_F4;
+        for (const Way way : {Way::Key, Way::Button, Way::KeyOnTip}) {
             d.press(Qt::Key_F1);
-            QTest::qWait(600); // past the first poll
-            QVERIFY(d.isBusy() && waitingTip());
-            if (onTip) {
-                QWidget *tip = waitingTip();
+            QTest::qWait(lite ? 100 : 600); // past the first poll
+            QCOMPARE(d.enabled(), "---XF---");
+            QWidget *tip = waitingTip();
+            QVERIFY(tip);
+            if (lite)
+                QCOMPARE(d.requests("OP_READ_CAPTURE_INIT"), captured);
+            if (way == Way::KeyOnTip) {
                 const auto offCentre = [&] {
                     return (tip->geometry().center() - d.window->geometry().center())
                         .manhattanLength();
                 };
-                d.window->setGeometry(160 + stops, 130, 1100, 600);
+                d.window->setGeometry(160 + boxes, 130, 1100, 600);
                 QTRY_VERIFY(offCentre() <= 4); // pixels that the window system shifts a window by
                 tip->activateWindow();
                 QTRY_COMPARE(QApplication::activeWindow(), tip); // no shortcut works now
                 QTest::keyClick(tip, key);
+            } else if (way == Way::Button) {
+                d.click(isStop ? "Stop" : "Force Trigger");
             } else {
                 d.press(key);
             }
-            stops += key == Qt::Key_F4 ? 1 : 0;
-            QTRY_VERIFY_WITH_TIMEOUT(d.isIdle(), key == Qt::Key_F4 ? 1 : kCaptureTime);
+            QTRY_VERIFY_WITH_TIMEOUT(d.isIdle(), isStop ? 1 : kCaptureTime);
             QVERIFY(d.enabled().startsWith("OSA--"));
-            QCOMPARE(d.tabs()->count(), key == Qt::Key_F4 ? 1 : 2);
-            QCOMPARE(d.boxes.seen, QStringList(stops, "Tarno Signal Scope: Capture Stopped!"));
+            QCOMPARE(d.tabs()->count(), isStop ? 1 : 2);
+            captured += isStop ? 0 : 1;
+            boxes += isStop == lite ? 0 : 1;
+            QCOMPARE(d.boxes.seen, QStringList(boxes, told));
         }
     }
-    QVERIFY(isStimulus(d.wave(1), design, countAt(*d.wave(1), 0)));
+    const int first = countAt(*d.wave(1), 0);
+    QVERIFY(isStimulus(d.wave(1), design, first));
+    if (!lite)
+        return;
+    QCOMPARE(first, (captured - 1) * design.amount);
+    d.open(); // a closed project forgets the settings
+    QVERIFY(d.find<QCheckBox>("checkAutoTrigger")->isChecked());
+    QCOMPARE(d.find<QSpinBox>("spinTriggerDelay")->value(), 0);
 }
 
 // The programmer keeps still while a capture runs, and tells afterwards.

@@ -1,15 +1,11 @@
 // The whole way of a user of a lite core through the main window, against a simulated board: open,
-// capture at once, later or on demand, look, save, open again, export, and change between kinds.
+// capture at once or later, look, save and open again.
 
 #include <design/projectfile.h>
 #include <design/randomwindow.h>
 #include <project/reloadbanner.h>
 #include <support/desktop.h>
 
-#include <QCheckBox>
-#include <QDialogButtonBox>
-#include <QDir>
-#include <QPushButton>
 #include <QSpinBox>
 
 using namespace KEO;
@@ -20,10 +16,8 @@ class tst_LiteRoad : public WidgetTest
 
 private Q_SLOTS:
     void fromCaptureToSessionAndBack();
-    void waitsForTheUser();
     void longWait_data();
     void longWait();
-    void bothKindsInTurn();
 };
 
 namespace {
@@ -39,13 +33,6 @@ QByteArray bytesOf(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void write(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("cannot write %s", qPrintable(path));
 }
 
 /// The one on the project's page, or null.
@@ -145,66 +132,7 @@ void tst_LiteRoad::fromCaptureToSessionAndBack()
     QVERIFY(isStimulus(d.wave(1), design, 3 * design.amount));
     QCOMPARE(d.wave(1)->zoomRate(), 0.5);
 
-    const OnModal<QDialog> dialog([](QDialog *box) {
-        QTest::keyClicks(box->findChild<QLineEdit *>("editName"), "waves");
-        QTest::mouseClick(box->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok),
-                          Qt::LeftButton);
-    });
-    d.click("Export");
-    QVERIFY(dialog.seen());
-    const QByteArray last = bytesOf(d.directory.filePath("waves.csv")).trimmed().split('\n').last();
-    QVERIFY2(last.startsWith(QByteArray::number(design.amount) + ','), last);
     QVERIFY(d.boxes.seen.isEmpty());
-}
-
-// Without Auto Trigger nothing begins before Force Trigger, whatever the delay.
-void tst_LiteRoad::waitsForTheUser()
-{
-    const TestDesign design = liteDesign();
-    const QString told = "Tarno Signal Scope: Capture stopped!";
-    Desktop d(design);
-    d.open();
-    auto *check = d.find<QCheckBox>("checkAutoTrigger");
-    d.find<QSpinBox>("spinTriggerDelay")->setValue(1);
-    QTest::mouseClick(check, Qt::LeftButton, {}, QPoint(8, check->height() / 2));
-    QVERIFY(!check->isChecked());
-
-    enum class Way { Button, KeyOnTip };
-    int captured = 0;
-    for (const Way way : {Way::Button, Way::KeyOnTip}) {
-        d.press(Qt::Key_F1);
-        QTest::qWait(200);
-        QVERIFY(d.isBusy() && waitingTip() && check->isEnabled());
-        QVERIFY(d.enabled() == "---XF---");
-        QCOMPARE(d.requests("OP_READ_CAPTURE_INIT"), captured);
-        if (way == Way::Button)
-            d.click("Force Trigger");
-        else
-            QTest::keyClick(waitingTip(), Qt::Key_F3);
-        QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), kCaptureTime);
-        QVERIFY(!waitingTip());
-        QVERIFY(isStimulus(d.wave(1), design, captured * design.amount));
-        ++captured;
-        QCOMPARE(d.boxes.seen, QStringList(captured, told));
-    }
-
-    // Stop says nothing, and takes the waves of before along as Start did.
-    for (const Way way : {Way::Button, Way::KeyOnTip}) {
-        d.press(Qt::Key_F1);
-        QTest::qWait(50);
-        if (way == Way::Button)
-            d.click("Stop");
-        else
-            QTest::keyClick(waitingTip(), Qt::Key_F4);
-        QVERIFY(!d.isBusy() && !waitingTip());
-        QCOMPARE(d.titles(), QStringList("Trigger"));
-    }
-    QCOMPARE(d.boxes.seen.size(), captured);
-
-    // A closed project forgets the settings.
-    d.open();
-    QVERIFY(check->isChecked());
-    QCOMPARE(d.find<QSpinBox>("spinTriggerDelay")->value(), 0);
 }
 
 void tst_LiteRoad::longWait_data()
@@ -244,76 +172,6 @@ void tst_LiteRoad::longWait()
     d.press(Qt::Key_F4);
     QVERIFY(!d.isBusy() && !waitingTip());
     QVERIFY(d.boxes.seen.isEmpty());
-}
-
-// Standard and lite after one another, each with waves and a banner: the window holds what belongs
-// to the open one and nothing else, and does not grow.
-void tst_LiteRoad::bothKindsInTurn()
-{
-    Desktop d(liteDesign());
-    TestDesign standard;
-    standard.amount = 32;
-    const QDir folder(d.directory.filePath("standard"));
-    QVERIFY(folder.mkpath("."));
-    standard.write(folder.path());
-    const QString keo = folder.filePath("design.keo");
-    const auto touch = [](const QString &path) { write(path, bytesOf(path) + ' '); };
-    const auto closeBanner = [&] {
-        QTest::mouseClick(banner(d)->findChild<QPushButton *>(), Qt::LeftButton);
-        QTRY_VERIFY(!banner(d));
-    };
-    QStringList tools;
-    qsizetype objects = 0;
-    for (int round = 0; round < 3; ++round) {
-        d.open();
-        d.capture();
-        QCOMPARE(d.titles(), (QStringList{"Trigger", "core 0 window 0"}));
-        touch(d.file());
-        QTRY_VERIFY(banner(d));
-
-        d.open(keo);
-        QCOMPARE(d.titles(), QStringList("Configuration"));
-        QVERIFY(d.window->findChildren<WaveMonitorWidget *>().isEmpty());
-        QVERIFY(d.isIdle() && !d.isEnabled("Save..."));
-        touch(d.file()); // nobody's business now
-        touch(keo);
-        QTRY_VERIFY(banner(d));
-        QCOMPARE(d.tabs()->widget(0)->findChildren<ReloadBanner *>().size(), 1);
-
-        // The lite one again, and closed from its banner.
-        d.open();
-        QVERIFY(!banner(d));
-        QCOMPARE(d.titles(), QStringList("Trigger"));
-        if (round == 0)
-            tools = d.toolTexts();
-        QCOMPARE(d.toolTexts(), tools);
-        const QByteArray description = bytesOf(d.file());
-        QVERIFY(QFile::remove(d.file()));
-        QTRY_VERIFY(banner(d));
-        closeBanner();
-        QCOMPARE(d.tabs()->count(), 0);
-        write(d.file(), description);
-
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        // Built once, and from then on used again.
-        if (round == 1)
-            objects = d.window->findChildren<QObject *>().size();
-        if (round > 1)
-            QCOMPARE(d.window->findChildren<QObject *>().size(), objects);
-    }
-
-    // Reload takes the waves away, and the settings.
-    d.open();
-    auto *check = d.find<QCheckBox>("checkAutoTrigger");
-    check->setChecked(false);
-    d.press(Qt::Key_F1);
-    d.click("Force Trigger");
-    QTRY_COMPARE_WITH_TIMEOUT(d.tabs()->count(), 2, kCaptureTime);
-    touch(d.file());
-    QTRY_VERIFY(banner(d));
-    closeBanner();
-    QCOMPARE(d.titles(), QStringList("Trigger"));
-    QVERIFY(check->isChecked());
 }
 
 KEO_WIDGET_TEST_MAIN(tst_LiteRoad)
