@@ -80,7 +80,6 @@ private Q_SLOTS:
     void exportsProjects();
     void refusesProjects_data();
     void refusesProjects();
-    void drawsPictures();
     void endsWithItsStatus_data();
     void endsWithItsStatus();
     void forcesTheTrigger();
@@ -97,6 +96,11 @@ private:
     Outcome run(const QString &line, const QString &program = kProgram);
     QString file(const QString &name) const { return m_directory->filePath(name); }
     void board(const TestDesign &design);
+    void write(const char *name, const QByteArray &text) const
+    {
+        QFile out(file(QLatin1String(name)));
+        QVERIFY(out.open(QIODevice::WriteOnly) && out.write(text) == text.size());
+    }
     /// A copy of the program with no servers beside it.
     QString copyWithoutServers();
 
@@ -137,7 +141,8 @@ void tst_CaptureProgram::writesEveryFormat()
     design.windows = 2;
     board(design);
     const Outcome outcome = run("--device KR-A --format csv --format vcd --format prn "
-                                "--out new/folder --name run --period 10ns design.keo");
+                                "--out new/folder --name run --period 10ns "
+                                "--picture shot.png --size 900x400 design.keo");
     QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
     QStringList expected;
     for (const char *window : {"0", "1"}) {
@@ -146,8 +151,13 @@ void tst_CaptureProgram::writesEveryFormat()
                 file(QStringLiteral("new/folder/run_core0_window%1.%2")
                          .arg(QString::fromLatin1(window), QString::fromLatin1(format))));
     }
-    QCOMPARE(outcome.output.split(u'\n', Qt::SkipEmptyParts), expected);
+    const QStringList pictures{file("shot_core0_window0.png"), file("shot_core0_window1.png")};
+    for (const QString &path : expected + pictures)
+        QVERIFY2(outcome.output.contains(path + u'\n'), qPrintable(outcome.output));
+    QCOMPARE(outcome.output.count(u'\n'), 8);
     QVERIFY(outcome.errors.contains("Waiting for the trigger of core 0"));
+    // Nothing of the platform, which has no windows.
+    QVERIFY2(!outcome.errors.contains("plugin"), qPrintable(outcome.errors));
     QVERIFY(outcome.errors.contains("Reading core 0 window 1"));
 
     // The row of sample i stands at (i + 1) * period; the bus is the first column.
@@ -160,10 +170,21 @@ void tst_CaptureProgram::writesEveryFormat()
         QCOMPARE(cells.at(1).toInt(nullptr, 16), int(start + sample));
         QCOMPARE(cells.at(18).at(0).digitValue(), int(design.level(16, start + sample)));
     }
-    QVERIFY(lines(expected.at(1)).contains("$comment Sample 16 (Trigger) $end"));
-    QVERIFY(lines(expected.at(1)).contains("  1 ps"));
+    const QStringList vcd = lines(expected.at(1));
+    QVERIFY(vcd.contains("  1 ps"));
+    // Samples are taken at rising edges.
+    QCOMPARE(vcd.value(vcd.indexOf("$comment Sample 16 (Trigger) $end") + 1), "1!");
     QVERIFY(
         lines(expected.at(2)).constFirst().startsWith("time unit: ns\tcount[15:0]\t/count[15]"));
+    // The trigger's yellow line stands above the black ground in each picture.
+    for (const QString &path : pictures) {
+        const QImage picture(path);
+        QCOMPARE(picture.size(), QSize(900, 400));
+        QSet<QRgb> colors;
+        for (int x = 0; x < picture.width(); ++x)
+            colors.insert(picture.pixel(x, 75));
+        QVERIFY(colors.contains(qRgb(255, 255, 0)) && colors.contains(qRgb(0, 0, 0)));
+    }
 }
 
 void tst_CaptureProgram::savesProjects()
@@ -264,42 +285,16 @@ void tst_CaptureProgram::refusesProjects()
     TestDesign design;
     design.lite = lite;
     design.write(m_directory->path());
-    const auto writeFile = [&](const char *name, const QByteArray &text) {
-        QFile out(file(QLatin1String(name)));
-        QVERIFY(out.open(QIODevice::WriteOnly) && out.write(text) == text.size());
-    };
-    writeFile("p.analyzer_prj", "[General]\nKEO_FILE=" + file("design.keo").toUtf8() +
-                                    "\nDATA_FILE=" + file("p.xml").toUtf8() + "\n");
+    write("p.analyzer_prj", "[General]\nKEO_FILE=" + file("design.keo").toUtf8() +
+                                "\nDATA_FILE=" + file("p.xml").toUtf8() + "\n");
     if (!data.isNull())
-        writeFile("p.xml", data);
+        write("p.xml", data);
     if (data == "gone")
         QVERIFY(QFile::remove(file("design.keo")));
     const Outcome outcome = run("--open p.analyzer_prj");
     QCOMPARE(outcome.status, 6);
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
     QCOMPARE(QDir(m_directory->path()).entryList({"*.vcd"}).size(), 1); // the stimulus
-}
-
-// The trigger stands at sample 16 of 256: a yellow line above the black ground in each picture.
-void tst_CaptureProgram::drawsPictures()
-{
-    TestDesign design;
-    design.windows = 2;
-    board(design);
-    const Outcome outcome =
-        run("--device KR-A --quiet --picture shot.png --size 900x400 design.keo");
-    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
-    // Nothing of the platform, which has no windows.
-    QVERIFY2(!outcome.errors.contains("plugin"), qPrintable(outcome.errors));
-    for (const char *name : {"shot_core0_window0.png", "shot_core0_window1.png"}) {
-        QVERIFY2(outcome.output.contains(file(name)), qPrintable(outcome.output));
-        const QImage picture(file(name));
-        QCOMPARE(picture.size(), QSize(900, 400));
-        QSet<QRgb> colors;
-        for (int x = 0; x < picture.width(); ++x)
-            colors.insert(picture.pixel(x, 75));
-        QVERIFY(colors.contains(qRgb(255, 255, 0)) && colors.contains(qRgb(0, 0, 0)));
-    }
 }
 
 void tst_CaptureProgram::endsWithItsStatus_data()
@@ -344,19 +339,14 @@ void tst_CaptureProgram::endsWithItsStatus()
         design.samplesPerSecond = 10;
     board(design);
     if (change == "two") {
-        QFile description(file("design.keo"));
-        QVERIFY(description.open(QIODevice::ReadWrite));
-        QByteArray text = description.readAll();
-        text.replace("<KEO_ID>", "<KoCore_Lite/><KEO_ID>");
-        QVERIFY(description.seek(0) && description.write(text) > 0);
+        QString text = lines(file("design.keo")).join(u'\n');
+        write("design.keo", text.replace("<KEO_ID>", "<KoCore_Lite/><KEO_ID>").toUtf8());
         qputenv("SIGNALSCOPE_BOARD", ""); // what the board makes of it is not the point here
     }
     if (change == "folder")
         QDir(m_directory->path()).mkdir("design_core0_window0.vcd");
-    if (change == "text") {
-        QFile description(file("design.keo"));
-        QVERIFY(description.open(QIODevice::WriteOnly) && description.write("no XML") > 0);
-    }
+    if (change == "text")
+        write("design.keo", "no XML");
     const Outcome outcome = run("--device KR-A " + line);
     QVERIFY2(outcome.status == status, qPrintable(outcome.errors));
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));

@@ -98,10 +98,15 @@ void tst_StandardProject::coreSelection()
     // What stands on the page of one core is kept when the other one shows.
     QTest::keyClick(windows, Qt::Key_Down);
     QCOMPARE(state(), "x-| Core 0|2|OS-----P");
+    auto *amounts = d.find<QComboBox>("comboBoxAmount");
+    QTest::keyClick(amounts, Qt::Key_Up);
+    const QString amount = amounts->currentText();
     clickBox(1);
+    QVERIFY(amounts->currentText() != amount);
     QCOMPARE(state(), "xx| Core 1|1|OS-----P");
     clickBox(0);
     QCOMPARE(state(), "-x| Core 0|2|OSA----P");
+    QCOMPARE(amounts->currentText(), amount);
     // The keyboard alone.
     tree->setFocus();
     QTest::keyClick(tree, Qt::Key_Down);
@@ -141,16 +146,17 @@ void tst_StandardProject::windowsOfACore()
     d.press(Qt::Key_F8);
     QCOMPARE(d.wave(2)->zoomRate(), 1.0);
 
-    const OnModal<ExportDialog> dialog([&](ExportDialog *shown) {
-        QCOMPARE(shown->findChild<QLineEdit *>("editDir")->text(), d.directory.path());
-        QCOMPARE(shown->findChild<QComboBox *>("comBoxKo")->count(), 1);
-        QCOMPARE(shown->findChild<QComboBox *>("comBoxKo")->currentText(), "Core 3");
-        QCOMPARE(shown->findChild<QLineEdit *>("editClk")->text(), "clk");
-        QTest::keyClicks(shown->findChild<QLineEdit *>("editName"), "seen");
-        QTest::keyClick(shown, Qt::Key_Return);
+    QStringList shown; // compared when the dialog is closed, or it would stay open
+    const OnModal<ExportDialog> dialog([&](ExportDialog *box) {
+        const auto *cores = box->findChild<QComboBox *>("comBoxKo");
+        shown = {box->findChild<QLineEdit *>("editDir")->text(), QString::number(cores->count()),
+                 cores->currentText(), box->findChild<QLineEdit *>("editClk")->text()};
+        QTest::keyClicks(box->findChild<QLineEdit *>("editName"), "seen");
+        QTest::keyClick(box, Qt::Key_Return);
     });
     d.click("Export");
-    QVERIFY(dialog.seen() && d.boxes.seen.isEmpty());
+    QCOMPARE(shown, (QStringList{d.directory.path(), "1", "Core 3", "clk"}));
+    QVERIFY(d.boxes.seen.isEmpty());
     QFile csv(d.directory.filePath("seen_core3_window1.csv"));
     QVERIFY(csv.open(QIODevice::ReadOnly));
     QCOMPARE(csv.readAll().trimmed().split('\n').last().split(',').first(),
