@@ -1,9 +1,10 @@
 #include "capturemanager.h"
 
 #include "bits.h"
-#include "capturelog.h"
 #include "capturepackets.h"
 #include "shiftword.h"
+
+#include <base/logging.h>
 
 #include <QCoreApplication>
 #include <QThread>
@@ -122,7 +123,7 @@ void CaptureManager::readMemory(const ReadPlan &plan)
     if (!step.isCurrent())
         return;
     if (plan.sectionCount == 0) {
-        qCDebug(keoCapture, "core %d: nothing to read", plan.core);
+        qCDebug(lcCapture, "core %d: nothing to read", plan.core);
         return; // not even a pause, or a huge window number would hang here
     }
     for (int window = 0; window < plan.windowCount; ++window) {
@@ -158,12 +159,12 @@ bool CaptureManager::takeSection(const CmdPack &reply, const ReadPlan &plan)
     bool hasWindow = false;
     const int window = reply.value(QStringLiteral("WINDOW")).toInt(&hasWindow);
     if (!hasWindow || window < 0 || window >= m_windows.size()) {
-        qCDebug(keoCapture, "section dropped: no window %d is being read", window);
+        qCDebug(lcCapture, "section dropped: no window %d is being read", window);
         return false;
     }
     QBitArray data = reply.value(QStringLiteral("DATA")).toBitArray();
     if (data.size() > plan.sectionBits()) {
-        qCDebug(keoCapture, "section of %lld bits cut to the %d asked for", qlonglong(data.size()),
+        qCDebug(lcCapture, "section of %lld bits cut to the %d asked for", qlonglong(data.size()),
                 plan.sectionBits());
         data.truncate(plan.sectionBits());
     }

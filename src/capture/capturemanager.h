@@ -40,6 +40,8 @@ class CaptureManager : public QObject
     Q_OBJECT
 
 public:
+    static constexpr int kSectionRows = 128; ///< of capture memory, read at once at the most
+
     ~CaptureManager() override;
 
     /// Sends "OPEN"; selectCable must have succeeded before. Does not wait: start may follow at

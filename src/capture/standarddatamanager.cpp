@@ -1,11 +1,11 @@
 #include "standarddatamanager.h"
 
 #include "bits.h"
-#include "capturelog.h"
 #include "capturepackets.h"
 #include "registerimage.h"
 #include "shiftword.h"
 
+#include <base/logging.h>
 #include <config/poweroftwo.h>
 #include <config/standardconfig.h>
 #include <link/jtagsession.h>
@@ -21,7 +21,6 @@ namespace KEO {
 namespace {
 
 constexpr int kPollInterval = 500; // ms
-constexpr int kSectionRows = 128;  // at most
 constexpr int kLeadingBits = 32;   // that a memory read shifts out before the rows
 
 /// Tells the answer to a memory read from the answer to a poll. Needed because request ids are used
@@ -181,7 +180,7 @@ void KeoStandardDataManager::onTimeout()
     if (box)
         box(tr("Error"), text);
     else
-        qCWarning(keoCapture).noquote() << text;
+        qCWarning(lcCapture).noquote() << text;
 }
 
 void KeoStandardDataManager::disarm()

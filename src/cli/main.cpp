@@ -1,13 +1,13 @@
 #include "captureoptions.h"
 #include "captureprogram.h"
 
+#include <base/console.h>
+#include <base/logging.h>
 #include <cli_picture/capturepicture.h>
 
 #include <QApplication>
 #include <QCoreApplication>
-#include <QLoggingCategory>
 
-#include <cstdio>
 #include <memory>
 
 namespace {
@@ -26,7 +26,6 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool d
     if (!draws)
         return std::make_unique<QCoreApplication>(argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false")); // the viewer's
     auto application = std::make_unique<QApplication>(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false); // a drawn picture is no end of the run
     return application;
@@ -36,13 +35,16 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool d
 
 int main(int argc, char **argv)
 {
+    qInstallMessageHandler(&KEO::printMessage);
     // Read before the application takes out what it knows itself.
     const auto options = KEO::parseCaptureOptions(argumentList(argc, argv));
     if (!options) {
-        std::fprintf(stderr, "signalscope-capture: %s\nTry --help.\n",
-                     qPrintable(options.error().message));
+        static_cast<void>(KEO::writeText(
+            stderr,
+            QStringLiteral("signalscope-capture: %1\nTry --help.\n").arg(options.error().message)));
         return int(KEO::ExitStatus::Usage);
     }
+    KEO::setLogOutput(options->quiet ? KEO::LogOutput::Nothing : KEO::LogOutput::Warnings);
     const auto application = makeApplication(argc, argv, !options->picture.isEmpty());
     QCoreApplication::setApplicationName(QStringLiteral("signalscope-capture"));
     return int(KEO::CaptureProgram(*options, KEO::drawPicture).run());

@@ -7,8 +7,6 @@
 
 namespace KEO {
 
-Q_LOGGING_CATEGORY(lcConfig, "keo.config")
-
 namespace {
 
 struct Text

@@ -8,13 +8,6 @@
 
 namespace KEO {
 
-namespace {
-
-// Rows that the data manager reads at a time.
-constexpr int kSectionRows = 128;
-
-} // namespace
-
 StandardDesign::StandardDesign(JtagSession &session)
     : Design(DescriptionKind::Standard, session), m_manager(session)
 {
@@ -49,6 +42,7 @@ std::optional<Error> StandardDesign::choose(const QList<int> &cores)
             return unknownCore(number);
         core->active = 1;
     }
+    constexpr int kSectionRows = CaptureManager::kSectionRows;
     for (CoreConfig *core : m_manager.activeCores()) {
         core->ensureExpressionFlags();
         if (core->capture_amount < 1 || core->window_num < 1)

@@ -1,7 +1,6 @@
 #include "projectboxes.h"
 
-#include "projectlog.h"
-
+#include <base/logging.h>
 #include <widgets/messagebox.h>
 
 namespace KEO {
@@ -9,7 +8,7 @@ namespace KEO {
 void ProjectBoxes::showError(const QString &text)
 {
     if (m_openErrors.contains(text)) {
-        qCDebug(keoProject).noquote() << "error not shown a second time:" << text;
+        qCDebug(lcProject).noquote() << "error not shown a second time:" << text;
         return;
     }
     m_openErrors.insert(text);

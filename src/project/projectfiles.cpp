@@ -3,9 +3,9 @@
 #include "configpage.h"
 #include "programmerlink.h"
 #include "projectboxes.h"
-#include "projectlog.h"
 #include "wavetabs.h"
 
+#include <base/logging.h>
 #include <design/design.h>
 #include <design/projectfile.h>
 #include <wave/wavemonitorwidget.h>
@@ -45,12 +45,13 @@ bool ProjectFiles::openProject(const QString &path)
     const KindTraits &traits = m_parts.design.traits();
     const Result<ProjectFile> project = readProjectFile(path);
     if (!project)
-        qCDebug(keoProject).noquote() << project.error().message;
+        qCDebug(lcProject).noquote() << project.error().message;
     if (!project || !loadDesign(project->keoFile)) {
         m_parts.boxes.showError(kindText(traits.invalidSession));
         return false;
     }
     m_keoFilePath = project->keoFile;
+    m_openedFile = path;
     m_projectFilePath = path;
     m_dataFilePath = project->dataFile;
     if (traits.swapsPaths)
@@ -79,7 +80,7 @@ bool ProjectFiles::showWaves(const QString &path)
     }
     Result<std::optional<Design::SavedWindows>> windows = m_parts.design.openWindows(path);
     if (!windows) {
-        qCDebug(keoProject).noquote() << path << windows.error().message;
+        qCDebug(lcProject).noquote() << path << windows.error().message;
         if (windows.error().kind != Error::File)
             m_parts.boxes.showError(windows.error().message);
         return false;
@@ -116,7 +117,7 @@ void ProjectFiles::save(const QObject *window)
     if (!m_parts.design.save(paths.keoFile))
         m_parts.boxes.showError(tr("Can not save to %1").arg(paths.keoFile));
     if (const std::optional<Error> error = writeProjectFile(projectFile, paths))
-        qCDebug(keoProject).noquote() << "project file not saved:" << error->message;
+        qCDebug(lcProject).noquote() << "project file not saved:" << error->message;
 }
 
 QString ProjectFiles::askPath(const QString &lastFile) const
@@ -137,8 +138,8 @@ void ProjectFiles::saveWaves(const QString &path) const
                                                          windows.size()));
         windows.last().contents = &wave->contents();
     }
-    if (const std::optional<Error> error = writeDataFile(path, windows))
-        qCDebug(keoProject).noquote() << "data file not saved:" << error->message;
+    if (const std::optional<Error> error = writeDataFile(path, windows, m_openedFile))
+        qCDebug(lcProject).noquote() << "data file not saved:" << error->message;
 }
 
 void ProjectFiles::close()
@@ -146,6 +147,7 @@ void ProjectFiles::close()
     m_keoFilePath.clear();
     m_projectFilePath.clear();
     m_dataFilePath.clear();
+    m_openedFile.clear();
 }
 
 } // namespace KEO

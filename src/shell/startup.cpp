@@ -2,8 +2,10 @@
 
 #include "analyzer.h"
 
+#include <base/logging.h>
+#include <widgets/messagebox.h>
+
 #include <QApplication>
-#include <QLoggingCategory>
 #include <QMessageBox>
 #include <QPixmap>
 #include <QSplashScreen>
@@ -16,7 +18,7 @@ namespace {
 
 int fail(StartupStatus status, const QString &text)
 {
-    QMessageBox::critical(nullptr, Startup::tr("Error"), text, QMessageBox::Ok);
+    showBox(QMessageBox::Critical, nullptr, Startup::tr("Error"), text);
     return int(status);
 }
 
@@ -52,9 +54,7 @@ int Startup::run()
 {
     // The viewer tells of every row it makes, in the default category.
     const bool isDebugging = wantsDebugMessages(QCoreApplication::arguments());
-    QLoggingCategory::setFilterRules(
-        isDebugging ? QStringLiteral("keo.*.debug=true")
-                    : QStringLiteral("default.debug=false\nkeo.*.debug=false"));
+    setLogOutput(isDebugging ? LogOutput::Debug : LogOutput::Warnings);
     if (m_options.device.isEmpty() || m_options.family.isEmpty())
         return fail(StartupStatus::NoDevice, tr("Can not set device."));
 

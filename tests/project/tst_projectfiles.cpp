@@ -349,7 +349,8 @@ void tst_ProjectFiles::killedWhileSaving()
     bool sawBoth = false;
     for (int round = 0; round < 6; ++round) {
         QProcess process;
-        process.start(QCoreApplication::applicationFilePath(), {kSaveForEver, saved.project()});
+        process.start(QCoreApplication::applicationFilePath(),
+                      {"tst_projectfiles", kSaveForEver, saved.project()});
         for (int saves = 1 + round % 2; saves > 0;) {
             QVERIFY(process.waitForReadyRead(30000));
             saves -= int(process.readAllStandardOutput().count('\n'));
@@ -367,13 +368,14 @@ void tst_ProjectFiles::killedWhileSaving()
     QVERIFY(sawBoth); // it was at work
 }
 
-int main(int argc, char **argv)
+static int testOrSaveForEver(int argc, char **argv)
 {
-    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     if (argc == 3 && std::strcmp(argv[1], kSaveForEver) == 0) {
         const QApplication application(argc, argv);
         return saveForEver(QString::fromLocal8Bit(argv[2]));
     }
-    return runTest<tst_ProjectFiles, QApplication>(argc, argv);
+    return runWidgetTest<tst_ProjectFiles>(argc, argv);
 }
+
+KEO_OWN_TEST_MAIN(testOrSaveForEver)
 #include "tst_projectfiles.moc"

@@ -1,6 +1,6 @@
 #include "portcore.h"
 
-#include <config/matchtext.h>
+#include <config/matchtype.h>
 #include <support/widgettest.h>
 #include <trigger_ui/matchunitdialog.h>
 #include <trigger_ui/matchunitmodel.h>
@@ -43,8 +43,8 @@ struct Opened
         connectPort(*core.triggerByIndex(2), bits);
         connectPort(*core.triggerByIndex(5), 4);
         unit->trigger = core.triggerByIndex(2);
-        unit->match_type = type;
-        unit->func = func;
+        unit->match_type = MatchType(type);
+        unit->func = MatchFunction(func);
         unit->value0 = value0;
         unit->value1 = value1;
     }
@@ -101,6 +101,7 @@ private Q_SLOTS:
     void readOnlyKeepsTheStructure();
     void counterWidthBoundsTheCount();
     void valuesFromAFile();
+    void namesAreNoMarkup();
     void goneInsideABox();
 };
 
@@ -111,8 +112,8 @@ void tst_MatchUnits::table()
     pattern->value0 = "1X";
     MatchUnit *range = core.matchUnitByIndex(12);
     range->trigger = core.triggerByIndex(4);
-    range->match_type = 5;
-    range->func = 7;
+    range->match_type = MatchType::RangeWithEdges;
+    range->func = MatchFunction::NotInRange;
     range->counter_enable = true;
     range->counter = 9;
     range->value0 = "001";
@@ -258,7 +259,7 @@ void tst_MatchUnits::typeAndFunctionNarrow()
     opened.type("lineEditValue0", "0010");
     opened.choose("comboBoxFunc", "<=");
     opened.confirm();
-    QCOMPARE(opened.unit->match_type, 2);
+    QCOMPARE(opened.unit->match_type, MatchType::Extended);
     QCOMPARE(matchFunctionText(opened.unit->func), "<=");
     QCOMPARE(opened.unit->value0 + opened.unit->value1, "00100110");
 }
@@ -340,11 +341,23 @@ void tst_MatchUnits::valuesFromAFile()
         opened.open();
         opened.confirm();
         QCOMPARE(opened.unit->value0, stored[value]);
-        QCOMPARE(opened.unit->func, 4);
+        QCOMPARE(opened.unit->func, MatchFunction::GreaterOrEqual);
     }
 }
 
 // The box belongs to the dialog, and both go with the window below them.
+// Markup could name a pipe for a picture, and the window would wait for it.
+void tst_MatchUnits::namesAreNoMarkup()
+{
+    const QString name = "<img src=/pipe> & <b>";
+    Opened opened(2, 0, 0);
+    opened.unit->trigger->signals = {{"bus", {}, {{name, {}, {}}}}, {"a", name, {}}};
+    opened.open();
+    const auto *tree = opened.find<QTreeWidget>("treeSignals");
+    for (const QTreeWidgetItem *item : {tree->topLevelItem(0)->child(0), tree->topLevelItem(1)})
+        QCOMPARE(shownTip(item->toolTip(0)), name);
+}
+
 void tst_MatchUnits::goneInsideABox()
 {
     Opened opened(10, 0, 0, QString(10, u'0'));
