@@ -1,10 +1,8 @@
 // What the main window tells and keeps around a run, with both kinds of project in it and a
 // simulated board behind it.
 
-#include "projectwindow.h"
-
 #include <capture/fakeserver.h>
-#include <shell/analyzer.h>
+#include <support/desktop.h>
 
 #include <QComboBox>
 #include <QFile>
@@ -24,52 +22,42 @@ private Q_SLOTS:
     void tellsOfAServerThatIsGone();
     void keepsTheCable();
     void keepsTheTabInFront();
+    void minimizedDuringARun();
     void closesWhileReading_data();
     void closesWhileReading();
 };
 
 namespace {
 
-struct Session
+struct Session : UserWindow
 {
-    Session()
+    explicit Session(const Bench &bench)
     {
-        window.resize(1000, 700);
-        window.show();
+        window->resize(1000, 700);
+        open(bench.file());
     }
-    explicit Session(const Bench &bench) : Session() { open(bench.file()); }
 
     void open(const QString &path)
     {
-        window.openFile(path, {}, QStringLiteral("KR-A"), {});
+        window->openFile(path, {}, QStringLiteral("KR-A"), {});
         QApplication::processEvents(); // a tool bar shows its widgets later
     }
-    void press(Qt::Key key)
-    {
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        QTest::keyClick(&window, key);
-    }
-    [[nodiscard]] QTabWidget *tabs() const { return window.findChild<QTabWidget *>("tabWidget"); }
     /// What the status bar tells under that name; of the project that is in the window.
     [[nodiscard]] QString status(const char *name = "runStatus") const
     {
-        const auto *label = window.findChild<QLabel *>(QLatin1String(name));
+        const auto *label = window->findChild<QLabel *>(QLatin1String(name));
         return label && label->isVisible() ? label->text() : QString();
     }
     /// The list of cables that shows.
     [[nodiscard]] QComboBox *cables() const
     {
-        for (QComboBox *list : window.findChildren<QComboBox *>("cableCombo")) {
+        for (QComboBox *list : window->findChildren<QComboBox *>("cableCombo")) {
             if (list->isVisible())
                 return list;
         }
         return nullptr;
     }
     [[nodiscard]] bool isRunning() const { return !cables()->isEnabled(); }
-
-    Analyzer window;
-    BoxWatcher boxes;
 };
 
 } // namespace
@@ -80,7 +68,7 @@ void tst_MainWindow::tellsTheRun()
     design.windows = 2;
     const Bench bench(design);
     Session s(bench);
-    QCOMPARE(s.window.windowTitle(), "design.keo – Tarno Signal Scope");
+    QCOMPARE(s.window->windowTitle(), "design.keo – Tarno Signal Scope");
     QCOMPARE(s.status(), "Ready");
     const QString cable = s.cables()->currentText();
     QCOMPARE(s.status("deviceStatus"), "KR-A on " + cable);
@@ -105,8 +93,8 @@ void tst_MainWindow::tellsTheRun()
     s.press(Qt::Key_F1);
     s.press(Qt::Key_F4); // its box still has the program's name alone
     QTRY_COMPARE(s.boxes.seen, QStringList("Tarno Signal Scope: Capture Stopped!"));
-    QVERIFY(s.window.closeCurrentProject());
-    QCOMPARE(s.window.windowTitle(), "Tarno Signal Scope");
+    QVERIFY(s.window->closeCurrentProject());
+    QCOMPARE(s.window->windowTitle(), "Tarno Signal Scope");
     QCOMPARE(s.status(), "");
 }
 
@@ -133,7 +121,7 @@ void tst_MainWindow::refusedFiles()
     QFETCH(QString, reason);
     const Bench bench({});
     Session s(bench);
-    const auto *told = s.window.findChild<QLabel *>("refusedFile");
+    const auto *told = s.window->findChild<QLabel *>("refusedFile");
     QVERIFY(!told->isVisible());
     const QString path = bench.directory.filePath(name);
     QFile file(path);
@@ -146,7 +134,7 @@ void tst_MainWindow::refusedFiles()
     QVERIFY2(told->text().contains(path) && told->text().contains(reason),
              qPrintable(told->text()));
     s.open(bench.file());
-    QVERIFY(s.window.closeCurrentProject());
+    QVERIFY(s.window->closeCurrentProject());
     QVERIFY(!told->isVisible());
 }
 
@@ -213,6 +201,23 @@ void tst_MainWindow::keepsTheTabInFront()
     }
 }
 
+// The tip doesn't stay on the desktop alone.
+void tst_MainWindow::minimizedDuringARun()
+{
+    TestDesign design;
+    design.fires = false;
+    const Bench bench(design);
+    const Session s(bench);
+    s.press(Qt::Key_F1);
+    QVERIFY(waitingTip());
+    s.window->showMinimized();
+    QTRY_VERIFY(!waitingTip());
+    s.window->showNormal();
+    QTRY_VERIFY(waitingTip());
+    s.press(Qt::Key_F4);
+    QVERIFY(!waitingTip());
+}
+
 void tst_MainWindow::closesWhileReading_data()
 {
     QTest::addColumn<bool>("lite");
@@ -230,7 +235,6 @@ void tst_MainWindow::closesWhileReading()
     design.amount = 16384;
     const Bench bench(design);
     Session s(bench);
-    s.boxes.answer = QMessageBox::Yes;
     s.boxes.isPassive = true;
     s.press(Qt::Key_F1);
     QVERIFY(s.isRunning());
@@ -240,7 +244,7 @@ void tst_MainWindow::closesWhileReading()
             s.boxes.isPassive = false;
     });
     answers.start(5);
-    QVERIFY(s.window.close());
+    QVERIFY(s.window->close());
     QCOMPARE(s.boxes.seen, QStringList("Exit: Task is still running, do you want to exit?"));
     const qsizetype sections = design.amount / 128;
     QVERIFY2(bench.requests("READ_RAM") < sections / 2,

@@ -1,12 +1,10 @@
 // The window with every page, and the dialogs, on a small screen and with a large font; and what
 // the Enter key does in the dialogs.
 
-#include "projectwindow.h"
-
 #include <config/coreconfig.h>
 #include <export_ui/exportdialog.h>
-#include <shell/analyzer.h>
 #include <support/debugapplication.h>
+#include <support/desktop.h>
 #include <trigger_ui/matchunitdialog.h>
 #include <trigger_ui/muexpressiondialog.h>
 
