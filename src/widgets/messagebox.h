@@ -2,14 +2,18 @@
 
 #include <QMessageBox>
 
+#include <functional>
+
 namespace KEO {
 
 /// Shows a message box over \a parent, wide enough for its title, and waits for the answer. Gives
 /// QMessageBox::NoButton when the parent was destroyed meanwhile, and the box with it: whoever
-/// asked may be gone then as well.
+/// asked may be gone then as well. \a prepare gets the box before it shows, such as to end it with
+/// an answer when there is nothing left to ask.
 QMessageBox::StandardButton
 showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text,
         QMessageBox::StandardButtons buttons = QMessageBox::Ok,
-        QMessageBox::StandardButton defaultButton = QMessageBox::NoButton);
+        QMessageBox::StandardButton defaultButton = QMessageBox::NoButton,
+        const std::function<void(QMessageBox *)> &prepare = {});
 
 } // namespace KEO
