@@ -21,6 +21,8 @@
 #include <QTabWidget>
 #include <QToolBar>
 
+#include <tuple>
+
 namespace KEO {
 
 namespace {
@@ -68,12 +70,12 @@ struct AnalyzerPrivate
         tabWidget->setObjectName(QStringLiteral("tabWidget"));
     }
 
-    void open(const QString &file) const
+    bool open(const QString &file) const
     {
         projectManager->tabWidgetGetter = [this] { return tabWidget; };
         projectManager->toolBarGetter = [this] { return toolBar; };
         projectManager->openActionGetter = [this] { return openAction; };
-        projectManager->openFile(window, family, device, fsFile, file);
+        return projectManager->openFile(window, family, device, fsFile, file);
     }
 
     std::unique_ptr<ProjectManager> projectManager;
@@ -113,10 +115,13 @@ Analyzer::~Analyzer()
 void Analyzer::openFile(const QString &file, const QString &family, const QString &device,
                         const QString &fsFile)
 {
+    const QPointer<Analyzer> self(this); // the user may be asked
+    const auto before = std::tuple(m_d->family, m_d->device, m_d->fsFile);
     m_d->family = family;
     m_d->device = device;
     m_d->fsFile = fsFile;
-    m_d->open(file);
+    if (!m_d->open(file) && self)
+        std::tie(m_d->family, m_d->device, m_d->fsFile) = before;
 }
 
 void Analyzer::reopen(const QString &file)

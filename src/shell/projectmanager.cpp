@@ -56,26 +56,27 @@ ProjectManager::ProjectManager(QObject *parent, const ProjectFactories &factorie
 
 ProjectManager::~ProjectManager() = default;
 
-void ProjectManager::openFile(QWidget *parent, const QString &family, const QString &device,
+bool ProjectManager::openFile(QWidget *parent, const QString &family, const QString &device,
                               const QString &fsFile, const QString &file)
 {
     if (!closeCurrent(parent, {}))
-        return;
+        return false;
     AnalyzerProject *const project = projectFor(file);
     if (!project)
-        return;
+        return true;
     m_current = project;
     handOverGetters(*project);
     project->setupProject(parent);
     const QPointer<ProjectManager> self(this); // a file may be refused in a box, see closeCurrent
     const bool isOpened = project->openFile(file);
     if (!self)
-        return;
+        return true;
     // Stays the current project even so: closing it once more does no harm.
     if (!isOpened)
         project->closeProject(parent, {});
     project->setDevice(family, device, fsFile);
     clearGetters();
+    return true;
 }
 
 bool ProjectManager::closeCurrent(QWidget *parent, const std::function<bool()> &askStop)

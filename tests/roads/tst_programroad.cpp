@@ -257,7 +257,8 @@ void tst_ProgramRoad::fromEmptyDeviceToWaves()
     QVERIFY(desk.isEnabled("Start"));
 }
 
-// Neither an opened file nor the end of the window waits for the tool.
+// The tool holds the cable, box or no box. Neither an opened file nor the end of the window waits
+// for it, but they ask.
 void tst_ProgramRoad::leavesDuringADownload()
 {
     for (const bool isClosed : {false, true}) {
@@ -269,13 +270,34 @@ void tst_ProgramRoad::leavesDuringADownload()
         desk.click("downLoad");
         QVERIFY(desk.hasTip());
         QTest::qWait(300);
+        const auto leave = [&] {
+            if (isClosed)
+                return desk.window->close();
+            desk.window->openFile(kExample + "uart_fifo.keo", "KR", "KR-A", {});
+            return !desk.page->model()->isRunning();
+        };
+        desk.page->setEnabledByUser(false);
+        desk.press(Qt::Key_F1);
+        QVERIFY(!desk.isEnabled("Start") && !desk.isEnabled("Auto") && !desk.isEnabled("Stop"));
+        desk.boxes.answer = QMessageBox::No;
+        QVERIFY(!leave());
+        QVERIFY(desk.page->model()->isRunning() && desk.hasTip());
+        QCOMPARE(desk.cell(0, Column::FsFile), kExample + "bitstreams/uart_fifo.fs");
+        desk.boxes.answer = QMessageBox::Yes;
         if (isClosed) {
             QVERIFY(desk.window->close());
+        } else { // for the device of the file that stayed open
+            desk.window->reopen(kExample + "uart_fifo.keo");
+            QCOMPARE(desk.cell(0, Column::FsFile), kExample + "bitstreams/uart_fifo.fs");
+        }
+        QCOMPARE(desk.boxes.seen.size(), 2);
+        QVERIFY(desk.boxes.seen.takeFirst().contains("left incomplete"));
+        QCOMPARE(desk.boxes.seen.takeFirst().left(9), "Warning: ");
+        if (isClosed) {
             QVERIFY(!desk.page->model()->isRunning());
             desk.window.reset();
             continue;
         }
-        desk.window->openFile(kExample + "uart_fifo.keo", "KR", "KR-C", {});
         QVERIFY(!desk.hasTip() && !desk.page->model()->isRunning());
         QVERIFY(desk.isEnabled("Start") && desk.find<QToolButton>("downLoad")->isEnabled());
         desk.chooseCable(1);
