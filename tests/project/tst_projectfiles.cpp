@@ -431,7 +431,8 @@ void tst_ProjectFiles::killedWhileSaving()
     bool sawBoth = false;
     for (int round = 0; round < 8; ++round) {
         QProcess process;
-        process.start(QCoreApplication::applicationFilePath(), {kSaveForEver, saved.project()});
+        process.start(QCoreApplication::applicationFilePath(),
+                      {"tst_projectfiles", kSaveForEver, saved.project()});
         for (int saves = 1 + round % 2; saves > 0;) {
             QVERIFY(process.waitForReadyRead(30000));
             saves -= int(process.readAllStandardOutput().count('\n'));
@@ -472,13 +473,14 @@ void tst_ProjectFiles::sharedDomains()
     QCOMPARE(textOf(w.wave(1)->contents()), textOf(second));
 }
 
-int main(int argc, char **argv)
+static int testOrSaveForEver(int argc, char **argv)
 {
-    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     if (argc == 3 && std::strcmp(argv[1], kSaveForEver) == 0) {
         const QApplication application(argc, argv);
         return saveForEver(QString::fromLocal8Bit(argv[2]));
     }
-    return runTest<tst_ProjectFiles, QApplication>(argc, argv);
+    return runWidgetTest<tst_ProjectFiles>(argc, argv);
 }
+
+KEO_OWN_TEST_MAIN(testOrSaveForEver)
 #include "tst_projectfiles.moc"
