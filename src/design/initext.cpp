@@ -1,5 +1,6 @@
 #include "initext.h"
 
+#include <QStringDecoder>
 #include <QStringList>
 
 #include <algorithm>
@@ -40,6 +41,23 @@ int digitValue(char c, int base)
 qsizetype skipBlanks(QByteArrayView text, qsizetype at)
 {
     while (at < text.size() && isBlank(text[at]))
+        ++at;
+    return at;
+}
+
+qsizetype endOfComment(QByteArrayView text, qsizetype at)
+{
+    while (at < text.size() && !endsLine(text[at]))
+        ++at;
+    return at;
+}
+
+/// Behind the line end that stands at \a at, if one does.
+qsizetype behindLineEnd(QByteArrayView text, qsizetype at)
+{
+    if (at < text.size() && text[at] == '\r')
+        ++at;
+    if (at < text.size() && text[at] == '\n')
         ++at;
     return at;
 }
@@ -118,7 +136,7 @@ private:
     {
         while (m_at < m_text.size() && !QByteArrayView("\\\",").contains(m_text[m_at]))
             ++m_at;
-        m_result += QString::fromUtf8(m_text.sliced(start, m_at - start));
+        m_result += m_decode(m_text.sliced(start, m_at - start));
     }
 
     void readEscape()
@@ -153,6 +171,9 @@ private:
 
     QByteArrayView m_text;
     QString m_result;
+    /// A byte order mark behind an escape is a character.
+    QStringDecoder m_decode{QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
+                                                      QStringDecoder::Flag::ConvertInitialBom};
     qsizetype m_at = 0;
     qsizetype m_kept = 0;       ///< length of the result up to which nothing is trimmed
     bool m_isSeparated = false; ///< another text of the list follows
@@ -212,8 +233,7 @@ IniText::IniText(const QByteArray &bytes) : m_bytes(bytes)
         qsizetype equals = -1;
         qsizetype end = at;
         if (bytes[at] == ';') {
-            while (end < bytes.size() && !endsLine(bytes[end]))
-                ++end;
+            end = endOfComment(bytes, at);
         } else {
             end = lineEnd(bytes, at, &equals);
             readLine(at, end, equals, &inDefault);
@@ -224,19 +244,16 @@ IniText::IniText(const QByteArray &bytes) : m_bytes(bytes)
 
 void IniText::readLine(qsizetype start, qsizetype end, qsizetype equals, bool *inDefault)
 {
-    qsizetype next = end; // behind the line end
-    if (next < m_bytes.size() && m_bytes[next] == '\r')
-        ++next;
-    if (next < m_bytes.size() && m_bytes[next] == '\n')
-        ++next;
+    const qsizetype next = behindLineEnd(m_bytes, end);
     const QByteArray line = m_bytes.mid(start, end - start);
     if (line.startsWith('[')) {
         const qsizetype close = line.indexOf(']');
         m_isWellFormed = m_isWellFormed && close > 0;
         *inDefault = line.mid(1, close - 1).trimmed().compare("general", Qt::CaseInsensitive) == 0;
-        const qsizetype newLine = m_bytes.indexOf('\n', end); // behind a comment
-        if (*inDefault && m_defaultStart < 0 && newLine >= 0)
-            m_defaultStart = newLine + 1;
+        const qsizetype below = behindLineEnd(m_bytes, endOfComment(m_bytes, end));
+        const bool isAlone = line.mid(close + 1).trimmed().isEmpty(); // but for a comment
+        if (*inDefault && m_defaultStart < 0 && isAlone && endsLine(m_bytes[below - 1]))
+            m_defaultStart = below;
         return;
     }
     if (equals < 0) {
