@@ -172,7 +172,7 @@ void tst_DescriptionWatch::buttonsWaitForTheRun()
     TestDesign design;
     design.fires = false;
     for (const bool isRemoved : {false, true}) {
-        const Session s(design);
+        Session s(design);
         if (isRemoved)
             QVERIFY(QFile::remove(s.file()));
         else
