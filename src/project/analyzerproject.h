@@ -29,7 +29,8 @@ public:
     /// Builds the widgets, the first time, and puts them into the main window, each time.
     virtual void setupProject(QWidget *mainWindow) = 0;
     /// Takes everything out of the main window again. During a capture it asks \a askStop whether
-    /// the capture may be stopped; without it, or on no, it returns false and stays open.
+    /// the capture may be stopped; without it, or on no, it returns false and stays open. It stays
+    /// as well if the user lets the programmer write on, which it asks over \a parent itself.
     virtual bool closeProject(QWidget *parent, const std::function<bool()> &askStop) = 0;
     /// Opens a configuration or project file. Reports its errors itself.
     virtual bool openFile(const QString &path) = 0;

@@ -88,6 +88,7 @@ void CaptureProject::connectProgrammer()
             &CaptureProject::onProgrammerChanged);
     connect(m_programmer, &ProgrammerLink::enableChange, this,
             &CaptureProject::onProgrammerEnableChange);
+    connect(m_programmer, &ProgrammerLink::toolRunning, this, &CaptureProject::updateActions);
     connect(this, &CaptureProject::programCableChanged, m_programmer,
             &ProgrammerLink::cableChanged);
     connect(this, &CaptureProject::programChannelChanged, m_programmer,
@@ -136,10 +137,12 @@ void CaptureProject::setupProject(QWidget *mainWindow)
     updateActions();
 }
 
-bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askStop)
+bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &askStop)
 {
     const QPointer<CaptureProject> self(this);
     if (isBusy() && (!askStop || !askStop()))
+        return false;
+    if (self && !m_programmer->mayEndRun(parent))
         return false;
     if (self) {
         m_page->leaveDesign();
@@ -328,7 +331,7 @@ void CaptureProject::onProgrammerEnableChange(bool status)
 void CaptureProject::updateActions()
 {
     const bool isIdle = !isBusy();
-    const bool isReady = isIdle && !m_programmer->needsProgramming();
+    const bool isReady = isIdle && !m_programmer->needsProgramming() && !m_programmer->isRunning();
     const bool hasResult = isIdle && !m_waveTabs.isEmpty();
     const RunActions &a = m_runToolBar->actions();
     if (openActionGetter)

@@ -22,6 +22,8 @@
 #include <QToolBar>
 #include <QToolButton>
 
+#include <tuple>
+
 namespace KEO {
 
 namespace {
@@ -69,12 +71,12 @@ struct AnalyzerPrivate
         tabWidget->setObjectName(QStringLiteral("tabWidget"));
     }
 
-    void open(const QString &file) const
+    bool open(const QString &file) const
     {
         projectManager->tabWidgetGetter = [this] { return tabWidget; };
         projectManager->toolBarGetter = [this] { return toolBar; };
         projectManager->openActionGetter = [this] { return openAction; };
-        projectManager->openFile(window, family, device, fsFile, file);
+        return projectManager->openFile(window, family, device, fsFile, file);
     }
 
     std::unique_ptr<ProjectManager> projectManager;
@@ -118,10 +120,13 @@ Analyzer::~Analyzer()
 void Analyzer::openFile(const QString &file, const QString &family, const QString &device,
                         const QString &fsFile)
 {
+    const QPointer<Analyzer> self(this); // the user may be asked
+    const auto before = std::tuple(m_d->family, m_d->device, m_d->fsFile);
     m_d->family = family;
     m_d->device = device;
     m_d->fsFile = fsFile;
-    m_d->open(file);
+    if (!m_d->open(file) && self)
+        std::tie(m_d->family, m_d->device, m_d->fsFile) = before;
 }
 
 void Analyzer::reopen(const QString &file)
@@ -154,9 +159,11 @@ void Analyzer::closeEvent(QCloseEvent *event)
 {
     const QPointer<Analyzer> self(this); // the question waits, and the window may go meanwhile
     // Samples that are being read inside the question's event loop would hold the answer up.
-    const auto stopOnYes = [self](QMessageBox::StandardButton answer) {
-        if (self && answer == QMessageBox::Yes)
-            self->m_d->projectManager->stopCapture();
+    const auto stopOnYes = [self](QMessageBox *box) {
+        QObject::connect(box, &QMessageBox::finished, self, [self](int answer) {
+            if (answer == QMessageBox::Yes)
+                self->m_d->projectManager->stopCapture();
+        });
     };
     const auto askStop = [this, stopOnYes] {
         return showBox(QMessageBox::Question, this, tr("Exit"),

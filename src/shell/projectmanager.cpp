@@ -65,16 +65,16 @@ ProjectManager::ProjectManager(QObject *parent, const ProjectFactories &factorie
 
 ProjectManager::~ProjectManager() = default;
 
-void ProjectManager::openFile(QWidget *parent, const QString &family, const QString &device,
+bool ProjectManager::openFile(QWidget *parent, const QString &family, const QString &device,
                               const QString &fsFile, const QString &file)
 {
     if (!closeCurrent(parent, {}))
-        return;
+        return false;
     const Result<AnalyzerProject *> taker = projectFor(file);
     if (!taker) {
         qCDebug(lcShell).noquote() << file << taker.error().message;
         Q_EMIT fileRefused(file, taker.error().message);
-        return;
+        return true;
     }
     AnalyzerProject *const project = *taker;
     m_current = project;
@@ -83,7 +83,7 @@ void ProjectManager::openFile(QWidget *parent, const QString &family, const QStr
     const QPointer<ProjectManager> self(this); // a file may be refused in a box, see closeCurrent
     const bool isOpened = project->openFile(file);
     if (!self)
-        return;
+        return true;
     // Stays the current project even so: closing it once more does no harm.
     if (!isOpened)
         project->closeProject(parent, {});
@@ -91,6 +91,7 @@ void ProjectManager::openFile(QWidget *parent, const QString &family, const QStr
     clearGetters();
     if (!isOpened)
         Q_EMIT fileRefused(file, tr("It can't be loaded."));
+    return true;
 }
 
 bool ProjectManager::closeCurrent(QWidget *parent, const std::function<bool()> &askStop)

@@ -53,10 +53,12 @@ public:
                             const ProjectFactories &factories = projectFactories());
     ~ProjectManager() override;
 
-    /// Closes the open project, which a running capture refuses: then nothing else happens. Opens
+    /// Closes the open project, which a running capture refuses, or the user when the programmer
+    /// is writing to a device: then nothing else happens. Opens
     /// \a file, a description (".keo", ".zeo") or a project file (".analyzer_prj"), in the project
-    /// of its kind and hands it the device, also when the file did not open.
-    void openFile(QWidget *parent, const QString &family, const QString &device,
+    /// of its kind and hands it the device, also when the file did not open. False if the project
+    /// that was open stays.
+    bool openFile(QWidget *parent, const QString &family, const QString &device,
                   const QString &fsFile, const QString &file);
 
     /// Closes the open project, if any; \a askStop says whether a running capture may be stopped,

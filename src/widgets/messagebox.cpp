@@ -26,20 +26,18 @@ void makeRoomForTitle(QMessageBox &box)
 
 } // namespace
 
-QMessageBox::StandardButton
-showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text,
-        QMessageBox::StandardButtons buttons, QMessageBox::StandardButton defaultButton,
-        const std::function<void(QMessageBox::StandardButton)> &answered)
+QMessageBox::StandardButton showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title,
+                                    const QString &text, QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton defaultButton,
+                                    const std::function<void(QMessageBox *)> &prepare)
 {
     // On the heap: a window that is destroyed while its box shows takes the box along.
     const QPointer<QMessageBox> box = new QMessageBox(icon, title, text, buttons, parent);
     box->setTextFormat(Qt::PlainText); // paths and names may look like markup
     box->setDefaultButton(defaultButton);
     makeRoomForTitle(*box);
-    if (answered) {
-        QObject::connect(box, &QMessageBox::finished, box,
-                         [answered](int result) { answered(QMessageBox::StandardButton(result)); });
-    }
+    if (prepare)
+        prepare(box);
     const int answer = box->exec();
     if (!box)
         return QMessageBox::NoButton;
