@@ -189,9 +189,9 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
     m_programmer->setDevice(family, device, fsFile);
 }
 
-void CaptureProject::stopCapture()
+void CaptureProject::stopReading()
 {
-    if (isBusy())
+    if (m_design->manager().state() == CaptureState::Reading)
         m_design->manager().stop();
 }
 

@@ -43,7 +43,7 @@ public:
     /// shown.
     bool openFile(const QString &path) final;
     void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
-    void stopCapture() final;
+    void stopReading() final;
 
     /// F3 forces the trigger and F4 stops, and both take the waiting tip away.
     bool event(QEvent *event) override;

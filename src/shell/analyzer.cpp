@@ -162,7 +162,7 @@ void Analyzer::closeEvent(QCloseEvent *event)
     const auto stopOnYes = [self](QMessageBox *box) {
         QObject::connect(box, &QMessageBox::finished, self, [self](int answer) {
             if (answer == QMessageBox::Yes)
-                self->m_d->projectManager->stopCapture();
+                self->m_d->projectManager->stopReading();
         });
     };
     const auto askStop = [this, stopOnYes] {

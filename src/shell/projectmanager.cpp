@@ -106,10 +106,10 @@ bool ProjectManager::closeCurrent(QWidget *parent, const std::function<bool()> &
     return true;
 }
 
-void ProjectManager::stopCapture() const
+void ProjectManager::stopReading() const
 {
     if (m_current)
-        m_current->stopCapture();
+        m_current->stopReading();
 }
 
 Result<AnalyzerProject *> ProjectManager::projectFor(const QString &file) const
