@@ -481,7 +481,9 @@ void tst_SimPrograms::keepsOffLinks()
     file.close();
     QVERIFY(Call(path, kDownload).output.contains("Finished.")); // it makes the chain's file
     const QDir folder(QDir::tempPath());
-    for (const QString &link : folder.entryList({"keo-*.chain"}, QDir::Files) << "keo.burner") {
+    QStringList links = folder.entryList({"keo-*.chain"}, QDir::Files);
+    links.append("keo.burner");
+    for (const QString &link : std::as_const(links)) {
         QFile::remove(folder.filePath(link));
         QVERIFY(QFile::link(file.fileName(), folder.filePath(link)));
         QVERIFY(!Call(path, kDownload).output.contains("Finished."));
