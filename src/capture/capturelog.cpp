@@ -1,3 +1,3 @@
 #include "capturelog.h"
 
-Q_LOGGING_CATEGORY(keoCapture, "keo.capture")
+Q_LOGGING_CATEGORY(keoCapture, "keo.capture", QtInfoMsg)
