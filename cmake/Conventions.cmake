@@ -45,12 +45,32 @@ if(SIGNALSCOPE_FUZZ)
     add_link_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# One static library of a subsystem: keo_add_library(config SOURCES ... LINK keo::base Qt6::Core)
-# gives keo_config and the alias keo::config. LINK is public: it is what the folder may know.
+# One static library of a subsystem, in a folder of its own below src/:
+#   keo_add_library(config PUBLIC a.h SOURCES a.cpp b.cpp b.h LINK keo::base Qt6::Core)
+# gives keo_config and the alias keo::config. LINK is what the folder may know and hands on, HIDES
+# what it may know and keeps to itself. Others reach the PUBLIC headers alone, as <config/a.h>: a
+# folder of forwarding headers stands in for the real one on their include path. Tests and
+# benchmarks may look inside, with keo::insides.
 function(keo_add_library name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
-    add_library(keo_${name} STATIC ${ARG_SOURCES})
+    cmake_parse_arguments(ARG "" "" "PUBLIC;SOURCES;LINK;HIDES" ${ARGN})
+    add_library(keo_${name} STATIC ${ARG_SOURCES} ${ARG_PUBLIC})
     add_library(keo::${name} ALIAS keo_${name})
-    target_include_directories(keo_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
-    target_link_libraries(keo_${name} PUBLIC ${ARG_LINK} PRIVATE keo::warnings)
+    set(doors ${PROJECT_BINARY_DIR}/include/${name})
+    file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR}/src ${CMAKE_CURRENT_SOURCE_DIR})
+    foreach(header IN LISTS ARG_PUBLIC)
+        file(RELATIVE_PATH target ${doors}/${folder} ${CMAKE_CURRENT_SOURCE_DIR}/${header})
+        file(CONFIGURE OUTPUT ${doors}/${folder}/${header} CONTENT "#include \"${target}\"\n")
+    endforeach()
+    target_include_directories(keo_${name} INTERFACE ${doors})
+    target_link_libraries(keo_${name} PUBLIC ${ARG_LINK} PRIVATE ${ARG_HIDES} keo::warnings)
+    keo_knows_windows(windows ${ARG_LINK} ${ARG_HIDES})
+    if(windows)
+        target_precompile_headers(keo_${name} REUSE_FROM keo_window_headers)
+    else()
+        target_precompile_headers(keo_${name} REUSE_FROM keo_plain_headers)
+    endif()
 endfunction()
+
+add_library(keo_insides INTERFACE)
+add_library(keo::insides ALIAS keo_insides)
+target_include_directories(keo_insides INTERFACE ${PROJECT_SOURCE_DIR}/src)

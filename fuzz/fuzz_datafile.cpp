@@ -1,9 +1,9 @@
 // Bytes as a data file: what is read must be what the toolkit's tree says, and must come to rest
 // when it is written and read again.
 
-#include <project/datafilecheck.h>
-#include <project/datafilereader.h>
-#include <project/datafilewriter.h>
+#include <design/datafilecheck.h>
+#include <design/datafilereader.h>
+#include <design/datafilewriter.h>
 
 #include <QDomDocument>
 

@@ -1,6 +1,6 @@
 // Bytes as a project file: nothing but plain text comes out of it.
 
-#include <project/projectfile.h>
+#include <design/projectfile.h>
 
 #include <cstdint>
 

@@ -4,7 +4,7 @@
 #include <export/csvwriter.h>
 #include <export/prnwriter.h>
 #include <export/vcdwriter.h>
-#include <wave/windowcontents.h>
+#include <wave_data/windowcontents.h>
 
 #include <QBuffer>
 #include <QDomDocument>

@@ -2,7 +2,7 @@
 
 #include <export/csvwriter.h>
 #include <export/vcdwriter.h>
-#include <wave/dataformat.h>
+#include <wave_data/dataformat.h>
 
 #include <QDomDocument>
 #include <QIODevice>

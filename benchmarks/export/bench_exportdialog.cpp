@@ -4,7 +4,7 @@
 
 #include "randomwindow.h"
 
-#include <export/exportdialog.h>
+#include <export_ui/exportdialog.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QApplication>

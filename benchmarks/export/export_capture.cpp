@@ -9,7 +9,7 @@
 #include <export/csvwriter.h>
 #include <export/rowblock.h>
 #include <export/vcdwriter.h>
-#include <wave/windowcontents.h>
+#include <wave_data/windowcontents.h>
 
 #include <QFile>
 #include <QtEndian>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <wave/windowcontents.h>
+#include <wave_data/windowcontents.h>
 
 #include <QRandomGenerator>
 

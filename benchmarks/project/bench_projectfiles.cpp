@@ -2,10 +2,10 @@
 // click takes them. "extra_memory" is the greatest amount of memory that was in use meanwhile, less
 // what was in use before, in sizes of the data file.
 #include <config/standardconfig.h>
-#include <project/datafilereader.h>
-#include <project/datafilewriter.h>
+#include <design/datafilereader.h>
+#include <design/datafilewriter.h>
+#include <design/projectfile.h>
 #include <project/keostandardanalyzerproject.h>
-#include <project/projectfile.h>
 
 #include <benchmark/benchmark.h>
 

@@ -1,9 +1,9 @@
 // One repaint of a full window of rows: what every scroll step, zoom step and marker move costs.
 
-#include <wave/buswaveitem.h>
-#include <wave/dataformat.h>
-#include <wave/signalwaveitem.h>
-#include <wave/viewergeometry.h>
+#include <wave/common/viewergeometry.h>
+#include <wave/traces/buswaveitem.h>
+#include <wave/traces/signalwaveitem.h>
+#include <wave_data/dataformat.h>
 
 #include <QApplication>
 #include <QGraphicsScene>

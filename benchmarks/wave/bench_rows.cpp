@@ -1,5 +1,5 @@
-#include <wave/signaltreemodel.h>
-#include <wave/signaltreeview.h>
+#include <wave/tree/signaltreemodel.h>
+#include <wave/tree/signaltreeview.h>
 
 #include <benchmark/benchmark.h>
 

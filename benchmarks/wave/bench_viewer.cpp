@@ -1,9 +1,9 @@
 // What a user waits for in the whole viewer, 1920 x 1000 with 33 rows showing.
-#include <wave/rulerview.h>
-#include <wave/signaltreeview.h>
-#include <wave/viewergeometry.h>
+#include <wave/common/viewergeometry.h>
+#include <wave/ruler/rulerview.h>
+#include <wave/tree/signaltreeview.h>
+#include <wave/view/waveview.h>
 #include <wave/wavemonitorwidget.h>
-#include <wave/waveview.h>
 
 #include <benchmark/benchmark.h>
 

@@ -3,6 +3,7 @@
 #include "bits.h"
 #include "capturelog.h"
 #include "capturepackets.h"
+#include "capturerequests.h"
 #include "shiftword.h"
 
 #include <QCoreApplication>
@@ -36,6 +37,16 @@ std::optional<int> windowOf(const CmdPack &reply)
 
 } // namespace
 
+/// A read of a section; shared by what takes its answers.
+struct CaptureManager::SectionRead
+{
+    ReadPlan plan;
+    SectionPlace place;
+    Step step;
+    quint64 reading = 0;
+    std::optional<size_t> digest = {}; ///< of the rows that came
+};
+
 int CaptureManager::ReadPlan::sectionBits() const
 {
     const qint64 bits = qint64(rowBits) * sectionRows + leadingBits + kTrailingBits;
@@ -43,7 +54,10 @@ int CaptureManager::ReadPlan::sectionBits() const
 }
 
 CaptureManager::CaptureManager(JtagSession &session, QObject *parent)
-    : QObject(parent), m_session(session), m_requests(session), m_watch(new QTimer(this))
+    : QObject(parent),
+      m_session(session),
+      m_requests(std::make_unique<CaptureRequests>(session)),
+      m_watch(new QTimer(this))
 {
     m_watch->setInterval(kWatchInterval);
     connect(m_watch, &QTimer::timeout, this, &CaptureManager::watchServer);
@@ -53,7 +67,7 @@ CaptureManager::~CaptureManager() = default;
 
 void CaptureManager::openDevice(const QVariantList &chain)
 {
-    m_requests.open(chain, [this](int result) {
+    m_requests->open(chain, [this](int result) {
         if (result == 0)
             return;
         const QPointer<CaptureManager> self(this);
@@ -67,7 +81,7 @@ void CaptureManager::stop()
 {
     disarm();
     m_session.sendCommand(closePacket());
-    m_requests.stop();
+    m_requests->stop();
     endRun();
 }
 
@@ -97,7 +111,7 @@ bool CaptureManager::beginRun(CaptureState state)
 void CaptureManager::finish()
 {
     m_session.sendCommand(closePacket());
-    m_requests.finish();
+    m_requests->finish();
     endRun();
 }
 
@@ -129,6 +143,21 @@ void CaptureManager::writeStartRegister(int value, int registerWidth)
 {
     const QBitArray data = alignBits(bitsOfInt32(value), registerWidth);
     m_session.sendCommand(writeStartPacket(writeRegisterWord(kStartRegister, data)));
+}
+
+void CaptureManager::beginRound()
+{
+    m_requests->beginRound();
+}
+
+void CaptureManager::giveUpReads()
+{
+    m_requests->giveUp();
+}
+
+bool CaptureManager::isOpening() const
+{
+    return m_requests->isOpening();
 }
 
 void CaptureManager::readRegister(const CmdPack &pack, int width, EmptyAnswer empty,
@@ -171,7 +200,7 @@ void CaptureManager::readRegister(const CmdPack &pack, int width, EmptyAnswer em
         if (answerOf(reply) == NotZero)
             doubt(*reading);
     };
-    m_requests.read(pack, {judge, take, takeAgain});
+    m_requests->read(pack, {judge, take, takeAgain});
 }
 
 void CaptureManager::readStartRegister(int width, EmptyAnswer empty,
@@ -226,9 +255,9 @@ bool CaptureManager::readSections(const ReadPlan &plan, int window, const Step &
             using Verdict = CaptureRequests::Verdict;
             return windowOf(reply) == window ? Verdict::Keep : Verdict::Foreign;
         };
-        m_requests.read(readRamPacket(plan.sectionBits(), place),
-                        {judge, [this, read](const CmdPack &reply) { takeSection(*read, reply); },
-                         [this, read](const CmdPack &reply) { takeSectionAgain(*read, reply); }});
+        m_requests->read(readRamPacket(plan.sectionBits(), place),
+                         {judge, [this, read](const CmdPack &reply) { takeSection(*read, reply); },
+                          [this, read](const CmdPack &reply) { takeSectionAgain(*read, reply); }});
     }
     return true;
 }
@@ -349,7 +378,7 @@ void CaptureManager::watchServer()
     RunReport report = m_report;
     if (!m_session.isCurrentConnected())
         report.server = RunReport::Server::Gone;
-    else if (m_requests.silence() >= kPatience)
+    else if (m_requests->silence() >= kPatience)
         report.server = RunReport::Server::Silent;
     else
         report.server = RunReport::Server::Answers;

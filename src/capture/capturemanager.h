@@ -1,7 +1,5 @@
 #pragma once
 
-#include "capturepackets.h"
-#include "capturerequests.h"
 #include "runreport.h"
 
 #include <link/cmdpack.h>
@@ -15,11 +13,14 @@
 #include <QVariant>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 class QTimer;
 
 namespace KEO {
+
+class CaptureRequests;
 
 /// Where a run stands. The numbers are fixed; a standard core's run has no state 2, and the state 1
 /// of the two kinds of core has two names.
@@ -146,7 +147,7 @@ protected:
     /// A run begins. False when a receiver of the state has made it move on.
     bool beginRun(CaptureState state);
     /// A round of an Auto run begins.
-    void beginRound() { m_requests.beginRound(); }
+    void beginRound();
     /// Closes the device at the end of a run that was not stopped.
     void finish();
     /// A description's extension tells the form of the design; another one tells nothing.
@@ -161,7 +162,7 @@ protected:
     void readStartRegister(int width, EmptyAnswer empty,
                            std::function<void(RegisterAnswer)> answered);
     /// The reads under way are lost; the run goes on.
-    void giveUpReads() { m_requests.giveUp(); }
+    void giveUpReads();
     /// Reads all windows, with the event loop running between two sections. Returns when all has
     /// been asked for, or the run has moved on.
     void readMemory(const ReadPlan &plan, Evidence evidence = Evidence::Told);
@@ -170,7 +171,7 @@ protected:
     void forgetSections() { m_windows.clear(); }
     [[nodiscard]] JtagSession &session() const { return m_session; }
     /// "OPEN" has not been answered yet.
-    [[nodiscard]] bool isOpening() const { return m_requests.isOpening(); }
+    [[nodiscard]] bool isOpening() const;
 
     enum StartValue { Disarm = 0, Arm = 1, Force = 3 };
 
@@ -187,15 +188,7 @@ private:
         bool isTrusted = true;
         bool isDelivered = false;
     };
-    /// A read of a section; shared by what takes its answers.
-    struct SectionRead
-    {
-        ReadPlan plan;
-        SectionPlace place;
-        Step step;
-        quint64 reading = 0;
-        std::optional<size_t> digest = {}; ///< of the rows that came
-    };
+    struct SectionRead;
 
     void endRun();
     /// False when the run has moved on meanwhile.
@@ -211,7 +204,7 @@ private:
     void changeReport(RunReport report);
 
     JtagSession &m_session; // borrowed
-    CaptureRequests m_requests;
+    std::unique_ptr<CaptureRequests> m_requests;
     CaptureState m_state = CaptureState::Idle;
     RunReport m_report;
     QTimer *m_watch; // owned by the object tree; runs in a run

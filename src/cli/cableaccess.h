@@ -1,7 +1,7 @@
 #pragma once
 
 #include <base/result.h>
-#include <shell/serverlauncher.h>
+#include <servers/serverlauncher.h>
 
 #include <QString>
 #include <QStringList>

@@ -9,7 +9,7 @@
 #include "savedcapture.h"
 
 #include <base/result.h>
-#include <wave/windowcontents.h>
+#include <wave_data/windowcontents.h>
 
 #include <QJsonArray>
 #include <QObject>

@@ -4,7 +4,7 @@
 #include "standardsource.h"
 
 #include <config/descriptionkind.h>
-#include <project/capturedisplay.h>
+#include <design/capturedisplay.h>
 
 namespace KEO {
 

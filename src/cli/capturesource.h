@@ -6,8 +6,8 @@
 #include <capture/capturemanager.h>
 #include <config/signalentry.h>
 #include <export/exportfiles.h>
-#include <wave/signalelement.h>
-#include <wave/windowcontents.h>
+#include <wave_data/signalelement.h>
+#include <wave_data/windowcontents.h>
 
 #include <QList>
 #include <QObject>

@@ -2,8 +2,8 @@
 
 #include "coredescriptions.h"
 
-#include <project/capturedisplay.h>
-#include <project/exportcore.h>
+#include <design/capturedisplay.h>
+#include <design/exportcore.h>
 
 namespace KEO {
 

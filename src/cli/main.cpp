@@ -1,6 +1,7 @@
 #include "captureoptions.h"
-#include "capturepicture.h"
 #include "captureprogram.h"
+
+#include <cli_picture/capturepicture.h>
 
 #include <QApplication>
 #include <QCoreApplication>

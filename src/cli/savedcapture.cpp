@@ -3,11 +3,11 @@
 #include "coredescriptions.h"
 
 #include <config/descriptionkind.h>
-#include <project/datafilecheck.h>
-#include <project/datafilereader.h>
-#include <project/datafilewriter.h>
-#include <project/exportcore.h>
-#include <project/projectfile.h>
+#include <design/datafilecheck.h>
+#include <design/datafilereader.h>
+#include <design/datafilewriter.h>
+#include <design/exportcore.h>
+#include <design/projectfile.h>
 
 #include <QCoreApplication>
 

@@ -2,7 +2,7 @@
 
 #include <base/result.h>
 #include <export/exportfiles.h>
-#include <wave/windowcontents.h>
+#include <wave_data/windowcontents.h>
 
 #include <QString>
 

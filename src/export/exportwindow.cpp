@@ -2,8 +2,8 @@
 
 #include "vcdwriter.h"
 
-#include <wave/windowcontents.h>
-#include <wave/xmltext.h>
+#include <wave_data/windowcontents.h>
+#include <wave_data/xmltext.h>
 
 #include <QDomElement>
 #include <QHash>

@@ -1,6 +1,6 @@
 #include "rowblock.h"
 
-#include <wave/bitwords.h>
+#include <wave_data/bitwords.h>
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <wave/dataformat.h>
+#include <wave_data/dataformat.h>
 
 #include <QBitArray>
 #include <QList>

@@ -2,7 +2,7 @@
 
 #include "rowblock.h"
 
-#include <wave/radixtext.h>
+#include <wave_data/radixtext.h>
 
 #include <QByteArray>
 

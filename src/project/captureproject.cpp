@@ -8,11 +8,11 @@
 #include "waitingtip.h"
 
 #include <capture/capturemanager.h>
-#include <dialogs/messagebox.h>
-#include <export/exportdialog.h>
+#include <export_ui/exportdialog.h>
 #include <link/jtagsession.h>
-#include <programmer/keoprogrammerwidget.h>
+#include <programmer_ui/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
+#include <widgets/messagebox.h>
 
 #include <QAction>
 #include <QCoreApplication>

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "analyzerproject.h"
-#include "datafilereader.h"
-#include "datafilewriter.h"
-#include "projectfile.h"
 #include "wavetabs.h"
 
 #include <config/signalentry.h>
+#include <design/datafilereader.h>
+#include <design/datafilewriter.h>
+#include <design/projectfile.h>
 #include <export/exportfiles.h>
 
 #include <QMap>

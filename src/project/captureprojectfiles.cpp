@@ -6,7 +6,7 @@
 #include "projectlog.h"
 #include "savedialog.h"
 
-#include <programmer/keoprogrammerwidget.h>
+#include <programmer_ui/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QFileInfo>

@@ -1,13 +1,13 @@
 #include "keoliteanalyzerproject.h"
 
-#include "capturedisplay.h"
-#include "datafilecheck.h"
-#include "exportcore.h"
 #include "keolitetriggeroptionwidget.h"
 
 #include <capture/litedatamanager.h>
 #include <config/liteconfig.h>
-#include <programmer/keoprogrammerwidget.h>
+#include <design/capturedisplay.h>
+#include <design/datafilecheck.h>
+#include <design/exportcore.h>
+#include <programmer_ui/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QVBoxLayout>

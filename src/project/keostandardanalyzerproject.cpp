@@ -1,14 +1,14 @@
 #include "keostandardanalyzerproject.h"
 
-#include "capturedisplay.h"
-#include "datafilecheck.h"
-#include "exportcore.h"
 #include "runcontrols.h"
 
 #include <capture/standarddatamanager.h>
 #include <config/standardconfig.h>
-#include <programmer/keoprogrammerwidget.h>
-#include <trigger/dynamicconfigwidget.h>
+#include <design/capturedisplay.h>
+#include <design/datafilecheck.h>
+#include <design/exportcore.h>
+#include <programmer_ui/keoprogrammerwidget.h>
+#include <trigger_ui/dynamicconfigwidget.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QDockWidget>

@@ -1,7 +1,7 @@
 #include "programmerpage.h"
 
-#include <dialogs/messagebox.h>
-#include <programmer/keoprogrammerwidget.h>
+#include <programmer_ui/keoprogrammerwidget.h>
+#include <widgets/messagebox.h>
 
 #include <QHBoxLayout>
 #include <QLabel>

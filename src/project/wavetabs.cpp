@@ -1,9 +1,8 @@
 #include "wavetabs.h"
 
-#include "capturedisplay.h"
-
+#include <design/capturedisplay.h>
 #include <wave/wavemonitorwidget.h>
-#include <wave/windowcontents.h>
+#include <wave_data/windowcontents.h>
 
 #include <QTabWidget>
 

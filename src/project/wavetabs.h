@@ -1,8 +1,8 @@
 #pragma once
 
 #include <config/coreconfig.h>
-#include <wave/signalelement.h>
 #include <wave/windowstate.h>
+#include <wave_data/signalelement.h>
 
 #include <QList>
 #include <QPointer>

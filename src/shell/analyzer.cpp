@@ -4,9 +4,9 @@
 #include "emptyhint.h"
 #include "startupoptions.h"
 
-#include <dialogs/messagebox.h>
 #include <image/images.h>
 #include <link/jtagsession.h>
+#include <widgets/messagebox.h>
 
 #include <QAction>
 #include <QCloseEvent>

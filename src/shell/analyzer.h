@@ -2,7 +2,7 @@
 
 #include "projectmanager.h"
 
-#include <wave/notificationcenter.h>
+#include <wave/common/notificationcenter.h>
 
 #include <QMainWindow>
 #include <QString>

@@ -1,10 +1,10 @@
 #include "projectmanager.h"
 
 #include <config/descriptionkind.h>
+#include <design/projectfile.h>
 #include <project/analyzerproject.h>
 #include <project/keoliteanalyzerproject.h>
 #include <project/keostandardanalyzerproject.h>
-#include <project/projectfile.h>
 
 #include <QLoggingCategory>
 #include <QPointer>

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "projectmanager.h"
-#include "serverlauncher.h"
 #include "startupoptions.h"
+
+#include <servers/serverlauncher.h>
 
 #include <QCoreApplication>
 #include <QList>

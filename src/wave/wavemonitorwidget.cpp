@@ -1,10 +1,10 @@
 #include "wavemonitorwidget.h"
 
-#include "rulerview.h"
-#include "signaltreemodel.h"
-#include "signaltreeview.h"
-#include "viewergeometry.h"
-#include "waveview.h"
+#include <wave/common/viewergeometry.h>
+#include <wave/ruler/rulerview.h>
+#include <wave/tree/signaltreemodel.h>
+#include <wave/tree/signaltreeview.h>
+#include <wave/view/waveview.h>
 
 #include <QDomDocument>
 #include <QEvent>

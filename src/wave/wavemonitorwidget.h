@@ -1,9 +1,10 @@
 #pragma once
 
-#include "localized.h"
-#include "notificationcenter.h"
-#include "signalelement.h"
 #include "windowstate.h"
+
+#include <wave/common/localized.h>
+#include <wave/common/notificationcenter.h>
+#include <wave_data/signalelement.h>
 
 #include <QBitArray>
 #include <QList>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dataformat.h"
+#include <wave_data/dataformat.h>
 
 #include <QDomElement>
 

@@ -2,7 +2,7 @@
 #include <export/prnwriter.h>
 #include <export/vcdwriter.h>
 #include <support/testmain.h>
-#include <wave/windowcontents.h>
+#include <wave_data/windowcontents.h>
 
 #include <QBuffer>
 #include <QDomDocument>

@@ -1,12 +1,12 @@
 // The export dialog, driven by keys and clicks, with files on the disk.
 
 #include <export/csvwriter.h>
-#include <export/exportdialog.h>
 #include <export/prnwriter.h>
 #include <export/vcdwriter.h>
+#include <export_ui/exportdialog.h>
 #include <support/widgettest.h>
 #include <wave/wavemonitorwidget.h>
-#include <wave/windowcontents.h>
+#include <wave_data/windowcontents.h>
 
 #include <QClipboard>
 #include <QComboBox>

@@ -1,10 +1,10 @@
 // The programmer page by keys and clicks, with a script in the place of the tool.
 
 #include <programmer/devicedatabase.h>
-#include <programmer/keoprogrammermodel.h>
-#include <programmer/keoprogrammerwidget.h>
-#include <programmer/legiblecolor.h>
-#include <programmer/programmerlog.h>
+#include <programmer_ui/keoprogrammermodel.h>
+#include <programmer_ui/keoprogrammerwidget.h>
+#include <programmer_ui/legiblecolor.h>
+#include <programmer_ui/programmerlog.h>
 #include <support/widgettest.h>
 
 #include "../programmer/scripttool.h"

@@ -3,8 +3,8 @@
 // signal and sample of every window is compared with the design's formula.
 
 #include <capture/standarddatamanager.h>
+#include <design/capturedisplay.h>
 #include <link/jtagsession.h>
-#include <project/capturedisplay.h>
 #include <support/benchserver.h>
 #include <support/testdesign.h>
 #include <support/testmain.h>

@@ -3,8 +3,8 @@
 
 #include "desktop.h"
 
-#include <wave/signaltreeview.h>
-#include <wave/waveview.h>
+#include <wave/tree/signaltreeview.h>
+#include <wave/view/waveview.h>
 
 #include <QComboBox>
 #include <QDialog>

@@ -3,11 +3,11 @@
 
 #include <link/jtagsession.h>
 #include <programmer/devicedatabase.h>
-#include <programmer/keoprogrammermodel.h>
-#include <programmer/keoprogrammerwidget.h>
+#include <programmer_ui/keoprogrammermodel.h>
+#include <programmer_ui/keoprogrammerwidget.h>
 #include <project/waitingtip.h>
+#include <servers/serverlauncher.h>
 #include <shell/analyzer.h>
-#include <shell/serverlauncher.h>
 #include <support/widgettest.h>
 #include <wave/wavemonitorwidget.h>
 

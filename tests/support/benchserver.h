@@ -1,7 +1,7 @@
 #pragma once
 
 #include <link/jtagsession.h>
-#include <shell/serverlauncher.h>
+#include <servers/serverlauncher.h>
 
 /// Starts the simulated server of the first cable and connects the session to it. The board file is
 /// that of the environment.

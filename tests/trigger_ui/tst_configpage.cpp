@@ -1,9 +1,9 @@
 #include "portcore.h"
 
 #include <support/widgettest.h>
-#include <trigger/dynamicconfigwidget.h>
-#include <trigger/matchunitdialog.h>
-#include <trigger/muexpressiondialog.h>
+#include <trigger_ui/dynamicconfigwidget.h>
+#include <trigger_ui/matchunitdialog.h>
+#include <trigger_ui/muexpressiondialog.h>
 
 #include <QLineEdit>
 #include <QListWidget>

@@ -2,8 +2,8 @@
 
 #include <config/matchtext.h>
 #include <support/widgettest.h>
-#include <trigger/matchunitdialog.h>
-#include <trigger/matchunitmodel.h>
+#include <trigger_ui/matchunitdialog.h>
+#include <trigger_ui/matchunitmodel.h>
 
 #include <QAbstractItemModelTester>
 #include <QCheckBox>

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <base/boundedxml.h>
+#include <base/result.h>
+#include <wave_data/windowcontents.h>
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace KEO {
+
+/// A window as a data file has it, see dataFileText. Nothing of it has been held against a design.
+struct LoadedWindow
+{
+    QString core;            ///< attribute as it stands; null if absent
+    QString index;           ///< attribute as it stands; null if absent
+    bool isTopLevel = true;  ///< false: deeper than a child of the root, counts as evidence only
+    QString triggerText;     ///< of the first `TriggerPosition`; null if there is none
+    QStringList signalNames; ///< `name` of every node in `Signals`; null for one that has none
+    WaveMonitor::WindowContents contents;
+};
+
+using LoadedWindows = std::vector<LoadedWindow>;
+
+/// A data file larger than this is refused before it is read, in bytes.
+inline constexpr qint64 kMaxDataFileSize = 1024 * 1024 * 1024;
+
+/// What a data file may cost. Nodes that the reader has no use for take no memory, the others are
+/// bounded by kMaxDataRecords.
+inline constexpr XmlLimits kDataFileLimits{
+    .maxSize = kMaxDataFileSize, .maxDepth = 256, .maxAttributes = 256, .maxNodes = 16'000'000};
+
+/// Windows, signals and rows together. Each takes some hundred bytes.
+inline constexpr int kMaxDataRecords = 1'000'000;
+
+/// Reads a data file in one pass without a tree; a sample takes a bit, the text of one signal at a
+/// time more. The file is taken whole or not at all.
+///
+/// Errors: kind File when it can't be read. Otherwise Format or Limit, and the message is the one
+/// for the user, with line and column.
+Result<LoadedWindows> loadDataFile(const QString &path);
+
+/// The same on bytes.
+Result<LoadedWindows> readDataFile(const QByteArray &bytes);
+
+} // namespace KEO

@@ -1,0 +1,330 @@
+#include "keoprogrammermodel.h"
+
+#include "deviceselector.h"
+
+#include <programmer/devicedatabase.h>
+#include <programmer/fsheader.h>
+#include <programmer/programmerlogging.h>
+#include <widgets/messagebox.h>
+
+#include <QApplication>
+#include <QPointer>
+
+#include <utility>
+
+namespace KEO {
+
+namespace {
+
+// How long the window may stand still for a header, in ms: at once when a file is chosen, which is
+// enough for all but the largest, and in each turn of the event loop after that.
+constexpr int kFirstSlice = 30;
+constexpr int kSlice = 10;
+
+} // namespace
+
+struct KeoProgrammerModel::Reading
+{
+    Reading(const QString &file, Cause why) : path(file), cause(why), reader(file) {}
+
+    QString path;
+    Cause cause;
+    FsHeaderReader reader;
+};
+
+KeoProgrammerModel::KeoProgrammerModel(QObject *parent)
+    : QAbstractTableModel(parent),
+      m_database(DeviceDatabase::installed()),
+      m_program(installedProgrammer())
+{
+    connect(&m_tool, &ProgrammerTool::failed, this, &KeoProgrammerModel::onProgramError);
+    connect(&m_watch, &FileSetWatch::fileChanged, this, &KeoProgrammerModel::onFileChanged);
+    connect(&m_readTimer, &QTimer::timeout, this, &KeoProgrammerModel::readOn);
+}
+
+KeoProgrammerModel::~KeoProgrammerModel() = default;
+
+void KeoProgrammerModel::setDatabase(std::shared_ptr<const DeviceDatabase> database)
+{
+    Q_ASSERT(database);
+    replaceRows({});
+    m_database = std::move(database);
+}
+
+const DeviceRow *KeoProgrammerModel::targetRow() const
+{
+    const qsizetype position = targetPosition(m_rows);
+    return position < 0 ? nullptr : &m_rows.at(position);
+}
+
+bool KeoProgrammerModel::validate() const
+{
+    const std::optional<QString> fault = chainFault(m_rows);
+    if (fault)
+        showBox(QMessageBox::Critical, QApplication::activeWindow(), tr("Error"), *fault);
+    return !fault;
+}
+
+void KeoProgrammerModel::setDevice(const QString &family, const QString &device,
+                                   const QString &fsFile)
+{
+    if (family.isEmpty() && device.isEmpty()) {
+        replaceRows({});
+        return;
+    }
+    DeviceRow row = namedDeviceRow(*m_database, family, device);
+    row.fsFile = fsFile;
+    replaceRows({row});
+    if (!fsFile.isEmpty())
+        readFsFile(fsFile, Cause::Chosen);
+}
+
+void KeoProgrammerModel::setTargetStatus(ProgrammerStatus status)
+{
+    const qsizetype position = targetPosition(m_rows);
+    if (position >= 0)
+        m_rows[position].status = status;
+}
+
+void KeoProgrammerModel::setOperation(int row, const DeviceOperation *operation)
+{
+    if (row < 0 || row >= m_rows.size())
+        return;
+    m_rows[row].operation = operation;
+    rowChanged(row);
+}
+
+// Runs of the tool.
+
+void KeoProgrammerModel::scan()
+{
+    if (isRunning())
+        return;
+    replaceRows({});
+    startRun(scanArguments(), &KeoProgrammerModel::onScanFinish);
+}
+
+void KeoProgrammerModel::download(int cable, int channel)
+{
+    if (isRunning())
+        return;
+    finishReadings(); // a file that doesn't fit must not get into the device
+    const DeviceRow *target = targetRow();
+    if (!target) {
+        report(ProgrammerStatus::Failed, tr("Error: Program Failed, No target device! "));
+        return;
+    }
+    if (target->fsFile.isEmpty()) {
+        report(ProgrammerStatus::Failed, tr("Error: Program Failed, No fs file!"));
+        return;
+    }
+    if (!target->operation) {
+        report(ProgrammerStatus::Failed, tr("Error: Program Failed, No operation!"));
+        return;
+    }
+    const QStringList arguments = downloadArguments(m_rows, cable, channel);
+    const QPointer<KeoProgrammerModel> self(this);
+    Q_EMIT statusChanged(ProgrammerStatus::Downloading, QStringList());
+    if (self)
+        startRun(arguments, &KeoProgrammerModel::onDownloadFinish);
+}
+
+void KeoProgrammerModel::startRun(const QStringList &arguments,
+                                  void (KeoProgrammerModel::*handler)(int, QProcess::ExitStatus))
+{
+    disconnect(m_handler);
+    m_handler = connect(&m_tool, &ProgrammerTool::finished, this, handler);
+    m_tool.start(m_program, arguments);
+}
+
+void KeoProgrammerModel::stopTool()
+{
+    disconnect(m_handler);
+    m_tool.stop();
+}
+
+void KeoProgrammerModel::onScanFinish(int code, QProcess::ExitStatus status)
+{
+    disconnect(m_handler);
+    const QPointer<KeoProgrammerModel> self(this);
+    if (code != 0 || status != QProcess::NormalExit) {
+        replaceRows({});
+        report(ProgrammerStatus::NoDevice, tr("Error: Scan Device Failed, No device found!"));
+    } else {
+        const ScanReport scanned = parseScan(m_tool.output().lines());
+        DeviceChain chain;
+        for (const ScannedDevice &device : scanned.devices) {
+            chain.append(scannedDeviceRow(*m_database, device));
+            if (!resolveIdCode(chain.last()))
+                return;
+        }
+        replaceRows(chain);
+        Q_EMIT statusChanged(m_rows.isEmpty() ? ProgrammerStatus::NoDevice
+                                              : ProgrammerStatus::DeviceFound,
+                             scanned.messages);
+    }
+    if (self)
+        afterRun();
+}
+
+bool KeoProgrammerModel::resolveIdCode(DeviceRow &row)
+{
+    const QList<const DeviceEntry *> candidates = m_database->devicesWithIdCode(row.idCode);
+    if (candidates.size() < 2)
+        return true;
+    const auto database = m_database; // the candidates live in it
+    const QPointer<KeoProgrammerModel> self(this);
+    const quint64 generation = m_generation;
+    const QPointer<DeviceSelector> selector =
+        new DeviceSelector(candidates, row.device, QApplication::activeWindow());
+    selector->exec();
+    const DeviceEntry *chosen = selector ? selector->device() : nullptr;
+    delete selector;
+    if (!self || m_generation != generation)
+        return false;
+    if (chosen)
+        becomeDevice(row, *chosen);
+    return true;
+}
+
+void KeoProgrammerModel::onDownloadFinish(int code, QProcess::ExitStatus status)
+{
+    disconnect(m_handler);
+    for (DeviceRow &row : m_rows)
+        row.status = ProgrammerStatus::DeviceFound;
+    if (!targetRow())
+        return;
+    const QPointer<KeoProgrammerModel> self(this);
+    if (code != 0 || status != QProcess::NormalExit) {
+        report(ProgrammerStatus::DeviceFound, tr("Error: Fs file download failed!"));
+    } else {
+        const ToolOutput &output = m_tool.output();
+        Q_EMIT statusChanged(output.saysError() ? ProgrammerStatus::Failed
+                                                : ProgrammerStatus::Downloaded,
+                             withoutProgressBars(output.lines()));
+    }
+    if (self)
+        afterRun();
+}
+
+void KeoProgrammerModel::onProgramError()
+{
+    disconnect(m_handler);
+    const QPointer<KeoProgrammerModel> self(this);
+    report(ProgrammerStatus::Failed, tr("Error: Call Programmer failed!"));
+    if (self)
+        afterRun();
+}
+
+void KeoProgrammerModel::afterRun()
+{
+    const QSet<QString> files = std::exchange(m_changedInRun, {});
+    const QPointer<KeoProgrammerModel> self(this);
+    for (const QString &file : files) {
+        if (self)
+            onFileChanged(file);
+    }
+}
+
+void KeoProgrammerModel::report(ProgrammerStatus status, const QString &message)
+{
+    Q_EMIT statusChanged(status, QStringList(message));
+}
+
+// Fs files.
+
+void KeoProgrammerModel::onFileChanged(const QString &path)
+{
+    if (isRunning()) {
+        m_changedInRun.insert(path);
+        return;
+    }
+    const DeviceRow *target = targetRow();
+    const QPointer<KeoProgrammerModel> self(this);
+    if (target && target->fsFile == path && !readFsFile(path, Cause::Updated) && self)
+        Q_EMIT statusChanged(ProgrammerStatus::DeviceFound);
+    if (self)
+        watchFiles();
+}
+
+void KeoProgrammerModel::watchFiles()
+{
+    QStringList files;
+    for (const DeviceRow &row : m_rows)
+        files.append(row.fsFile);
+    m_watch.setFiles(files);
+}
+
+bool KeoProgrammerModel::readFsFile(const QString &path, Cause cause)
+{
+    std::erase_if(m_readings, [&](const auto &reading) { return reading->path == path; });
+    auto reading = std::make_unique<Reading>(path, cause);
+    if (!reading->reader.isOpen()) {
+        Q_EMIT programPrint(tr("Warn: %1 Invalid.").arg(path));
+        return false;
+    }
+    if (reading->reader.read(kFirstSlice)) {
+        takeHeader(*reading);
+        return true;
+    }
+    m_readings.push_back(std::move(reading));
+    m_readTimer.start(0);
+    return true;
+}
+
+void KeoProgrammerModel::readOn()
+{
+    if (!m_readings.empty() && m_readings.front()->reader.read(kSlice)) {
+        const std::unique_ptr<Reading> done = std::move(m_readings.front());
+        m_readings.erase(m_readings.begin());
+        const QPointer<KeoProgrammerModel> self(this);
+        takeHeader(*done);
+        if (!self)
+            return;
+    }
+    if (m_readings.empty())
+        m_readTimer.stop();
+}
+
+void KeoProgrammerModel::finishReadings()
+{
+    const QPointer<KeoProgrammerModel> self(this);
+    for (const auto &reading : std::exchange(m_readings, {})) {
+        reading->reader.read(-1);
+        if (self)
+            takeHeader(*reading);
+    }
+}
+
+void KeoProgrammerModel::takeHeader(const Reading &reading)
+{
+    QStringList warnings;
+    QString checksum;
+    bool isInUse = false;
+    for (int row = 0; row < m_rows.size(); ++row) {
+        if (m_rows.at(row).fsFile != reading.path)
+            continue;
+        isInUse = true;
+        const FsVerdict verdict =
+            applyFsHeader(reading.reader.header(), *m_database, m_designId, m_rows[row]);
+        if (verdict == FsVerdict::WrongDevice)
+            warnings.append(
+                tr("Warn: %1 and current series or device do not match.").arg(reading.path));
+        else if (verdict == FsVerdict::WrongDesign)
+            warnings.append(tr("Warn: %1 and keo file do not match.").arg(reading.path));
+        if (m_rows.at(row).enabled)
+            checksum = m_rows.at(row).checksum;
+        rowChanged(row);
+    }
+    warnings.removeDuplicates();
+    watchFiles();
+    const QPointer<KeoProgrammerModel> self(this);
+    for (const QString &warning : std::as_const(warnings)) {
+        if (self)
+            Q_EMIT programPrint(warning);
+    }
+    if (self && isInUse && reading.cause == Cause::Updated)
+        report(ProgrammerStatus::DeviceFound, tr("Warn: File updated,checksum:%1.").arg(checksum));
+}
+
+} // namespace KEO

@@ -1,0 +1,338 @@
+// What the dialog does; how it looks stands in matchunitdialogwidgets.cpp.
+
+#include "matchunitdialog.h"
+
+#include <config/coreconfig.h>
+#include <config/matchtext.h>
+#include <trigger/matchvalue.h>
+#include <widgets/messagebox.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QRegularExpressionValidator>
+#include <QScreen>
+#include <QSignalBlocker>
+#include <QSpinBox>
+#include <QStyleOptionFrame>
+#include <QTreeWidget>
+
+#include <algorithm>
+
+namespace KEO {
+
+namespace {
+
+constexpr int kMatchTypes = 6;
+
+QTreeWidgetItem *itemOf(const SignalEntry &entry)
+{
+    auto *item = new QTreeWidgetItem({entry.text.isEmpty() ? entry.name : entry.text});
+    item->setToolTip(0, item->text(0));
+    for (const SignalEntry &member : entry.members)
+        item->addChild(itemOf(member));
+    return item;
+}
+
+/// Counts that a counter of \a width bits reaches. A description may hold any width.
+int countsOf(int width)
+{
+    return 1 << std::clamp(width, 0, 30);
+}
+
+/// Puts \a value into a field with the cursor before it, where typing begins: the mask is full.
+void showValue(QLineEdit *field, const QString &value)
+{
+    field->setText(value);
+    field->setCursorPosition(0);
+}
+
+/// Width in pixels of a field that shows \a digits digits of its font at once.
+int widthForDigits(const QLineEdit *field, int digits)
+{
+    constexpr int kSpareDigits = 2; // the field's inner margins and the cursor
+    QStyleOptionFrame option;
+    option.initFrom(field);
+    option.lineWidth = field->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, field);
+    const QSize content(field->fontMetrics().horizontalAdvance(u'0') * (digits + kSpareDigits),
+                        field->fontMetrics().height());
+    return field->style()->sizeFromContents(QStyle::CT_LineEdit, &option, content, field).width();
+}
+
+} // namespace
+
+MatchUnitDialog::MatchUnitDialog(MatchUnit *unit, bool readOnlyMode, QWidget *parent)
+    : QDialog(parent),
+      m_unit(unit),
+      m_core(unit->core),
+      m_readOnlyMode(readOnlyMode),
+      m_validator(new QRegularExpressionValidator(this))
+{
+    setWindowTitle(tr("Match Unit Config"));
+    buildWidgets();
+    orderTabs();
+    showUnit();
+    showCounter();
+    connectSlots();
+    if (m_readOnlyMode)
+        freezeStructure();
+}
+
+void MatchUnitDialog::showUnit()
+{
+    m_lbTitle->setText(tr("Match Unit %1").arg(m_unit->index));
+    for (int type = 0; type < kMatchTypes; ++type)
+        m_comboBoxType->addItem(matchTypeText(type), type);
+    for (const TriggerPort *port : m_core->portsWithSignals())
+        m_comboBoxTrigger->addItem(tr("Trigger Port %1").arg(port->index), port->index);
+    m_rbtnBin->setChecked(true);
+
+    if (m_unit->trigger && !m_unit->trigger->signals.isEmpty())
+        m_port = m_unit->trigger;
+    m_comboBoxTrigger->setCurrentIndex(m_port ? m_comboBoxTrigger->findData(m_port->index) : -1);
+    m_widgetRight->setEnabled(m_port);
+    fillSignals();
+
+    m_type = m_unit->match_type;
+    m_func = m_unit->func;
+    m_comboBoxType->setCurrentIndex(m_comboBoxType->findData(m_type));
+    fillFunctions();
+    m_comboBoxFunc->setCurrentIndex(m_comboBoxFunc->findData(m_func));
+    showSecondValue();
+
+    applyRadixAndFunction();
+    if (m_port) {
+        // A shorter value from a file means its number: that is how the core gets it.
+        showValue(m_lineEditValue0, m_unit->value0.rightJustified(portWidth(), u'0'));
+        showValue(m_lineEditValue1, m_unit->value1.rightJustified(portWidth(), u'0'));
+    }
+    toolTipValueChanged(calculatedBitwidth());
+}
+
+void MatchUnitDialog::showCounter()
+{
+    m_groupBoxCounter->setChecked(m_unit->counter_enable);
+    m_spinBoxCounterWidth->setValue(m_unit->counter_width);
+    m_spinBoxCounter->setMaximum(countsOf(m_unit->counter_width));
+    m_spinBoxCounter->setValue(m_unit->counter);
+    m_checkBoxContinuous->setChecked(m_unit->countinuous);
+}
+
+void MatchUnitDialog::freezeStructure()
+{
+    m_comboBoxTrigger->setEnabled(false);
+    m_comboBoxType->setEnabled(false);
+    m_groupBoxCounter->setCheckable(false);
+    m_groupBoxCounter->setEnabled(m_unit->counter_enable);
+    m_spinBoxCounterWidth->setEnabled(false);
+    m_lineEditValue0->setFocus(); // what is left to change is above all the value
+}
+
+void MatchUnitDialog::connectSlots()
+{
+    connect(m_comboBoxTrigger, &QComboBox::currentIndexChanged, this,
+            &MatchUnitDialog::onTriggerChanged);
+    connect(m_comboBoxType, &QComboBox::currentIndexChanged, this, &MatchUnitDialog::onTypeChanged);
+    connect(m_comboBoxFunc, &QComboBox::currentIndexChanged, this, &MatchUnitDialog::onFuncChanged);
+    for (QRadioButton *button : {m_rbtnBin, m_rbtnOct, m_rbtnDec, m_rbtnHex})
+        connect(button, &QRadioButton::toggled, this, &MatchUnitDialog::onBaseChanged);
+    connect(m_spinBoxCounterWidth, &QSpinBox::valueChanged, this,
+            &MatchUnitDialog::onCounterWidthChanged);
+}
+
+void MatchUnitDialog::onTriggerChanged()
+{
+    const bool selected = m_comboBoxTrigger->currentIndex() >= 0;
+    m_port = selected ? m_core->triggerByIndex(m_comboBoxTrigger->currentData().toInt()) : nullptr;
+    m_widgetRight->setEnabled(m_port);
+    fillSignals();
+
+    const FieldTexts saved = fieldTexts();
+    applyRadixAndFunction();
+    const int digits = calculatedBitwidth();
+    showValue(m_lineEditValue0, fitDigits(saved.value0, digits));
+    showValue(m_lineEditValue1, fitDigits(saved.value1, digits));
+    toolTipValueChanged(digits);
+}
+
+void MatchUnitDialog::onTypeChanged()
+{
+    m_type = m_comboBoxType->currentData().toInt();
+    {
+        const QSignalBlocker blocker(m_comboBoxFunc);
+        fillFunctions();
+        m_comboBoxFunc->setCurrentIndex(std::max(m_comboBoxFunc->findData(m_func), 0));
+    }
+    onFuncChanged();
+}
+
+void MatchUnitDialog::onFuncChanged()
+{
+    m_func = m_comboBoxFunc->currentData().toInt();
+    showSecondValue();
+    const FieldTexts saved = fieldTexts();
+    applyRadixAndFunction();
+    restoreMatching(saved);
+}
+
+void MatchUnitDialog::onBaseChanged()
+{
+    const int oldBase = m_base;
+    if (m_rbtnBin->isChecked())
+        m_base = 2;
+    else if (m_rbtnHex->isChecked())
+        m_base = 16;
+    else if (m_rbtnOct->isChecked())
+        m_base = 8;
+    else if (m_rbtnDec->isChecked())
+        m_base = 10;
+
+    const int digits = calculatedBitwidth();
+    const auto converted = [this, oldBase, digits](const QString &text) {
+        return fitDigits(baseConvert(text, oldBase, m_base, digits), digits);
+    };
+    const FieldTexts old = fieldTexts();
+    const FieldTexts texts{converted(old.value0), converted(old.value1)};
+    applyRadixAndFunction();
+    restoreMatching(texts);
+    toolTipValueChanged(digits);
+}
+
+void MatchUnitDialog::onCounterWidthChanged()
+{
+    m_spinBoxCounter->setMaximum(countsOf(m_spinBoxCounterWidth->value()));
+}
+
+int MatchUnitDialog::calculatedBitwidth() const
+{
+    return m_port ? valueDigits(portWidth(), m_base) : 0;
+}
+
+void MatchUnitDialog::toolTipValueChanged(int rw)
+{
+    if (!m_port || rw == 0)
+        return;
+    const QString range = valueRange(portWidth(), m_base);
+    m_lineEditValue0->setToolTip(range);
+    m_lineEditValue1->setToolTip(range);
+}
+
+void MatchUnitDialog::accept()
+{
+    if (!m_port) {
+        QDialog::accept();
+        return;
+    }
+    const FieldTexts texts = fieldTexts();
+    const BinaryValues values =
+        binaryValues(texts.value0, texts.value1, m_base, portWidth(), m_func);
+    switch (values.problem) {
+    case ValueProblem::TooWide:
+        warn(tr("value is more than effective width."));
+        return;
+    case ValueProblem::MaximumBelowMinimum:
+        warn(tr("Maximum value is less than minimum value."));
+        return;
+    case ValueProblem::None:
+        break;
+    }
+    store(values.value0, values.value1);
+    QDialog::accept();
+}
+
+int MatchUnitDialog::portWidth() const
+{
+    return int(signalBits(m_port->signals));
+}
+
+void MatchUnitDialog::fillSignals()
+{
+    m_treeSignals->clear();
+    if (!m_port)
+        return;
+    QList<QTreeWidgetItem *> items;
+    for (const SignalEntry &entry : m_port->signals)
+        items.append(itemOf(entry));
+    m_treeSignals->addTopLevelItems(items);
+    widenFields();
+}
+
+void MatchUnitDialog::fillFunctions()
+{
+    m_comboBoxFunc->clear();
+    for (int func : functionsForMatchType(m_type))
+        m_comboBoxFunc->addItem(matchFunctionText(func), func);
+}
+
+void MatchUnitDialog::showSecondValue()
+{
+    const bool range = isRangeFunction(m_func);
+    m_lbValue0->setVisible(range);
+    m_lbValue1->setVisible(range);
+    m_lineEditValue1->setVisible(range);
+}
+
+void MatchUnitDialog::applyRadixAndFunction()
+{
+    if (!m_port)
+        return;
+    const QString mask = valueMask(calculatedBitwidth());
+    m_validator->setRegularExpression(QRegularExpression(
+        valuePattern(m_base, m_func, m_type), QRegularExpression::CaseInsensitiveOption));
+    for (QLineEdit *field : {m_lineEditValue0, m_lineEditValue1}) {
+        field->clear();
+        field->setInputMask(QString());
+        field->setInputMask(mask);
+        field->setValidator(m_validator);
+    }
+}
+
+void MatchUnitDialog::widenFields()
+{
+    // Wide enough for radix 2, so that the dialog keeps still when the radix changes.
+    const int limit = screen()->availableGeometry().width() / 2;
+    for (QLineEdit *field : {m_lineEditValue0, m_lineEditValue1})
+        field->setMinimumWidth(std::min(widthForDigits(field, portWidth()), limit));
+}
+
+MatchUnitDialog::FieldTexts MatchUnitDialog::fieldTexts() const
+{
+    // Not text(): that drops every "0", the mask's filler.
+    return {m_lineEditValue0->displayText(), m_lineEditValue1->displayText()};
+}
+
+void MatchUnitDialog::restoreMatching(const FieldTexts &texts)
+{
+    const auto restore = [this](QLineEdit *field, QString text) {
+        int cursor = 0;
+        if (m_validator->validate(text, cursor) == QValidator::Acceptable)
+            showValue(field, text);
+    };
+    restore(m_lineEditValue0, texts.value0);
+    restore(m_lineEditValue1, texts.value1);
+}
+
+void MatchUnitDialog::warn(const QString &text)
+{
+    showBox(QMessageBox::Warning, this, tr("Value Invalid"), text);
+}
+
+void MatchUnitDialog::store(const QString &value0, const QString &value1)
+{
+    if (!m_readOnlyMode) {
+        m_unit->trigger = m_port;
+        m_unit->match_type = m_type;
+        m_unit->counter_enable = m_groupBoxCounter->isChecked();
+        m_unit->counter_width = m_spinBoxCounterWidth->value();
+    }
+    m_unit->func = m_func;
+    m_unit->counter = m_spinBoxCounter->value();
+    m_unit->countinuous = m_checkBoxContinuous->isChecked();
+    m_unit->value0 = value0;
+    m_unit->value1 = value1;
+}
+
+} // namespace KEO

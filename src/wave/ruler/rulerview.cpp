@@ -1,0 +1,249 @@
+#include "rulerview.h"
+
+#include "scaleruler.h"
+
+#include <wave/common/mouseaction.h>
+#include <wave/common/popupmenu.h>
+#include <wave/common/timeslideritem.h>
+#include <wave/common/viewergeometry.h>
+
+#include <QAction>
+#include <QContextMenuEvent>
+#include <QGraphicsScene>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QVariant>
+
+#include <algorithm>
+#include <cmath>
+
+namespace WaveMonitor {
+
+namespace {
+
+// A press from this height (viewport pixels) down is on the scale.
+constexpr int kScaleTop = 29;
+
+TimeSliderItem *markerOf(QGraphicsItem *item)
+{
+    return item ? qobject_cast<TimeSliderItem *>(item->toGraphicsObject()) : nullptr;
+}
+
+} // namespace
+
+class RulerView::ActionDelegate : public MouseAction<RulerView>
+{
+    using MouseAction::MouseAction;
+};
+
+/// Drags a marker from sample to sample.
+class RulerView::MoveTimeSliderDelegate final : public ActionDelegate
+{
+public:
+    MoveTimeSliderDelegate(RulerView *view, TimeSliderItem *marker)
+        : ActionDelegate(view), m_marker(marker)
+    {
+        view->activateMarker(marker);
+    }
+
+    void moved(QMouseEvent *event) override
+    {
+        const int clocks = m_view->m_scaleRuler->clocks();
+        if (!m_marker || clocks < 1)
+            return;
+        const int clock =
+            std::clamp(m_view->nearestClock(event->position().toPoint()), 0, clocks - 1);
+        const QPointF target(clock * CLOCK_PITCH, m_marker->y());
+        const QPointF distance = target - m_marker->pos();
+        if (std::abs(distance.x()) <= 1e-12 && std::abs(distance.y()) <= 1e-12)
+            return;
+        raiseNow(m_view, EvBeforeMarkerChange);
+        m_marker->setPos(target);
+        m_marker->setClock(clock);
+        raiseLater(m_view, EvAfterMarkerChange);
+    }
+
+private:
+    QPointer<TimeSliderItem> m_marker;
+};
+
+RulerView::RulerView(QWidget *parent)
+    : QGraphicsView(parent),
+      m_scaleRuler(new ScaleRuler),
+      m_createAction(new QAction(this)),
+      m_removeAction(new QAction(tr("Remove Marker"), this))
+{
+    setFrameShape(NoFrame);
+    setAlignment(Qt::AlignLeft | Qt::AlignBottom);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    // An arrow key would scroll the ruler away from the wave view.
+    setFocusPolicy(Qt::NoFocus);
+    // The vertical bar's place stays, so that the ruler is as wide as the wave view below it.
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    horizontalScrollBar()->setVisible(false);
+    verticalScrollBar()->setVisible(false);
+    // Flags and numbers in a large font may not fit above the scale; the scale is what must show.
+    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this,
+            [this](int, int maximum) { verticalScrollBar()->setValue(maximum); });
+
+    auto *scene = new QGraphicsScene(this);
+    scene->setBackgroundBrush(Qt::gray);
+    scene->addItem(m_scaleRuler);
+    setScene(scene);
+
+    NotificationCenter::instance()->subscribe(this, {EvBeforeZoom, EvAfterZoom, EvViewScrolled});
+}
+
+RulerView::~RulerView()
+{
+    NotificationCenter::instance()->unsubscribe(this);
+}
+
+void RulerView::setClocks(int clocks)
+{
+    m_scaleRuler->setClocks(clocks);
+}
+
+QList<TimeSliderData *> RulerView::timeMarkers() const
+{
+    QList<TimeSliderData *> markers;
+    markers.reserve(qsizetype(m_timeMarkers.size()));
+    for (const auto &marker : m_timeMarkers)
+        markers.append(marker.get());
+    return markers;
+}
+
+TimeSliderData *RulerView::timeMarker() const
+{
+    return m_timeMarkers.empty() ? nullptr : m_timeMarkers.front().get();
+}
+
+QSize RulerView::sizeHint() const
+{
+    return {500, kRulerHeight};
+}
+
+int RulerView::nearestClock(const QPoint &position) const
+{
+    return qRound(mapToScene(position).x() / CLOCK_PITCH);
+}
+
+void RulerView::mousePressEvent(QMouseEvent *event)
+{
+    const QPoint position = event->position().toPoint();
+    if (position.y() < kScaleTop) {
+        if (TimeSliderItem *marker = markerOf(itemAt(position)))
+            m_actionDelegate = std::make_unique<MoveTimeSliderDelegate>(this, marker);
+    }
+    QGraphicsView::mousePressEvent(event);
+}
+
+void RulerView::mouseMoveEvent(QMouseEvent *event)
+{
+    if (m_actionDelegate)
+        m_actionDelegate->moved(event);
+    QGraphicsView::mouseMoveEvent(event);
+}
+
+void RulerView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (m_actionDelegate) {
+        m_actionDelegate->released(event);
+        m_actionDelegate.reset();
+    }
+    QGraphicsView::mouseReleaseEvent(event);
+}
+
+void RulerView::contextMenuEvent(QContextMenuEvent *event)
+{
+    QGraphicsItem *item = itemAt(event->pos());
+    if (item == m_scaleRuler)
+        return;
+    const int clocks = m_scaleRuler->clocks();
+    const int clock = std::min(nearestClock(event->pos()), clocks - 1);
+    m_createAction->setText(tr("Create Marker at Clock Period: %1").arg(clock));
+
+    const QPointer<TimeSliderItem> marker = markerOf(item);
+    QList<QAction *> actions;
+    if (marker)
+        actions = {m_removeAction};
+    else if (clock >= 0 && clock <= clocks)
+        actions = {m_createAction};
+
+    m_actionDelegate.reset(); // the press that opened the menu may have begun a drag
+    const QPointer<RulerView> alive = this;
+    const QAction *chosen = runMenu(this, actions, event->globalPos());
+    if (!alive || !chosen)
+        return;
+    if (chosen == m_createAction)
+        createMarker(clock);
+    else if (marker)
+        removeMarker(marker);
+}
+
+void RulerView::createMarker(int clock)
+{
+    raiseNow(this, EvBeforeMarkerCreate);
+    auto marker = std::make_unique<TimeSliderData>();
+    TimeSliderItem *item = marker->item();
+    activateMarker(item);
+    item->setClock(clock);
+    item->setPos(clock * CLOCK_PITCH, 0.0);
+    scene()->addItem(item);
+    m_timeMarkers.insert(m_timeMarkers.begin(), std::move(marker));
+    raiseLater(this, EvAfterMarkerCreate);
+}
+
+void RulerView::removeMarker(QGraphicsItem *item)
+{
+    raiseNow(this, EvBeforeMarkerRemove);
+    scene()->removeItem(item);
+    std::erase_if(m_timeMarkers, [item](const auto &marker) { return marker->item() == item; });
+    if (!m_timeMarkers.empty())
+        m_timeMarkers.front()->item()->setActive(true);
+    raiseLater(this, EvAfterMarkerRemove);
+}
+
+void RulerView::activateMarker(TimeSliderItem *item)
+{
+    if (!m_timeMarkers.empty())
+        m_timeMarkers.front()->item()->setActive(false);
+    item->setActive(true);
+    for (const auto &marker : m_timeMarkers)
+        marker->item()->setZValue(marker->item() == item ? 1.0 : 0.0);
+
+    const auto entry = std::find_if(m_timeMarkers.begin(), m_timeMarkers.end(),
+                                    [item](const auto &marker) { return marker->item() == item; });
+    if (entry == m_timeMarkers.end())
+        return; // a new marker, not in the list yet
+    raiseNow(this, EvBeforeMarkerChange);
+    std::rotate(m_timeMarkers.begin(), entry, entry + 1);
+    raiseLater(this, EvAfterMarkerChange);
+}
+
+void RulerView::applyZoomRate(qreal rate)
+{
+    if (rate == m_zoomRate)
+        return;
+    m_zoomRate = rate;
+    setTransform(QTransform::fromScale(rate, 1.0));
+}
+
+void RulerView::handleEvents(Notification *e)
+{
+    if (!concerns(*e, domain()))
+        return;
+    switch (e->type) {
+    case EvAfterZoom:
+        applyZoomRate(e->sender->property("zoomRate").toReal());
+        break;
+    case EvViewScrolled:
+        horizontalScrollBar()->setValue(e->sender->property("horizontalScrollBarValue").toInt());
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace WaveMonitor

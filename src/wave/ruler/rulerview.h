@@ -1,0 +1,72 @@
+#pragma once
+
+#include <wave/common/localized.h>
+#include <wave/common/notificationcenter.h>
+#include <wave/common/timesliderdata.h>
+
+#include <QGraphicsView>
+#include <QList>
+
+#include <memory>
+#include <vector>
+
+class QAction;
+
+namespace WaveMonitor {
+
+class ScaleRuler;
+class TimeSliderItem;
+
+/// The band above the wave view: a scale of sample numbers, and above it the time markers, which
+/// the user plants with the context menu and drags along the samples. Counts samples from 0; the
+/// trigger does not shift them. Zoom and horizontal position follow the wave view by notifications.
+class RulerView final : public QGraphicsView, public Localized
+{
+    Q_OBJECT
+    Q_PROPERTY(qreal zoomRate READ zoomRate)
+    Q_PROPERTY(quint64 domain READ domain)
+    Q_PROPERTY(QList<WaveMonitor::TimeSliderData *> timeMarkers READ timeMarkers)
+    Q_PROPERTY(WaveMonitor::TimeSliderData *timeMarker READ timeMarker)
+
+public:
+    class ActionDelegate;
+    class MoveTimeSliderDelegate;
+
+    explicit RulerView(QWidget *parent = nullptr);
+    ~RulerView() override;
+
+    /// Number of samples on the scale. Markers stay where they are.
+    void setClocks(int clocks);
+    [[nodiscard]] qreal zoomRate() const { return m_zoomRate; }
+    /// The markers, the active one first. The ruler keeps ownership and may delete a marker after
+    /// any event 10, so receivers take from the handles what they need while they handle an event.
+    [[nodiscard]] QList<TimeSliderData *> timeMarkers() const;
+    /// The active marker, or null.
+    [[nodiscard]] TimeSliderData *timeMarker() const;
+
+    Q_INVOKABLE void handleEvents(Notification *e);
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+protected:
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+
+private:
+    void createMarker(int clock);
+    void removeMarker(QGraphicsItem *item);
+    void activateMarker(TimeSliderItem *item);
+    void applyZoomRate(qreal rate);
+    [[nodiscard]] int nearestClock(const QPoint &position) const;
+
+    std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present drag
+    ScaleRuler *m_scaleRuler;                         ///< owned by the scene
+    qreal m_zoomRate = 1.0;
+    std::vector<std::unique_ptr<TimeSliderData>> m_timeMarkers; ///< the active one first
+    QAction *m_createAction;                                    ///< child
+    QAction *m_removeAction;                                    ///< child
+};
+
+} // namespace WaveMonitor

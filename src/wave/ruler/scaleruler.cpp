@@ -1,0 +1,102 @@
+#include "scaleruler.h"
+
+#include <wave/common/viewergeometry.h>
+
+#include <QFontMetrics>
+#include <QLineF>
+#include <QList>
+#include <QPainter>
+#include <QPen>
+#include <QStyleOptionGraphicsItem>
+#include <QTextOption>
+#include <QTransform>
+
+#include <algorithm>
+#include <cmath>
+
+namespace WaveMonitor {
+
+namespace {
+
+constexpr qreal kScaleHeight = 20.0;
+constexpr qreal kMajorTop = 2.0;
+constexpr qreal kMinorTop = 15.0;
+constexpr qreal kLabelGap = 3.0; // pixels between a tick and its number
+
+/// Draws the numbers of the major ticks among samples \a first to \a last (not included) in pixels
+/// of their own, so that the zoom does not stretch them. Leaves the painter's transform changed.
+void drawLabels(QPainter *painter, int first, int last, int major)
+{
+    const QTransform scaled = painter->transform();
+    painter->setTransform(QTransform(1.0, scaled.m12(), scaled.m13(), scaled.m21(), 1.0,
+                                     scaled.m23(), scaled.m31(), scaled.m32(), scaled.m33()));
+    const QFontMetrics metrics = painter->fontMetrics();
+    const int firstLabel = (first + major - 1) / major * major;
+    for (int i = firstLabel; i < last; i += major) {
+        const QString text = QString::number(i);
+        const QPointF place(i * CLOCK_PITCH * scaled.m11() + kLabelGap, 0.0);
+        painter->drawText(QRectF(place, metrics.size(Qt::TextSingleLine, text)), text,
+                          QTextOption());
+    }
+}
+
+} // namespace
+
+TickSpacing tickSpacing(qreal zoom)
+{
+    if (zoom >= 1.0)
+        return {};
+    const int halvings = int(std::ceil(-std::log2(zoom)));
+    const int decade = halvings / 3;
+    const int step = halvings % 3;
+    const int major = int(std::pow(10, decade)) * ((1 << (step + 1)) - step - 1);
+    return {major, std::max(1, major / 10)};
+}
+
+ScaleRuler::ScaleRuler()
+{
+    setZValue(1.0);
+    setFlag(ItemUsesExtendedStyleOption);
+}
+
+void ScaleRuler::setClocks(int clocks)
+{
+    prepareGeometryChange();
+    m_clocks = clocks;
+    update();
+}
+
+QRectF ScaleRuler::boundingRect() const
+{
+    return {0.0, 0.0, m_clocks * CLOCK_PITCH, kScaleHeight};
+}
+
+void ScaleRuler::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *)
+{
+    const QRectF dirty = option->exposedRect;
+    const auto [major, minor] = tickSpacing(painter->transform().m11());
+    const int first = std::max(0, int(dirty.x() / CLOCK_PITCH) - major);
+    const int last = std::min(m_clocks, int((dirty.x() + dirty.width()) / CLOCK_PITCH) + minor);
+    if (last <= first)
+        return;
+
+    const qreal left = first * CLOCK_PITCH;
+    const qreal right = last * CLOCK_PITCH;
+    QList<QLineF> lines{{left, kScaleHeight, right, kScaleHeight}};
+    for (int i = first; i < last; ++i) {
+        const bool isMajor = i % major == 0;
+        if (isMajor || i % minor == 1) {
+            const qreal x = i * CLOCK_PITCH;
+            lines.append({x, isMajor ? kMajorTop : kMinorTop, x, kScaleHeight});
+        }
+    }
+
+    painter->fillRect(QRectF(left, 0.0, right - left, kScaleHeight), QColor(0x555555));
+    painter->setPen(QPen(Qt::white, 0));
+    painter->drawLines(lines);
+    painter->save();
+    drawLabels(painter, first, last, major);
+    painter->restore();
+}
+
+} // namespace WaveMonitor

@@ -1,0 +1,296 @@
+#include "signaltreeview.h"
+
+#include "dragdropdelegate.h"
+#include "signalheaderview.h"
+#include "signaltreeitemdelegate.h"
+#include "signaltreemodel.h"
+#include "treecontextmenu.h"
+
+#include <wave/common/viewergeometry.h>
+
+#include <QContextMenuEvent>
+#include <QDragMoveEvent>
+#include <QDropEvent>
+#include <QPalette>
+#include <QScrollBar>
+#include <QtDebug>
+
+#include <algorithm>
+
+namespace WaveMonitor {
+
+namespace {
+
+bool haveOneParent(const QModelIndexList &rows)
+{
+    return std::all_of(rows.cbegin(), rows.cend(), [&rows](const QModelIndex &row) {
+        return row.parent() == rows.first().parent();
+    });
+}
+
+} // namespace
+
+SignalTreeView::SignalTreeView(QWidget *parent, int preferredWidth)
+    : QTreeView(parent),
+      m_contextMenu(std::make_unique<ContextMenuDelegate>(this)),
+      m_preferredWidth(preferredWidth)
+{
+    setEditTriggers(NoEditTriggers); // names change through the menu alone
+    setItemDelegate(new SignalTreeItemDelegate(this));
+    setFrameShape(NoFrame);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    setStyleSheet(QStringLiteral("QTreeView::item { height: %1px; }"
+                                 "QTreeView::item::selected { color : white;  "
+                                 "background-color : #3299ff }")
+                      .arg(int(ROW_HEIGHT)));
+    // The rows have light backgrounds of their own, so the pane is light under a dark palette too.
+    QPalette light;
+    light.setColor(QPalette::Base, Qt::white);
+    light.setColor(QPalette::Text, Qt::black);
+    light.setColor(QPalette::WindowText, Qt::black); // the arrows before the buses
+    setPalette(light);
+    auto *header = new SignalHeaderView(this);
+    header->setDomain(domain());
+    setHeader(header);
+    header->setSectionResizeMode(QHeaderView::Interactive);
+    setTextElideMode(Qt::ElideMiddle);
+    setVerticalScrollMode(ScrollPerPixel);
+    setUniformRowHeights(true);
+    setSelectionMode(ExtendedSelection);
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    setDropIndicatorShown(false);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    connect(this, &QTreeView::collapsed, this, &SignalTreeView::onCollapsed);
+    connect(this, &QTreeView::expanded, this, &SignalTreeView::onExpanded);
+}
+
+SignalTreeView::~SignalTreeView()
+{
+    m_actionDelegate.reset(); // takes its style off the view
+    if (SignalTreeModel *shown = signalModel())
+        shown->setView(nullptr);
+}
+
+SignalTreeModel *SignalTreeView::signalModel() const
+{
+    return qobject_cast<SignalTreeModel *>(model());
+}
+
+void SignalTreeView::setModel(QAbstractItemModel *model)
+{
+    if (SignalTreeModel *old = signalModel())
+        old->setView(nullptr);
+    if (auto *shown = qobject_cast<SignalTreeModel *>(model))
+        shown->setView(this);
+    QTreeView::setModel(model);
+    header()->resizeSection(SignalTreeModel::NameColumn, 200);
+}
+
+void SignalTreeView::setDomain(const quint64 &domain)
+{
+    Localized::setDomain(domain);
+    if (auto *ours = qobject_cast<SignalHeaderView *>(header()))
+        ours->setDomain(domain);
+}
+
+QSize SignalTreeView::sizeHint() const
+{
+    return {m_preferredWidth, QAbstractScrollArea::sizeHint().height()};
+}
+
+// Selection
+
+QModelIndexList SignalTreeView::selectedRows() const
+{
+    QModelIndexList rows = selectedIndexes();
+    std::stable_sort(rows.begin(), rows.end(),
+                     [](const QModelIndex &a, const QModelIndex &b) { return a.row() < b.row(); });
+    return rows;
+}
+
+void SignalTreeView::selectOnly(const QModelIndexList &indexes)
+{
+    QItemSelection rows;
+    for (const QModelIndex &index : indexes)
+        rows.select(index, index);
+    selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void SignalTreeView::pickOnly(const QModelIndex &index)
+{
+    const bool scrolls = hasAutoScroll();
+    setAutoScroll(false); // the user is looking at that row already
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect |
+                                                 QItemSelectionModel::Rows);
+    setAutoScroll(scrolls);
+}
+
+void SignalTreeView::selectionChanged(const QItemSelection &selected,
+                                      const QItemSelection &deselected)
+{
+    QTreeView::selectionChanged(selected, deselected);
+    if (SignalTreeModel *shown = signalModel())
+        shown->itemSelectionChanged(selected.indexes(), deselected.indexes());
+}
+
+// Context menu
+
+void SignalTreeView::contextMenuEvent(QContextMenuEvent *event)
+{
+    if (!signalModel() || signalModel()->rowCount() == 0)
+        return;
+    m_contextMenu->run(event->globalPos());
+}
+
+void SignalTreeView::onGroupBus()
+{
+    const QModelIndexList rows = selectedRows();
+    const bool topLevel = std::none_of(
+        rows.cbegin(), rows.cend(), [](const QModelIndex &row) { return row.parent().isValid(); });
+    QStringList numbers;
+    for (const QModelIndex &row : rows)
+        numbers.append(QString::number(row.row()));
+    qDebug().noquote() << "action group bus is avilable: " << (topLevel ? "YES" : "NO")
+                       << numbers.join(QStringLiteral(", "));
+    if (topLevel)
+        signalModel()->groupBus(rows);
+}
+
+void SignalTreeView::onUngroupBus()
+{
+    const QModelIndexList rows = selectedRows();
+    const QList<QPersistentModelIndex> kept(rows.cbegin(), rows.cend());
+    for (const QPersistentModelIndex &row : kept) {
+        if (row.isValid() && model()->hasChildren(row))
+            signalModel()->ungroupBus(row);
+    }
+}
+
+void SignalTreeView::onRename()
+{
+    const QModelIndexList rows = selectedRows();
+    if (!rows.isEmpty())
+        edit(rows.first());
+}
+
+void SignalTreeView::onRestoreOrgName()
+{
+    const QModelIndexList rows = selectedRows();
+    for (const QModelIndex &row : rows)
+        signalModel()->restoreOriginalName(row);
+    viewport()->update(); // rows of the same signal elsewhere share its name
+}
+
+void SignalTreeView::onReverse()
+{
+    const QModelIndexList rows = selectedRows();
+    if (rows.isEmpty() || !model()->hasChildren(rows.first()))
+        return;
+    signalModel()->reverse(rows.first());
+    viewport()->update();
+}
+
+void SignalTreeView::onDataFormatSetted(int format)
+{
+    const QModelIndexList rows = selectedRows();
+    for (const QModelIndex &row : rows) {
+        const LayoutNode *node = signalModel()->node(row);
+        if (node->type != LayoutNode::Bus)
+            continue;
+        node->format->setType(DataFormat::Type(format));
+        raiseLater(this, EvFormatChanged);
+    }
+    viewport()->update();
+}
+
+void SignalTreeView::onWaveColorSetted(int color)
+{
+    const QModelIndexList rows = selectedRows();
+    for (const QModelIndex &row : rows)
+        signalModel()->node(row)->color = color;
+    signalModel()->refreshItemColors();
+    raiseLater(this, EvColorChanged);
+}
+
+void SignalTreeView::onCollapsed(QModelIndex)
+{
+    raiseLater(this, EvCollapsed);
+}
+
+void SignalTreeView::onExpanded(QModelIndex)
+{
+    raiseLater(this, EvExpanded);
+}
+
+// Drag and drop
+
+void SignalTreeView::startDrag(Qt::DropActions actions)
+{
+    m_actionDelegate.reset();
+    const QModelIndexList rows = selectedRows();
+    if (rows.isEmpty())
+        return;
+    if (!haveOneParent(rows)) {
+        qDebug() << "moving indexes have different parent is unsupported!";
+        return;
+    }
+    m_actionDelegate = std::make_unique<DragDropDelegate>(this, signalModel());
+    QTreeView::startDrag(actions);
+}
+
+/// Nothing but this view's own rows can be dropped here. A drag that ended elsewhere leaves its
+/// delegate behind, so a row dragged over from another viewer must not be taken for it.
+bool SignalTreeView::isOwnDrag(const QDropEvent &event) const
+{
+    return m_actionDelegate && (!event.source() || event.source() == this);
+}
+
+void SignalTreeView::dragEnterEvent(QDragEnterEvent *event)
+{
+    event->ignore();
+    if (!isOwnDrag(*event))
+        return;
+    m_actionDelegate->dragEnter(event);
+    QTreeView::dragEnterEvent(event);
+}
+
+void SignalTreeView::dragMoveEvent(QDragMoveEvent *event)
+{
+    event->ignore();
+    if (!isOwnDrag(*event))
+        return;
+    m_actionDelegate->dragMove(event);
+    const bool refused = event->dropAction() == Qt::IgnoreAction;
+    QTreeView::dragMoveEvent(event); // scrolls at the edges, and has an opinion of its own
+    if (refused) {
+        event->setDropAction(Qt::IgnoreAction);
+        event->ignore();
+    } else {
+        event->setDropAction(event->possibleActions() & Qt::MoveAction ? Qt::MoveAction
+                                                                       : event->proposedAction());
+        event->accept();
+    }
+}
+
+void SignalTreeView::dragLeaveEvent(QDragLeaveEvent *event)
+{
+    if (m_actionDelegate)
+        m_actionDelegate->dragLeave(event);
+    QTreeView::dragLeaveEvent(event);
+}
+
+void SignalTreeView::dropEvent(QDropEvent *event)
+{
+    stopAutoScroll();
+    setState(NoState);
+    event->ignore();
+    if (!isOwnDrag(*event))
+        return;
+    m_actionDelegate->drop(event);
+    m_actionDelegate.reset();
+    event->accept();
+}
+
+} // namespace WaveMonitor

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <wave/common/localized.h>
+
+#include <QModelIndex>
+#include <QTreeView>
+
+#include <memory>
+
+namespace WaveMonitor {
+
+class SignalTreeModel;
+
+/// The left-hand pane: names and values of the rows, each exactly as high as its wave row. The user
+/// selects, groups, renames, recolours and drags rows here. It has a domain but hears no
+/// notifications: the model tells it when to repaint.
+class SignalTreeView final : public QTreeView, public Localized
+{
+    Q_OBJECT
+    Q_PROPERTY(quint64 domain READ domain)
+
+public:
+    class ActionDelegate;
+    class ContextMenuDelegate;
+
+    /// \a preferredWidth in pixels.
+    explicit SignalTreeView(QWidget *parent, int preferredWidth);
+    ~SignalTreeView() override;
+
+    /// Borrowed; also makes this the view that the model asks.
+    void setModel(QAbstractItemModel *model) override;
+    void setDomain(const quint64 &domain) override;
+    [[nodiscard]] QSize sizeHint() const override;
+
+    /// The name cells of the selected rows, ascending by row (rows of several parents mixed).
+    [[nodiscard]] QModelIndexList selectedRows() const;
+    /// Selects exactly the rows of \a indexes, in one step.
+    void selectOnly(const QModelIndexList &indexes);
+    /// Makes the row of \a index current and the only selected one; the view does not scroll.
+    void pickOnly(const QModelIndex &index);
+
+protected:
+    void selectionChanged(const QItemSelection &selected,
+                          const QItemSelection &deselected) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void startDrag(Qt::DropActions actions) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private Q_SLOTS:
+    void onCollapsed(QModelIndex index);
+    void onExpanded(QModelIndex index);
+    void onGroupBus();
+    void onUngroupBus();
+    void onRename();
+    void onRestoreOrgName();
+    void onReverse();
+    void onDataFormatSetted(int format); ///< DataFormat::Type
+    void onWaveColorSetted(int color);   ///< 0xRRGGBB
+
+private:
+    [[nodiscard]] SignalTreeModel *signalModel() const;
+    [[nodiscard]] bool isOwnDrag(const QDropEvent &event) const;
+
+    std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present drag, null when idle
+    std::unique_ptr<ContextMenuDelegate> m_contextMenu;
+    int m_preferredWidth;
+};
+
+/// What drag events do while it lives; one object a drag.
+class SignalTreeView::ActionDelegate
+{
+public:
+    explicit ActionDelegate(SignalTreeView *view) : m_view(view) {}
+    ActionDelegate(const ActionDelegate &) = delete;
+    ActionDelegate &operator=(const ActionDelegate &) = delete;
+    virtual ~ActionDelegate() = default;
+
+    virtual void dragEnter(QDragEnterEvent *) {}
+    virtual void dragLeave(QDragLeaveEvent *) {}
+    /// Refuses the place by the action Qt::IgnoreAction.
+    virtual void dragMove(QDragMoveEvent *event) = 0;
+    virtual void drop(QDropEvent *) {}
+
+protected:
+    [[nodiscard]] SignalTreeView *view() const { return m_view; }
+
+private:
+    SignalTreeView *m_view; // owns this object
+};
+
+} // namespace WaveMonitor

@@ -1,0 +1,102 @@
+#include <base/wholefile.h>
+#include <design/projectfile.h>
+#include <support/testmain.h>
+
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+
+using namespace KEO;
+
+class tst_ProjectFile : public QuietTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_directory.isValid()); }
+    void keepsPaths_data();
+    void keepsPaths();
+    void replacesWhatIsThere_data();
+    void replacesWhatIsThere();
+    void failsWithoutHarm();
+    void besideTheProject();
+
+private:
+    QString path(const char *name) const { return m_directory.filePath(QLatin1String(name)); }
+    QByteArray content(const QString &file) const
+    {
+        const auto bytes = readWholeFile(file, 1'000'000, LineEnds::AsTheyAre);
+        return bytes ? *bytes : QByteArray();
+    }
+    QTemporaryDir m_directory;
+};
+
+void tst_ProjectFile::keepsPaths_data()
+{
+    const auto row = addColumns<QString>({"folder"});
+    for (const char *folder :
+         {"/plain", "/with blanks ", "/\u00fcml\u00e4ut", "/\u4fe1\u53f7\u6ce2\u5f62",
+          "/\"double\"", "/'single'", "/100%", "/%20%41", "/a,b;c=d", "/[General]", "/@home",
+          "/\U0001F600", "/x\\y", "/#", ""})
+        row(folder, QString::fromUtf8(folder));
+}
+
+void tst_ProjectFile::keepsPaths()
+{
+    QFETCH(QString, folder);
+    const ProjectFile project{folder + "/a.keo", folder + "/a.xml"};
+    QVERIFY(!writeProjectFile(path("p.analyzer_prj"), project));
+    const auto again = readProjectFile(path("p.analyzer_prj"));
+    QVERIFY(again);
+    QVERIFY(*again == project);
+    // Any reader of INI files finds the two keys where they belong.
+    QFile::copy(path("p.analyzer_prj"), path("copy.ini"));
+    {
+        const QSettings settings(path("copy.ini"), QSettings::IniFormat);
+        QCOMPARE(settings.allKeys(), (QStringList{"DATA_FILE", "KEO_FILE"}));
+        QCOMPARE(settings.value("KEO_FILE").toString(), project.keoFile);
+    }
+    QFile::remove(path("copy.ini"));
+}
+
+void tst_ProjectFile::replacesWhatIsThere_data()
+{
+    const auto row = addColumns<QByteArray, QByteArray>({"before", "after"});
+    const QByteArray keys = "DATA_FILE=/b.xml\nKEO_FILE=/b.keo\n";
+    row("other keys stay", "[General]\nKEO_FILE=/a.keo\nDATA_FILE=/a.xml\nother=1\n\n[S]\nx=2\n",
+        "[General]\n" + keys + "other=1\n\n[S]\nx=2\n");
+    row("serialised objects go", QByteArray("[General]\nx=@Variant(\\0\\0\\0\\t\\xff)\n"),
+        "[General]\n" + keys);
+    row("empty", {}, "[General]\n" + keys);
+    row("no settings at all", "<?xml version=\"1.0\"?>\n<WaveData/>\n", "[General]\n" + keys);
+}
+
+void tst_ProjectFile::replacesWhatIsThere()
+{
+    QFETCH(QByteArray, before);
+    const QString file = path("there.analyzer_prj");
+    QVERIFY(!writeWholeFile(file, before, LineEnds::AsTheyAre));
+    QVERIFY(!writeProjectFile(file, {"/b.keo", "/b.xml"}));
+    QTEST(content(file), "after");
+}
+
+void tst_ProjectFile::failsWithoutHarm()
+{
+    QVERIFY(QDir().mkpath(path("folder")));
+    const auto error = writeProjectFile(path("folder"), {"/b.keo", "/b.xml"});
+    QVERIFY(error && error->kind == Error::File);
+    QVERIFY(writeProjectFile(path("missing/p.analyzer_prj"), {}));
+    QVERIFY(QDir(path("folder")).isEmpty());
+    QVERIFY(!readProjectFile(path("folder")));
+    QVERIFY(!readProjectFile(path("missing")));
+}
+
+void tst_ProjectFile::besideTheProject()
+{
+    QCOMPARE(dataFileBeside("/a/run.1.analyzer_prj"), "/a/run.xml");
+    QCOMPARE(dataFileBeside("/a.b/c"), "/a.b/c.xml");
+    QCOMPARE(dataFileBeside("/\u4fe1 1/\"x\" 100%.analyzer_prj"), "/\u4fe1 1/\"x\" 100%.xml");
+}
+
+KEO_TEST_MAIN(tst_ProjectFile)
+#include "tst_projectfile.moc"
