@@ -19,7 +19,7 @@ CaptureRequests::~CaptureRequests()
 
 void CaptureRequests::open(const QVariantList &chain, std::function<void(int)> opened)
 {
-    m_passesOver = m_session.lateReplies().any();
+    m_passesOver = m_session.lateReplies().areAwaited;
     m_opened = std::move(opened);
     m_hasResult = false;
     m_isHeard = false;
@@ -134,11 +134,8 @@ void CaptureRequests::beginRound()
 
 void CaptureRequests::stop()
 {
-    LateReplies late = m_session.lateReplies();
-    // One that was overtaken by the answer to a read is lost.
-    late.commands += m_isOpening && !m_isHeard ? 1 : 0;
-    late.data += *m_unanswered;
-    m_session.setLateReplies(late);
+    // An "OPEN" that was overtaken by the answer to a read is lost.
+    noteLate(m_isOpening && !m_isHeard ? 1 : 0);
     m_isOpening = false;
     m_passesOver = false;
     m_hasGivenUp = false;
@@ -147,11 +144,18 @@ void CaptureRequests::stop()
 
 void CaptureRequests::giveUp()
 {
-    LateReplies late = m_session.lateReplies();
-    late.data += *m_unanswered;
-    m_session.setLateReplies(late);
+    noteLate(0);
     m_hasGivenUp = true;
     forget();
+}
+
+void CaptureRequests::noteLate(int commands)
+{
+    LateReplies late = m_session.lateReplies();
+    late.commands += commands;
+    late.data += *m_unanswered;
+    late.areAwaited = late.areAwaited || commands > 0 || *m_unanswered > 0;
+    m_session.setLateReplies(late);
 }
 
 void CaptureRequests::finish()

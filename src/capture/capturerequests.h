@@ -83,6 +83,7 @@ private:
     void takeReply(const std::shared_ptr<Request> &request, const Read &read, const CmdPack &reply,
                    bool *done);
     void noteAsked();
+    void noteLate(int commands);
     void forget();
 
     JtagSession &m_session; // borrowed

@@ -82,6 +82,7 @@ CaptureProgram::CaptureProgram(CaptureOptions options, PictureWriter drawPicture
     });
     connect(m_source.get(), &CaptureSource::captured, this, &CaptureProgram::onCaptured);
     connect(&m_manager, &CaptureManager::sectionRead, this, &CaptureProgram::onSectionRead);
+    connect(&m_manager, &CaptureManager::reportChanged, this, &CaptureProgram::onReportChanged);
     connect(&m_manager, &CaptureManager::triggerComplete, this, &CaptureProgram::onTriggerComplete);
 }
 
@@ -149,9 +150,12 @@ ExitStatus CaptureProgram::capture()
             return fail(directory.error());
     }
 
-    Interruption::ignoreInChildren();
-    const Result<QString> cable = m_cables.reach(m_options.cable);
     Interruption interruption;
+    const Result<QString> cable = m_cables.reach(m_options.cable);
+    if (const std::optional<ExitStatus> status = Interruption::pending()) {
+        m_message = tr("Capture Stopped!");
+        return *status;
+    }
     if (!cable)
         return fail(cable.error());
     m_cable = *cable;
@@ -249,6 +253,17 @@ void CaptureProgram::onSectionRead(int core, int window, int sectionsRead, int s
         sections);
 }
 
+/// Told on the spot; what concerns the samples decides the status at the end as well.
+void CaptureProgram::onReportChanged()
+{
+    const RunReport &report = m_manager.report();
+    const bool isSilent = report.server == RunReport::Server::Silent;
+    if (isSilent == std::exchange(m_isSilent, isSilent) || m_ended)
+        return;
+    m_report.say(isSilent ? report.text() : tr("The cable server answers again."));
+    m_report.waitFor(waitingFor());
+}
+
 void CaptureProgram::onCaptured(int core, int window)
 {
     // Taking the window lets the run go on, so it happens once, whatever comes of it.
@@ -329,6 +344,10 @@ void CaptureProgram::endWithProject()
 {
     if (m_ended)
         return;
+    if (!m_manager.report().doubtful.isEmpty()) {
+        end(ExitStatus::Refused, m_manager.report().text());
+        return;
+    }
     if (m_options.project.isEmpty()) {
         end(ExitStatus::Captured);
         return;
@@ -360,7 +379,9 @@ void CaptureProgram::onTriggerComplete(int resultId)
 
 void CaptureProgram::endIfIncomplete()
 {
-    end(ExitStatus::NoServer, tr("The capture ended before all samples had arrived."));
+    end(ExitStatus::Refused, tr("The capture ended before all samples had arrived. %1")
+                                 .arg(m_manager.report().text())
+                                 .trimmed());
 }
 
 void CaptureProgram::end(ExitStatus status, const QString &message)

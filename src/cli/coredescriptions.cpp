@@ -1,5 +1,6 @@
 #include "coredescriptions.h"
 
+#include <config/descriptionkind.h>
 #include <config/liteconfig.h>
 #include <config/standardconfig.h>
 
@@ -20,7 +21,9 @@ Result<CoreList> loadStandardCores(const QString &path)
 {
     QString reason;
     CoreList cores = loadStandardConfigFile(path, nullptr, nullptr, &reason);
-    if (!cores.empty())
+    if (!cores.empty() && descriptionKind(path) == DescriptionKind::Unknown)
+        reason = tr("Its mode is neither Standard nor Lite.");
+    else if (!cores.empty())
         return cores;
     if (reason.isEmpty())
         reason = tr("It describes no standard analyzer core.");

@@ -2,6 +2,7 @@
 
 #include "coredescriptions.h"
 
+#include <config/capturelimits.h>
 #include <design/capturedisplay.h>
 #include <design/exportcore.h>
 
@@ -27,11 +28,8 @@ std::optional<Error> LiteSource::prepare(const CaptureOptions &options)
         if (number != core.index)
             return Error{Error::Usage, tr("The description has no core %1.").arg(number)};
     }
-    if (core.capture_amount < 1 || core.signals.isEmpty())
-        return Error{Error::Format,
-                     tr("Core %1 captures %2 samples of %3 signals: nothing to read.")
-                         .arg(QString::number(core.index), QString::number(core.capture_amount),
-                              QString::number(signalBits(core.signals)))};
+    if (std::optional<Error> obstacle = captureObstacle(core))
+        return obstacle;
     m_manager.setDeviceName(options.device);
     m_delay = options.delay.value_or(0);
     return {};

@@ -2,19 +2,13 @@
 
 #include "coredescriptions.h"
 
+#include <config/capturelimits.h>
 #include <design/capturedisplay.h>
 #include <design/exportcore.h>
 
 #include <algorithm>
 
 namespace KEO {
-
-namespace {
-
-// Rows that the data manager reads at a time.
-constexpr int kSectionRows = 128;
-
-} // namespace
 
 StandardSource::StandardSource()
 {
@@ -61,18 +55,8 @@ std::optional<Error> StandardSource::chooseCores(const CaptureOptions &options)
         positions.append(0);
     std::sort(positions.begin(), positions.end());
     for (const int position : positions) {
-        const CoreConfig &core = *cores[size_t(position)];
-        if (core.capture_amount < 1 || core.window_num < 1)
-            return Error{Error::Format,
-                         tr("Core %1 captures %2 samples in %3 windows: nothing to read.")
-                             .arg(QString::number(core.index), QString::number(core.capture_amount),
-                                  QString::number(core.window_num))};
-        if (core.capture_amount > kSectionRows && core.capture_amount % kSectionRows != 0)
-            return Error{Error::Format,
-                         tr("Core %1 captures %2 samples; above %3 only multiples of %3 can be "
-                            "read.")
-                             .arg(QString::number(core.index), QString::number(core.capture_amount),
-                                  QString::number(kSectionRows))};
+        if (std::optional<Error> obstacle = captureObstacle(*cores[size_t(position)]))
+            return obstacle;
     }
     if (options.autoRounds &&
         (positions.size() > 1 || cores[size_t(positions.first())]->window_num != 1))

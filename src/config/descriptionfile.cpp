@@ -7,7 +7,7 @@
 
 namespace KEO {
 
-Q_LOGGING_CATEGORY(lcConfig, "keo.config")
+Q_LOGGING_CATEGORY(lcConfig, "keo.config", QtInfoMsg)
 
 namespace {
 

@@ -39,10 +39,9 @@ using JtagDataRequest = std::weak_ptr<const JtagDataTask>;
 /// replies to all later requests, since a server answers in order.
 struct LateReplies
 {
-    int commands = 0; ///< to commands
-    int data = 0;     ///< to data requests
-
-    [[nodiscard]] bool any() const { return commands > 0 || data > 0; }
+    bool areAwaited = false; ///< until somebody knows better; the counts are less sure
+    int commands = 0;        ///< to commands, at most
+    int data = 0;            ///< to data requests, at most
 };
 
 /// The connections to all cable servers that answered, the current one among them, and the tasks
