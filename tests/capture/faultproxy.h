@@ -11,6 +11,7 @@
 
 #include <map>
 #include <set>
+#include <tuple>
 
 /// What the board told between two "OPEN"s, as its server sent it.
 struct BoardRun
@@ -18,8 +19,9 @@ struct BoardRun
     /// One reading of a core's memory.
     struct Reading
     {
-        int core = -1;       ///< as selected; -1 for a lite core
-        bool isDone = false; ///< the core had said, since it was armed, that its memory is full
+        int core = -1; ///< as selected; -1 for a lite core
+        bool isDone =
+            false; ///< the core had said in this run, since it was armed last, that it is full
         std::map<int, std::map<int, QBitArray>> windows; ///< "DATA" by window and section
     };
     QList<Reading> readings;
@@ -111,10 +113,10 @@ private:
         const bool isRegister =
             asked.operation == u"READ_START_REG" || asked.operation == u"OP_READ_CAPTURE_INIT";
         if (isRegister && data.size() > 0 && data.count(true) == 0)
-            m_done.insert({asked.core, asked.arming});
+            m_done.insert({asked.run, asked.core, asked.arming});
         if (asked.operation == u"READ_RAM" && asked.run >= 0 && asked.reading >= 0) {
             BoardRun::Reading &reading = runs[asked.run].readings[asked.reading];
-            const bool isDone = m_done.contains({asked.core, asked.arming});
+            const bool isDone = m_done.contains({asked.run, asked.core, asked.arming});
             reading.isDone = isDone && (reading.isDone || reading.windows.empty());
             reading.windows[asked.window][asked.section] = data;
         }
@@ -129,10 +131,10 @@ private:
 
     void playOn(const QString &operation, Wire::Packet reply)
     {
-        const int kind = m_random.bounded(8);
+        const int kind = std::min(m_random.bounded(10), 7);
         const int delay = m_random.bounded(1, 100);
-        static const char *const kNames[] = {"swapped", "doubled",   "doubled late", "lost",
-                                             "late",    "all stall", "short",        "mistyped"};
+        static const char *const kNames[] = {"swapped", "doubled",  "doubled late", "lost",
+                                             "late",    "mistyped", "short",        "all stall"};
         played.append(QStringLiteral("%1 %2 (%3 ms)")
                           .arg(operation, QLatin1String(kNames[kind]), QString::number(delay)));
         const QByteArray frame = Wire::frame(reply);
@@ -160,20 +162,20 @@ private:
             later(delay, [this, frame] { handOn(frame); });
             return;
         case 5:
-            ++m_stalls;
-            later(delay, [this] {
-                if (--m_stalls == 0)
-                    handOn({});
-            });
-            handOn(frame);
+            mistype(reply);
+            handOn(Wire::frame(reply));
             return;
         case 6:
             shorten(reply);
             handOn(Wire::frame(reply));
             return;
         default:
-            mistype(reply);
-            handOn(Wire::frame(reply));
+            ++m_stalls;
+            later(2 * delay, [this] {
+                if (--m_stalls == 0)
+                    handOn({});
+            });
+            handOn(frame);
         }
     }
 
@@ -226,10 +228,10 @@ private:
     bool m_heldNow = false;
     int m_stalls = 0;
     int m_late = 0;
-    QList<Asked> m_asked;                 ///< the oldest first
-    int m_core = -1;                      ///< as selected
-    std::map<int, int> m_armings;         ///< by core
-    std::set<std::pair<int, int>> m_done; ///< core and arming of those that are full
+    QList<Asked> m_asked;                       ///< the oldest first
+    int m_core = -1;                            ///< as selected
+    std::map<int, int> m_armings;               ///< by core
+    std::set<std::tuple<int, int, int>> m_done; ///< runs, cores and armings that are over
     QRandomGenerator m_random;
     int m_rarity = 0;
     QObject m_context; ///< the first to go

@@ -41,7 +41,7 @@ struct Setup
 
 constexpr Setup kSetups[] = {{"chainserver", "keo1", false, 1, 1, 256},
                              {"chainserver_lpt", "keo", false, 2, 2, 128},
-                             {"chainserver_lk7", "keolk7", true, 1, 1, 200}};
+                             {"chainserver_lk7", "keolk7", true, 1, 1, 256}};
 
 /// What a manager has handed out.
 struct Shown
@@ -229,7 +229,7 @@ void tst_FaultServer::initTestCase()
     }
     QFile board(m_directory.filePath("board.json"));
     QVERIFY(board.open(QIODevice::WriteOnly));
-    board.write("{\"samples_per_second\": 30000, \"cables\": {" + cables.toUtf8() + "}}");
+    board.write("{\"samples_per_second\": 4000, \"cables\": {" + cables.toUtf8() + "}}");
     board.close();
     qputenv("SIGNALSCOPE_BOARD", board.fileName().toLocal8Bit());
     for (const Setup &setup : kSetups) {
@@ -272,8 +272,10 @@ void tst_FaultServer::anyFault()
         proxy.play(quint32(seed), user.bounded(3, 12));
         QList<RunLog> logs;
         for (int run = 0; run < 2; ++run) {
-            logs += rig.run(setup.canAuto() ? user.bounded(3) : 0, user.bounded(20, 250));
-            if (user.bounded(2) == 0)
+            // An impatient user, or one who waits for the samples.
+            const int time = user.bounded(2) == 0 ? user.bounded(10, 150) : 400;
+            logs += rig.run(setup.canAuto() ? user.bounded(3) : 0, time);
+            if (user.bounded(4) == 0)
                 QTest::qWait(user.bounded(50));
             logs.last() = rig.log(); // with what was told afterwards
         }
