@@ -12,7 +12,7 @@ using namespace KEO;
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    QLoggingCategory::setFilterRules(QStringLiteral("keo.*=false"));
+    QLoggingCategory::setFilterRules(QStringLiteral("signalscope.*=false"));
     return 0;
 }
 

@@ -1,6 +1,7 @@
 #include <trigger/naivetable.h>
 
 #include <trigger/expression.h>
+#include <trigger/truthtable.h>
 
 #include <QString>
 

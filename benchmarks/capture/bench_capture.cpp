@@ -1,7 +1,7 @@
 #include <capture/bits.h>
 #include <capture/registerimage.h>
 #include <capture/samplecutter.h>
-#include <trigger/expression.h>
+#include <trigger/truthtable.h>
 
 #include <benchmark/benchmark.h>
 

@@ -6,8 +6,8 @@
 
 #include "randomwindow.h"
 
+#include <base/bitwords.h>
 #include <export/csvwriter.h>
-#include <export/rowblock.h>
 #include <export/vcdwriter.h>
 #include <wave_data/windowcontents.h>
 
@@ -34,16 +34,16 @@ QList<QBitArray> channelsOf(const uchar *input, qsizetype rows, int channels)
     for (int first = 0; first < channels; first += 64) {
         const int used = std::min(64, channels - first);
         for (qsizetype word = 0; word < words; ++word) {
-            quint64 square[64] = {};
+            KEO::BitSquare square = {};
             const qsizetype present = std::min<qsizetype>(64, rows - word * 64);
             for (qsizetype r = 0; r < present; ++r) {
-                std::memcpy(&square[r], input + (word * 64 + r) * rowBytes + first / 8,
+                std::memcpy(&square[size_t(r)], input + (word * 64 + r) * rowBytes + first / 8,
                             size_t(used) / 8);
-                square[r] = qFromLittleEndian(square[r]);
+                square[size_t(r)] = qFromLittleEndian(square[size_t(r)]);
             }
             KEO::transposeBits(square);
             for (int c = 0; c < used; ++c)
-                columns[size_t(c * words + word)] = qToLittleEndian(square[c]);
+                columns[size_t(c * words + word)] = qToLittleEndian(square[size_t(c)]);
         }
         for (int c = 0; c < used; ++c)
             samples.append(QBitArray::fromBits(

@@ -7,10 +7,15 @@
 namespace KEO {
 namespace {
 
-bool isXmlCharacter(char32_t c)
+/// Length of the storable character at \a position in UTF-16 units, or 0.
+int storableLength(QStringView text, qsizetype position)
 {
-    return c == U'\t' || c == U'\n' || c == U'\r' || (c >= 0x20 && c < 0xD800) ||
-           (c > 0xDFFF && c < 0xFFFE) || c > 0xFFFF;
+    const char16_t unit = text[position].unicode();
+    if (QChar::isHighSurrogate(unit))
+        return position + 1 < text.size() && text[position + 1].isLowSurrogate() ? 2 : 0;
+    if (QChar::isLowSurrogate(unit) || unit >= 0xFFFE)
+        return 0;
+    return unit >= 0x20 || unit == u'\t' || unit == u'\n' || unit == u'\r' ? 1 : 0;
 }
 
 bool looksLikeIndentation(const QString &text)
@@ -21,13 +26,24 @@ bool looksLikeIndentation(const QString &text)
 
 } // namespace
 
-QString xmlSafeText(const QString &text)
+QString xmlSafeText(const QString &text, Unstorable unstorable)
 {
-    QString result;
-    result.reserve(text.size());
-    for (const char32_t c : text.toUcs4())
-        result += QChar::fromUcs4(isXmlCharacter(c) ? c : char32_t(QChar::ReplacementCharacter));
-    return result;
+    QString safe;
+    qsizetype copied = 0; // characters of text that are dealt with
+    for (qsizetype i = 0; i < text.size();) {
+        const int length = storableLength(text, i);
+        if (length == 0) {
+            safe += QStringView(text).mid(copied, i - copied);
+            if (unstorable == Unstorable::Replaced)
+                safe += QChar(QChar::ReplacementCharacter);
+            copied = i + 1;
+        }
+        i += std::max(length, 1);
+    }
+    if (copied == 0)
+        return text;
+    safe += QStringView(text).mid(copied);
+    return safe;
 }
 
 void writeXmlContent(QXmlStreamWriter &xml, const QString &text)

@@ -6,11 +6,15 @@ class QXmlStreamWriter;
 
 namespace KEO {
 
-/// \a text with a replacement character (U+FFFD) for every character that no XML file can hold, not
-/// even as a reference: control characters but tab, line feed and carriage return, halves of
-/// surrogate pairs, U+FFFE and U+FFFF. Every text on its way into an XML writer passes through
-/// here.
-QString xmlSafeText(const QString &text);
+/// What becomes of a character that no XML file can hold: U+FFFD stands for it, or nothing. Core
+/// descriptions do the one, windows and their exports the other.
+enum class Unstorable { Replaced, Dropped };
+
+/// \a text without the characters that no XML file can hold, not even as a reference: control
+/// characters but tab, line feed and carriage return, halves of surrogate pairs, U+FFFE and U+FFFF.
+/// A file with one of them could not be read again, so every text on its way into one passes
+/// through here.
+QString xmlSafeText(const QString &text, Unstorable unstorable = Unstorable::Replaced);
 
 /// Writes \a text as the content of the open element, safe as above. Text of blanks alone goes into
 /// a CDATA section, since a reader takes it for indentation elsewhere.

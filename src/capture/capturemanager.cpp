@@ -1,10 +1,11 @@
 #include "capturemanager.h"
 
 #include "bits.h"
-#include "capturelog.h"
 #include "capturepackets.h"
 #include "capturerequests.h"
 #include "shiftword.h"
+
+#include <base/logging.h>
 
 #include <QCoreApplication>
 #include <QHash>
@@ -227,7 +228,7 @@ void CaptureManager::readMemory(const ReadPlan &plan, Evidence evidence)
     if (!step.isCurrent())
         return;
     if (plan.sectionCount == 0) {
-        qCDebug(keoCapture, "core %d: nothing to read", plan.core);
+        qCDebug(lcCapture, "core %d: nothing to read", plan.core);
         return; // not even a pause, or a huge window number would hang here
     }
     for (int window = 0; window < plan.windowCount; ++window) {
@@ -269,7 +270,7 @@ CaptureManager::Section CaptureManager::sectionOf(const CmdPack &reply, const Re
     bool isNumber = false;
     const int count = reply.value(QStringLiteral("SECTION_COUNT")).toInt(&isNumber);
     if (data.size() < plan.sectionBits() || !isNumber || count != plan.sectionCount) {
-        qCDebug(keoCapture, "a section of %lld bits, one of %d; asked for were %d bits, one of %d",
+        qCDebug(lcCapture, "a section of %lld bits, one of %d; asked for were %d bits, one of %d",
                 qlonglong(data.size()), count, plan.sectionBits(), plan.sectionCount);
         return {Section::Damaged, {}};
     }
@@ -346,7 +347,7 @@ void CaptureManager::doubt(quint64 reading, std::optional<int> window)
 {
     if (reading == 0 || reading != m_reading)
         return;
-    qCDebug(keoCapture, "the samples of core %d are in doubt", m_readCore);
+    qCDebug(lcCapture, "the samples of core %d are in doubt", m_readCore);
     m_isDoubted = m_isDoubted || !window;
     RunReport report = m_report;
     for (int i = 0; i < m_windows.size(); ++i) {
@@ -391,7 +392,7 @@ void CaptureManager::changeReport(RunReport report)
         return;
     m_report = std::move(report);
     if (const QString text = m_report.text(); !text.isEmpty())
-        qCDebug(keoCapture).noquote() << text;
+        qCDebug(lcCapture).noquote() << text;
     Q_EMIT reportChanged();
 }
 

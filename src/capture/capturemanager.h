@@ -2,6 +2,7 @@
 
 #include "runreport.h"
 
+#include <config/capturelimits.h>
 #include <link/cmdpack.h>
 #include <link/jtagsession.h>
 
@@ -54,6 +55,8 @@ class CaptureManager : public QObject
     Q_OBJECT
 
 public:
+    static constexpr int kSectionRows = kBlockRows; ///< of capture memory, read at once at the most
+
     ~CaptureManager() override;
 
     /// Sends "OPEN"; selectCable must have succeeded before. Does not wait: start may follow at

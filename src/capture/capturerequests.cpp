@@ -1,7 +1,8 @@
 #include "capturerequests.h"
 
-#include "capturelog.h"
 #include "capturepackets.h"
+
+#include <base/logging.h>
 
 #include <utility>
 
@@ -43,7 +44,7 @@ void CaptureRequests::awaitOpened(const CmdPack &reply)
         endOpening(m_lastResult);
         return;
     }
-    qCDebug(keoCapture, "passed over the answer to an earlier OPEN");
+    qCDebug(lcCapture, "passed over the answer to an earlier OPEN");
     --late.commands;
     m_session.setLateReplies(late);
     m_session.awaitReply([this, era = std::weak_ptr(m_era)](const CmdPack &r) {
@@ -74,7 +75,7 @@ bool CaptureRequests::passesOver()
         endOpening(m_lastResult);
         return era.expired();
     }
-    qCDebug(keoCapture, "passed over a reply to an earlier request");
+    qCDebug(lcCapture, "passed over a reply to an earlier request");
     if (late.data > 0)
         --late.data;
     m_session.setLateReplies(late);
@@ -102,11 +103,11 @@ void CaptureRequests::takeReply(const std::shared_ptr<Request> &request, const R
 {
     const Verdict verdict = read.judge(reply);
     if (verdict == Verdict::Foreign) {
-        qCDebug(keoCapture, "a reply does not fit the request under its id");
+        qCDebug(lcCapture, "a reply does not fit the request under its id");
         return;
     }
     if (request->isAnswered) {
-        qCDebug(keoCapture, "an answer came twice");
+        qCDebug(lcCapture, "an answer came twice");
         if (read.takeAgain)
             read.takeAgain(reply);
         return;

@@ -1,10 +1,10 @@
 #include "litedatamanager.h"
 
 #include "bits.h"
-#include "capturelog.h"
 #include "capturepackets.h"
 #include "shiftword.h"
 
+#include <base/logging.h>
 #include <config/liteconfig.h>
 
 #include <QFileInfo>
@@ -19,7 +19,6 @@ namespace KEO {
 namespace {
 
 constexpr qint64 kCaptureInitRegister = 2;
-constexpr int kSectionRows = 128; // at most
 
 /// Polls that may wait for their answers. Enough to keep any server busy, and few enough that what
 /// comes after them, a Stop above all, does not wait long behind them.
@@ -54,17 +53,19 @@ KeoLiteDataManager::KeoLiteDataManager(JtagSession &session, QObject *parent)
 
 KeoLiteDataManager::~KeoLiteDataManager() = default;
 
-bool KeoLiteDataManager::load(const QString &path, QString &id)
+bool KeoLiteDataManager::load(const QString &path, QString &id, QString *reason)
 {
     if (!QFileInfo::exists(path))
         return false;
     noteExtension(path);
-    const QList<LiteCoreConfig> cores = loadLiteConfigFile(path, &id);
+    const QList<LiteCoreConfig> cores = loadLiteConfigFile(path, &id, nullptr, reason);
     // Lite shift words name no core: with a second one in the chip nobody could tell which answers.
     const bool isOne = cores.size() == 1;
     if (!isOne)
-        qCDebug(keoCapture, "%lld lite cores, and only one can be captured from",
+        qCDebug(lcCapture, "%lld lite cores, and only one can be captured from",
                 qlonglong(cores.size()));
+    if (!isOne && reason && reason->isEmpty())
+        *reason = tr("It describes %1 lite cores; exactly one can be used.").arg(cores.size());
     setCore(isOne ? std::make_unique<LiteCoreConfig>(cores.first()) : nullptr);
     return isOne;
 }
@@ -261,7 +262,7 @@ void KeoLiteDataManager::askAgain()
         m_patienceTimer->start();
         return;
     }
-    qCDebug(keoCapture, "%d polls without an answer, asking again", *m_unansweredPolls);
+    qCDebug(lcCapture, "%d polls without an answer, asking again", *m_unansweredPolls);
     giveUpReads();
     m_unansweredPolls = std::make_shared<int>(0);
     m_checkTimer->start();

@@ -35,9 +35,9 @@ public:
 
     /// Replaces the core with that of the description at \a path, and \a id with its check value.
     /// False if there is no such file, which changes nothing, or if it does not describe exactly
-    /// one core; then there is no core. The extension (.keo or .zeo) is kept, see isZeo. Stops a
-    /// run that is going on.
-    bool load(const QString &path, QString &id);
+    /// one core; then there is no core, and \a reason, if not null, receives in words for the user
+    /// why. The extension (.keo or .zeo) is kept, see isZeo. Stops a run that is going on.
+    bool load(const QString &path, QString &id, QString *reason = nullptr);
     /// Replaces the core; null for none. Stops a run that is going on.
     void setCore(std::unique_ptr<LiteCoreConfig> core);
     /// The core, or null. Borrowed.

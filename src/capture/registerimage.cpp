@@ -1,11 +1,11 @@
 #include "registerimage.h"
 
 #include "bits.h"
-#include "capturelog.h"
 #include "devicemodels.h"
 #include "shiftword.h"
 
-#include <trigger/expression.h>
+#include <base/logging.h>
+#include <trigger/truthtable.h>
 
 #include <algorithm>
 #include <array>
@@ -176,17 +176,17 @@ MatchUnitWords encodeMatchUnitValue(const MatchUnit &unit)
     const QString second = unit.value1.rightJustified(width, u'0', true);
     MatchUnitWords words{QBitArray(width), QBitArray(width), QBitArray(width)};
     switch (unit.func) {
-    case 0:
-    case 1:
+    case MatchFunction::Equal:
+    case MatchFunction::NotEqual:
         for (qsizetype i = 0; i < width; ++i)
             setPatternBits(words, i, first[i]);
         break;
-    case 2:
-    case 4:
+    case MatchFunction::Greater:
+    case MatchFunction::GreaterOrEqual:
         setOnes(words.compareWord, first);
         break;
-    case 3: // the upper bounds stand in the mask, where a range keeps its maximum
-    case 5:
+    case MatchFunction::Less: // upper bounds stand in the mask, where a range keeps its maximum
+    case MatchFunction::LessOrEqual:
         setOnes(words.maskWord, first);
         break;
     default:
@@ -199,8 +199,8 @@ MatchUnitWords encodeMatchUnitValue(const MatchUnit &unit)
 
 QBitArray encodeMatchUnitControl(const MatchUnit &unit)
 {
-    const int func = unit.func >= 0 && unit.func <= 7 ? unit.func : 0;
-    QBitArray control = alignBits(bitsOfInt16(func), 4);
+    const MatchFunction function = isKnown(unit.func) ? unit.func : MatchFunction::Equal;
+    QBitArray control = alignBits(bitsOfInt16(int(function)), 4);
     control.setBit(0, unit.counter_enable && unit.countinuous);
     return control;
 }
@@ -237,7 +237,7 @@ QList<QBitArray> buildExpressionImage(const CoreConfig &core)
     const qint64 affordable = kMaxImageBytes / tableBytes;
     const qint64 tables = std::min({std::max<qint64>(inForce.size(), 1), addressable, affordable});
     if (tables < inForce.size())
-        qCDebug(keoCapture, "core %d: %lld of %lld expressions left out", core.index,
+        qCDebug(lcCapture, "core %d: %lld of %lld expressions left out", core.index,
                 qlonglong(inForce.size() - tables), qlonglong(inForce.size()));
 
     QList<QBitArray> image;

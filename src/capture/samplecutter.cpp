@@ -2,13 +2,13 @@
 
 #include "devicemodels.h"
 
+#include <base/bitwords.h>
 #include <config/coreconfig.h>
 #include <config/litecoreconfig.h>
 
 #include <QtEndian>
 
 #include <algorithm>
-#include <array>
 #include <vector>
 
 namespace KEO {
@@ -122,22 +122,6 @@ qsizetype oldestRow(const Rows &rows, const CaptureGeometry &geometry)
     return offset < 0 ? offset + count : offset;
 }
 
-using BitBlock = std::array<quint64, 64>;
-
-/// Swaps rows and columns of a 64 x 64 block: bit j of word i becomes bit i of word j. Halves the
-/// squares that change places in each round, from 32 x 32 down to single bits.
-void transpose(BitBlock &block)
-{
-    quint64 mask = 0x00000000FFFFFFFF;
-    for (size_t side = 32; side != 0; side /= 2, mask ^= mask << side) {
-        for (size_t i = 0; i < block.size(); i = (i + side + 1) & ~side) {
-            const quint64 swapped = ((block[i] >> side) ^ block[i + side]) & mask;
-            block[i] ^= swapped << side;
-            block[i + side] ^= swapped;
-        }
-    }
-}
-
 /// Samples of up to 64 columns from \a firstColumn of a row on, as words of 64 samples each.
 class ColumnGroup final
 {
@@ -148,15 +132,15 @@ public:
         qsizetype row = oldest;
         qsizetype left = rows.count();
         for (qsizetype word = 0; word < m_wordsPerColumn; ++word) {
-            BitBlock block = {};
+            BitSquare square = {};
             for (qsizetype i = 0; i < std::min<qsizetype>(left, 64); ++i) {
-                block[size_t(i)] = rows.word(row, firstColumn);
+                square[size_t(i)] = rows.word(row, firstColumn);
                 row = row + 1 == rows.count() ? 0 : row + 1;
             }
             left -= 64;
-            transpose(block);
+            transposeBits(square);
             for (qsizetype c = 0; c < columns; ++c)
-                m_words[size_t(c * m_wordsPerColumn + word)] = qToLittleEndian(block[size_t(c)]);
+                m_words[size_t(c * m_wordsPerColumn + word)] = qToLittleEndian(square[size_t(c)]);
         }
     }
 

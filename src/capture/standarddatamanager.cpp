@@ -1,11 +1,11 @@
 #include "standarddatamanager.h"
 
 #include "bits.h"
-#include "capturelog.h"
 #include "capturepackets.h"
 #include "registerimage.h"
 #include "shiftword.h"
 
+#include <base/logging.h>
 #include <config/poweroftwo.h>
 #include <config/standardconfig.h>
 #include <link/jtagsession.h>
@@ -21,7 +21,6 @@ namespace KEO {
 namespace {
 
 constexpr int kPollInterval = 500; // ms
-constexpr int kSectionRows = 128;  // at most
 constexpr int kLeadingBits = 32;   // that a memory read shifts out before the rows
 
 } // namespace
@@ -55,13 +54,17 @@ KeoStandardDataManager::KeoStandardDataManager(JtagSession &session, QObject *pa
 
 KeoStandardDataManager::~KeoStandardDataManager() = default;
 
-bool KeoStandardDataManager::load(const QString &path, QString &id)
+bool KeoStandardDataManager::load(const QString &path, QString &id, QString *reason)
 {
     if (!QFileInfo::exists(path))
         return false;
     noteExtension(path);
-    setCores(loadStandardConfigFile(path, &id));
-    return !m_cores.empty();
+    CoreList cores = loadStandardConfigFile(path, &id, nullptr, reason);
+    const bool isEmpty = cores.empty();
+    if (isEmpty && reason && reason->isEmpty())
+        *reason = tr("It describes no standard analyzer core.");
+    setCores(std::move(cores));
+    return !isEmpty;
 }
 
 void KeoStandardDataManager::setCores(CoreList cores)
@@ -168,7 +171,7 @@ void KeoStandardDataManager::onTimeout()
     if (box)
         box(tr("Error"), text);
     else
-        qCWarning(keoCapture).noquote() << text;
+        qCWarning(lcCapture).noquote() << text;
 }
 
 void KeoStandardDataManager::disarm()

@@ -33,8 +33,9 @@ public:
 
     /// Replaces the cores with those of the description at \a path, and \a id with its check value.
     /// False if there is no such file, which changes nothing, or if it gives no core. The extension
-    /// (.keo or .zeo) is kept for the register image. Stops a run that is going on.
-    bool load(const QString &path, QString &id);
+    /// (.keo or .zeo) is kept for the register image. \a reason, if not null, receives in words for
+    /// the user why a file that is there gives no core. Stops a run that is going on.
+    bool load(const QString &path, QString &id, QString *reason = nullptr);
     /// Replaces the cores. Stops a run that is going on.
     void setCores(CoreList cores);
     /// Deletes all cores. Stops a run that is going on.

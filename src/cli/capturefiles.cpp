@@ -8,10 +8,10 @@ namespace KEO {
 
 namespace {
 
-QString tr(const char *text)
+struct Text
 {
-    return QCoreApplication::translate("CaptureFiles", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(KEO::CaptureFiles)
+};
 
 QString suffix(const CaptureLabel &label, ExportFormat format)
 {
@@ -24,12 +24,12 @@ QString suffix(const CaptureLabel &label, ExportFormat format)
 Result<QString> prepareDirectory(const QString &path)
 {
     if (!QDir().mkpath(path))
-        return Error{Error::File, tr("The folder %1 can not be made.").arg(path)};
+        return Error{Error::File, Text::tr("The folder %1 can not be made.").arg(path)};
     QTemporaryFile probe(path + QStringLiteral("/.signalscope-XXXXXX"));
     if (!probe.open())
         return Error{
             Error::File,
-            tr("No file can be written to the folder %1: %2").arg(path, probe.errorString())};
+            Text::tr("No file can be written to the folder %1: %2").arg(path, probe.errorString())};
     return path;
 }
 
@@ -55,7 +55,7 @@ Result<QStringList> writeCapture(const CaptureOptions &options, const CaptureLab
         const QString path = exportPath(options, label, format);
         const ExportSettings settings{.format = format, .period = options.period, .buses = {}};
         if (!writeExport(path, settings, core, contents))
-            return Error{Error::File, tr("The file %1 can not be written.").arg(path)};
+            return Error{Error::File, Text::tr("The file %1 can not be written.").arg(path)};
         paths.append(path);
     }
     return paths;

@@ -42,16 +42,16 @@ ExitStatus statusOf(Error::Kind kind)
     return ExitStatus::FileError;
 }
 
-QString refusal(int resultId)
+DescriptionKind kindOf(const CaptureOptions &options)
 {
-    switch (resultId) {
-    case -20:
-        return QStringLiteral("Device does not load fs file yet.");
-    case 1:
-        return QStringLiteral("Open device failed.");
-    default:
-        return QStringLiteral("Unknown device error ID%1.").arg(resultId);
-    }
+    return options.task == CaptureOptions::Task::Capture ? descriptionKind(options.file)
+                                                         : DescriptionKind::Unknown;
+}
+
+/// The sentences of this program, which name core, window and result for every kind of core.
+const KindTraits &words()
+{
+    return kindTraits(DescriptionKind::Standard);
 }
 
 } // namespace
@@ -61,8 +61,9 @@ CaptureProgram::CaptureProgram(CaptureOptions options, PictureWriter drawPicture
       m_options(std::move(options)),
       m_drawPicture(std::move(drawPicture)),
       m_report(ProgressReport::styleFor(m_options.quiet)),
-      m_source(CaptureSource::forOptions(m_options)),
-      m_manager(m_source->manager()),
+      m_session(*JtagSession::instance()),
+      m_design(Design::make(kindOf(m_options), m_session)),
+      m_manager(m_design->manager()),
       m_forceTimer(new QTimer(this)),
       m_timeoutTimer(new QTimer(this)),
       m_linkTimer(new QTimer(this))
@@ -71,16 +72,16 @@ CaptureProgram::CaptureProgram(CaptureOptions options, PictureWriter drawPicture
     m_timeoutTimer->setSingleShot(true);
     connect(m_forceTimer, &QTimer::timeout, this, [this] {
         m_report.say(tr("Forcing the trigger."));
-        m_source->forceTrigger();
+        m_design->forceTrigger();
     });
     connect(m_timeoutTimer, &QTimer::timeout, this, [this] {
         end(ExitStatus::TimedOut, tr("Timed out while waiting for %1.").arg(waitingFor()));
     });
     connect(m_linkTimer, &QTimer::timeout, this, [this] {
-        if (!JtagSession::instance()->isCurrentConnected())
+        if (!m_session.isCurrentConnected())
             end(ExitStatus::NoServer, tr("The server of %1 went away.").arg(m_cable));
     });
-    connect(m_source.get(), &CaptureSource::captured, this, &CaptureProgram::onCaptured);
+    connect(m_design.get(), &Design::captured, this, &CaptureProgram::onCaptured);
     connect(&m_manager, &CaptureManager::sectionRead, this, &CaptureProgram::onSectionRead);
     connect(&m_manager, &CaptureManager::reportChanged, this, &CaptureProgram::onReportChanged);
     connect(&m_manager, &CaptureManager::triggerComplete, this, &CaptureProgram::onTriggerComplete);
@@ -110,7 +111,7 @@ ExitStatus CaptureProgram::run()
         print(stderr, QStringLiteral("signalscope-capture: ") + m_message);
     if (m_options.json && m_options.task != CaptureOptions::Task::ListCables)
         printJson();
-    JtagSession::instance()->disconnectAll();
+    m_session.disconnectAll();
     return m_status;
 }
 
@@ -136,7 +137,7 @@ ExitStatus CaptureProgram::capture()
         m_message = error.message;
         return statusOf(error.kind);
     };
-    if (const std::optional<Error> error = m_source->prepare(m_options))
+    if (const std::optional<Error> error = prepare())
         return fail(*error);
     warnOfMissingDevice();
     if (!m_options.formats.isEmpty()) {
@@ -153,17 +154,17 @@ ExitStatus CaptureProgram::capture()
     Interruption interruption;
     const Result<QString> cable = m_cables.reach(m_options.cable);
     if (const std::optional<ExitStatus> status = Interruption::pending()) {
-        m_message = tr("Capture Stopped!");
+        m_message = kindText(words().stopped);
         return *status;
     }
     if (!cable)
         return fail(cable.error());
     m_cable = *cable;
-    if (!JtagSession::instance()->selectCable(m_cable))
-        return fail({Error::Link, tr("Can not connect with JTAG Server!")});
+    if (!m_session.selectCable(m_cable))
+        return fail({Error::Link, noServerText()});
 
     connect(&interruption, &Interruption::interrupted, this, [this] {
-        end(Interruption::pending().value_or(ExitStatus::Interrupted), tr("Capture Stopped!"));
+        end(Interruption::pending().value_or(ExitStatus::Interrupted), kindText(words().stopped));
     });
     QTimer::singleShot(0, this, &CaptureProgram::startCapture);
     QCoreApplication::exec();
@@ -191,7 +192,8 @@ ExitStatus CaptureProgram::exportSaved()
     for (SavedCapture &capture : project->captures) {
         if (!isWanted(capture))
             continue;
-        const CaptureLabel label{capture.core.index, capture.window, 0, project->mode};
+        const CaptureLabel label{capture.core.index, capture.window, 0,
+                                 kindTraits(project->kind).exportMode};
         const qsizetype samples = capture.contents.maxDataLength();
         const Result<QStringList> written =
             writeFiles(label, capture.core, std::move(capture.contents), m_windows == 1);
@@ -200,6 +202,25 @@ ExitStatus CaptureProgram::exportSaved()
         reportCapture(label, capture.core, samples, *written);
     }
     return ExitStatus::Captured;
+}
+
+std::optional<Error> CaptureProgram::prepare()
+{
+    if (m_options.delay && !m_design->traits().hasDelay)
+        return Error{Error::Usage, tr("--delay goes with a lite core; these wait for a trigger.")};
+    if (const Result<QString> id = m_design->load(m_options.file); !id)
+        return id.error();
+    if (kindOf(m_options) == DescriptionKind::Unknown)
+        return Error{
+            Error::Format,
+            tr("%1 can not be used: its mode is neither Standard nor Lite.").arg(m_options.file)};
+    m_manager.setDeviceName(m_options.device);
+    m_design->setDelay(m_options.delay.value_or(0));
+    if (const std::optional<Error> error = m_design->choose(m_options.cores))
+        return error;
+    if (isAuto() && !m_design->canAuto())
+        return Error{Error::Usage, tr("--auto takes one core with one window.")};
+    return {};
 }
 
 void CaptureProgram::warnOfMissingDevice()
@@ -211,7 +232,7 @@ void CaptureProgram::warnOfMissingDevice()
 
 void CaptureProgram::startCapture()
 {
-    m_windows = m_source->windowCount();
+    m_windows = m_design->windowCount();
     m_windowsLeft = m_windows;
     QVariantList chain;
     for (const int code : m_options.chain)
@@ -222,7 +243,7 @@ void CaptureProgram::startCapture()
     m_linkTimer->start(kLinkCheckInterval);
     if (m_options.timeout)
         m_timeoutTimer->start(int(*m_options.timeout));
-    m_source->start();
+    m_design->start();
     rearmTimers();
 }
 
@@ -241,7 +262,7 @@ QString CaptureProgram::waitingFor() const
         isAuto() ? tr(", round %1 of %2")
                        .arg(QString::number(m_round + 1), QString::number(*m_options.autoRounds))
                  : QString();
-    const QString cores = m_source->waitingFor();
+    const QString cores = m_design->waitingFor();
     return tr("%1 on %2%3").arg(cores.isEmpty() ? tr("the samples") : cores, m_cable, round);
 }
 
@@ -267,25 +288,24 @@ void CaptureProgram::onReportChanged()
 void CaptureProgram::onCaptured(int core, int window)
 {
     // Taking the window lets the run go on, so it happens once, whatever comes of it.
-    const CapturedWindow captured = m_source->take(core, window);
+    const std::optional<CapturedWindow> captured = m_design->take(core, window, m_options.device);
     if (m_ended)
         return;
-    if (captured.elements.isEmpty()) {
-        end(ExitStatus::Refused,
-            tr("No data in core %1 window %2").arg(QString::number(core), QString::number(window)));
+    if (!captured || captured->elements.isEmpty()) {
+        end(ExitStatus::Refused, kindText(words().noData, {core, window}));
         return;
     }
     ++m_round;
-    const CaptureLabel label{core, window, isAuto() ? m_round : 0, captured.mode};
+    const CaptureLabel label{core, window, isAuto() ? m_round : 0, m_design->traits().exportMode};
     const Result<QStringList> written =
-        writeFiles(label, captured.core, captured.contents(), m_windows == 1 && !isAuto());
+        writeFiles(label, captured->core, captured->contents(), m_windows == 1 && !isAuto());
     if (!written) {
         end(ExitStatus::FileError, written.error().message);
         return;
     }
-    reportCapture(label, captured.core, captured.elements.first().data.size(), *written);
+    reportCapture(label, captured->core, captured->elements.first().data.size(), *written);
     if (!m_options.project.isEmpty())
-        keepForProject(captured, window);
+        keepForProject(*captured);
 
     if (!isAuto()) {
         --m_windowsLeft;
@@ -331,12 +351,12 @@ void CaptureProgram::reportCapture(const CaptureLabel &label, const ExportCore &
     m_captures.append(entry);
 }
 
-void CaptureProgram::keepForProject(const CapturedWindow &captured, int window)
+void CaptureProgram::keepForProject(const CapturedWindow &captured)
 {
     if (isAuto())
         m_kept.captures.clear(); // the last round counts
-    m_kept.mode = captured.mode;
-    m_kept.captures.push_back({captured.core, window, captured.contents()});
+    m_kept.kind = m_design->traits().kind;
+    m_kept.captures.push_back({captured.core, captured.window, captured.contents()});
 }
 
 /// The run is complete: what there is to save is there.
@@ -369,7 +389,7 @@ void CaptureProgram::endWithProject()
 void CaptureProgram::onTriggerComplete(int resultId)
 {
     if (resultId != 0)
-        end(ExitStatus::Refused, refusal(resultId));
+        end(ExitStatus::Refused, deviceErrorText(words(), resultId));
     else if (m_windowsLeft == 0)
         endWithProject();
     else

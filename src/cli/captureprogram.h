@@ -3,12 +3,12 @@
 #include "cableaccess.h"
 #include "capturefiles.h"
 #include "captureoptions.h"
-#include "capturesource.h"
 #include "exitstatus.h"
 #include "progressreport.h"
-#include "savedcapture.h"
 
 #include <base/result.h>
+#include <design/design.h>
+#include <design/savedcapture.h>
 #include <wave_data/windowcontents.h>
 
 #include <QJsonArray>
@@ -46,6 +46,8 @@ private:
     ExitStatus listCables();
     ExitStatus capture();
     ExitStatus exportSaved();
+    /// Loads the description and checks what the options ask of it.
+    std::optional<Error> prepare();
 
     void warnOfMissingDevice();
     void startCapture();
@@ -56,7 +58,7 @@ private:
     /// Tells of one exported window.
     void reportCapture(const CaptureLabel &label, const ExportCore &core, qsizetype samples,
                        const QStringList &files);
-    void keepForProject(const CapturedWindow &captured, int window);
+    void keepForProject(const CapturedWindow &captured);
     void endWithProject();
     void onSectionRead(int core, int window, int sectionsRead, int sections);
     void onReportChanged();
@@ -72,8 +74,9 @@ private:
     const PictureWriter m_drawPicture;
     ProgressReport m_report;
     CableAccess m_cables;
-    std::unique_ptr<CaptureSource> m_source;
-    CaptureManager &m_manager; // of the source
+    JtagSession &m_session; // the process-wide one
+    std::unique_ptr<Design> m_design;
+    CaptureManager &m_manager; // of the design
     QTimer *m_forceTimer;      // owned by the object tree
     QTimer *m_timeoutTimer;    // owned by the object tree
     QTimer *m_linkTimer;       // owned by the object tree

@@ -1,11 +1,11 @@
 #include "captureoptions.h"
 #include "captureprogram.h"
 
+#include <base/logging.h>
 #include <cli_picture/capturepicture.h>
 
 #include <QApplication>
 #include <QCoreApplication>
-#include <QLoggingCategory>
 
 #include <cstdio>
 #include <memory>
@@ -26,7 +26,6 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool d
     if (!draws)
         return std::make_unique<QCoreApplication>(argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false")); // the viewer's
     auto application = std::make_unique<QApplication>(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false); // a drawn picture is no end of the run
     return application;
@@ -43,6 +42,7 @@ int main(int argc, char **argv)
                      qPrintable(options.error().message));
         return int(KEO::ExitStatus::Usage);
     }
+    KEO::setLogOutput(options->quiet ? KEO::LogOutput::Nothing : KEO::LogOutput::Warnings);
     const auto application = makeApplication(argc, argv, !options->picture.isEmpty());
     QCoreApplication::setApplicationName(QStringLiteral("signalscope-capture"));
     return int(KEO::CaptureProgram(*options, KEO::drawPicture).run());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "matchtype.h"
 #include "signalentry.h"
 
 #include <QList>
@@ -28,11 +29,11 @@ struct TriggerPort
 /// Sets one condition on a trigger port; `M0` to `M15` in trigger expressions.
 struct MatchUnit
 {
-    CoreConfig *core = nullptr;     ///< owner
-    int index = 0;                  ///< 0 to 15
-    bool enabled = false;           ///< the unit takes part in triggering
-    int match_type = 0;             ///< see matchTypeText
-    int func = 0;                   ///< see matchFunctionText
+    CoreConfig *core = nullptr; ///< owner
+    int index = 0;              ///< 0 to 15
+    bool enabled = false;       ///< the unit takes part in triggering
+    MatchType match_type = MatchType::Basic;
+    MatchFunction func = MatchFunction::Equal;
     bool counter_enable = false;    ///< the core has a match counter for this unit
     int counter_width = 2;          ///< bits
     int counter = 2;                ///< matches

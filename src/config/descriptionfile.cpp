@@ -7,8 +7,6 @@
 
 namespace KEO {
 
-Q_LOGGING_CATEGORY(lcConfig, "keo.config", QtInfoMsg)
-
 namespace {
 
 struct Text

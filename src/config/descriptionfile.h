@@ -3,11 +3,11 @@
 #include "signalentry.h"
 
 #include <base/boundedxml.h>
+#include <base/logging.h>
 #include <base/result.h>
 
 #include <QByteArray>
 #include <QList>
-#include <QLoggingCategory>
 #include <QString>
 
 #include <optional>
@@ -16,9 +16,6 @@
 class QXmlStreamWriter;
 
 namespace KEO {
-
-/// Why a core description was refused, for the developer: the roads to the user say less.
-Q_DECLARE_LOGGING_CATEGORY(lcConfig)
 
 /// The largest description file that is read, in bytes. Real ones stay far below 1 MB.
 inline constexpr qint64 kMaxDescriptionSize = 16 * 1024 * 1024;

@@ -60,12 +60,12 @@ void readMatchUnit(const QDomElement &element, const CoreConfig &core)
     if (!unit)
         return;
     unit->enabled = flagAttribute(element, u"enabled"_s);
-    unit->match_type = numberAttribute(element, u"match_type"_s);
+    unit->match_type = MatchType(numberAttribute(element, u"match_type"_s));
     unit->counter_enable = flagAttribute(element, u"counter_enable"_s);
     unit->counter_width = numberAttribute(element, u"counter_width"_s);
     unit->counter = numberAttribute(element, u"counter"_s);
     unit->countinuous = flagAttribute(element, u"countinuous"_s);
-    unit->func = numberAttribute(element, u"func"_s);
+    unit->func = MatchFunction(numberAttribute(element, u"func"_s));
     unit->value0 = element.attribute(u"value0"_s);
     unit->value1 = element.attribute(u"value1"_s);
     const QString port = element.attribute(u"trigger"_s);

@@ -26,12 +26,12 @@ void writeMatchUnit(QXmlStreamWriter &xml, const MatchUnit &unit)
     xml.writeStartElement(u"MatchUnit"_s);
     writeNumber(xml, u"index"_s, unit.index);
     writeFlag(xml, u"enabled"_s, unit.enabled);
-    writeNumber(xml, u"match_type"_s, unit.match_type);
+    writeNumber(xml, u"match_type"_s, int(unit.match_type));
     writeFlag(xml, u"counter_enable"_s, unit.counter_enable);
     writeNumber(xml, u"counter_width"_s, unit.counter_width);
     writeNumber(xml, u"counter"_s, unit.counter);
     writeFlag(xml, u"countinuous"_s, unit.countinuous);
-    writeNumber(xml, u"func"_s, unit.func);
+    writeNumber(xml, u"func"_s, int(unit.func));
     writeText(xml, u"value0"_s, unit.value0);
     writeText(xml, u"value1"_s, unit.value1);
     if (unit.trigger)

@@ -2,8 +2,6 @@
 
 #include <capture/samplecutter.h>
 
-#include <utility>
-
 namespace KEO {
 
 using WaveMonitor::SignalElement;
@@ -40,6 +38,14 @@ QList<SignalElement> elementsOf(const QList<SignalEntry> &signals, const QList<Q
 
 } // namespace
 
+WindowContents CapturedWindow::contents() const
+{
+    WindowContents contents;
+    addCapturedRows(contents, signals, elements);
+    contents.setTriggerPosition(core.triggerSample);
+    return contents;
+}
+
 QList<SignalElement> extractSignalData(const CoreConfig *core, const QList<QBitArray> &sections)
 {
     if (!core)
@@ -54,19 +60,6 @@ QList<SignalElement> extractSignalData(const LiteCoreConfig *core, const QList<Q
         return {};
     return elementsOf(core->signals,
                       cutPlainSamples(sections, plainGeometry(*core, deviceModel, isZeo)));
-}
-
-void fillWindow(WindowContents &contents, const CoreConfig &core, QList<SignalElement> elements)
-{
-    fillWindow(contents, core.signals, core.trigger_pos, std::move(elements));
-}
-
-void fillWindow(WindowContents &contents, const QList<SignalEntry> &rows, int triggerPosition,
-                QList<SignalElement> elements)
-{
-    contents.clear();
-    addCapturedRows(contents, rows, std::move(elements));
-    contents.setTriggerPosition(triggerPosition);
 }
 
 } // namespace KEO

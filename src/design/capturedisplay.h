@@ -2,6 +2,7 @@
 
 #include <config/coreconfig.h>
 #include <config/litecoreconfig.h>
+#include <export/exportfiles.h>
 #include <wave_data/signalelement.h>
 #include <wave_data/windowcontents.h>
 
@@ -9,6 +10,19 @@
 #include <QList>
 
 namespace KEO {
+
+/// One capture window on its way to a viewer or a file.
+struct CapturedWindow
+{
+    ExportCore core;            ///< what is told of its core, the trigger's sample included
+    int window = 0;             ///< number within the core
+    QList<SignalEntry> signals; ///< rows to make; buses take one element for each member
+    /// In flat order of `signals`; empty if no row has arrived.
+    QList<WaveMonitor::SignalElement> elements;
+
+    /// As a viewer shows it at first. The samples are shared, so asking twice costs little.
+    [[nodiscard]] WaveMonitor::WindowContents contents() const;
+};
 
 /// Cuts the raw sections of one capture window, in the order in which the data manager hands them
 /// out, into one element for each captured bit of \a core: ids from 0 in flat signal order, sample
@@ -45,14 +59,5 @@ void addCapturedRows(Receiver &receiver, const QList<SignalEntry> &rows,
         next += width;
     }
 }
-
-/// Fills \a contents as a fresh capture shows them: the core's signals and buses as rows in the
-/// order of the description, and its trigger position. \a elements are those of extractSignalData;
-/// the samples are shared, not copied.
-void fillWindow(WaveMonitor::WindowContents &contents, const CoreConfig &core,
-                QList<WaveMonitor::SignalElement> elements);
-/// The same for rows and a trigger position of any kind of core.
-void fillWindow(WaveMonitor::WindowContents &contents, const QList<SignalEntry> &rows,
-                int triggerPosition, QList<WaveMonitor::SignalElement> elements);
 
 } // namespace KEO

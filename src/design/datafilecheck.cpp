@@ -8,6 +8,13 @@ namespace {
 
 constexpr int kNone = -1;
 
+/// Do the trigger, as the file has it, and the names of the captured bits fit?
+bool fitsCapture(const LoadedWindow &window, const QString &triggerPosition,
+                 const QStringList &signalNames)
+{
+    return window.triggerText == triggerPosition && window.signalNames == signalNames;
+}
+
 bool fitsCore(const LoadedWindow &window, const CoreList &cores)
 {
     const int number = window.core.toInt();
@@ -22,12 +29,6 @@ bool fitsCore(const LoadedWindow &window, const CoreList &cores)
 }
 
 } // namespace
-
-bool fitsCapture(const LoadedWindow &window, const QString &triggerPosition,
-                 const QStringList &signalNames)
-{
-    return window.triggerText == triggerPosition && window.signalNames == signalNames;
-}
 
 bool fitsCores(const LoadedWindows &windows, const CoreList &cores)
 {

@@ -5,17 +5,9 @@
 #include <config/coreconfig.h>
 #include <config/litecoreconfig.h>
 
-#include <QString>
-#include <QStringList>
-
 #include <optional>
 
 namespace KEO {
-
-/// Do the trigger and the signals of \a window fit a design? \a triggerPosition is its text in the
-/// file, \a signalNames the names of the captured bits in flat order.
-[[nodiscard]] bool fitsCapture(const LoadedWindow &window, const QString &triggerPosition,
-                               const QStringList &signalNames);
 
 /// Were all of \a windows captured with standard cores as \a cores describes them? A window without
 /// `core` or `index` counts as one with 0.

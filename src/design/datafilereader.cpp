@@ -1,8 +1,8 @@
 #include "datafilereader.h"
 
 #include <base/wholefile.h>
+#include <wave_data/sampletext.h>
 #include <wave_data/windowxml.h>
-#include <wave_data/xmltext.h>
 
 #include <QCoreApplication>
 

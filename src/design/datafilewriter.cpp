@@ -1,11 +1,11 @@
 #include "datafilewriter.h"
 
 #include <base/wholefile.h>
+#include <wave_data/sampletext.h>
 #include <wave_data/windowcontents.h>
 #include <wave_data/windowxml.h>
-#include <wave_data/xmltext.h>
 
-#include <QByteArrayView>
+#include <QXmlStreamWriter>
 
 namespace KEO {
 
@@ -16,7 +16,8 @@ using WaveMonitor::WindowContents;
 
 namespace {
 
-constexpr int kIndent = 4;
+using namespace Qt::StringLiterals;
+
 // Room for a tag with names of the usual length. Longer ones only make the text grow.
 constexpr qsizetype kTagRoom = 256;
 
@@ -31,126 +32,78 @@ qsizetype expectedSize(const QList<WindowToSave> &windows)
     return size;
 }
 
-/// Text with references for what would not come back from an attribute as it is.
-QByteArray attributeText(const QString &value)
+/// Text that holds no mark-up, past the writer, which would look at every character.
+void writePlain(QXmlStreamWriter &xml, const QByteArray &text)
 {
-    QByteArray text;
-    for (const char c : value.toUtf8()) {
-        switch (c) {
-        case '&':
-            text += "&amp;";
-            break;
-        case '<':
-            text += "&lt;";
-            break;
-        case '>':
-            text += "&gt;";
-            break;
-        case '"':
-            text += "&quot;";
-            break;
-        case '\t':
-        case '\n':
-        case '\r':
-            text += "&#" + QByteArray::number(int(c)) + ';';
-            break;
-        default:
-            text += c;
-        }
-    }
-    return text;
+    xml.writeCharacters(QString()); // ends the start tag
+    xml.device()->write(text);
 }
 
-class Writer final
+void writeAttributes(QXmlStreamWriter &xml, const Attributes &attributes)
 {
-public:
-    explicit Writer(qsizetype expected) { m_text.reserve(expected); }
-
-    void line(int depth, QByteArrayView text)
-    {
-        indent(depth);
-        m_text.append(text).append('\n');
-    }
-
-    /// A line that holds an element, or its start.
-    void tag(int depth, QByteArrayView name, const Attributes &attributes, QByteArrayView end)
-    {
-        indent(depth);
-        m_text.append('<').append(name);
-        // Not by way of the toolkit's tree, which writes attributes in an order that changes from
-        // run to run.
-        for (const auto &[key, value] : attributes)
-            m_text.append(' ')
-                .append(key.toLatin1())
-                .append("=\"")
-                .append(attributeText(value))
-                .append('"');
-        m_text.append(end);
-    }
-
-    void signal(int depth, const SignalElement &signal)
-    {
-        tag(depth, "Signal", WaveMonitor::signalAttributes(signal), ">");
-        m_text.append(WaveMonitor::sampleText(signal.data).toLatin1()).append("</Signal>\n");
-    }
-
-    void row(int depth, const LayoutNode &row)
-    {
-        const Attributes attributes = WaveMonitor::rowAttributes(row);
-        if (row.children.empty()) {
-            tag(depth, "Node", attributes, "/>\n");
-            return;
-        }
-        tag(depth, "Node", attributes, ">\n");
-        for (const auto &member : row.children)
-            this->row(depth + 1, *member);
-        line(depth, "</Node>");
-    }
-
-    [[nodiscard]] QByteArray text() const { return m_text; }
-
-private:
-    void indent(int depth) { m_text.append(depth * kIndent, ' '); }
-
-    QByteArray m_text;
-};
-
-Attributes windowAttributes(const WindowToSave &window)
-{
-    Attributes attributes{{QStringLiteral("index"), QString::number(window.index)}};
-    if (window.core)
-        attributes.append({QStringLiteral("core"), QString::number(*window.core)});
-    return attributes;
+    for (const auto &[name, value] : attributes)
+        xml.writeAttribute(name, value);
 }
 
-void writeWindow(Writer &out, const WindowToSave &window)
+void writeSignal(QXmlStreamWriter &xml, const SignalElement &signal)
+{
+    xml.writeStartElement(u"Signal"_s);
+    writeAttributes(xml, WaveMonitor::signalAttributes(signal));
+    writePlain(xml, WaveMonitor::sampleText(signal.data).toLatin1());
+    xml.writeEndElement();
+}
+
+void writeRow(QXmlStreamWriter &xml, const LayoutNode &row)
+{
+    xml.writeStartElement(u"Node"_s);
+    writeAttributes(xml, WaveMonitor::rowAttributes(row));
+    for (const auto &member : row.children)
+        writeRow(xml, *member);
+    xml.writeEndElement();
+}
+
+/// The end of an element that takes two lines, whatever it holds.
+void endList(QXmlStreamWriter &xml, bool isEmpty, int depth)
+{
+    if (isEmpty)
+        writePlain(xml, '\n' + QByteArray(depth * xml.autoFormattingIndent(), ' '));
+    xml.writeEndElement();
+}
+
+void writeWindow(QXmlStreamWriter &xml, const WindowToSave &window)
 {
     const WindowContents &contents = *window.contents;
-    out.tag(1, "Window", windowAttributes(window), ">\n");
-    out.line(2, "<TriggerPosition>" + QByteArray::number(contents.triggerPosition()) +
-                    "</TriggerPosition>");
-    out.line(2, "<Signals>");
+    xml.writeStartElement(u"Window"_s);
+    xml.writeAttribute(u"index"_s, QString::number(window.index));
+    if (window.core)
+        xml.writeAttribute(u"core"_s, QString::number(*window.core));
+    xml.writeTextElement(u"TriggerPosition"_s, QString::number(contents.triggerPosition()));
+    xml.writeStartElement(u"Signals"_s);
     for (const SignalElement &signal : contents.signalMap())
-        out.signal(3, signal);
-    out.line(2, "</Signals>");
-    out.line(2, "<Layout>");
+        writeSignal(xml, signal);
+    endList(xml, contents.signalMap().isEmpty(), 2);
+    xml.writeStartElement(u"Layout"_s);
     for (const auto &row : contents.layout().children)
-        out.row(3, *row);
-    out.line(2, "</Layout>");
-    out.line(1, "</Window>");
+        writeRow(xml, *row);
+    endList(xml, contents.layout().children.empty(), 2);
+    xml.writeEndElement();
 }
 
 } // namespace
 
 QByteArray dataFileText(const QList<WindowToSave> &windows)
 {
-    Writer out(expectedSize(windows));
-    out.line(0, R"(<?xml version="1.0" encoding="UTF-8"?>)");
-    out.line(0, "<WaveData>");
+    QByteArray text;
+    text.reserve(expectedSize(windows));
+    QXmlStreamWriter xml(&text);
+    xml.setAutoFormatting(true);
+    xml.writeStartDocument();
+    xml.writeStartElement(u"WaveData"_s);
     for (const WindowToSave &window : windows)
-        writeWindow(out, window);
-    out.line(0, "</WaveData>");
-    return out.text();
+        writeWindow(xml, window);
+    endList(xml, windows.isEmpty(), 0);
+    xml.writeEndDocument();
+    return text;
 }
 
 std::optional<Error> writeDataFile(const QString &path, const QList<WindowToSave> &windows)

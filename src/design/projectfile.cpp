@@ -82,10 +82,10 @@ QString plainText(const QSettings &settings, const QString &key)
     return value.typeId() == QMetaType::QString ? value.toString() : QString();
 }
 
-QString tr(const char *text)
+struct Text
 {
-    return QCoreApplication::translate("KEO::ProjectFile", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(KEO::ProjectFile)
+};
 
 /// The toolkit's INI code works on a private copy of the file. On the file itself it would read
 /// something else than what was checked, wait for locks of other hosts, take what it remembers of a
@@ -100,7 +100,7 @@ public:
         if (!m_directory.isValid() || !file.open(QIODevice::WriteOnly) ||
             file.write(ini) != ini.size() || !file.flush())
             m_fault = Error{Error::File,
-                            tr("No temporary file can be made in %1.").arg(QDir::tempPath())};
+                            Text::tr("No temporary file can be made in %1.").arg(QDir::tempPath())};
     }
 
     [[nodiscard]] QString path() const { return m_directory.filePath(QStringLiteral("copy.ini")); }
@@ -145,7 +145,7 @@ Result<ProjectFile> readProjectFile(const QString &path)
 Result<ProjectFile> parseProjectFile(const QByteArray &ini)
 {
     if (holdsSerialisedObject(ini))
-        return Error{Error::Format, tr("The project file holds a value that is no text.")};
+        return Error{Error::Format, Text::tr("The project file holds a value that is no text.")};
     const IniCopy copy(ini);
     if (copy.fault())
         return *copy.fault();
@@ -164,7 +164,7 @@ std::optional<Error> writeProjectFile(const QString &path, const ProjectFile &pr
         settings.setValue(kDataFile, QDir::toNativeSeparators(project.dataFile));
         settings.sync();
         if (settings.status() != QSettings::NoError)
-            return Error{Error::File, tr("The text of %1 can't be made.").arg(path)};
+            return Error{Error::File, Text::tr("The text of %1 can't be made.").arg(path)};
     }
     const Result<QByteArray> ini =
         readWholeFile(copy.path(), 2 * kMaxProjectFileSize, LineEnds::AsTheyAre);

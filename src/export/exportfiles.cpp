@@ -4,14 +4,13 @@
 #include "prnwriter.h"
 #include "vcdwriter.h"
 
+#include <base/logging.h>
+
 #include <QFileInfo>
-#include <QLoggingCategory>
 
 namespace KEO {
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcExport, "keo.export", QtInfoMsg)
 
 // The toolkit's word characters leave out combining marks, without which some scripts are not
 // words.

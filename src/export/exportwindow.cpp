@@ -1,9 +1,8 @@
 #include "exportwindow.h"
 
-#include "vcdwriter.h"
-
+#include <base/xmltext.h>
+#include <wave_data/sampletext.h>
 #include <wave_data/windowcontents.h>
-#include <wave_data/xmltext.h>
 
 #include <QDomElement>
 #include <QHash>
@@ -13,12 +12,17 @@ using WaveMonitor::DataFormat;
 using WaveMonitor::LayoutNode;
 using WaveMonitor::SignalElement;
 using WaveMonitor::SignalLayoutNode;
-using WaveMonitor::storableText;
 using WaveMonitor::WindowContents;
 
 namespace KEO {
 
 namespace {
+
+/// Exports leave out what a saved window does.
+QString storableText(const QString &text)
+{
+    return xmlSafeText(text, Unstorable::Dropped);
+}
 
 QString firstNonEmpty(const QString &text, const QString &name)
 {
@@ -168,7 +172,7 @@ ExportColumns readExportColumns(const ExportWindow &window, bool includeMembers)
     return columns;
 }
 
-QList<ExportRecord> readVcdRecords(const ExportWindow &window)
+QList<ExportRecord> readNamedRecords(const ExportWindow &window)
 {
     QList<ExportRecord> records = window.records;
     const RecordIndex index(records);
@@ -183,8 +187,6 @@ QList<ExportRecord> readVcdRecords(const ExportWindow &window)
         for (const ExportRow &member : row.members)
             rename(member);
     }
-    for (qsizetype i = 0; i < records.size(); ++i)
-        records[i].id = vcdIdentifier(int(i) + 1);
     return records;
 }
 

@@ -22,7 +22,7 @@ namespace KEO {
 struct ExportRecord
 {
     QString name; ///< the user's name, else the original one
-    QString id;   ///< as in the file; in the result of readVcdRecords the VCD identifier
+    QString id;   ///< as in the file
     QBitArray data;
 };
 
@@ -71,8 +71,8 @@ using ExportColumns = std::vector<std::unique_ptr<SignalData>>;
 /// \a includeMembers. A row without a signal gives an empty column.
 [[nodiscard]] ExportColumns readExportColumns(const ExportWindow &window, bool includeMembers);
 
-/// The signals in their own order, with the names that the rows give them and with identifiers.
-[[nodiscard]] QList<ExportRecord> readVcdRecords(const ExportWindow &window);
+/// The signals in their own order, with the names that the rows give them.
+[[nodiscard]] QList<ExportRecord> readNamedRecords(const ExportWindow &window);
 
 /// The top-level buses under their original names, with the signals' (not the rows') names.
 [[nodiscard]] QList<BusGroup> readBusGroups(const ExportWindow &window);

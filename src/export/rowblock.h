@@ -7,9 +7,6 @@
 
 namespace KEO {
 
-/// Transposes a square of bits in place: bit c of word r becomes bit r of word c.
-void transposeBits(quint64 (&square)[64]);
-
 /// Turns samples kept per signal into samples kept per row, 64 rows at a time. Bit j of a row is
 /// lane j; lanes that are at their end give 0. Its size depends on the number of lanes alone.
 class RowBlock final

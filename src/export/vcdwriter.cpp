@@ -202,6 +202,14 @@ QString vcdIdentifier(int position)
     return QString(digit(position / kDigits)) + digit(position % kDigits);
 }
 
+QList<ExportRecord> readVcdRecords(const ExportWindow &window)
+{
+    QList<ExportRecord> records = readNamedRecords(window);
+    for (qsizetype i = 0; i < records.size(); ++i)
+        records[i].id = vcdIdentifier(int(i) + 1);
+    return records;
+}
+
 bool writeVcd(QIODevice &device, const QString &moduleName, const QString &clockName,
               bool clockInverted, const QString &timeUnit, qint64 period, int triggerSample,
               const ExportWindow &window, const QDateTime &written)

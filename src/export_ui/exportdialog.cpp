@@ -2,6 +2,7 @@
 
 #include <wave/wavemonitorwidget.h>
 #include <wave_data/windowcontents.h>
+#include <widgets/formwidgets.h>
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -35,26 +36,11 @@ constexpr QSize kSizeWithBuses(500, 478);
 
 constexpr int kMaxPeriod = 9'999'999;
 
-template <typename Widget>
-Widget *named(const char *name)
-{
-    auto *widget = new Widget;
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
-
 QComboBox *makeComboBox(const char *name, const QStringList &items)
 {
-    auto *box = named<QComboBox>(name);
+    auto *box = named(new QComboBox, name);
     box->addItems(items);
     return box;
-}
-
-QLabel *labelFor(QWidget *buddy, const QString &text)
-{
-    auto *label = new QLabel(text);
-    label->setBuddy(buddy);
-    return label;
 }
 
 QHBoxLayout *sideBySide(QWidget *wide, QWidget *narrow)
@@ -96,21 +82,21 @@ public:
 
 ExportDialog::ExportDialog(const ExportSource &source, QWidget *parent)
     : QDialog(parent),
-      m_editDir(named<QLineEdit>("editDir")),
-      m_comBoxKo(named<QComboBox>("comBoxKo")),
-      m_editClk(named<QLineEdit>("editClk")),
-      m_spinPeriod(named<QSpinBox>("spinPeriod")),
+      m_editDir(named(new QLineEdit, "editDir")),
+      m_comBoxKo(named(new QComboBox, "comBoxKo")),
+      m_editClk(named(new QLineEdit, "editClk")),
+      m_spinPeriod(named(new QSpinBox, "spinPeriod")),
       m_comBoxPeriod(makeComboBox(
           "comBoxPeriod", {QStringLiteral("us"), QStringLiteral("ns"), QStringLiteral("ps")})),
-      m_editName(named<QLineEdit>("editName")),
+      m_editName(named(new QLineEdit, "editName")),
       m_comBoxFormat(makeComboBox("comBoxFormat", {tr("Comma Separated Values (*.csv)"),
                                                    tr("Value Change Dump (*.vcd)"),
                                                    tr("Tab_delimited Text(*.prn)")})),
-      m_labelType(named<QLabel>("label_type")),
+      m_labelType(named(new QLabel, "label_type")),
       m_comboBoxForPRN(
           makeComboBox("comboBoxForPRN",
                        {tr("All Signals/Buses"), tr("Waveform Signals/Buses"), tr("Only Buses")})),
-      m_listWidgetForBus(named<QListWidget>("listWidgetForBus")),
+      m_listWidgetForBus(named(new QListWidget, "listWidgetForBus")),
       m_defaultDirectory(source.directory),
       m_projectMode(source.mode),
       m_cores(source.cores),
@@ -148,14 +134,14 @@ void ExportDialog::buildForm()
     auto *heading =
         new QLabel(tr("Specify Settings for exporting Tarno Signal Scope waveform data"));
     heading->setWordWrap(true);
-    auto *browse = named<QPushButton>("btnBrowse");
+    auto *browse = named(new QPushButton, "btnBrowse");
     browse->setText(tr("..."));
     browse->setToolTip(tr("Choose a directory"));
     browse->setFixedWidth(m_comBoxPeriod->sizeHint().width()); // the buttons stand in a line
     browse->setAutoDefault(false); // Enter means OK wherever the focus is
     connect(browse, &QPushButton::clicked, this, &ExportDialog::onBrowse);
 
-    auto *buttons = named<QDialogButtonBox>("buttonBox");
+    auto *buttons = named(new QDialogButtonBox, "buttonBox");
     buttons->setStandardButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     buttons->button(QDialogButtonBox::Ok)->setDefault(true);
     connect(buttons, &QDialogButtonBox::accepted, this, &ExportDialog::accept);

@@ -1,7 +1,8 @@
 #include "jtagclient.h"
 
-#include "linklog.h"
 #include "packetcodec.h"
+
+#include <base/logging.h>
 
 #include <utility>
 

@@ -1,7 +1,8 @@
 #include "jtagsession.h"
 
 #include "jtagclient.h"
-#include "linklog.h"
+
+#include <base/logging.h>
 
 #include <QElapsedTimer>
 #include <QMutexLocker>

@@ -16,13 +16,6 @@ struct Text
     Q_DECLARE_TR_FUNCTIONS(KEO::DeviceChain)
 };
 
-void clearBitstream(DeviceRow &row)
-{
-    row.fsFile.clear();
-    row.userCode.clear();
-    row.checksum.clear();
-}
-
 void takeEntry(DeviceRow &row, const QString &name, const DeviceEntry *entry)
 {
     row.device = name;
@@ -31,6 +24,13 @@ void takeEntry(DeviceRow &row, const QString &name, const DeviceEntry *entry)
 }
 
 } // namespace
+
+void clearBitstream(DeviceRow &row)
+{
+    row.fsFile.clear();
+    row.userCode.clear();
+    row.checksum.clear();
+}
 
 QString statusText(ProgrammerStatus status)
 {

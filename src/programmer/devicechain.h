@@ -63,6 +63,8 @@ using DeviceChain = QList<DeviceRow>;
 [[nodiscard]] DeviceRow scannedDeviceRow(const DeviceDatabase &database,
                                          const ScannedDevice &scanned);
 
+/// Takes the fs file and what its header said out of the row.
+void clearBitstream(DeviceRow &row);
 /// Makes the row that device, with its series, whatever the row's kind. The fs file stays.
 void becomeDevice(DeviceRow &row, const DeviceEntry &device);
 /// Takes the series at \a index of the database. The first one, and an index past the end, stand

@@ -1,7 +1,6 @@
 #include "devicedatabase.h"
 
-#include "programmerlogging.h"
-
+#include <base/logging.h>
 #include <base/wholefile.h>
 
 #include <QCoreApplication>
@@ -39,7 +38,7 @@ QJsonArray listOf(const QJsonObject &object, const char *key)
 {
     const QJsonValue value = object.value(QLatin1String(key));
     if (!value.isUndefined() && !value.isArray())
-        qCDebug(keoProgrammer) << "device database:" << key << "is no list";
+        qCDebug(lcProgrammer) << "device database:" << key << "is no list";
     return value.toArray();
 }
 
@@ -50,7 +49,7 @@ QList<QJsonObject> objectsOf(const QJsonObject &object, const char *key)
         if (entry.isObject())
             objects.append(entry.toObject());
         else
-            qCDebug(keoProgrammer) << "device database: an entry of" << key << "is no object";
+            qCDebug(lcProgrammer) << "device database: an entry of" << key << "is no object";
     }
     return objects;
 }
@@ -84,7 +83,7 @@ QList<const Entry *> resolved(const QStringList &names, const QHash<QString, con
         if (const Entry *entry = index.value(name))
             entries.append(entry);
         else
-            qCDebug(keoProgrammer) << "device database: no entry for" << name.left(kLoggedText);
+            qCDebug(lcProgrammer) << "device database: no entry for" << name.left(kLoggedText);
     }
     return entries;
 }
@@ -145,7 +144,7 @@ DeviceDatabase DeviceDatabase::fromJson(const QByteArray &json)
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (!document.isObject()) {
-        qCDebug(keoProgrammer).noquote()
+        qCDebug(lcProgrammer).noquote()
             << "device database: no JSON object:" << error.errorString() << "at byte"
             << error.offset;
         return database;
@@ -176,7 +175,7 @@ DeviceDatabase DeviceDatabase::fromJson(const QByteArray &json)
     for (DeviceEntry &device : database.m_devices)
         device.series = seriesOf.value(&device);
     if (seriesOf.isEmpty())
-        qCDebug(keoProgrammer) << "device database: no series with a device";
+        qCDebug(lcProgrammer) << "device database: no series with a device";
     return database;
 }
 
@@ -185,7 +184,7 @@ DeviceDatabase DeviceDatabase::fromFile(const QString &path)
     const Result<QByteArray> json = readWholeFile(path, kMaxFileSize, LineEnds::AsTheyAre);
     if (json)
         return fromJson(*json);
-    qCDebug(keoProgrammer).noquote() << "device database:" << json.error().message;
+    qCDebug(lcProgrammer).noquote() << "device database:" << json.error().message;
     return {};
 }
 

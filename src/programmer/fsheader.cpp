@@ -2,7 +2,9 @@
 
 #include "devicechain.h"
 #include "devicedatabase.h"
-#include "programmerlogging.h"
+#include "keyedline.h"
+
+#include <base/logging.h>
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -14,11 +16,6 @@ namespace KEO {
 namespace {
 
 constexpr qsizetype kBlockSize = 256 * 1024; // bytes; read in about a tenth of a millisecond
-
-QString valueOf(const QString &line)
-{
-    return line.mid(line.indexOf(u':') + 1).simplified();
-}
 
 bool isMadeFor(const QString &package, const DeviceDatabase &database, DeviceRow &row)
 {
@@ -34,25 +31,18 @@ bool isMadeFor(const QString &package, const DeviceDatabase &database, DeviceRow
     return true;
 }
 
-void clearBitstream(DeviceRow &row)
-{
-    row.fsFile.clear();
-    row.checksum.clear();
-    row.userCode.clear();
-}
-
 } // namespace
 
 FsHeaderReader::FsHeaderReader(const QString &path) : m_file(path)
 {
     if (!QFileInfo(path).isFile()) {
-        qCDebug(keoProgrammer) << "no regular file:" << path;
+        qCDebug(lcProgrammer) << "no regular file:" << path;
         return;
     }
     if (m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         m_block.resize(kBlockSize);
     else
-        qCDebug(keoProgrammer) << "can't be read:" << path << m_file.errorString();
+        qCDebug(lcProgrammer) << "can't be read:" << path << m_file.errorString();
 }
 
 bool FsHeaderReader::read(int msecs)

@@ -1,8 +1,8 @@
 #include "programmertool.h"
 
 #include "devicedatabase.h"
-#include "programmerlogging.h"
 
+#include <base/logging.h>
 #include <base/siblingprogram.h>
 
 #include <QDir>
@@ -76,7 +76,7 @@ ProgrammerTool::~ProgrammerTool()
 void ProgrammerTool::start(const QString &program, const QStringList &arguments)
 {
     Q_ASSERT(!m_isRunning);
-    qCDebug(keoProgrammer) << "run" << program << arguments;
+    qCDebug(lcProgrammer) << "run" << program << arguments;
     m_output = {};
     m_isRunning = true;
     m_group = 0;
@@ -105,14 +105,14 @@ void ProgrammerTool::readOutput()
 void ProgrammerTool::logErrors()
 {
     const QByteArray text = m_process.readAllStandardError();
-    qCDebug(keoProgrammer).noquote() << "tool:" << QString::fromLocal8Bit(text).trimmed();
+    qCDebug(lcProgrammer).noquote() << "tool:" << QString::fromLocal8Bit(text).trimmed();
 }
 
 void ProgrammerTool::fail(QProcess::ProcessError error)
 {
     if (!m_isRunning)
         return;
-    qCDebug(keoProgrammer) << "run failed:" << error << m_process.errorString();
+    qCDebug(lcProgrammer) << "run failed:" << error << m_process.errorString();
     stop();
     Q_EMIT failed();
 }
@@ -123,7 +123,7 @@ void ProgrammerTool::end(int code, QProcess::ExitStatus status)
         return;
     readOutput();
     m_output.finish();
-    qCDebug(keoProgrammer) << "run ended:" << code << status;
+    qCDebug(lcProgrammer) << "run ended:" << code << status;
     m_isRunning = false;
     Q_EMIT finished(code, status);
 }

@@ -1,5 +1,7 @@
 #include "tooloutput.h"
 
+#include "keyedline.h"
+
 #include <QRegularExpression>
 
 #include <utility>
@@ -20,12 +22,6 @@ bool isProgressBar(const QString &text)
 {
     static const QRegularExpression bar(QStringLiteral("\\[#* *\\]"));
     return bar.match(text).hasMatch() && !containsError(text.toUtf8());
-}
-
-/// What stands behind the first colon.
-QString valueOf(const QString &line)
-{
-    return line.mid(line.indexOf(u':') + 1).simplified();
 }
 
 QString cutBehind(const QString &text, QLatin1String mark)

@@ -4,7 +4,6 @@
 
 #include <programmer/devicedatabase.h>
 #include <programmer/fsheader.h>
-#include <programmer/programmerlogging.h>
 #include <widgets/messagebox.h>
 
 #include <QApplication>
@@ -14,41 +13,17 @@
 
 namespace KEO {
 
-namespace {
-
-// How long the window may stand still for a header, in ms: at once when a file is chosen, which is
-// enough for all but the largest, and in each turn of the event loop after that.
-constexpr int kFirstSlice = 30;
-constexpr int kSlice = 10;
-
-} // namespace
-
-struct KeoProgrammerModel::Reading
-{
-    Reading(const QString &file, Cause why) : path(file), cause(why), reader(file) {}
-
-    QString path;
-    Cause cause;
-    FsHeaderReader reader;
-};
-
 KeoProgrammerModel::KeoProgrammerModel(QObject *parent)
-    : QAbstractTableModel(parent),
-      m_database(DeviceDatabase::installed()),
-      m_program(installedProgrammer())
+    : DeviceTableModel(parent), m_program(installedProgrammer())
 {
+    connect(this, &DeviceTableModel::filesChanged, this, &KeoProgrammerModel::watchFiles);
+    connect(this, &DeviceTableModel::fileChosen, this,
+            [this](const QString &path) { readFsFile(path, FsHeaderQueue::Cause::Chosen); });
+    connect(this, &DeviceTableModel::targetChosen, this,
+            [this](ProgrammerStatus status) { Q_EMIT statusChanged(status, QStringList()); });
     connect(&m_tool, &ProgrammerTool::failed, this, &KeoProgrammerModel::onProgramError);
     connect(&m_watch, &FileSetWatch::fileChanged, this, &KeoProgrammerModel::onFileChanged);
-    connect(&m_readTimer, &QTimer::timeout, this, &KeoProgrammerModel::readOn);
-}
-
-KeoProgrammerModel::~KeoProgrammerModel() = default;
-
-void KeoProgrammerModel::setDatabase(std::shared_ptr<const DeviceDatabase> database)
-{
-    Q_ASSERT(database);
-    replaceRows({});
-    m_database = std::move(database);
+    connect(&m_headers, &FsHeaderQueue::headerRead, this, &KeoProgrammerModel::takeHeader);
 }
 
 const DeviceRow *KeoProgrammerModel::targetRow() const
@@ -72,11 +47,11 @@ void KeoProgrammerModel::setDevice(const QString &family, const QString &device,
         replaceRows({});
         return;
     }
-    DeviceRow row = namedDeviceRow(*m_database, family, device);
+    DeviceRow row = namedDeviceRow(database(), family, device);
     row.fsFile = fsFile;
     replaceRows({row});
     if (!fsFile.isEmpty())
-        readFsFile(fsFile, Cause::Chosen);
+        readFsFile(fsFile, FsHeaderQueue::Cause::Chosen);
 }
 
 void KeoProgrammerModel::setTargetStatus(ProgrammerStatus status)
@@ -84,14 +59,6 @@ void KeoProgrammerModel::setTargetStatus(ProgrammerStatus status)
     const qsizetype position = targetPosition(m_rows);
     if (position >= 0)
         m_rows[position].status = status;
-}
-
-void KeoProgrammerModel::setOperation(int row, const DeviceOperation *operation)
-{
-    if (row < 0 || row >= m_rows.size())
-        return;
-    m_rows[row].operation = operation;
-    rowChanged(row);
 }
 
 // Runs of the tool.
@@ -108,7 +75,7 @@ void KeoProgrammerModel::download(int cable, int channel)
 {
     if (isRunning())
         return;
-    finishReadings(); // a file that doesn't fit must not get into the device
+    m_headers.finish(); // a file that doesn't fit must not get into the device
     const DeviceRow *target = targetRow();
     if (!target) {
         report(ProgrammerStatus::Failed, tr("Error: Program Failed, No target device! "));
@@ -154,7 +121,7 @@ void KeoProgrammerModel::onScanFinish(int code, QProcess::ExitStatus status)
         const ScanReport scanned = parseScan(m_tool.output().lines());
         DeviceChain chain;
         for (const ScannedDevice &device : scanned.devices) {
-            chain.append(scannedDeviceRow(*m_database, device));
+            chain.append(scannedDeviceRow(database(), device));
             if (!resolveIdCode(chain.last()))
                 return;
         }
@@ -169,7 +136,7 @@ void KeoProgrammerModel::onScanFinish(int code, QProcess::ExitStatus status)
 
 bool KeoProgrammerModel::resolveIdCode(DeviceRow &row)
 {
-    const QList<const DeviceEntry *> candidates = m_database->devicesWithIdCode(row.idCode);
+    const QList<const DeviceEntry *> candidates = database().devicesWithIdCode(row.idCode);
     if (candidates.size() < 2)
         return true;
     const auto database = m_database; // the candidates live in it
@@ -241,7 +208,8 @@ void KeoProgrammerModel::onFileChanged(const QString &path)
     }
     const DeviceRow *target = targetRow();
     const QPointer<KeoProgrammerModel> self(this);
-    if (target && target->fsFile == path && !readFsFile(path, Cause::Updated) && self)
+    if (target && target->fsFile == path && !readFsFile(path, FsHeaderQueue::Cause::Updated) &&
+        self)
         Q_EMIT statusChanged(ProgrammerStatus::DeviceFound);
     if (self)
         watchFiles();
@@ -255,63 +223,29 @@ void KeoProgrammerModel::watchFiles()
     m_watch.setFiles(files);
 }
 
-bool KeoProgrammerModel::readFsFile(const QString &path, Cause cause)
+bool KeoProgrammerModel::readFsFile(const QString &path, FsHeaderQueue::Cause cause)
 {
-    std::erase_if(m_readings, [&](const auto &reading) { return reading->path == path; });
-    auto reading = std::make_unique<Reading>(path, cause);
-    if (!reading->reader.isOpen()) {
-        Q_EMIT programPrint(tr("Warn: %1 Invalid.").arg(path));
-        return false;
-    }
-    if (reading->reader.read(kFirstSlice)) {
-        takeHeader(*reading);
+    if (m_headers.read(path, cause))
         return true;
-    }
-    m_readings.push_back(std::move(reading));
-    m_readTimer.start(0);
-    return true;
+    Q_EMIT programPrint(tr("Warn: %1 Invalid.").arg(path));
+    return false;
 }
 
-void KeoProgrammerModel::readOn()
-{
-    if (!m_readings.empty() && m_readings.front()->reader.read(kSlice)) {
-        const std::unique_ptr<Reading> done = std::move(m_readings.front());
-        m_readings.erase(m_readings.begin());
-        const QPointer<KeoProgrammerModel> self(this);
-        takeHeader(*done);
-        if (!self)
-            return;
-    }
-    if (m_readings.empty())
-        m_readTimer.stop();
-}
-
-void KeoProgrammerModel::finishReadings()
-{
-    const QPointer<KeoProgrammerModel> self(this);
-    for (const auto &reading : std::exchange(m_readings, {})) {
-        reading->reader.read(-1);
-        if (self)
-            takeHeader(*reading);
-    }
-}
-
-void KeoProgrammerModel::takeHeader(const Reading &reading)
+void KeoProgrammerModel::takeHeader(const QString &path, const FsHeader &header,
+                                    FsHeaderQueue::Cause cause)
 {
     QStringList warnings;
     QString checksum;
     bool isInUse = false;
     for (int row = 0; row < m_rows.size(); ++row) {
-        if (m_rows.at(row).fsFile != reading.path)
+        if (m_rows.at(row).fsFile != path)
             continue;
         isInUse = true;
-        const FsVerdict verdict =
-            applyFsHeader(reading.reader.header(), *m_database, m_designId, m_rows[row]);
+        const FsVerdict verdict = applyFsHeader(header, database(), m_designId, m_rows[row]);
         if (verdict == FsVerdict::WrongDevice)
-            warnings.append(
-                tr("Warn: %1 and current series or device do not match.").arg(reading.path));
+            warnings.append(tr("Warn: %1 and current series or device do not match.").arg(path));
         else if (verdict == FsVerdict::WrongDesign)
-            warnings.append(tr("Warn: %1 and keo file do not match.").arg(reading.path));
+            warnings.append(tr("Warn: %1 and keo file do not match.").arg(path));
         if (m_rows.at(row).enabled)
             checksum = m_rows.at(row).checksum;
         rowChanged(row);
@@ -323,7 +257,7 @@ void KeoProgrammerModel::takeHeader(const Reading &reading)
         if (self)
             Q_EMIT programPrint(warning);
     }
-    if (self && isInUse && reading.cause == Cause::Updated)
+    if (self && isInUse && cause == FsHeaderQueue::Cause::Updated)
         report(ProgrammerStatus::DeviceFound, tr("Warn: File updated,checksum:%1.").arg(checksum));
 }
 

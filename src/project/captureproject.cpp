@@ -1,18 +1,18 @@
 #include "captureproject.h"
 
+#include "configpage.h"
 #include "descriptionwatch.h"
-#include "programmerpage.h"
-#include "projectlog.h"
-#include "runcontrols.h"
+#include "programmerlink.h"
+#include "projectboxes.h"
+#include "projectfiles.h"
+#include "runcontrol.h"
 #include "runtoolbar.h"
 #include "waitingtip.h"
 
-#include <capture/capturemanager.h>
+#include <design/design.h>
 #include <export_ui/exportdialog.h>
 #include <link/jtagsession.h>
-#include <programmer_ui/keoprogrammerwidget.h>
 #include <wave/wavemonitorwidget.h>
-#include <widgets/messagebox.h>
 
 #include <QAction>
 #include <QCoreApplication>
@@ -22,89 +22,45 @@
 #include <QToolBar>
 #include <QWidgetAction>
 
+#include <utility>
+
 namespace KEO {
 
 using WaveMonitor::WaveMonitorWidget;
 
-namespace {
-
-/// By flat position.
-QMap<int, SignalNames> namesIn(const WaveMonitorWidget &wave)
-{
-    QMap<int, SignalNames> names;
-    const QMap<int, WaveMonitor::SignalElement> elements = wave.signalMap();
-    for (auto element = elements.begin(); element != elements.end(); ++element)
-        names.insert(element.key(), {element->name, element->text});
-    return names;
-}
-
-} // namespace
-
-CaptureProject::CaptureProject(LayoutKey layoutKey, QObject *parent)
+CaptureProject::CaptureProject(Kind kind, QObject *parent)
     : AnalyzerProject(parent),
-      m_descriptionWatch(new DescriptionWatch([this] { return isBusy(); }, this)),
-      m_programmer(new ProgrammerPage(this)),
-      m_waveTabs(layoutKey)
+      m_design(std::move(kind.design)),
+      m_page(std::move(kind.page)),
+      m_waveTabs(m_design->traits().layoutKey),
+      m_programmer(new ProgrammerLink(this)),
+      m_boxes(new ProjectBoxes(this)),
+      m_runToolBar(new RunToolBar(this)),
+      m_descriptionWatch(new DescriptionWatch([this] { return isBusy(); }, this))
 {
+    const ProjectParts parts{*m_design, *m_page, *m_programmer, m_waveTabs, *m_boxes};
+    m_run = new RunControl(parts, this);
+    m_files = new ProjectFiles(parts, this);
+    connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
+    connect(m_page.get(), &ConfigPage::changed, this, &CaptureProject::updateActions);
+    connect(&m_design->manager(), &CaptureManager::triggerComplete, this,
+            &CaptureProject::onComplete);
+    connect(&m_design->manager(), &CaptureManager::statusChanged, m_programmer,
+            &ProgrammerLink::busyChanged);
+    connectToolBar();
+    connectProgrammer();
     connectDescriptionWatch();
 }
 
+// The page goes while there still is somebody to talk to.
 CaptureProject::~CaptureProject()
 {
+    delete m_tab;
     WaitingTip::close();
 }
 
-/// The main window opens and closes files; a project knows only that it has one.
-void CaptureProject::connectDescriptionWatch()
+void CaptureProject::connectToolBar()
 {
-    connect(m_descriptionWatch, &DescriptionWatch::reopenRequested, this,
-            [this](const QString &path) {
-                QMetaObject::invokeMethod(parent(), "reopen", Q_ARG(QString, path));
-            });
-    connect(m_descriptionWatch, &DescriptionWatch::closeRequested, this,
-            [this] { QMetaObject::invokeMethod(parent(), "closeCurrentProject"); });
-    // What was downloaded belongs to the description of before.
-    connect(m_descriptionWatch, &DescriptionWatch::reloaded, this, [this] {
-        if (m_programmer->widget())
-            m_programmer->widget()->setEnabledByUser(false);
-    });
-}
-
-bool CaptureProject::isBusy() const
-{
-    return manager().state() != CaptureState::Idle;
-}
-
-void CaptureProject::deletePage()
-{
-    delete m_page;
-}
-
-void CaptureProject::setupProject(QWidget *mainWindow)
-{
-    m_mainWindow = mainWindow;
-    if (mainWindow)
-        mainWindow->installEventFilter(this);
-    if (!m_runToolBar) {
-        buildToolBar();
-        connectManager();
-    }
-    if (!m_page)
-        m_page = buildPage();
-    m_programmer->reset();
-    resetPage();
-    if (toolBarGetter) {
-        m_runToolBar->setCables(JtagSession::instance()->availableCables());
-        m_runToolBar->attach(*toolBarGetter());
-    }
-    if (QTabWidget *tabs = tabWidget())
-        tabs->addTab(m_page, pageTitle());
-    updateActions();
-}
-
-void CaptureProject::buildToolBar()
-{
-    m_runToolBar = new RunToolBar(this);
     m_runToolBar->setStatusAction(m_programmer->statusAction());
     connect(m_runToolBar, &RunToolBar::cableIndexChanged, this, &CaptureProject::cabelChanged);
     const RunActions &a = m_runToolBar->actions();
@@ -119,10 +75,55 @@ void CaptureProject::buildToolBar()
     connect(a.saveAction, &QAction::triggered, this, &CaptureProject::onSave);
 }
 
-void CaptureProject::connectManager()
+void CaptureProject::connectProgrammer()
 {
-    connect(&manager(), &CaptureManager::triggerComplete, this, &CaptureProject::onComplete);
-    connect(&manager(), &CaptureManager::statusChanged, this, &CaptureProject::updateIsBusy);
+    connect(m_programmer, &ProgrammerLink::programStatusChanged, this,
+            &CaptureProject::onProgrammerChanged);
+    connect(m_programmer, &ProgrammerLink::enableChange, this,
+            &CaptureProject::onProgrammerEnableChange);
+    connect(this, &CaptureProject::programCableChanged, m_programmer,
+            &ProgrammerLink::cableChanged);
+    connect(this, &CaptureProject::programChannelChanged, m_programmer,
+            &ProgrammerLink::channelChanged);
+}
+
+/// The main window opens and closes files; a project knows only that it has one.
+void CaptureProject::connectDescriptionWatch()
+{
+    connect(m_descriptionWatch, &DescriptionWatch::reopenRequested, this,
+            [this](const QString &path) {
+                QMetaObject::invokeMethod(parent(), "reopen", Q_ARG(QString, path));
+            });
+    connect(m_descriptionWatch, &DescriptionWatch::closeRequested, this,
+            [this] { QMetaObject::invokeMethod(parent(), "closeCurrentProject"); });
+    // What was downloaded belongs to the description of before.
+    connect(m_descriptionWatch, &DescriptionWatch::reloaded, m_programmer,
+            &ProgrammerLink::switchOff);
+}
+
+bool CaptureProject::isBusy() const
+{
+    return m_design->isBusy();
+}
+
+void CaptureProject::setupProject(QWidget *mainWindow)
+{
+    m_boxes->setWindow(mainWindow);
+    if (mainWindow)
+        mainWindow->installEventFilter(this);
+    if (!m_tab)
+        m_tab = m_page->build(m_programmer->makePage());
+    m_programmer->reset();
+    m_page->reset();
+    if (toolBarGetter) {
+        m_runToolBar->setCables(m_design->session().availableCables());
+        m_runToolBar->attach(*toolBarGetter());
+    }
+    QTabWidget *tabs = tabWidgetGetter ? tabWidgetGetter() : nullptr;
+    if (tabs)
+        tabs->addTab(m_tab, m_page->title());
+    m_waveTabs.enterWindow(mainWindow, tabs, m_tab);
+    updateActions();
 }
 
 bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askStop)
@@ -130,28 +131,45 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
     const QPointer<CaptureProject> self(this);
     if (isBusy() && (!askStop || !askStop()))
         return false;
-    if (self)
-        leaveDesign();
+    if (self) {
+        m_page->leaveDesign();
+        m_design->leave();
+    }
     if (!self)
         return true;
     m_programmer->reset();
     WaitingTip::close();
     m_descriptionWatch->stop();
-    m_keoFilePath.clear();
-    m_projectFilePath.clear();
-    m_dataFilePath.clear();
-    if (toolBarGetter && m_runToolBar)
+    m_files->close();
+    if (toolBarGetter)
         m_runToolBar->detach(*toolBarGetter());
-    clearWaveMonitors(WaveTabs::Layouts::Forget);
+    m_waveTabs.clear(WaveTabs::Layouts::Forget);
     updateActions(); // takes Save and Export away with the waves
-    if (QTabWidget *tabs = tabWidget())
-        tabs->removeTab(tabs->indexOf(m_page));
-    if (m_mainWindow)
-        m_mainWindow->removeEventFilter(this);
+    if (QTabWidget *tabs = m_waveTabs.leaveWindow())
+        tabs->removeTab(tabs->indexOf(m_tab));
+    if (QWidget *window = m_boxes->window())
+        window->removeEventFilter(this);
     tabWidgetGetter = nullptr;
     toolBarGetter = nullptr;
     openActionGetter = nullptr;
     return true;
+}
+
+bool CaptureProject::openFile(const QString &path)
+{
+    const QPointer<CaptureProject> self(this);
+    const bool isOpened = m_files->open(path);
+    if (isOpened && self) {
+        updateActions();
+        m_descriptionWatch->start(m_files->description(), m_tab);
+    }
+    return isOpened;
+}
+
+void CaptureProject::setDevice(const QString &family, const QString &device, const QString &fsFile)
+{
+    m_design->manager().setDeviceName(device);
+    m_programmer->setDevice(family, device, fsFile);
 }
 
 bool CaptureProject::event(QEvent *event)
@@ -174,7 +192,7 @@ bool CaptureProject::event(QEvent *event)
 /// which is a window of its own without shortcuts. They do no more than the shortcuts would.
 bool CaptureProject::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched != m_mainWindow || event->type() != QEvent::KeyPress || !m_runToolBar)
+    if (watched != m_boxes->window() || event->type() != QEvent::KeyPress)
         return AnalyzerProject::eventFilter(watched, event);
     const auto *press = static_cast<QKeyEvent *>(event);
     const RunActions &a = m_runToolBar->actions();
@@ -189,132 +207,73 @@ bool CaptureProject::eventFilter(QObject *watched, QEvent *event)
 
 void CaptureProject::onStart()
 {
-    startIfFit(RunKind::Single);
+    m_run->start(RunKind::Single, m_runToolBar->cableName());
 }
 
 void CaptureProject::onAuto()
 {
-    startIfFit(RunKind::Auto);
+    m_run->start(RunKind::Auto, m_runToolBar->cableName());
 }
 
-void CaptureProject::startIfFit(RunKind kind)
+void CaptureProject::showCapture(int core, int window)
 {
-    const QPointer<CaptureProject> self(this);
-    if (!isBusy() && m_programmer->mayCapture(m_mainWindow) && self)
-        startCapture(kind);
+    m_run->show(core, window);
 }
 
-void CaptureProject::startCapture(RunKind kind)
+void CaptureProject::onComplete(int resultID)
 {
-    if (isBusy() || !m_runToolBar)
-        return;
-    if (!JtagSession::instance()->selectCable(m_runToolBar->cableName())) {
-        showError(tr("Can not connect with JTAG Server!"));
-        return;
-    }
-    WaitingTip::show(m_mainWindow);
-    manager().openDevice(m_programmer->deviceChain());
-    clearWaveMonitors(WaveTabs::Layouts::Keep);
-    if (kind == RunKind::Auto)
-        manager().setAutorun(0);
-    startRun();
-    updateActions();
+    m_run->complete(resultID);
 }
 
 void CaptureProject::onStop()
 {
-    const QPointer<CaptureProject> self(this);
-    manager().stop();
-    if (!self)
-        return;
-    updateActions();
-    showInformation(stoppedText());
+    m_run->stop();
 }
 
 void CaptureProject::onForceTrigger()
 {
-    forceTrigger();
-    updateActions();
-    showInformation(forcedText());
+    m_run->forceTrigger();
 }
 
 void CaptureProject::onZoomIn()
 {
-    if (WaveMonitorWidget *wave = currentWave())
+    if (WaveMonitorWidget *wave = m_waveTabs.current())
         wave->zoomIn();
 }
 
 void CaptureProject::onZoomOut()
 {
-    if (WaveMonitorWidget *wave = currentWave())
+    if (WaveMonitorWidget *wave = m_waveTabs.current())
         wave->zoomOut();
 }
 
 void CaptureProject::onZoomFit()
 {
-    if (WaveMonitorWidget *wave = currentWave())
+    if (WaveMonitorWidget *wave = m_waveTabs.current())
         wave->zoomFit();
 }
 
+/// The windows of a core stand side by side, so a core is new when it differs from the one before.
 void CaptureProject::onExport()
 {
     const QList<WaveMonitorWidget *> monitors = m_waveTabs.monitors();
     if (isBusy() || monitors.isEmpty())
         return;
-    ExportDialog::run({.mode = exportMode(),
-                       .directory = QFileInfo(m_keoFilePath).absolutePath(),
-                       .cores = exportCores(monitors),
+    QList<ExportCore> cores;
+    for (const WaveMonitorWidget *monitor : monitors) {
+        if (cores.isEmpty() || cores.last().index != monitor->coreNumber())
+            cores.append(m_design->exportCore(monitor->coreNumber()));
+    }
+    ExportDialog::run({.mode = m_design->traits().exportMode,
+                       .directory = QFileInfo(m_files->description()).absolutePath(),
+                       .cores = cores,
                        .waveMonitors = monitors},
-                      m_mainWindow);
+                      m_boxes->window());
 }
 
-void CaptureProject::onComplete(int resultID)
+void CaptureProject::onSave()
 {
-    WaitingTip::close();
-    updateActions();
-    const QPointer<CaptureProject> self(this);
-    const QString text = errorText(resultID);
-    if (!text.isEmpty())
-        showError(text);
-    if (self && m_programmer->widget())
-        m_programmer->widget()->applyPending();
-}
-
-void CaptureProject::setDevice(const QString &family, const QString &device, const QString &fsFile)
-{
-    manager().setDeviceName(device);
-    if (m_programmer->widget())
-        m_programmer->widget()->setDevice(family, device, fsFile);
-}
-
-KeoProgrammerWidget *CaptureProject::makeProgrammerWidget()
-{
-    KeoProgrammerWidget *widget = m_programmer->makeWidget();
-    connect(widget, &KeoProgrammerWidget::programStatusChanged, this,
-            &CaptureProject::onProgrammerChanged);
-    connect(widget, &KeoProgrammerWidget::enableChange, this,
-            &CaptureProject::onProgrammerEnableChange);
-    connect(widget, &KeoProgrammerWidget::toolRunning, this, [this](bool isRunning) {
-        if (isRunning)
-            WaitingTip::show(m_mainWindow);
-        else
-            WaitingTip::close();
-    });
-    connect(this, &CaptureProject::programCableChanged, widget, &KeoProgrammerWidget::updateCable);
-    connect(this, &CaptureProject::programChannelChanged, widget,
-            &KeoProgrammerWidget::updateChannel);
-    return widget;
-}
-
-QString CaptureProject::targetName() const
-{
-    return m_programmer->widget() ? m_programmer->widget()->targetName() : QString();
-}
-
-void CaptureProject::updateIsBusy(bool isBusy)
-{
-    if (m_programmer->widget())
-        m_programmer->widget()->updateIsBusy(isBusy);
+    m_files->save(parent());
 }
 
 void CaptureProject::cabelChanged(int index)
@@ -331,7 +290,7 @@ void CaptureProject::onProgrammerChanged(bool succ, const QString &text)
 {
     m_programmer->setStatus(succ, text);
     if (succ)
-        manager().setDeviceName(targetName());
+        m_design->manager().setDeviceName(m_programmer->targetName());
     updateActions();
 }
 
@@ -341,117 +300,24 @@ void CaptureProject::onProgrammerEnableChange(bool status)
     updateActions();
 }
 
-QString CaptureProject::errorText(int resultID) const
-{
-    switch (resultID) {
-    case 0:
-        return {};
-    case -20:
-        return tr("Device does not load fs file yet.");
-    case 1:
-        return tr("Open device failed.");
-    default:
-        return unknownErrorText(resultID);
-    }
-}
-
 void CaptureProject::updateActions()
 {
-    if (!m_runToolBar)
-        return;
-    RunSituation situation;
-    situation.busy = isBusy();
-    situation.canStart = canStart();
-    situation.canAuto = canAuto();
-    situation.needsProgramming = m_programmer->needsProgramming();
-    situation.autorun = manager().autorun();
-    situation.hasWaves = !m_waveTabs.isEmpty();
-    const RunControls controls = runControls(situation);
-
+    const bool isIdle = !isBusy();
+    const bool isReady = isIdle && !m_programmer->needsProgramming();
+    const bool hasResult = isIdle && !m_waveTabs.isEmpty();
     const RunActions &a = m_runToolBar->actions();
     if (openActionGetter)
-        openActionGetter()->setEnabled(controls.open);
-    a.startAction->setEnabled(controls.start);
-    a.autoAction->setEnabled(controls.autoRun);
-    a.stopAction->setEnabled(controls.stop);
-    a.forceTriggerAction->setEnabled(controls.forceTrigger);
-    a.saveAction->setEnabled(controls.save);
-    a.exportAction->setEnabled(controls.save);
-    setPageEnabled(controls.settings);
-    if (m_programmer->widget())
-        m_programmer->widget()->setEnabled(controls.settings);
-    if (!situation.busy)
+        openActionGetter()->setEnabled(isIdle);
+    a.startAction->setEnabled(isReady && m_design->canStart());
+    a.autoAction->setEnabled(isReady && m_design->canAuto());
+    a.stopAction->setEnabled(!isIdle);
+    a.forceTriggerAction->setEnabled(!isIdle && m_design->manager().autorun() == -1);
+    a.saveAction->setEnabled(hasResult);
+    a.exportAction->setEnabled(hasResult);
+    m_page->setEnabled(isIdle);
+    m_programmer->setEnabled(isIdle);
+    if (isIdle)
         m_descriptionWatch->tellPending();
-}
-
-void CaptureProject::showCapture(const CapturedWindow &captured, const QString &emptyText)
-{
-    if (captured.elements.isEmpty()) {
-        showError(emptyText);
-        return;
-    }
-    const int rounds = manager().autorun();
-    if (rounds >= 1 && !m_waveTabs.isEmpty()) {
-        m_waveTabs.updateFirst(captured.elements, rounds);
-        return;
-    }
-    WaveMonitorWidget *wave = m_waveTabs.add(captured, m_mainWindow);
-    if (rounds != -1) {
-        WaitingTip::close();
-        wave->setAutorunCounter(rounds);
-    }
-    if (QTabWidget *tabs = tabWidget()) {
-        const bool isOnPage = tabs->currentWidget() == m_page;
-        tabs->addTab(wave, wave->windowTitle());
-        if (isOnPage)
-            tabs->setCurrentWidget(wave);
-    }
-}
-
-void CaptureProject::clearWaveMonitors(WaveTabs::Layouts layouts)
-{
-    if (layouts == WaveTabs::Layouts::Keep) {
-        for (const WaveMonitorWidget *wave : m_waveTabs.monitors())
-            keepNames(wave->coreNumber(), namesIn(*wave));
-    }
-    m_waveTabs.clear(tabWidget(), layouts);
-}
-
-void CaptureProject::showError(const QString &text)
-{
-    if (m_openErrors.contains(text)) {
-        qCDebug(keoProject).noquote() << "error not shown a second time:" << text;
-        return;
-    }
-    m_openErrors.insert(text);
-    const QPointer<CaptureProject> self(this);
-    showBox(QMessageBox::Critical, m_mainWindow, tr("Error"), text);
-    if (self)
-        m_openErrors.remove(text);
-}
-
-void CaptureProject::showWarning(const QString &text)
-{
-    showBox(QMessageBox::Warning, m_mainWindow, tr("Warning"), text);
-}
-
-void CaptureProject::showInformation(const QString &text)
-{
-    if (text.isEmpty())
-        return;
-    const QString title = m_mainWindow ? m_mainWindow->windowTitle() : QString();
-    showBox(QMessageBox::Information, m_mainWindow, title, text);
-}
-
-QTabWidget *CaptureProject::tabWidget() const
-{
-    return tabWidgetGetter ? tabWidgetGetter() : nullptr;
-}
-
-WaveMonitorWidget *CaptureProject::currentWave() const
-{
-    const QTabWidget *tabs = tabWidget();
-    return tabs ? qobject_cast<WaveMonitorWidget *>(tabs->currentWidget()) : nullptr;
 }
 
 } // namespace KEO

@@ -1,5 +1,7 @@
 #include "reloadbanner.h"
 
+#include <widgets/colormix.h>
+
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
@@ -15,13 +17,6 @@ namespace {
 const QColor kAmber(0xf0, 0xa8, 0x28); // of the warning sign
 constexpr qreal kFillShare = 0.22;     // of amber in the strip; enough on light and dark windows
 constexpr qreal kLineShare = 0.70;
-
-QColor mixed(const QColor &base, const QColor &added, qreal share)
-{
-    const auto part = [share](float from, float to) { return from + (to - from) * float(share); };
-    return QColor::fromRgbF(part(base.redF(), added.redF()), part(base.greenF(), added.greenF()),
-                            part(base.blueF(), added.blueF()));
-}
 
 /// A sentence with a path in it. Shows a long path without its middle rather than making the window
 /// wide. What text() returns is whole.

@@ -4,14 +4,11 @@
 #include <wave/wavemonitorwidget.h>
 #include <wave_data/windowcontents.h>
 
-#include <QTabWidget>
-
 #include <algorithm>
 #include <utility>
 
 namespace KEO {
 
-using WaveMonitor::SignalElement;
 using WaveMonitor::WaveMonitorWidget;
 using WaveMonitor::WindowContents;
 using WaveMonitor::WindowState;
@@ -48,41 +45,71 @@ QList<WaveMonitorWidget *> WaveTabs::monitors() const
     return living;
 }
 
-WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured, QWidget *parent)
+WaveMonitorWidget *WaveTabs::current() const
 {
-    const WindowState *layout = layoutOf(captured.core, captured.window);
+    return m_tabs ? qobject_cast<WaveMonitorWidget *>(m_tabs->currentWidget()) : nullptr;
+}
+
+void WaveTabs::enterWindow(QWidget *window, QTabWidget *tabs, QWidget *page)
+{
+    m_window = window;
+    m_tabs = tabs;
+    m_page = page;
+    m_isInWindow = true;
+}
+
+QTabWidget *WaveTabs::leaveWindow()
+{
+    m_isInWindow = false;
+    return std::exchange(m_tabs, nullptr);
+}
+
+void WaveTabs::show(const CapturedWindow &captured, int rounds)
+{
+    const bool isNextRound = rounds >= 1 && !isEmpty();
+    WaveMonitorWidget *wave = isNextRound ? monitors().first() : add(captured);
+    if (isNextRound) {
+        QList<QBitArray> samples;
+        for (const WaveMonitor::SignalElement &element : captured.elements)
+            samples.append(element.data);
+        wave->updateData(samples);
+    }
+    if (rounds != -1)
+        wave->setAutorunCounter(rounds);
+    QTabWidget *tabs = m_tabs;
+    if (isNextRound || !tabs)
+        return;
+    const bool isOnPage = tabs->currentWidget() == m_page;
+    tabs->addTab(wave, wave->windowTitle());
+    if (isOnPage)
+        tabs->setCurrentWidget(wave); // may see this gone
+}
+
+WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured)
+{
+    const WindowState *layout = layoutOf(captured.core.index, captured.window);
     const quint64 domain = quint64(m_waveMonitors.size()) * kDomainStep;
-    auto *monitor = new WaveMonitorWidget(domain, parent, layout);
+    auto *monitor = new WaveMonitorWidget(domain, m_window, layout);
     m_waveMonitors.append(monitor);
     addCapturedRows(*monitor, captured.signals, captured.elements);
-    monitor->setTriggerPosition(captured.triggerPosition);
-    monitor->setTitle(captured.window, captured.core);
+    monitor->setTriggerPosition(captured.core.triggerSample);
+    monitor->setTitle(captured.window, captured.core.index);
     monitor->restoreState(layout);
     return monitor;
 }
 
-WaveMonitorWidget *WaveTabs::add(int core, int window, WindowContents contents, QWidget *parent)
+void WaveTabs::showSaved(WindowPlace place, const QString &title, WindowContents contents)
 {
     // Here the window number counts, so tabs of different cores may share a domain.
-    auto *monitor = new WaveMonitorWidget(quint64(window) * kDomainStep, parent);
+    auto *monitor = new WaveMonitorWidget(quint64(place.window) * kDomainStep, m_window);
     m_waveMonitors.append(monitor);
-    monitor->setTitle(window, core);
+    monitor->setTitle(place.window, place.core);
     monitor->loadWindow(std::move(contents));
-    return monitor;
+    if (m_tabs)
+        m_tabs->insertTab(int(m_waveMonitors.size()), monitor, title);
 }
 
-void WaveTabs::updateFirst(const QList<SignalElement> &elements, int rounds)
-{
-    QList<QBitArray> samples;
-    samples.reserve(elements.size());
-    for (const SignalElement &element : elements)
-        samples.append(element.data);
-    WaveMonitorWidget *first = monitors().first();
-    first->updateData(samples);
-    first->setAutorunCounter(rounds);
-}
-
-void WaveTabs::clear(QTabWidget *tabs, Layouts layouts)
+void WaveTabs::clear(Layouts layouts)
 {
     // With one core and one window there is nothing to keep for a capture after the next.
     if (layouts == Layouts::Forget || m_layoutKey == LayoutKey::Window)
@@ -93,8 +120,8 @@ void WaveTabs::clear(QTabWidget *tabs, Layouts layouts)
             continue;
         if (layouts == Layouts::Keep)
             keepLayout(monitor->saveState());
-        if (tabs)
-            tabs->removeTab(tabs->indexOf(monitor));
+        if (m_tabs)
+            m_tabs->removeTab(m_tabs->indexOf(monitor));
         delete monitor; // not later: the next monitors take over its domain
     }
 }

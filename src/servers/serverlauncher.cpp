@@ -1,15 +1,13 @@
 #include "serverlauncher.h"
 
+#include <base/logging.h>
 #include <base/siblingprogram.h>
 
-#include <QLoggingCategory>
 #include <QProcess>
 
 namespace KEO {
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcServers, "keo.servers", QtInfoMsg)
 
 constexpr int kStartTime = 5000; // ms
 constexpr int kEndTime = 3000;   // ms

@@ -1,5 +1,7 @@
 #include "emptyhint.h"
 
+#include <widgets/colormix.h>
+
 #include <QEvent>
 #include <QGridLayout>
 #include <QKeySequence>
@@ -20,13 +22,6 @@ constexpr int kTitleGap = 14;
 QString shown(const QKeySequence &key)
 {
     return key.toString(QKeySequence::NativeText);
-}
-
-QColor mixed(const QColor &text, const QColor &page)
-{
-    const auto part = [](float a, float b) { return b + (a - b) * float(kQuietShare); };
-    return QColor::fromRgbF(part(text.redF(), page.redF()), part(text.greenF(), page.greenF()),
-                            part(text.blueF(), page.blueF()));
 }
 
 } // namespace
@@ -89,7 +84,8 @@ void EmptyHint::changeEvent(QEvent *event)
 void EmptyHint::mute()
 {
     const QPalette &window = m_tabs->palette();
-    const QColor quiet = mixed(window.color(QPalette::WindowText), window.color(QPalette::Window));
+    const QColor quiet =
+        mixed(window.color(QPalette::Window), window.color(QPalette::WindowText), kQuietShare);
     for (QLabel *label : findChildren<QLabel *>()) {
         QPalette own = label->palette();
         if (own.color(QPalette::WindowText) == quiet)

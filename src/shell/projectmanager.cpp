@@ -1,19 +1,17 @@
 #include "projectmanager.h"
 
+#include <base/logging.h>
 #include <config/descriptionkind.h>
 #include <design/projectfile.h>
 #include <project/analyzerproject.h>
 #include <project/keoliteanalyzerproject.h>
 #include <project/keostandardanalyzerproject.h>
 
-#include <QLoggingCategory>
 #include <QPointer>
 
 namespace KEO {
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcShell, "keo.shell", QtInfoMsg)
 
 /// The description that \a file is or names, or nothing.
 QString descriptionPath(const QString &file)

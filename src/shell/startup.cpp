@@ -2,8 +2,9 @@
 
 #include "analyzer.h"
 
+#include <base/logging.h>
+
 #include <QApplication>
-#include <QLoggingCategory>
 #include <QMessageBox>
 #include <QPixmap>
 #include <QSplashScreen>
@@ -52,9 +53,7 @@ int Startup::run()
 {
     // The viewer tells of every row it makes, in the default category.
     const bool isDebugging = wantsDebugMessages(QCoreApplication::arguments());
-    QLoggingCategory::setFilterRules(
-        isDebugging ? QStringLiteral("keo.*.debug=true")
-                    : QStringLiteral("default.debug=false\nkeo.*.debug=false"));
+    setLogOutput(isDebugging ? LogOutput::Debug : LogOutput::Warnings);
     if (m_options.device.isEmpty() || m_options.family.isEmpty())
         return fail(StartupStatus::NoDevice, tr("Can not set device."));
 

@@ -1,11 +1,9 @@
 #include "matchvalue.h"
 
-#include <QLoggingCategory>
+#include <base/logging.h>
 
 #include <algorithm>
 #include <cmath>
-
-Q_LOGGING_CATEGORY(keoTrigger, "keo.trigger")
 
 namespace KEO {
 
@@ -23,11 +21,6 @@ bool hasOnlyDigits(const QString &text, int base)
 }
 
 } // namespace
-
-bool isRangeFunction(int func)
-{
-    return func == 6 || func == 7;
-}
 
 int valueDigits(int bits, int base)
 {
@@ -48,7 +41,7 @@ QString valueMask(int digits)
     return QStringLiteral(">%1;0").arg(QString(digits, u'N'));
 }
 
-QString valuePattern(int base, int func, int matchType)
+QString valuePattern(int base, MatchFunction func, MatchType matchType)
 {
     switch (base) {
     case 8:
@@ -60,10 +53,9 @@ QString valuePattern(int base, int func, int matchType)
     default:
         break;
     }
-    if (func != 0 && func != 1)
+    if (!isEqualityFunction(func))
         return QStringLiteral("[01]*");
-    const bool edges = matchType == 1 || matchType == 3 || matchType == 5;
-    return edges ? QStringLiteral("[01XRFBN]*") : QStringLiteral("[01X]*");
+    return hasEdges(matchType) ? QStringLiteral("[01XRFBN]*") : QStringLiteral("[01X]*");
 }
 
 QString baseConvert(const QString &text, int from, int to, int width)
@@ -73,7 +65,7 @@ QString baseConvert(const QString &text, int from, int to, int width)
     if (ok)
         return QString::number(number, to).toUpper();
     constexpr int kShown = 80; // ports may have thousands of bits
-    qCDebug(keoTrigger, "\"%s\" is no number of radix %d within 64 bits; taken as zero",
+    qCDebug(lcTrigger, "\"%s\" is no number of radix %d within 64 bits; taken as zero",
             qUtf8Printable(text.left(kShown)), from);
     return QString(width, u'0');
 }
@@ -91,7 +83,8 @@ QString valueRange(int bits, int base)
     return QString(digits, u'0') + u'~' + fitDigits(greatest, digits);
 }
 
-BinaryValues binaryValues(const QString &text0, const QString &text1, int base, int bits, int func)
+BinaryValues binaryValues(const QString &text0, const QString &text1, int base, int bits,
+                          MatchFunction func)
 {
     const QString binary0 = base == 2 ? text0 : baseConvert(text0, base, 2, bits);
     const QString binary1 = base == 2 ? text1 : baseConvert(text1, base, 2, bits);

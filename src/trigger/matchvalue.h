@@ -1,5 +1,7 @@
 #pragma once
 
+#include <config/matchtype.h>
+
 #include <QString>
 
 namespace KEO {
@@ -8,15 +10,12 @@ namespace KEO {
 // field. Stored values are always binary, a character for each bit of the port; in radix 2 the
 // letters X (any level) and R, F, B, N (edges) may stand among the digits.
 
-/// Functions 6 and 7, which compare with a minimum and a maximum.
-[[nodiscard]] bool isRangeFunction(int func);
-
 /// Digits that a value of \a bits bits takes in radix \a base.
 [[nodiscard]] int valueDigits(int bits, int base);
 /// Input mask of a field of so many digits: capitals, and "0" wherever nothing was typed.
 [[nodiscard]] QString valueMask(int digits);
 /// What a field accepts, as a regular expression that has to match the whole text in any case.
-[[nodiscard]] QString valuePattern(int base, int func, int matchType);
+[[nodiscard]] QString valuePattern(int base, MatchFunction func, MatchType matchType);
 
 /// \a text, digits of radix \a from, as a number of radix \a to in capitals. A text that is no such
 /// number, or one beyond 64 bits, gives \a width zeros; the debug log tells.
@@ -44,6 +43,6 @@ struct BinaryValues
 /// The stored form of what stands in the two fields. The second one is checked for range functions
 /// only.
 [[nodiscard]] BinaryValues binaryValues(const QString &text0, const QString &text1, int base,
-                                        int bits, int func);
+                                        int bits, MatchFunction func);
 
 } // namespace KEO

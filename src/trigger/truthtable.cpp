@@ -1,4 +1,4 @@
-#include "expression.h"
+#include "truthtable.h"
 
 #include <QStringView>
 

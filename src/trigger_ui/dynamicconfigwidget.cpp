@@ -6,6 +6,7 @@
 
 #include <config/coreconfig.h>
 #include <config/poweroftwo.h>
+#include <widgets/formwidgets.h>
 
 #include <QComboBox>
 #include <QDialog>
@@ -43,13 +44,6 @@ QString itemText(int row, const QString &expression)
     return QStringLiteral("exp%1:  %2").arg(QString::number(row), tokens);
 }
 
-void addRow(QFormLayout *form, const QString &text, QWidget *field)
-{
-    auto *label = new QLabel(text);
-    label->setBuddy(field);
-    form->addRow(label, field);
-}
-
 QShortcut *shortcutOf(QWidget *widget, Qt::Key key)
 {
     auto *shortcut = new QShortcut(key, widget);
@@ -81,31 +75,25 @@ DynamicConfigWidget::DynamicConfigWidget(QWidget *parent)
 
 QGroupBox *DynamicConfigWidget::makeCaptureGroup()
 {
-    m_lineEditStorage = new QLineEdit;
-    m_lineEditStorage->setObjectName(QStringLiteral("lineEditStorage"));
+    m_lineEditStorage = named(new QLineEdit, "lineEditStorage");
     m_lineEditStorage->setReadOnly(true);
-    m_comboBoxWindow = new QComboBox;
-    m_comboBoxWindow->setObjectName(QStringLiteral("comboBoxWindow"));
-    m_comboBoxAmount = new QComboBox;
-    m_comboBoxAmount->setObjectName(QStringLiteral("comboBoxAmount"));
-    m_spinBoxTrPos = new QSpinBox;
-    m_spinBoxTrPos->setObjectName(QStringLiteral("spinBoxTrPos"));
+    m_comboBoxWindow = named(new QComboBox, "comboBoxWindow");
+    m_comboBoxAmount = named(new QComboBox, "comboBoxAmount");
+    m_spinBoxTrPos = named(new QSpinBox, "spinBoxTrPos");
 
-    m_groupBox = new QGroupBox(tr("Capture"));
-    m_groupBox->setObjectName(QStringLiteral("groupBox"));
+    m_groupBox = named(new QGroupBox(tr("Capture")), "groupBox");
     auto *form = new QFormLayout(m_groupBox);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    addRow(form, tr("Storage Size:"), m_lineEditStorage);
-    addRow(form, tr("Windows Number:"), m_comboBoxWindow);
-    addRow(form, tr("Capture Amount:"), m_comboBoxAmount);
-    addRow(form, tr("Trigger Position:"), m_spinBoxTrPos);
+    form->addRow(labelFor(m_lineEditStorage, tr("Storage Size:")), m_lineEditStorage);
+    form->addRow(labelFor(m_comboBoxWindow, tr("Windows Number:")), m_comboBoxWindow);
+    form->addRow(labelFor(m_comboBoxAmount, tr("Capture Amount:")), m_comboBoxAmount);
+    form->addRow(labelFor(m_spinBoxTrPos, tr("Trigger Position:")), m_spinBoxTrPos);
     return m_groupBox;
 }
 
 QGroupBox *DynamicConfigWidget::makeExpressionGroup()
 {
-    m_listExpressions = new QListWidget;
-    m_listExpressions->setObjectName(QStringLiteral("listExpressions"));
+    m_listExpressions = named(new QListWidget, "listExpressions");
     m_listExpressions->setAccessibleName(tr("Trigger Expressions"));
     m_listExpressions->setUniformItemSizes(true);
     auto *group = new QGroupBox(tr("Trigger Expressions"));
@@ -116,8 +104,7 @@ QGroupBox *DynamicConfigWidget::makeExpressionGroup()
 
 QGroupBox *DynamicConfigWidget::makeUnitGroup()
 {
-    m_tableUnit = new QTableView;
-    m_tableUnit->setObjectName(QStringLiteral("tableUnit"));
+    m_tableUnit = named(new QTableView, "tableUnit");
     m_tableUnit->setAccessibleName(tr("Match Units"));
     m_tableUnit->setModel(m_model);
     m_tableUnit->setSelectionBehavior(QAbstractItemView::SelectRows);

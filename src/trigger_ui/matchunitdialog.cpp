@@ -1,9 +1,6 @@
-// What the dialog does; how it looks stands in matchunitdialogwidgets.cpp.
-
 #include "matchunitdialog.h"
 
 #include <config/coreconfig.h>
-#include <config/matchtext.h>
 #include <trigger/matchvalue.h>
 #include <widgets/messagebox.h>
 
@@ -25,8 +22,6 @@
 namespace KEO {
 
 namespace {
-
-constexpr int kMatchTypes = 6;
 
 QTreeWidgetItem *itemOf(const SignalEntry &entry)
 {
@@ -69,11 +64,10 @@ MatchUnitDialog::MatchUnitDialog(MatchUnit *unit, bool readOnlyMode, QWidget *pa
       m_unit(unit),
       m_core(unit->core),
       m_readOnlyMode(readOnlyMode),
-      m_validator(new QRegularExpressionValidator(this))
+      m_validator(new QRegularExpressionValidator(this)),
+      m_form(*this)
 {
     setWindowTitle(tr("Match Unit Config"));
-    buildWidgets();
-    orderTabs();
     showUnit();
     showCounter();
     connectSlots();
@@ -83,95 +77,100 @@ MatchUnitDialog::MatchUnitDialog(MatchUnit *unit, bool readOnlyMode, QWidget *pa
 
 void MatchUnitDialog::showUnit()
 {
-    m_lbTitle->setText(tr("Match Unit %1").arg(m_unit->index));
-    for (int type = 0; type < kMatchTypes; ++type)
-        m_comboBoxType->addItem(matchTypeText(type), type);
+    m_form.lbTitle->setText(tr("Match Unit %1").arg(m_unit->index));
+    for (const MatchType type : matchTypes())
+        m_form.comboBoxType->addItem(matchTypeText(type), int(type));
     for (const TriggerPort *port : m_core->portsWithSignals())
-        m_comboBoxTrigger->addItem(tr("Trigger Port %1").arg(port->index), port->index);
-    m_rbtnBin->setChecked(true);
+        m_form.comboBoxTrigger->addItem(tr("Trigger Port %1").arg(port->index), port->index);
+    m_form.rbtnBin->setChecked(true);
 
     if (m_unit->trigger && !m_unit->trigger->signals.isEmpty())
         m_port = m_unit->trigger;
-    m_comboBoxTrigger->setCurrentIndex(m_port ? m_comboBoxTrigger->findData(m_port->index) : -1);
-    m_widgetRight->setEnabled(m_port);
+    m_form.comboBoxTrigger->setCurrentIndex(m_port ? m_form.comboBoxTrigger->findData(m_port->index)
+                                                   : -1);
+    m_form.widgetRight->setEnabled(m_port);
     fillSignals();
 
     m_type = m_unit->match_type;
     m_func = m_unit->func;
-    m_comboBoxType->setCurrentIndex(m_comboBoxType->findData(m_type));
+    m_form.comboBoxType->setCurrentIndex(m_form.comboBoxType->findData(int(m_type)));
     fillFunctions();
-    m_comboBoxFunc->setCurrentIndex(m_comboBoxFunc->findData(m_func));
+    m_form.comboBoxFunc->setCurrentIndex(m_form.comboBoxFunc->findData(int(m_func)));
     showSecondValue();
 
     applyRadixAndFunction();
     if (m_port) {
         // A shorter value from a file means its number: that is how the core gets it.
-        showValue(m_lineEditValue0, m_unit->value0.rightJustified(portWidth(), u'0'));
-        showValue(m_lineEditValue1, m_unit->value1.rightJustified(portWidth(), u'0'));
+        showValue(m_form.lineEditValue0, m_unit->value0.rightJustified(portWidth(), u'0'));
+        showValue(m_form.lineEditValue1, m_unit->value1.rightJustified(portWidth(), u'0'));
     }
     toolTipValueChanged(calculatedBitwidth());
 }
 
 void MatchUnitDialog::showCounter()
 {
-    m_groupBoxCounter->setChecked(m_unit->counter_enable);
-    m_spinBoxCounterWidth->setValue(m_unit->counter_width);
-    m_spinBoxCounter->setMaximum(countsOf(m_unit->counter_width));
-    m_spinBoxCounter->setValue(m_unit->counter);
-    m_checkBoxContinuous->setChecked(m_unit->countinuous);
+    m_form.groupBoxCounter->setChecked(m_unit->counter_enable);
+    m_form.spinBoxCounterWidth->setValue(m_unit->counter_width);
+    m_form.spinBoxCounter->setMaximum(countsOf(m_unit->counter_width));
+    m_form.spinBoxCounter->setValue(m_unit->counter);
+    m_form.checkBoxContinuous->setChecked(m_unit->countinuous);
 }
 
 void MatchUnitDialog::freezeStructure()
 {
-    m_comboBoxTrigger->setEnabled(false);
-    m_comboBoxType->setEnabled(false);
-    m_groupBoxCounter->setCheckable(false);
-    m_groupBoxCounter->setEnabled(m_unit->counter_enable);
-    m_spinBoxCounterWidth->setEnabled(false);
-    m_lineEditValue0->setFocus(); // what is left to change is above all the value
+    m_form.comboBoxTrigger->setEnabled(false);
+    m_form.comboBoxType->setEnabled(false);
+    m_form.groupBoxCounter->setCheckable(false);
+    m_form.groupBoxCounter->setEnabled(m_unit->counter_enable);
+    m_form.spinBoxCounterWidth->setEnabled(false);
+    m_form.lineEditValue0->setFocus(); // what is left to change is above all the value
 }
 
 void MatchUnitDialog::connectSlots()
 {
-    connect(m_comboBoxTrigger, &QComboBox::currentIndexChanged, this,
+    connect(m_form.comboBoxTrigger, &QComboBox::currentIndexChanged, this,
             &MatchUnitDialog::onTriggerChanged);
-    connect(m_comboBoxType, &QComboBox::currentIndexChanged, this, &MatchUnitDialog::onTypeChanged);
-    connect(m_comboBoxFunc, &QComboBox::currentIndexChanged, this, &MatchUnitDialog::onFuncChanged);
-    for (QRadioButton *button : {m_rbtnBin, m_rbtnOct, m_rbtnDec, m_rbtnHex})
+    connect(m_form.comboBoxType, &QComboBox::currentIndexChanged, this,
+            &MatchUnitDialog::onTypeChanged);
+    connect(m_form.comboBoxFunc, &QComboBox::currentIndexChanged, this,
+            &MatchUnitDialog::onFuncChanged);
+    for (QRadioButton *button : {m_form.rbtnBin, m_form.rbtnOct, m_form.rbtnDec, m_form.rbtnHex})
         connect(button, &QRadioButton::toggled, this, &MatchUnitDialog::onBaseChanged);
-    connect(m_spinBoxCounterWidth, &QSpinBox::valueChanged, this,
+    connect(m_form.spinBoxCounterWidth, &QSpinBox::valueChanged, this,
             &MatchUnitDialog::onCounterWidthChanged);
 }
 
 void MatchUnitDialog::onTriggerChanged()
 {
-    const bool selected = m_comboBoxTrigger->currentIndex() >= 0;
-    m_port = selected ? m_core->triggerByIndex(m_comboBoxTrigger->currentData().toInt()) : nullptr;
-    m_widgetRight->setEnabled(m_port);
+    const bool selected = m_form.comboBoxTrigger->currentIndex() >= 0;
+    m_port =
+        selected ? m_core->triggerByIndex(m_form.comboBoxTrigger->currentData().toInt()) : nullptr;
+    m_form.widgetRight->setEnabled(m_port);
     fillSignals();
 
     const FieldTexts saved = fieldTexts();
     applyRadixAndFunction();
     const int digits = calculatedBitwidth();
-    showValue(m_lineEditValue0, fitDigits(saved.value0, digits));
-    showValue(m_lineEditValue1, fitDigits(saved.value1, digits));
+    showValue(m_form.lineEditValue0, fitDigits(saved.value0, digits));
+    showValue(m_form.lineEditValue1, fitDigits(saved.value1, digits));
     toolTipValueChanged(digits);
 }
 
 void MatchUnitDialog::onTypeChanged()
 {
-    m_type = m_comboBoxType->currentData().toInt();
+    m_type = MatchType(m_form.comboBoxType->currentData().toInt());
     {
-        const QSignalBlocker blocker(m_comboBoxFunc);
+        const QSignalBlocker blocker(m_form.comboBoxFunc);
         fillFunctions();
-        m_comboBoxFunc->setCurrentIndex(std::max(m_comboBoxFunc->findData(m_func), 0));
+        m_form.comboBoxFunc->setCurrentIndex(
+            std::max(m_form.comboBoxFunc->findData(int(m_func)), 0));
     }
     onFuncChanged();
 }
 
 void MatchUnitDialog::onFuncChanged()
 {
-    m_func = m_comboBoxFunc->currentData().toInt();
+    m_func = MatchFunction(m_form.comboBoxFunc->currentData().toInt());
     showSecondValue();
     const FieldTexts saved = fieldTexts();
     applyRadixAndFunction();
@@ -181,13 +180,13 @@ void MatchUnitDialog::onFuncChanged()
 void MatchUnitDialog::onBaseChanged()
 {
     const int oldBase = m_base;
-    if (m_rbtnBin->isChecked())
+    if (m_form.rbtnBin->isChecked())
         m_base = 2;
-    else if (m_rbtnHex->isChecked())
+    else if (m_form.rbtnHex->isChecked())
         m_base = 16;
-    else if (m_rbtnOct->isChecked())
+    else if (m_form.rbtnOct->isChecked())
         m_base = 8;
-    else if (m_rbtnDec->isChecked())
+    else if (m_form.rbtnDec->isChecked())
         m_base = 10;
 
     const int digits = calculatedBitwidth();
@@ -203,7 +202,7 @@ void MatchUnitDialog::onBaseChanged()
 
 void MatchUnitDialog::onCounterWidthChanged()
 {
-    m_spinBoxCounter->setMaximum(countsOf(m_spinBoxCounterWidth->value()));
+    m_form.spinBoxCounter->setMaximum(countsOf(m_form.spinBoxCounterWidth->value()));
 }
 
 int MatchUnitDialog::calculatedBitwidth() const
@@ -216,8 +215,8 @@ void MatchUnitDialog::toolTipValueChanged(int rw)
     if (!m_port || rw == 0)
         return;
     const QString range = valueRange(portWidth(), m_base);
-    m_lineEditValue0->setToolTip(range);
-    m_lineEditValue1->setToolTip(range);
+    m_form.lineEditValue0->setToolTip(range);
+    m_form.lineEditValue1->setToolTip(range);
 }
 
 void MatchUnitDialog::accept()
@@ -250,29 +249,29 @@ int MatchUnitDialog::portWidth() const
 
 void MatchUnitDialog::fillSignals()
 {
-    m_treeSignals->clear();
+    m_form.treeSignals->clear();
     if (!m_port)
         return;
     QList<QTreeWidgetItem *> items;
     for (const SignalEntry &entry : m_port->signals)
         items.append(itemOf(entry));
-    m_treeSignals->addTopLevelItems(items);
+    m_form.treeSignals->addTopLevelItems(items);
     widenFields();
 }
 
 void MatchUnitDialog::fillFunctions()
 {
-    m_comboBoxFunc->clear();
-    for (int func : functionsForMatchType(m_type))
-        m_comboBoxFunc->addItem(matchFunctionText(func), func);
+    m_form.comboBoxFunc->clear();
+    for (const MatchFunction function : functionsForMatchType(m_type))
+        m_form.comboBoxFunc->addItem(matchFunctionText(function), int(function));
 }
 
 void MatchUnitDialog::showSecondValue()
 {
     const bool range = isRangeFunction(m_func);
-    m_lbValue0->setVisible(range);
-    m_lbValue1->setVisible(range);
-    m_lineEditValue1->setVisible(range);
+    m_form.lbValue0->setVisible(range);
+    m_form.lbValue1->setVisible(range);
+    m_form.lineEditValue1->setVisible(range);
 }
 
 void MatchUnitDialog::applyRadixAndFunction()
@@ -282,7 +281,7 @@ void MatchUnitDialog::applyRadixAndFunction()
     const QString mask = valueMask(calculatedBitwidth());
     m_validator->setRegularExpression(QRegularExpression(
         valuePattern(m_base, m_func, m_type), QRegularExpression::CaseInsensitiveOption));
-    for (QLineEdit *field : {m_lineEditValue0, m_lineEditValue1}) {
+    for (QLineEdit *field : {m_form.lineEditValue0, m_form.lineEditValue1}) {
         field->clear();
         field->setInputMask(QString());
         field->setInputMask(mask);
@@ -294,14 +293,14 @@ void MatchUnitDialog::widenFields()
 {
     // Wide enough for radix 2, so that the dialog keeps still when the radix changes.
     const int limit = screen()->availableGeometry().width() / 2;
-    for (QLineEdit *field : {m_lineEditValue0, m_lineEditValue1})
+    for (QLineEdit *field : {m_form.lineEditValue0, m_form.lineEditValue1})
         field->setMinimumWidth(std::min(widthForDigits(field, portWidth()), limit));
 }
 
 MatchUnitDialog::FieldTexts MatchUnitDialog::fieldTexts() const
 {
     // Not text(): that drops every "0", the mask's filler.
-    return {m_lineEditValue0->displayText(), m_lineEditValue1->displayText()};
+    return {m_form.lineEditValue0->displayText(), m_form.lineEditValue1->displayText()};
 }
 
 void MatchUnitDialog::restoreMatching(const FieldTexts &texts)
@@ -311,8 +310,8 @@ void MatchUnitDialog::restoreMatching(const FieldTexts &texts)
         if (m_validator->validate(text, cursor) == QValidator::Acceptable)
             showValue(field, text);
     };
-    restore(m_lineEditValue0, texts.value0);
-    restore(m_lineEditValue1, texts.value1);
+    restore(m_form.lineEditValue0, texts.value0);
+    restore(m_form.lineEditValue1, texts.value1);
 }
 
 void MatchUnitDialog::warn(const QString &text)
@@ -325,12 +324,12 @@ void MatchUnitDialog::store(const QString &value0, const QString &value1)
     if (!m_readOnlyMode) {
         m_unit->trigger = m_port;
         m_unit->match_type = m_type;
-        m_unit->counter_enable = m_groupBoxCounter->isChecked();
-        m_unit->counter_width = m_spinBoxCounterWidth->value();
+        m_unit->counter_enable = m_form.groupBoxCounter->isChecked();
+        m_unit->counter_width = m_form.spinBoxCounterWidth->value();
     }
     m_unit->func = m_func;
-    m_unit->counter = m_spinBoxCounter->value();
-    m_unit->countinuous = m_checkBoxContinuous->isChecked();
+    m_unit->counter = m_form.spinBoxCounter->value();
+    m_unit->countinuous = m_form.checkBoxContinuous->isChecked();
     m_unit->value0 = value0;
     m_unit->value1 = value1;
 }

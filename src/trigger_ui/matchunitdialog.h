@@ -1,16 +1,12 @@
 #pragma once
 
+#include "matchunitform.h"
+
+#include <config/matchtype.h>
+
 #include <QDialog>
 
-class QCheckBox;
-class QComboBox;
-class QGroupBox;
-class QLabel;
-class QLineEdit;
-class QRadioButton;
 class QRegularExpressionValidator;
-class QSpinBox;
-class QTreeWidget;
 
 namespace KEO {
 
@@ -57,12 +53,6 @@ private:
         QString value1;
     };
 
-    void buildWidgets();
-    [[nodiscard]] QWidget *makeTriggerSide();
-    [[nodiscard]] QWidget *makeSettingsSide();
-    [[nodiscard]] QGroupBox *makeValueGroup();
-    [[nodiscard]] QGroupBox *makeCounterGroup();
-    void orderTabs();
     void showUnit();
     void showCounter();
     void freezeStructure();
@@ -84,29 +74,10 @@ private:
     bool m_readOnlyMode = false;
     QRegularExpressionValidator *m_validator; // of both value fields; owned by the object tree
     TriggerPort *m_port = nullptr;            // borrowed from the core; null: none selected
-    int m_type = 0;
-    int m_func = 0;
+    MatchType m_type = MatchType::Basic;
+    MatchFunction m_func = MatchFunction::Equal;
     int m_base = 2;
-
-    // Owned by the object tree.
-    QLabel *m_lbTitle = nullptr;
-    QComboBox *m_comboBoxTrigger = nullptr;
-    QTreeWidget *m_treeSignals = nullptr;
-    QWidget *m_widgetRight = nullptr;
-    QComboBox *m_comboBoxType = nullptr;
-    QComboBox *m_comboBoxFunc = nullptr;
-    QRadioButton *m_rbtnBin = nullptr;
-    QRadioButton *m_rbtnOct = nullptr;
-    QRadioButton *m_rbtnDec = nullptr;
-    QRadioButton *m_rbtnHex = nullptr;
-    QLabel *m_lbValue0 = nullptr;
-    QLineEdit *m_lineEditValue0 = nullptr;
-    QLabel *m_lbValue1 = nullptr;
-    QLineEdit *m_lineEditValue1 = nullptr;
-    QGroupBox *m_groupBoxCounter = nullptr;
-    QSpinBox *m_spinBoxCounterWidth = nullptr;
-    QSpinBox *m_spinBoxCounter = nullptr;
-    QCheckBox *m_checkBoxContinuous = nullptr;
+    MatchUnitForm m_form;
 };
 
 } // namespace KEO

@@ -1,7 +1,7 @@
 #include "matchunitmodel.h"
 
 #include <config/coreconfig.h>
-#include <config/matchtext.h>
+#include <config/matchtype.h>
 #include <trigger/matchvalue.h>
 
 #include <QColor>

@@ -1,7 +1,8 @@
 #include "dataformat.h"
 
-#include "bitwords.h"
 #include "radixtext.h"
+
+#include <base/bitwords.h>
 
 #include <QBitArray>
 #include <QCoreApplication>
@@ -42,7 +43,7 @@ Words wordsOf(const QBitArray &value)
     const qsizetype count = (bits + 63) / 64;
     Words words(count);
     for (qsizetype i = 0; i < count; ++i)
-        words[count - 1 - i] = reversedBits(bitWord(value, i * 64));
+        words[count - 1 - i] = KEO::reversedBits(KEO::bitWord(value, i * 64));
     // The value now ends at the top of the last word read; bring its last bit down to bit 0.
     if (const int excess = int(count * 64 - bits)) {
         for (qsizetype i = 0; i + 1 < count; ++i)

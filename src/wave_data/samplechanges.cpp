@@ -1,6 +1,6 @@
 #include "samplechanges.h"
 
-#include "bitwords.h"
+#include <base/bitwords.h>
 
 #include <algorithm>
 #include <bit>
@@ -38,8 +38,8 @@ quint64 SampleChanges::changesFrom(qsizetype base) const
 {
     quint64 changes = 0;
     for (const QBitArray &member : m_members) {
-        const quint64 word = bitWord(member, base);
-        const quint64 before = base == 0 ? word & 1 : bitWord(member, base - 8) >> 7 & 1;
+        const quint64 word = KEO::bitWord(member, base);
+        const quint64 before = base == 0 ? word & 1 : KEO::bitWord(member, base - 8) >> 7 & 1;
         changes |= word ^ (word << 1 | before);
     }
     return changes;

@@ -1,8 +1,8 @@
 #include "windowcontents.h"
 
 #include "busnames.h"
+#include "sampletext.h"
 #include "windowxml.h"
-#include "xmltext.h"
 
 #include <QDomDocument>
 #include <QDomElement>

@@ -1,6 +1,6 @@
 #include "windowxml.h"
 
-#include "xmltext.h"
+#include <base/xmltext.h>
 
 #include <QDomDocument>
 
@@ -16,6 +16,12 @@ const QString kFormat = QStringLiteral("format");
 const QString kType = QStringLiteral("type");
 const QString kSignal = QStringLiteral("sig");
 const QString kBus = QStringLiteral("bus");
+
+/// Windows leave out what XML can't hold.
+QString storableText(const QString &text)
+{
+    return KEO::xmlSafeText(text, KEO::Unstorable::Dropped);
+}
 
 int readColor(const AttributeReader &attribute)
 {

@@ -29,6 +29,21 @@ void renameOver(const QString &from, const QString &to)
     QVERIFY(::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0);
 }
 
+/// A file that is watched, and what is told of it.
+struct Watched
+{
+    Watched() : path(directory.filePath("design.keo"))
+    {
+        write(path, "old");
+        watch.watch(path);
+    }
+
+    QTemporaryDir directory;
+    QString path;
+    FileWatch watch;
+    QSignalSpy spy{&watch, &FileWatch::fileChanged};
+};
+
 constexpr int kQuiet = 400; // ms in which a change would have been told
 constexpr int kGone = 1500; // ms in which a removal would have been told
 
@@ -47,7 +62,6 @@ private Q_SLOTS:
     void severalWithinASecond();
     void removedAndBack();
     void otherEvents();
-    void otherFile();
     void severalFiles();
 };
 
@@ -57,38 +71,26 @@ void tst_FileWatch::changes_data()
     const auto row = [](const char *name, const Change &change) { QTest::newRow(name) << change; };
     row("in place", [](const QString &path) { write(path, "new"); });
     row("in place, same size", [](const QString &path) { write(path, "OLD"); });
-    row("appended", [](const QString &path) {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::Append) && file.write("x") == 1);
-    });
     row("cut in place and written later", [](const QString &path) {
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         QTest::qWait(300);
         QVERIFY(file.write("new") == 3);
     });
-    row("renamed over", [](const QString &path) {
-        write(path + ".tmp", "new");
-        renameOver(path + ".tmp", path);
-    });
-    row("old file kept under another name", [](const QString &path) {
-        renameOver(path, path + ".bak");
-        write(path, "new");
-    });
-    row("old file kept, new one later", [](const QString &path) {
-        renameOver(path, path + ".bak");
-        QTest::qWait(400);
-        write(path, "new");
-    });
-    row("deleted and made again", [](const QString &path) {
-        QVERIFY(QFile::remove(path));
-        write(path, "new");
-    });
-    row("deleted and made again later", [](const QString &path) {
-        QVERIFY(QFile::remove(path));
-        QTest::qWait(400);
-        write(path, "new");
-    });
+    for (const int ms : {0, 400}) {
+        QTest::addRow("old file kept, new one after %d ms", ms)
+            << Change([ms](const QString &path) {
+                   renameOver(path, path + ".bak");
+                   QTest::qWait(ms);
+                   write(path, "new");
+               });
+        QTest::addRow("deleted and made again after %d ms", ms)
+            << Change([ms](const QString &path) {
+                   QVERIFY(QFile::remove(path));
+                   QTest::qWait(ms);
+                   write(path, "new");
+               });
+    }
     row("with its folder", [](const QString &path) {
         const QString folder = QFileInfo(path).path();
         QVERIFY(QDir(folder).removeRecursively());
@@ -127,12 +129,9 @@ void tst_FileWatch::changes()
 
 void tst_FileWatch::severalWithinASecond()
 {
-    const QTemporaryDir directory;
-    const QString path = directory.filePath("design.keo");
-    write(path, "old");
-    FileWatch watch;
-    QSignalSpy spy(&watch, &FileWatch::fileChanged);
-    watch.watch(path);
+    Watched file;
+    QSignalSpy &spy = file.spy;
+    const QString &path = file.path;
     QElapsedTimer timer;
     timer.start();
     for (int i = 0; i < 20; ++i) {
@@ -153,12 +152,9 @@ void tst_FileWatch::severalWithinASecond()
 
 void tst_FileWatch::removedAndBack()
 {
-    const QTemporaryDir directory;
-    const QString path = directory.filePath("design.keo");
-    write(path, "old");
-    FileWatch watch;
-    QSignalSpy spy(&watch, &FileWatch::fileChanged);
-    watch.watch(path);
+    Watched file;
+    QSignalSpy &spy = file.spy;
+    const QString &path = file.path;
     QVERIFY(QFile::remove(path));
     QTest::qWait(400);
     QCOMPARE(spy.size(), 0); // it may be back any moment
@@ -171,51 +167,40 @@ void tst_FileWatch::removedAndBack()
     QTRY_COMPARE(spy.size(), 3);
 }
 
-// What leaves the content alone is nobody's business.
+// What leaves the content alone is nobody's business, nor is a file that was watched before.
 void tst_FileWatch::otherEvents()
 {
-    const QTemporaryDir directory;
-    const QString path = directory.filePath("design.keo");
-    write(path, "old");
+    Watched file;
+    QSignalSpy &spy = file.spy;
     {
-        QFile file(path); // long ago, so that the time of the file tells versions apart
-        QVERIFY(file.open(QIODevice::ReadWrite));
-        QVERIFY(file.setFileTime(QDateTime::currentDateTime().addDays(-1),
-                                 QFileDevice::FileModificationTime));
+        QFile old(file.path); // long ago, so that the time of the file tells versions apart
+        QVERIFY(old.open(QIODevice::ReadWrite));
+        QVERIFY(old.setFileTime(QDateTime::currentDateTime().addDays(-1),
+                                QFileDevice::FileModificationTime));
     }
-    FileWatch watch;
-    QSignalSpy spy(&watch, &FileWatch::fileChanged);
-    watch.watch(path);
-    QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
-    QVERIFY(QFile(path).link(directory.filePath("link.keo")));
-    write(directory.filePath("other.keo"), "new");
-    QTest::qWait(kQuiet);
-    QCOMPARE(spy.size(), 0);
-    write(path, "new");
-    QTRY_COMPARE(spy.size(), 1);
-}
-
-void tst_FileWatch::otherFile()
-{
-    const QTemporaryDir directory;
-    const QString first = directory.filePath("first.keo");
-    const QString second = directory.filePath("second.keo");
-    write(first, "old");
-    FileWatch watch;
-    QSignalSpy spy(&watch, &FileWatch::fileChanged);
-    watch.watch(first);
-    watch.watch(second); // does not exist yet
-    write(first, "new");
-    QTest::qWait(kQuiet);
-    QCOMPARE(spy.size(), 0);
+    file.watch.watch(file.path);
+    QVERIFY(QFile::setPermissions(file.path, QFile::ReadOwner | QFile::WriteOwner));
+    QVERIFY(QFile(file.path).link(file.directory.filePath("link.keo")));
+    const QString second = file.directory.filePath("second.keo");
     write(second, "new");
+    QTest::qWait(kQuiet);
+    QCOMPARE(spy.size(), 0);
+    write(file.path, "new");
     QTRY_COMPARE(spy.size(), 1);
-    QCOMPARE(spy.first().first().toString(), second);
-    write(second, "newer"); // not told any more, though seen
-    watch.stop();
-    write(second, "newest");
+
+    QVERIFY(QFile::remove(second));
+    file.watch.watch(second); // does not exist yet
+    write(file.path, "newer");
     QTest::qWait(kQuiet);
     QCOMPARE(spy.size(), 1);
+    write(second, "new");
+    QTRY_COMPARE(spy.size(), 2);
+    QCOMPARE(spy.last().first().toString(), second);
+    write(second, "newer"); // not told any more, though seen
+    file.watch.stop();
+    write(second, "newest");
+    QTest::qWait(kQuiet);
+    QCOMPARE(spy.size(), 2);
 }
 
 /// Listeners may change the set while they are told.

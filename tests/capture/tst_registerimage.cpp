@@ -26,7 +26,7 @@ MatchUnit &useUnit(CoreConfig &core, int index, int width, int func, const QStri
     MatchUnit &unit = *core.matchUnits[size_t(index)];
     unit.enabled = true;
     unit.trigger = core.triggers[size_t(index)].get();
-    unit.func = func;
+    unit.func = MatchFunction(func);
     unit.value0 = value0;
     unit.value1 = value1;
     return unit;

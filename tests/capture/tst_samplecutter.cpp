@@ -120,7 +120,7 @@ void tst_SampleCutter::rowsInOrder()
 void tst_SampleCutter::randomShapes()
 {
     QRandomGenerator random(8);
-    for (int round = 0; round < 3000; ++round) {
+    for (int round = 0; round < 1000; ++round) {
         const bool isSmall = round % 10 != 0;
         CaptureGeometry geometry;
         geometry.registerWidth = random.bounded(16, isSmall ? 70 : 301);

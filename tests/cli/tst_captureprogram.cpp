@@ -311,8 +311,10 @@ void tst_CaptureProgram::refusesProjects()
         writeFile("p.xml", data);
     if (data == "gone")
         QVERIFY(QFile::remove(file("design.keo")));
-    const Outcome outcome = run("--open p.analyzer_prj");
+    const Outcome outcome = run("--quiet --open p.analyzer_prj");
     QCOMPARE(outcome.status, 6);
+    QVERIFY2(outcome.errors.startsWith("signalscope-capture: "), // and no message of the log
+             qPrintable(outcome.errors));
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
     QCOMPARE(QDir(m_directory->path()).entryList({"*.vcd"}).size(), 1); // the stimulus
 }

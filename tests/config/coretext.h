@@ -48,10 +48,10 @@ inline QStringList coreText(const KEO::CoreConfig &core)
     for (const auto &port : core.triggers)
         lines += line("port", port->index, port->core == &core, port->signals);
     for (const auto &unit : core.matchUnits)
-        lines += line("unit", unit->index, unit->core == &core, unit->enabled, unit->match_type,
-                      unit->func, unit->counter_enable, unit->counter_width, unit->counter,
-                      unit->countinuous, unit->value0, unit->value1,
-                      unit->trigger ? unit->trigger->index : -1);
+        lines += line("unit", unit->index, unit->core == &core, unit->enabled,
+                      int(unit->match_type), int(unit->func), unit->counter_enable,
+                      unit->counter_width, unit->counter, unit->countinuous, unit->value0,
+                      unit->value1, unit->trigger ? unit->trigger->index : -1);
     for (const QString &expression : core.expressions)
         lines += line("expression", expression);
     return lines;

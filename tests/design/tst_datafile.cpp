@@ -6,7 +6,7 @@
 #include <design/datafilereader.h>
 #include <design/datafilewriter.h>
 #include <support/testmain.h>
-#include <wave_data/xmltext.h>
+#include <wave_data/sampletext.h>
 
 #include <QFile>
 

@@ -103,10 +103,14 @@ void fillRandomly(WindowContents &contents, QRandomGenerator &random)
 {
     const int samples = random.bounded(300);
     int id = 0;
+    // What no file can hold: gone in a saved window, so the other door has to drop it as well.
+    const auto unstorable = [&] {
+        return random.bounded(9) ? QString() : QStringLiteral("\ufffe") + QChar(1);
+    };
     const auto signal = [&] {
         const int length = random.bounded(4) ? samples : random.bounded(samples + 10);
         return SignalElement{.id = id++,
-                             .name = QString(random.bounded(30), u'n'),
+                             .name = QString(random.bounded(30), u'n') + unstorable(),
                              .text = random.bounded(2) ? QString() : QStringLiteral("text"),
                              .data = randomBits(random, length)};
     };
@@ -115,7 +119,9 @@ void fillRandomly(WindowContents &contents, QRandomGenerator &random)
         for (int i = random.bounded(80); i > 0; --i)
             contents.addSignal(signal());
         std::deque<SignalElement> members;
-        BusElement bus{.name = QString(random.bounded(9000), u'b'), .text = {}, .signals = {}};
+        BusElement bus{.name = QString(random.bounded(9000), u'b') + unstorable(),
+                       .text = unstorable(),
+                       .signals = {}};
         for (int i = random.bounded(3) ? random.bounded(6) : random.bounded(140); i > 0; --i)
             bus.signals.append(&members.emplace_back(signal()));
         contents.addBus(bus).format->setType(DataFormat::Type(random.bounded(6)));
@@ -153,10 +159,8 @@ private Q_SLOTS:
     void expectedFiles_data();
     void expectedFiles();
     void emptyWindow();
-    void busNames();
     void identifiers();
     void sameAsCellByCell();
-    void bothDoorsDropTheSameCharacters();
     void refusedBytes_data();
     void refusedBytes();
 
@@ -222,42 +226,30 @@ void tst_ExportWriters::expectedFiles()
 
 void tst_ExportWriters::emptyWindow()
 {
-    const WindowContents empty;
     const auto csv = [](auto &out, auto &w) { return writeCsv(out, "ns", 10, w); };
-    QCOMPARE(written(csv, empty), "Data:\ntime unit: ns,\n0,\n");
-    const auto prn = [](auto &out, auto &w) { return writePrn(out, "ns", 10, w, 0); };
-    QCOMPARE(written(prn, empty), "time unit: ns\t");
+    const auto prn = [](auto &out, auto &w) { return writePrn(out, "ns", 10, w, 2); };
     const auto vcd = [](auto &out, auto &w) {
         return writeVcd(out, "dut", "clk", false, "ps", 10, 0, w, kWritten);
     };
-    QVERIFY(written(vcd, empty).endsWith("$enddefinitions\n$end\n#0\n$dumpvars\n0!\n$end\n#10\n"));
-
-    WindowContents contents; // signals, but no rows: no column for a default row either
-    contents.addSignal({.id = 0, .name = "a", .text = "", .data = QBitArray(3)});
-    contents.clearLayout();
-    QCOMPARE(written(csv, contents), "Data:\ntime unit: ns,\n0,\n");
-    const auto other = [](auto &out, auto &w) { return writePrn(out, "ns", 10, w, 2); };
-    contents.addSignal({.id = 0, .name = "a", .text = "", .data = QBitArray(3)});
-    QCOMPARE(written(other, contents), "time unit: ns\t");
-}
-
-void tst_ExportWriters::busNames()
-{
     WindowContents contents;
-    contents.addSignal({.id = 0, .name = "a", .text = "", .data = {}});
-    contents.addBus({.name = "bus", .text = "", .signals = {}});
-    contents.addBus({.name = "other", .text = "renamed", .signals = {}});
-    QCOMPARE(readBusNames(contents), (QStringList{"bus", "renamed"}));
+    QVERIFY(
+        written(vcd, contents).endsWith("$enddefinitions\n$end\n#0\n$dumpvars\n0!\n$end\n#10\n"));
+    for (const bool hasSignals :
+         {false, true}) { // without rows: no column for a default row either
+        QCOMPARE(written(csv, contents), "Data:\ntime unit: ns,\n0,\n");
+        QCOMPARE(written(prn, contents), "time unit: ns\t");
+        if (!hasSignals)
+            contents.addSignal({.id = 0, .name = "a", .text = "", .data = QBitArray(3)});
+        contents.clearLayout();
+    }
 }
 
 void tst_ExportWriters::identifiers()
 {
-    QCOMPARE(vcdIdentifier(1), "\"");
-    QCOMPARE(vcdIdentifier(93), "~");
-    QCOMPARE(vcdIdentifier(94), "\"!");
-    QCOMPARE(vcdIdentifier(188), "#!");
-    QCOMPARE(vcdIdentifier(8835), "~~");
-    QCOMPARE(vcdIdentifier(8836), "\x7f!");
+    const QList<QPair<int, QString>> identifiers{{1, "\""},   {93, "~"},    {94, "\"!"},
+                                                 {188, "#!"}, {8835, "~~"}, {8836, "\x7f!"}};
+    for (const auto &[number, identifier] : identifiers)
+        QCOMPARE(vcdIdentifier(number), identifier);
 }
 
 void tst_ExportWriters::sameAsCellByCell()
@@ -291,19 +283,6 @@ void tst_ExportWriters::sameAsCellByCell()
         QVERIFY(dump.endsWith("$end\n" + naiveChanges(records, picoseconds, trigger)));
         QVERIFY(written(vcd, contents) == dump);
     }
-}
-
-void tst_ExportWriters::bothDoorsDropTheSameCharacters()
-{
-    WindowContents contents;
-    SignalElement member{.id = 0, .name = "a\x01", .text = "\x02", .data = QBitArray(2)};
-    contents.addBus({.name = "b\x03", .text = "\x04", .signals = {&member}});
-    QDomDocument document;
-    const QDomElement element = contents.writeWindow(document);
-    const auto csv = [](auto &out, auto &w) { return writeCsv(out, "ns", 1, w); };
-    QVERIFY(
-        written(csv, contents).startsWith("Groups:\nb =, a, ,\n\nData:\ntime unit: ns, b, a,\n"));
-    QCOMPARE(written(csv, element), written(csv, contents));
 }
 
 void tst_ExportWriters::refusedBytes_data()

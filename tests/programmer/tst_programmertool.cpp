@@ -17,7 +17,6 @@ class tst_ProgrammerTool : public QuietTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void scans_data();
     void scans();
     void outputInPieces_data();
     void outputInPieces();
@@ -25,31 +24,22 @@ private Q_SLOTS:
     void stopEndsTheChildren();
 };
 
-void tst_ProgrammerTool::scans_data()
-{
-    // devices: family,name,code;
-    const auto row =
-        addColumns<QStringList, QString, QStringList>({"lines", "devices", "messages"});
-    const QStringList one{"  Device Info:", "  Family: KR", "  Name: KR-C ", "  ID: 0x1100381B"};
-    row("nothing", {"", " "}, "", {});
-    row("between messages", {" Scan  chain", one[0], one[1], one[2], one[3], "", "done"},
-        "KR,KR-C,1100381B;", {"Scan chain", "done"});
-    row("two, in another order", one + QStringList{one[0], one[3], one[2], one[1]},
-        "KR,KR-C,1100381B;KR,KR-C,1100381B;", {});
-    row("cut off", one + one.mid(0, 3), "KR,KR-C,1100381B;KR,KR-C,;", {});
-    row("a line too few", {one[0], one[1], one[2], one[0], one[3]}, "KR,KR-C,;",
-        {"ID: 0x1100381B"});
-}
-
 void tst_ProgrammerTool::scans()
 {
-    QFETCH(QStringList, lines);
-    const ScanReport report = parseScan(lines);
-    QString devices;
-    for (const ScannedDevice &device : report.devices)
-        devices += device.family + ',' + device.name + ',' + device.idCode + ';';
-    QTEST(devices, "devices");
-    QTEST(report.messages, "messages");
+    const QStringList one{"  Device Info:", "  Family: KR", "  Name: KR-C ", "  ID: 0x1100381B"};
+    const auto check = [](const QStringList &lines, const QString &expected) {
+        const ScanReport report = parseScan(lines);
+        QStringList found;
+        for (const ScannedDevice &device : report.devices)
+            found += device.family + ',' + device.name + ',' + device.idCode;
+        QCOMPARE((found + report.messages).join(u';'), expected);
+    };
+    check({"", " "}, "");
+    check(QStringList{" Scan  chain"} + one + QStringList{"", "done"},
+          "KR,KR-C,1100381B;Scan chain;done");
+    check(one + QStringList{one[0], one[3], one[2], one[1]}, "KR,KR-C,1100381B;KR,KR-C,1100381B");
+    check(one + one.first(3), "KR,KR-C,1100381B;KR,KR-C,");
+    check({one[0], one[1], one[2], one[0], one[3]}, "KR,KR-C,;ID: 0x1100381B");
 }
 
 void tst_ProgrammerTool::outputInPieces_data()

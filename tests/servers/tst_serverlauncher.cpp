@@ -15,10 +15,8 @@ class tst_ServerLauncher : public QuietTest
 
 private Q_SLOTS:
     void table();
-    void starts_data();
     void starts();
-    void stopping();
-    void endsWithItsInput();
+    void ends();
 };
 
 namespace {
@@ -84,78 +82,60 @@ void tst_ServerLauncher::table()
              QFileInfo(QCoreApplication::applicationDirPath() + "/../../Burner/bin"));
 }
 
-void tst_ServerLauncher::starts_data()
-{
-    const auto row =
-        addColumns<QStringList, QList<ServerRow>, QStringList>({"there", "asked", "cables"});
-    row("all", {"chainserver", "chainserver_lpt", "chainserver_lk7"}, serverTable(),
-        {kUsb, kLpt, kLk7});
-    row("some", {"chainserver", "chainserver_lk7"}, serverTable(), {kUsb, kLk7});
-    row("none", {}, serverTable(), {});
-    row("the one asked for", {"chainserver", "chainserver_lpt"}, {serverTable().at(1)}, {kLpt});
-}
-
 void tst_ServerLauncher::starts()
 {
-    QFETCH(QStringList, there);
-    QFETCH(QList<ServerRow>, asked);
-    QFETCH(QStringList, cables);
-    const BurnerDir dir(there);
-    if (!there.contains("chainserver_lpt")) {
+    const auto check = [](const QStringList &there, const QList<ServerRow> &asked,
+                          const QStringList &cables) {
+        const BurnerDir dir(there);
         QFile broken(dir.file("chainserver_lpt"));
-        QVERIFY(broken.open(QIODevice::WriteOnly)); // there, but no program
-    }
-    ServerProcesses processes;
-    QCOMPARE(names(launchServers(processes, dir.path(), asked)), cables);
-    QCOMPARE(qsizetype(processes.size()), cables.size());
-    for (const ServerRow &row : serverTable()) {
-        const bool starts = cables.contains(row.connection.name);
-        // Written behind four megabytes of output, so that output does not block a server either.
-        QTRY_COMPARE(dir.arguments(row.executable), starts ? "-local\n" : "not started");
-        if (!starts)
-            continue;
-        QCOMPARE(processes.at(row.connection.name)->state(), QProcess::Running);
-        QCOMPARE(processes.at(row.connection.name)->bytesAvailable(), 0);
-    }
-    killServers(processes);
-    QVERIFY(processes.empty());
+        QVERIFY(broken.exists() || broken.open(QIODevice::WriteOnly)); // there, but no program
+        ServerProcesses processes;
+        QCOMPARE(names(launchServers(processes, dir.path(), asked)), cables);
+        QCOMPARE(qsizetype(processes.size()), cables.size());
+        for (const ServerRow &row : serverTable()) {
+            const bool starts = cables.contains(row.connection.name);
+            // Behind four megabytes of output, so that output does not block a server either.
+            QTRY_COMPARE(dir.arguments(row.executable), starts ? "-local\n" : "not started");
+            if (!starts)
+                continue;
+            QCOMPARE(processes.at(row.connection.name)->state(), QProcess::Running);
+            QCOMPARE(processes.at(row.connection.name)->bytesAvailable(), 0);
+        }
+        killServers(processes);
+        QVERIFY(processes.empty());
+    };
+    check({"chainserver", "chainserver_lk7"}, serverTable(), {kUsb, kLk7});
+    check({}, serverTable(), {});
+    check({"chainserver", "chainserver_lpt"}, {serverTable().at(1)}, {kLpt});
 }
 
-void tst_ServerLauncher::stopping()
+void tst_ServerLauncher::ends()
 {
-    const BurnerDir dir({"chainserver", "chainserver_lpt"});
+    const BurnerDir dir({"chainserver", "chainserver_lpt", "chainserver_lk7"});
     ServerProcesses processes;
-    QCOMPARE(launchServers(processes, dir.path()).size(), 2);
-
-    QList<QProcess::ExitStatus> ends;
-    for (const auto &[cable, process] : processes) {
-        connect(process.get(), &QProcess::finished, this,
-                [&](int, QProcess::ExitStatus status) { ends.append(status); });
-    }
-    stopServer(processes, kUsb);
-    QCOMPARE(ends, QList{QProcess::CrashExit});
-    QCOMPARE(processes.size(), 1u);
-    QVERIFY(processes.contains(kLpt));
-    stopServer(processes, "no such cable");
-    killServers(processes);
-    QCOMPARE(ends, (QList{QProcess::CrashExit, QProcess::CrashExit}));
-}
-
-void tst_ServerLauncher::endsWithItsInput()
-{
-    const BurnerDir dir({"chainserver", "chainserver_lpt"});
-    ServerProcesses processes;
-    QCOMPARE(launchServers(processes, dir.path()).size(), 2);
+    QCOMPARE(launchServers(processes, dir.path()).size(), 3);
     QTRY_COMPARE(dir.arguments("chainserver"), "-local\n");
 
-    // The first one's pipe ends here and nowhere else, though the second was started after it.
+    // The first one's pipe ends here and nowhere else, though others were started after it.
     QProcess &server = *processes.at(kUsb);
     QVERIFY(!server.waitForFinished(50));
     server.closeWriteChannel();
     QTRY_COMPARE(server.state(), QProcess::NotRunning);
     QCOMPARE(server.exitStatus(), QProcess::NormalExit);
     QCOMPARE(server.exitCode(), 7);
+
+    QList<QProcess::ExitStatus> ends;
+    for (const auto &[cable, process] : processes) {
+        connect(process.get(), &QProcess::finished, this,
+                [&](int, QProcess::ExitStatus status) { ends.append(status); });
+    }
+    stopServer(processes, kLpt);
+    QCOMPARE(ends, QList{QProcess::CrashExit});
+    QCOMPARE(processes.size(), 2u);
+    QVERIFY(!processes.contains(kLpt));
+    stopServer(processes, "no such cable");
     killServers(processes); // one has ended already
+    QCOMPARE(ends, (QList{QProcess::CrashExit, QProcess::CrashExit}));
     QVERIFY(processes.empty());
 }
 

@@ -13,6 +13,14 @@ inline QBitArray bitsOf(const QString &text)
     return bits;
 }
 
+inline QString textOf(const QBitArray &bits)
+{
+    QString text;
+    for (qsizetype i = 0; i < bits.size(); ++i)
+        text.append(bits.testBit(i) ? u'1' : u'0');
+    return text;
+}
+
 /// The last \a width binary digits of \a value.
 inline QString binary(quint64 value, int width)
 {

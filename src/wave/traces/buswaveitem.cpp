@@ -3,6 +3,7 @@
 #include "tracepainting.h"
 #include "valuefont.h"
 
+#include <base/logging.h>
 #include <wave/common/viewergeometry.h>
 #include <wave_data/dataformat.h>
 #include <wave_data/radixtext.h>
@@ -193,7 +194,7 @@ void BusWaveItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *optio
     const QRectF &exposed = option->exposedRect;
     const qreal zoom = painter->transform().m11();
     const SampleRange range = exposedSamples(exposed, sampleCount(), kSpareSamples);
-    qCDebug(lcWavePaint) << "dirty rectangle: " << exposed << "scale: " << zoom
+    qCDebug(KEO::lcWavePaint) << "dirty rectangle: " << exposed << "scale: " << zoom
                          << "start: " << range.first << "data size: " << sampleCount();
     painter->save();
     paintRowGround(*painter, exposed, kSeparatorY, isRowSelected());

@@ -2,6 +2,7 @@
 
 #include "tracepainting.h"
 
+#include <base/logging.h>
 #include <wave/common/viewergeometry.h>
 
 #include <QPainter>
@@ -43,7 +44,7 @@ QRectF SignalWaveItem::boundingRect() const
 void SignalWaveItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *)
 {
     const QRectF &exposed = option->exposedRect;
-    qCDebug(lcWavePaint) << "dirty rectangle: " << exposed << "data size: " << m_data.size();
+    qCDebug(KEO::lcWavePaint) << "dirty rectangle: " << exposed << "data size: " << m_data.size();
     painter->save();
     paintRowGround(*painter, exposed, kSeparatorY, isRowSelected());
     painter->setPen(QPen(QBrush(color()), 0, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));

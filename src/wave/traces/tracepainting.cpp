@@ -5,8 +5,6 @@
 
 namespace WaveMonitor {
 
-Q_LOGGING_CATEGORY(lcWavePaint, "signalscope.wave.paint", QtInfoMsg)
-
 namespace {
 
 constexpr QRgb kSeparatorColor = 0xFF555555;

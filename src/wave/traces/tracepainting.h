@@ -3,16 +3,12 @@
 #include "tracegeometry.h"
 
 #include <QColor>
-#include <QLoggingCategory>
 
 #include <optional>
 
 class QPainter;
 
 namespace WaveMonitor {
-
-/// What the items paint; off unless asked for, and then a few lines for each row and frame.
-Q_DECLARE_LOGGING_CATEGORY(lcWavePaint)
 
 /// Draws the line below a row at \a separatorY and, if \a selected, the row's tint. Scene units.
 void paintRowGround(QPainter &painter, const QRectF &exposed, qreal separatorY, bool selected);

@@ -1,29 +1,27 @@
-// Rows, items and notifications; how rows are arranged stands in signaltreearrangement.cpp.
-
 #include "signaltreemodel.h"
 
 #include "signaltreeview.h"
 
 #include <wave/common/timesliderdata.h>
-#include <wave_data/rowtext.h>
 
 #include <QDomDocument>
 #include <QDomElement>
-#include <QFont>
 #include <QtDebug>
 
-#include <algorithm>
+#include <utility>
 
 namespace WaveMonitor {
 
-namespace {
-
-constexpr QRgb kMemberBackground = 0xFFDDDDDD;
-
-} // namespace
-
-SignalTreeModel::SignalTreeModel(QObject *parent) : QAbstractItemModel(parent), m_items(m_contents)
+SignalTreeModel::SignalTreeModel(QObject *parent) : RowModel(parent), m_items(m_contents)
 {
+    connect(this, &RowModel::busDissolved, this,
+            [this](const LayoutNode *bus) { m_items.removeItem(bus); });
+    connect(this, &RowModel::structureChanged, this,
+            [this] { raiseLater(this, EvStructureChanged); });
+    connect(this, &RowModel::rowsPlaced, this, [this] {
+        recalculateWaveItems();
+        raiseLater(this, EvRepaintItems);
+    });
     NotificationCenter::instance()->subscribe(
         this, {4, EvFormatChanged, EvBeforeMarkerCreate, EvAfterMarkerCreate, EvBeforeMarkerChange,
                EvAfterMarkerChange, EvBeforeMarkerRemove, EvAfterMarkerRemove, 21, EvColorChanged});
@@ -130,20 +128,6 @@ void SignalTreeModel::setView(SignalTreeView *view)
     m_view = view;
 }
 
-LayoutNode *SignalTreeModel::node(const QModelIndex &index) const
-{
-    if (index.isValid())
-        return static_cast<LayoutNode *>(index.internalPointer());
-    return const_cast<LayoutNode *>(&m_contents.layout());
-}
-
-QModelIndex SignalTreeModel::indexOf(const LayoutNode *node) const
-{
-    if (!node->parent)
-        return {};
-    return createIndex(node->parent->childIndex(node), NameColumn, node);
-}
-
 // Wave items
 
 QList<QGraphicsItem *> SignalTreeModel::recalculateWaveItems()
@@ -160,6 +144,12 @@ QList<QGraphicsItem *> SignalTreeModel::waveItems()
 void SignalTreeModel::relayoutItems()
 {
     recalculateWaveItems();
+}
+
+void SignalTreeModel::groupBus(const QModelIndexList &indexes)
+{
+    groupRows(indexes);
+    m_items.clearSelection();
 }
 
 void SignalTreeModel::refreshItemColors()
@@ -224,103 +214,6 @@ void SignalTreeModel::updateViewport()
 {
     if (m_view)
         m_view->viewport()->update();
-}
-
-// The item model
-
-QModelIndex SignalTreeModel::index(int row, int column, const QModelIndex &parent) const
-{
-    if (!hasIndex(row, column, parent))
-        return {};
-    return createIndex(row, column, node(parent)->child(row));
-}
-
-QModelIndex SignalTreeModel::parent(const QModelIndex &index) const
-{
-    return index.isValid() ? indexOf(node(index)->parent) : QModelIndex();
-}
-
-int SignalTreeModel::rowCount(const QModelIndex &parent) const
-{
-    return parent.column() > NameColumn ? 0 : int(node(parent)->children.size());
-}
-
-int SignalTreeModel::columnCount(const QModelIndex &) const
-{
-    return 2;
-}
-
-QVariant SignalTreeModel::data(const QModelIndex &index, int role) const
-{
-    if (!index.isValid())
-        return {};
-    const LayoutNode &row = *node(index);
-    switch (role) {
-    case Qt::DisplayRole:
-    case Qt::EditRole:
-        return index.column() == NameColumn ? rowName(m_contents, row) : rowValue(m_contents, row);
-    case Qt::FontRole:
-        if (index.column() == NameColumn) {
-            QFont font;
-            font.setItalic(isRowRenamed(m_contents, row));
-            return font;
-        }
-        return {};
-    case Qt::BackgroundRole:
-        return row.parent->type == LayoutNode::Bus ? QColor(kMemberBackground) : QColor(Qt::white);
-    default:
-        return {};
-    }
-}
-
-bool SignalTreeModel::setData(const QModelIndex &index, const QVariant &value, int role)
-{
-    const QString text = value.toString();
-    if (!index.isValid() || index.column() != NameColumn || role != Qt::EditRole || text.isEmpty())
-        return false;
-    LayoutNode *row = node(index);
-    if (row->type == LayoutNode::Bus) {
-        auto *bus = static_cast<BusLayoutNode *>(row);
-        bus->text = text == bus->name ? QString() : text;
-    } else {
-        static_cast<SignalLayoutNode *>(row)->text = text;
-    }
-    Q_EMIT dataChanged(index, index);
-    return true;
-}
-
-QVariant SignalTreeModel::headerData(int section, Qt::Orientation orientation, int role) const
-{
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
-        return {};
-    switch (section) {
-    case NameColumn:
-        return tr("Name");
-    case ValueColumn:
-        return tr("Value");
-    default:
-        return QString();
-    }
-}
-
-Qt::DropActions SignalTreeModel::supportedDropActions() const
-{
-    return Qt::CopyAction | Qt::MoveAction;
-}
-
-Qt::DropActions SignalTreeModel::supportedDragActions() const
-{
-    return supportedDropActions();
-}
-
-Qt::ItemFlags SignalTreeModel::flags(const QModelIndex &index) const
-{
-    if (!index.isValid())
-        return Qt::ItemIsDropEnabled;
-    const Qt::ItemFlags shared = Qt::ItemIsDragEnabled | Qt::ItemIsEnabled;
-    if (index.column() != NameColumn)
-        return shared;
-    return shared | Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsDropEnabled;
 }
 
 } // namespace WaveMonitor

@@ -1,3 +1,0 @@
-#include "capturelog.h"
-
-Q_LOGGING_CATEGORY(keoCapture, "keo.capture", QtInfoMsg)

@@ -1,0 +1,55 @@
+#include "design.h"
+
+#include "litedesign.h"
+#include "standarddesign.h"
+
+#include <QFileInfo>
+
+#include <utility>
+
+namespace KEO {
+
+Design::Design(DescriptionKind kind, JtagSession &session)
+    : m_traits(kindTraits(kind)), m_session(session)
+{
+}
+
+std::unique_ptr<Design> Design::make(DescriptionKind kind, JtagSession &session)
+{
+    if (kind == DescriptionKind::Lite)
+        return std::make_unique<LiteDesign>(session);
+    return std::make_unique<StandardDesign>(session);
+}
+
+Result<QString> Design::load(const QString &path)
+{
+    QString id;
+    QString reason;
+    if (loadCores(path, id, reason))
+        return id;
+    if (!QFileInfo::exists(path))
+        reason = tr("Open file failed");
+    return Error{Error::File, tr("%1 can not be used: %2").arg(path, reason)};
+}
+
+Result<std::optional<Design::SavedWindows>> Design::openWindows(const QString &path) const
+{
+    Result<LoadedWindows> loaded = loadDataFile(path);
+    if (!loaded)
+        return loaded.error();
+    if (!fits(*loaded))
+        return std::optional<SavedWindows>();
+    SavedWindows windows;
+    for (LoadedWindow &window : *loaded) {
+        if (const std::optional<WindowPlace> place = placeOf(window))
+            windows.push_back({*place, std::move(window.contents)});
+    }
+    return std::optional(std::move(windows));
+}
+
+Error Design::unknownCore(int number)
+{
+    return {Error::Usage, tr("The description has no core %1.").arg(number)};
+}
+
+} // namespace KEO

@@ -1,0 +1,94 @@
+#include "litedesign.h"
+
+#include "exportcore.h"
+
+#include <config/capturelimits.h>
+#include <config/liteconfig.h>
+
+#include <QPointer>
+
+namespace KEO {
+
+LiteDesign::LiteDesign(JtagSession &session)
+    : Design(DescriptionKind::Lite, session), m_manager(session)
+{
+    connect(&m_manager, &KeoLiteDataManager::readRamComplete, this,
+            [this] { Q_EMIT captured(m_manager.core()->index, 0); });
+}
+
+bool LiteDesign::loadCores(const QString &path, QString &id, QString &reason)
+{
+    return m_manager.load(path, id, &reason);
+}
+
+bool LiteDesign::save(const QString &path) const
+{
+    const LiteCoreConfig *core = m_manager.core();
+    return core && saveLiteConfigFile({*core}, path);
+}
+
+std::optional<Error> LiteDesign::choose(const QList<int> &cores)
+{
+    const LiteCoreConfig &core = *m_manager.core();
+    for (const int number : cores) {
+        if (number != core.index)
+            return unknownCore(number);
+    }
+    return captureObstacle(core);
+}
+
+void LiteDesign::start()
+{
+    m_manager.start(delay());
+}
+
+void LiteDesign::forceTrigger()
+{
+    m_manager.onDelay();
+}
+
+QString LiteDesign::waitingFor() const
+{
+    if (m_manager.core()->active != 1)
+        return {};
+    return tr("the capture of core %1").arg(m_manager.core()->index);
+}
+
+std::optional<CapturedWindow> LiteDesign::take(int, int window, const QString &deviceModel)
+{
+    const QPointer<LiteDesign> self(this);
+    const QList<QBitArray> sections = m_manager.rawCapture();
+    const LiteCoreConfig *core = self ? m_manager.core() : nullptr;
+    if (!core)
+        return std::nullopt;
+    return CapturedWindow{KEO::exportCore(*core), window, core->signals,
+                          extractSignalData(core, sections, deviceModel, m_manager.isZeo())};
+}
+
+ExportCore LiteDesign::exportCore(int core) const
+{
+    ExportCore exported = m_manager.core() ? KEO::exportCore(*m_manager.core()) : ExportCore();
+    exported.index = core;
+    return exported;
+}
+
+void LiteDesign::keepNames(int, const QMap<int, SignalNames> &names)
+{
+    if (LiteCoreConfig *core = m_manager.core())
+        core->applySignalNames(names);
+}
+
+bool LiteDesign::fits(const LoadedWindows &windows) const
+{
+    return m_manager.core() && fitsLiteCore(windows, *m_manager.core());
+}
+
+std::optional<WindowPlace> LiteDesign::placeOf(const LoadedWindow &window) const
+{
+    const std::optional<int> number = windowNumberOf(window);
+    if (!number)
+        return std::nullopt;
+    return WindowPlace{m_manager.core()->index, *number};
+}
+
+} // namespace KEO

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "design.h"
+
+#include <capture/litedatamanager.h>
+
+namespace KEO {
+
+/// A lite core, which captures one window after a delay; Force Trigger cuts the delay short.
+class LiteDesign final : public Design
+{
+    Q_OBJECT
+
+public:
+    explicit LiteDesign(JtagSession &session);
+
+    [[nodiscard]] KeoLiteDataManager &manager() override { return m_manager; }
+
+    [[nodiscard]] bool save(const QString &path) const override;
+    /// A run is not stopped and the core not let go. Only the end of the program leaves during a
+    /// run; it drops the connections right after, and with them whatever a stop would have sent. A
+    /// core that is not in use costs nothing, and the next file replaces it.
+    void leave() override {}
+    [[nodiscard]] std::optional<Error> choose(const QList<int> &cores) override;
+    [[nodiscard]] bool canStart() const override { return m_manager.core() != nullptr; }
+    [[nodiscard]] bool canAuto() const override { return canStart(); }
+    [[nodiscard]] int windowCount() const override { return 1; }
+    void start() override;
+    void forceTrigger() override;
+    [[nodiscard]] QString waitingFor() const override;
+    [[nodiscard]] std::optional<CapturedWindow> take(int core, int window,
+                                                     const QString &deviceModel) override;
+    [[nodiscard]] ExportCore exportCore(int core) const override;
+    void keepNames(int core, const QMap<int, SignalNames> &names) override;
+
+protected:
+    bool loadCores(const QString &path, QString &id, QString &reason) override;
+    [[nodiscard]] bool fits(const LoadedWindows &windows) const override;
+    [[nodiscard]] std::optional<WindowPlace> placeOf(const LoadedWindow &window) const override;
+
+private:
+    KeoLiteDataManager m_manager;
+};
+
+} // namespace KEO

@@ -1,0 +1,69 @@
+#include "savedcapture.h"
+
+#include "design.h"
+#include "projectfile.h"
+
+#include <link/jtagsession.h>
+
+#include <QCoreApplication>
+
+#include <optional>
+#include <utility>
+
+namespace KEO {
+
+namespace {
+
+struct Text
+{
+    Q_DECLARE_TR_FUNCTIONS(KEO::SavedCapture)
+};
+
+} // namespace
+
+Result<QString> saveProject(const QString &path, const QString &description,
+                            const SavedProject &captures)
+{
+    QList<WindowToSave> windows;
+    for (const SavedCapture &capture : captures.captures) {
+        windows.append(kindTraits(captures.kind)
+                           .numbersOf(capture.core.index, capture.window, windows.size()));
+        windows.last().contents = &capture.contents;
+    }
+    const ProjectFile project{description, dataFileBeside(path)};
+    std::optional<Error> error = writeDataFile(project.dataFile, windows);
+    if (!error)
+        error = writeProjectFile(path, project);
+    if (error)
+        return *error;
+    return project.dataFile;
+}
+
+Result<SavedProject> openProject(const QString &path)
+{
+    const Result<ProjectFile> project = readProjectFile(path);
+    if (!project)
+        return project.error();
+    SavedProject saved{descriptionKind(project->keoFile), {}};
+    const auto design = Design::make(saved.kind, *JtagSession::instance());
+    if (const Result<QString> id = design->load(project->keoFile); !id)
+        return id.error();
+    Result<std::optional<Design::SavedWindows>> windows = design->openWindows(project->dataFile);
+    if (!windows)
+        return windows.error();
+    if (!*windows)
+        return Error{Error::Format, otherDesignText()};
+    for (Design::SavedWindow &window : **windows)
+        saved.captures.push_back({design->exportCore(window.place.core), window.place.window,
+                                  std::move(window.contents)});
+    // The names of a lite core's files tell nothing of the window: one would replace the other.
+    if (saved.kind == DescriptionKind::Lite && saved.captures.size() > 1)
+        return Error{Error::Format,
+                     Text::tr("The data file %1 holds %2 windows of a lite core, which has one.")
+                         .arg(project->dataFile, QString::number(saved.captures.size()))};
+    if (saved.captures.empty())
+        return Error{Error::Format, Text::tr("The project %1 holds no waves.").arg(path)};
+    return saved;
+}
+
+} // namespace KEO

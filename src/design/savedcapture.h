@@ -1,0 +1,39 @@
+#pragma once
+
+#include "kindtraits.h"
+
+#include <base/result.h>
+#include <wave_data/windowcontents.h>
+
+#include <QString>
+
+#include <vector>
+
+namespace KEO {
+
+/// One window of a project.
+struct SavedCapture
+{
+    ExportCore core;
+    int window = 0;
+    WaveMonitor::WindowContents contents;
+};
+
+/// A project's captures, all from cores of one kind, in the order of the data file.
+struct SavedProject
+{
+    DescriptionKind kind = DescriptionKind::Standard;
+    std::vector<SavedCapture> captures;
+};
+
+/// Saves \a captures as the project \a path, which names the description \a description as it
+/// stands and a data file beside it. Both files are written whole or not at all. Returns the path
+/// of the data file.
+Result<QString> saveProject(const QString &path, const QString &description,
+                            const SavedProject &captures);
+
+/// Opens a project of either kind of core. Refuses one that has no waves or waves of another
+/// design.
+Result<SavedProject> openProject(const QString &path);
+
+} // namespace KEO

@@ -1,0 +1,134 @@
+#include "standarddesign.h"
+
+#include "exportcore.h"
+
+#include <config/capturelimits.h>
+#include <config/standardconfig.h>
+
+#include <QPointer>
+
+namespace KEO {
+
+StandardDesign::StandardDesign(JtagSession &session)
+    : Design(DescriptionKind::Standard, session), m_manager(session)
+{
+    connect(&m_manager, &KeoStandardDataManager::readRamComplete, this, &Design::captured);
+}
+
+bool StandardDesign::loadCores(const QString &path, QString &id, QString &reason)
+{
+    return m_manager.load(path, id, &reason);
+}
+
+bool StandardDesign::save(const QString &path) const
+{
+    return saveStandardConfigFile(cores(), path);
+}
+
+void StandardDesign::leave()
+{
+    const QPointer<StandardDesign> self(this);
+    m_manager.stop();
+    if (self)
+        m_manager.release();
+}
+
+std::optional<Error> StandardDesign::choose(const QList<int> &cores)
+{
+    for (const auto &core : this->cores())
+        core->active = 0;
+    for (const int number : cores.isEmpty() ? QList{this->cores().front()->index} : cores) {
+        CoreConfig *core = m_manager.coreByIndex(number);
+        if (!core)
+            return unknownCore(number);
+        core->active = 1;
+    }
+    for (CoreConfig *core : m_manager.activeCores()) {
+        core->ensureExpressionFlags();
+        if (std::optional<Error> obstacle = captureObstacle(*core))
+            return obstacle;
+    }
+    return {};
+}
+
+bool StandardDesign::canStart() const
+{
+    return !m_manager.activeCores().isEmpty();
+}
+
+bool StandardDesign::canAuto() const
+{
+    const QList<CoreConfig *> chosen = m_manager.activeCores();
+    return chosen.size() == 1 && chosen.first()->window_num == 1;
+}
+
+int StandardDesign::windowCount() const
+{
+    int windows = 0;
+    for (const CoreConfig *core : m_manager.activeCores())
+        windows += core->window_num;
+    return windows;
+}
+
+void StandardDesign::start()
+{
+    QList<int> positions;
+    for (size_t position = 0; position < cores().size(); ++position) {
+        if (cores()[position]->active != 0)
+            positions.append(int(position));
+    }
+    m_manager.start(positions);
+}
+
+void StandardDesign::forceTrigger()
+{
+    m_manager.forceTrigger();
+}
+
+QString StandardDesign::waitingFor() const
+{
+    QStringList waiting;
+    for (const CoreConfig *core : m_manager.activeCores()) {
+        if (core->active == 1)
+            waiting.append(QString::number(core->index));
+    }
+    return waiting.isEmpty() ? QString()
+                             : tr("the trigger of core %1").arg(waiting.join(QStringLiteral(", ")));
+}
+
+std::optional<CapturedWindow> StandardDesign::take(int core, int window, const QString &)
+{
+    const QPointer<StandardDesign> self(this);
+    const QList<QBitArray> sections = m_manager.rawWindow(window);
+    const CoreConfig *config = self ? m_manager.coreByIndex(core) : nullptr;
+    if (!config)
+        return std::nullopt;
+    return CapturedWindow{KEO::exportCore(*config), window, config->signals,
+                          extractSignalData(config, sections)};
+}
+
+ExportCore StandardDesign::exportCore(int core) const
+{
+    const CoreConfig *config = m_manager.coreByIndex(core);
+    ExportCore exported = config ? KEO::exportCore(*config) : ExportCore();
+    exported.index = core;
+    return exported;
+}
+
+void StandardDesign::keepNames(int core, const QMap<int, SignalNames> &names)
+{
+    if (CoreConfig *config = m_manager.coreByIndex(core))
+        config->applySignalNames(names);
+}
+
+bool StandardDesign::fits(const LoadedWindows &windows) const
+{
+    return fitsCores(windows, cores());
+}
+
+std::optional<WindowPlace> StandardDesign::placeOf(const LoadedWindow &window) const
+{
+    return KEO::placeOf(window);
+}
+
+} // namespace KEO

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "design.h"
+
+#include <capture/standarddatamanager.h>
+
+namespace KEO {
+
+/// Standard cores. Those whose `active` is not 0 run, all their windows, each on its trigger.
+class StandardDesign final : public Design
+{
+    Q_OBJECT
+
+public:
+    explicit StandardDesign(JtagSession &session);
+
+    [[nodiscard]] KeoStandardDataManager &manager() override { return m_manager; }
+    [[nodiscard]] const CoreList &cores() const { return m_manager.cores(); }
+
+    [[nodiscard]] bool save(const QString &path) const override;
+    /// Stops a run and lets the cores go.
+    void leave() override;
+    [[nodiscard]] std::optional<Error> choose(const QList<int> &cores) override;
+    [[nodiscard]] bool canStart() const override;
+    /// An Auto run reads one window of one core.
+    [[nodiscard]] bool canAuto() const override;
+    [[nodiscard]] int windowCount() const override;
+    void start() override;
+    void forceTrigger() override;
+    [[nodiscard]] QString waitingFor() const override;
+    [[nodiscard]] std::optional<CapturedWindow> take(int core, int window,
+                                                     const QString &deviceModel) override;
+    [[nodiscard]] ExportCore exportCore(int core) const override;
+    void keepNames(int core, const QMap<int, SignalNames> &names) override;
+
+protected:
+    bool loadCores(const QString &path, QString &id, QString &reason) override;
+    [[nodiscard]] bool fits(const LoadedWindows &windows) const override;
+    [[nodiscard]] std::optional<WindowPlace> placeOf(const LoadedWindow &window) const override;
+
+private:
+    KeoStandardDataManager m_manager;
+};
+
+} // namespace KEO

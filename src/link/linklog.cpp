@@ -1,7 +1,0 @@
-#include "linklog.h"
-
-namespace KEO {
-
-Q_LOGGING_CATEGORY(lcLink, "keo.link", QtInfoMsg)
-
-} // namespace KEO

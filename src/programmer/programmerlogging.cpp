@@ -1,7 +1,0 @@
-#include "programmerlogging.h"
-
-namespace KEO {
-
-Q_LOGGING_CATEGORY(keoProgrammer, "keo.programmer", QtInfoMsg)
-
-} // namespace KEO

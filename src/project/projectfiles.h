@@ -1,0 +1,47 @@
+#pragma once
+
+#include "projectparts.h"
+
+#include <QObject>
+#include <QString>
+
+namespace KEO {
+
+/// The files of the design in a window: its description, and the project and data file of a saved
+/// session. Reports what goes wrong in boxes; while one shows, the project may be closed or
+/// deleted, and this with it.
+class ProjectFiles final : public QObject
+{
+    Q_OBJECT
+
+public:
+    ProjectFiles(const ProjectParts &parts, QObject *parent) : QObject(parent), m_parts(parts) {}
+
+    /// See CaptureProject::openFile.
+    [[nodiscard]] bool open(const QString &path);
+    /// Writes data file, description and project file. The first time it asks where to, beginning
+    /// beside the file that \a window, which holds the project, has in its property `startDir`.
+    void save(const QObject *window);
+    void close();
+    /// Path of the open description; empty while the project is closed.
+    [[nodiscard]] const QString &description() const { return m_keoFilePath; }
+
+private:
+    [[nodiscard]] bool openProject(const QString &path);
+    /// Also shows the design and tells the programmer of it. No box.
+    [[nodiscard]] bool loadDesign(const QString &path);
+    /// Shows the waves of the data file at \a path, all of them or none, and tells in a box why
+    /// there are none. True also when the file belongs to another design.
+    [[nodiscard]] bool showWaves(const QString &path);
+    /// Asks for the path of a project file; empty when the user gave up.
+    [[nodiscard]] QString askPath(const QString &lastFile) const;
+    void saveWaves(const QString &path) const;
+
+    const ProjectParts m_parts;
+    // All empty while the project is closed.
+    QString m_keoFilePath;     ///< core description
+    QString m_projectFilePath; ///< empty until saved
+    QString m_dataFilePath;    ///< samples and arrangement, empty until saved
+};
+
+} // namespace KEO

@@ -1,7 +1,0 @@
-#include "projectlog.h"
-
-namespace KEO {
-
-Q_LOGGING_CATEGORY(keoProject, "keo.project")
-
-} // namespace KEO

@@ -1,0 +1,21 @@
+#pragma once
+
+namespace KEO {
+
+class ConfigPage;
+class Design;
+class ProgrammerLink;
+class ProjectBoxes;
+class WaveTabs;
+
+/// What the members of a project work on. All borrowed from it; they outlive every use.
+struct ProjectParts
+{
+    Design &design;
+    ConfigPage &page;
+    ProgrammerLink &programmer;
+    WaveTabs &waves;
+    ProjectBoxes &boxes;
+};
+
+} // namespace KEO

@@ -1,0 +1,104 @@
+#include "runcontrol.h"
+
+#include "configpage.h"
+#include "programmerlink.h"
+#include "projectboxes.h"
+#include "waitingtip.h"
+#include "wavetabs.h"
+
+#include <design/design.h>
+#include <link/jtagsession.h>
+#include <wave/wavemonitorwidget.h>
+
+#include <QPointer>
+
+namespace KEO {
+
+using WaveMonitor::WaveMonitorWidget;
+
+void RunControl::start(RunKind kind, const QString &cable)
+{
+    const auto &[design, page, programmer, waves, boxes] = m_parts;
+    const QPointer<RunControl> self(this);
+    if (design.isBusy() || !programmer.mayCapture(boxes.window()) || !self)
+        return;
+    if (design.isBusy() || !waves.isInWindow()) // a box may have shown
+        return;
+    if (!design.session().selectCable(cable)) {
+        boxes.showError(noServerText());
+        return;
+    }
+    WaitingTip::show(boxes.window());
+    design.manager().openDevice(programmer.deviceChain());
+    keepWaves();
+    page.saveSettings();
+    if (kind == RunKind::Auto)
+        design.manager().setAutorun(0);
+    design.start();
+    if (self)
+        Q_EMIT changed();
+}
+
+void RunControl::keepWaves()
+{
+    for (const WaveMonitorWidget *wave : m_parts.waves.monitors()) {
+        QMap<int, SignalNames> names; // by flat position
+        const QMap<int, WaveMonitor::SignalElement> elements = wave->signalMap();
+        for (auto element = elements.begin(); element != elements.end(); ++element)
+            names.insert(element.key(), {element->name, element->text});
+        m_parts.design.keepNames(wave->coreNumber(), names);
+    }
+    m_parts.waves.clear(WaveTabs::Layouts::Keep);
+}
+
+void RunControl::show(int core, int window)
+{
+    const auto &[design, page, programmer, waves, boxes] = m_parts;
+    const QPointer<RunControl> self(this);
+    // Taking the window lets the run go on, so it happens once, whatever comes of it.
+    const auto captured = design.take(core, window, programmer.targetName());
+    if (!self || !captured || !waves.isInWindow()) // a lite run may outlive its window
+        return;
+    if (captured->elements.isEmpty()) {
+        boxes.showError(kindText(design.traits().noData, {core, window}));
+        return;
+    }
+    const int rounds = design.manager().autorun();
+    if (rounds != -1)
+        WaitingTip::close();
+    waves.show(*captured, rounds);
+}
+
+void RunControl::complete(int resultID)
+{
+    const QPointer<RunControl> self(this);
+    WaitingTip::close();
+    Q_EMIT changed();
+    const QString text = self ? deviceErrorText(m_parts.design.traits(), resultID) : QString();
+    if (!text.isEmpty())
+        m_parts.boxes.showError(text);
+    if (self)
+        m_parts.programmer.applyPending();
+}
+
+void RunControl::stop()
+{
+    const QPointer<RunControl> self(this);
+    m_parts.design.manager().stop();
+    if (self)
+        Q_EMIT changed();
+    if (self)
+        m_parts.boxes.showInformation(kindText(m_parts.design.traits().stopped));
+}
+
+void RunControl::forceTrigger()
+{
+    const QPointer<RunControl> self(this);
+    m_parts.design.forceTrigger();
+    if (self)
+        Q_EMIT changed();
+    if (self)
+        m_parts.boxes.showInformation(kindText(m_parts.design.traits().forced));
+}
+
+} // namespace KEO

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "projectparts.h"
+
+#include <QObject>
+#include <QString>
+
+namespace KEO {
+
+enum class RunKind { Single, Auto };
+
+/// The runs of a project in a window, from Start to the last wave. The project may be closed or
+/// deleted, and this with it, inside each of the signals, inside those of the data manager and
+/// while a box shows.
+class RunControl final : public QObject
+{
+    Q_OBJECT
+
+public:
+    RunControl(const ProjectParts &parts, QObject *parent) : QObject(parent), m_parts(parts) {}
+
+    /// Starts over the cable with that name if the programmer's chain allows it. The old waves go,
+    /// their arrangement and names stay.
+    void start(RunKind kind, const QString &cable);
+    /// All of a window is there: shows it, as the next round of an Auto run or in a new tab.
+    void show(int core, int window);
+    /// The run is over.
+    void complete(int resultID);
+
+    void stop();
+    void forceTrigger();
+
+Q_SIGNALS:
+    /// What the user may do now may have changed.
+    void changed();
+
+private:
+    void keepWaves();
+
+    const ProjectParts m_parts;
+};
+
+} // namespace KEO

@@ -1,0 +1,177 @@
+#include "matchunitform.h"
+
+#include <config/matchtype.h>
+#include <widgets/formwidgets.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTreeWidget>
+
+namespace KEO {
+
+namespace {
+
+constexpr int kMaxCounterWidth = 16;
+constexpr int kTreeWidth = 160; // pixels, at least
+
+QLineEdit *makeValueField(const char *name, const QString &accessibleName)
+{
+    QFont font(QStringLiteral("Courier New"));
+    font.setStyleHint(QFont::TypeWriter); // where there is no Courier New
+    auto *field = named(new QLineEdit, name);
+    field->setFont(font);
+    field->setAccessibleName(accessibleName);
+    return field;
+}
+
+QSpinBox *makeSpinBox(const char *name, int maximum)
+{
+    auto *box = named(new QSpinBox, name);
+    box->setRange(1, maximum);
+    box->setValue(2);
+    return box;
+}
+
+} // namespace
+
+MatchUnitForm::MatchUnitForm(QDialog &dialog)
+{
+    lbTitle = named(new QLabel, "lbTitle");
+    QFont titleFont = lbTitle->font();
+    titleFont.setPointSize(12);
+    titleFont.setWeight(QFont::Bold);
+    lbTitle->setFont(titleFont);
+
+    auto *sides = new QHBoxLayout;
+    sides->addWidget(makeTriggerSide(), 1);
+    sides->addWidget(makeSettingsSide(), 2);
+
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    buttons->button(QDialogButtonBox::Ok)->setDefault(true);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+
+    auto *layout = new QVBoxLayout(&dialog);
+    layout->addWidget(lbTitle);
+    layout->addLayout(sides, 1);
+    layout->addWidget(buttons);
+    orderTabs();
+}
+
+QWidget *MatchUnitForm::makeTriggerSide()
+{
+    comboBoxTrigger = named(new QComboBox, "comboBoxTrigger");
+    treeSignals = named(new QTreeWidget, "treeSignals");
+    treeSignals->setColumnCount(1);
+    treeSignals->setMinimumWidth(kTreeWidth);
+    treeSignals->setHeaderHidden(true);
+    treeSignals->setUniformRowHeights(true);
+    treeSignals->setAccessibleName(tr("Signals of the trigger port"));
+
+    auto *side = new QWidget;
+    auto *layout = new QVBoxLayout(side);
+    layout->setContentsMargins({});
+    layout->addWidget(labelFor(comboBoxTrigger, tr("On Trigger Port:")));
+    layout->addWidget(comboBoxTrigger);
+    layout->addWidget(treeSignals, 1);
+    return side;
+}
+
+QWidget *MatchUnitForm::makeSettingsSide()
+{
+    comboBoxType = named(new QComboBox, "comboBoxType");
+    comboBoxFunc = named(new QComboBox, "comboBoxFunc");
+    // The functions change with the type; the widest of all is known beforehand.
+    comboBoxFunc->setMinimumContentsLength(
+        int(matchFunctionText(MatchFunction::NotInRange).size()));
+    auto *combos = new QFormLayout;
+    combos->addRow(labelFor(comboBoxType, tr("Match Type:")), comboBoxType);
+    combos->addRow(labelFor(comboBoxFunc, tr("Function:")), comboBoxFunc);
+
+    widgetRight = named(new QWidget, "widgetRight");
+    auto *layout = new QVBoxLayout(widgetRight);
+    layout->setContentsMargins({});
+    layout->addLayout(combos);
+    layout->addWidget(makeValueGroup());
+    layout->addWidget(makeCounterGroup());
+    layout->addStretch();
+    return widgetRight;
+}
+
+QGroupBox *MatchUnitForm::makeValueGroup()
+{
+    rbtnBin = named(new QRadioButton(tr("BIN")), "rbtnBin");
+    rbtnOct = named(new QRadioButton(tr("OCT")), "rbtnOct");
+    rbtnDec = named(new QRadioButton(tr("DEC")), "rbtnDec");
+    rbtnHex = named(new QRadioButton(tr("HEX")), "rbtnHex");
+    auto *radixes = new QHBoxLayout;
+    for (QRadioButton *button : {rbtnBin, rbtnOct, rbtnDec, rbtnHex})
+        radixes->addWidget(button);
+    radixes->addStretch();
+
+    lineEditValue0 = makeValueField("lineEditValue0", tr("Value, or minimum of a range"));
+    lineEditValue1 = makeValueField("lineEditValue1", tr("Maximum of a range"));
+    lbValue0 = named(labelFor(lineEditValue0, tr("Minimum:")), "lbValue0");
+    lbValue1 = named(labelFor(lineEditValue1, tr("Maximum:")), "lbValue1");
+    for (QWidget *widget : {static_cast<QWidget *>(lbValue0), static_cast<QWidget *>(lbValue1),
+                            static_cast<QWidget *>(lineEditValue1)}) {
+        // Their room stays when they hide, so that the dialog keeps still when the function
+        // changes.
+        QSizePolicy policy = widget->sizePolicy();
+        policy.setRetainSizeWhenHidden(true);
+        widget->setSizePolicy(policy);
+    }
+
+    auto *fields = new QGridLayout;
+    fields->addWidget(lbValue0, 0, 0);
+    fields->addWidget(lineEditValue0, 0, 1);
+    fields->addWidget(lbValue1, 1, 0);
+    fields->addWidget(lineEditValue1, 1, 1);
+    auto *group = new QGroupBox(tr("Value"));
+    auto *layout = new QVBoxLayout(group);
+    layout->addLayout(radixes);
+    layout->addLayout(fields);
+    return group;
+}
+
+QGroupBox *MatchUnitForm::makeCounterGroup()
+{
+    spinBoxCounterWidth = makeSpinBox("spinBoxCounterWidth", kMaxCounterWidth);
+    spinBoxCounter = makeSpinBox("spinBoxCounter", 1 << kMaxCounterWidth);
+    checkBoxContinuous = named(new QCheckBox(tr("Continuous")), "checkBoxContinuous");
+    groupBoxCounter = named(new QGroupBox(tr("Counter")), "groupBoxCounter");
+    groupBoxCounter->setCheckable(true);
+    groupBoxCounter->setChecked(false);
+
+    auto *layout = new QHBoxLayout(groupBoxCounter);
+    layout->addWidget(labelFor(spinBoxCounterWidth, tr("Width:")));
+    layout->addWidget(spinBoxCounterWidth);
+    layout->addWidget(labelFor(spinBoxCounter, tr("Count:")));
+    layout->addWidget(spinBoxCounter);
+    layout->addWidget(checkBoxContinuous);
+    layout->addStretch();
+    return groupBoxCounter;
+}
+
+void MatchUnitForm::orderTabs() const
+{
+    const QList<QWidget *> order = {comboBoxTrigger, treeSignals,       comboBoxType,
+                                    comboBoxFunc,    rbtnBin,           rbtnOct,
+                                    rbtnDec,         rbtnHex,           lineEditValue0,
+                                    lineEditValue1,  groupBoxCounter,   spinBoxCounterWidth,
+                                    spinBoxCounter,  checkBoxContinuous};
+    for (qsizetype i = 1; i < order.size(); ++i)
+        QWidget::setTabOrder(order[i - 1], order[i]);
+}
+
+} // namespace KEO

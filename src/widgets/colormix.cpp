@@ -1,0 +1,12 @@
+#include "colormix.h"
+
+namespace KEO {
+
+QColor mixed(const QColor &base, const QColor &added, qreal share)
+{
+    const auto part = [share](float from, float to) { return from + (to - from) * float(share); };
+    return QColor::fromRgbF(part(base.redF(), added.redF()), part(base.greenF(), added.greenF()),
+                            part(base.blueF(), added.blueF()));
+}
+
+} // namespace KEO

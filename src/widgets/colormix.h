@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QColor>
+
+namespace KEO {
+
+/// \a base with \a share (0 to 1) of \a added in it.
+[[nodiscard]] QColor mixed(const QColor &base, const QColor &added, qreal share);
+
+} // namespace KEO

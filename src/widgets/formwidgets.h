@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+class QLabel;
+class QWidget;
+
+namespace KEO {
+
+/// A label with the text \a text, whose mnemonic leads to \a buddy. Owned by the caller.
+[[nodiscard]] QLabel *labelFor(QWidget *buddy, const QString &text);
+
+/// \a widget, with the object name \a name.
+template <typename Widget>
+[[nodiscard]] Widget *named(Widget *widget, const char *name)
+{
+    widget->setObjectName(QLatin1String(name));
+    return widget;
+}
+
+} // namespace KEO
