@@ -42,6 +42,7 @@ private:
     QString m_keoFilePath;     ///< core description
     QString m_projectFilePath; ///< empty until saved
     QString m_dataFilePath;    ///< samples and arrangement, empty until saved
+    QString m_openedFile;      ///< the project file that the user chose to open
 };
 
 } // namespace KEO

@@ -2,8 +2,8 @@
 // board and the data managers of both kinds. One rule: what a manager hands out is what the core
 // captured in that run, or the report names it; and the next run is right.
 //
-// SIGNALSCOPE_FAULT_SEEDS=1000 tst_faultserver     runs so many seeds,
-// SIGNALSCOPE_FAULT_SEED=17 tst_faultserver        begins with that one.
+// SIGNALSCOPE_FAULT_SEEDS=1000 capture_tests tst_faultserver     runs so many seeds,
+// SIGNALSCOPE_FAULT_SEED=17 capture_tests tst_faultserver        begins with that one.
 
 #include "faultproxy.h"
 

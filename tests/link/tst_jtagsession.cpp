@@ -11,6 +11,8 @@
 #include <QThread>
 #include <QTimer>
 
+#include <unistd.h>
+
 using namespace KEO;
 
 /// There is one session for the whole program, so each test function ends by dropping its
@@ -26,6 +28,7 @@ private Q_SLOTS:
     void beforeAnyCableWasSelected(); // has to be the first
     void servers();
     void serversThatAreLateOrFull();
+    void strangersServer();
     void selecting();
     void ids();
     void hostileIds();
@@ -197,6 +200,22 @@ void tst_JtagSession::serversThatAreLateOrFull()
     const auto isGivenUp = [&] { return ++asked > 3; };
     QVERIFY(!m_session.connectServer(record("full"), 200));
     QVERIFY(!m_session.connectServer(record("full"), 3'600'000, isGivenUp));
+}
+
+// Whoever runs first has the name of a cable, in a folder that all users share.
+void tst_JtagSession::strangersServer()
+{
+    if (geteuid() != 0)
+        QSKIP("only the administrator can be somebody else");
+    constexpr uid_t kStranger = 65534;
+    const QTemporaryDir shared("/tmp/keo-shared-XXXXXX"); // where anybody may go
+    QVERIFY(QFile::setPermissions(shared.path(), QFileDevice::Permissions(0x7777)));
+    const QString name = shared.filePath("cable");
+    QCOMPARE(seteuid(kStranger), 0);
+    auto stranger = std::make_unique<WireServer>(name);
+    QCOMPARE(seteuid(0), 0);
+    QVERIFY(!m_session.connectServer({"cable", name, 0, 0, 0}, 1000));
+    QVERIFY(!m_session.hasConnection());
 }
 
 void tst_JtagSession::selecting()
