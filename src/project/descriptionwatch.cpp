@@ -38,6 +38,14 @@ void DescriptionWatch::tellPending()
         onFileChanged({});
 }
 
+void DescriptionWatch::setButtonsEnabled(bool isEnabled) const
+{
+    if (!m_page)
+        return;
+    for (ReloadBanner *banner : m_page->findChildren<ReloadBanner *>())
+        banner->setButtonEnabled(isEnabled);
+}
+
 void DescriptionWatch::onFileChanged(const QString &path)
 {
     if (m_isBusy()) {
@@ -86,6 +94,8 @@ void DescriptionWatch::removeBanner(ReloadBanner *banner) const
 
 void DescriptionWatch::onReloadKeoFile()
 {
+    if (m_isBusy())
+        return;
     removeBanner(std::exchange(m_reloadBanner, nullptr));
     const QPointer<DescriptionWatch> self(this);
     const QString path = m_keoFilePath;
@@ -97,6 +107,8 @@ void DescriptionWatch::onReloadKeoFile()
 
 void DescriptionWatch::onBannerClose()
 {
+    if (m_isBusy())
+        return;
     removeBanner(std::exchange(m_reloadBanner, nullptr));
     m_fileWatcher.stop();
     // Its button takes one banner away: an older one below goes when the page is used again.

@@ -19,6 +19,7 @@ class tst_DescriptionWatch : public WidgetTest
 private Q_SLOTS:
     void reload();
     void removal();
+    void buttonsWaitForTheRun();
     void changeDuringCapture_data();
     void changeDuringCapture();
     void reloadOfNoDesign();
@@ -163,6 +164,33 @@ void tst_DescriptionWatch::removal()
     QCOMPARE(reloaded.size(), 1);
     QTRY_COMPARE(s.words(), QStringList(kRemoved));
     QVERIFY(s.boxes.seen.isEmpty());
+}
+
+// A banner that was there before Start outlasts the run, and so does the watch.
+void tst_DescriptionWatch::buttonsWaitForTheRun()
+{
+    TestDesign design;
+    design.fires = false;
+    for (const bool isRemoved : {false, true}) {
+        const Session s(design);
+        if (isRemoved)
+            QVERIFY(QFile::remove(s.file()));
+        else
+            s.rebuild(2);
+        const QStringList told{isRemoved ? kRemoved : kChanged};
+        QTRY_COMPARE(s.words(), told);
+        s.press(Qt::Key_F1);
+        QVERIFY(s.isBusy());
+        s.pressTop();
+        QVERIFY(s.isBusy());
+        QCOMPARE(s.words(), told);
+        s.press(Qt::Key_F4);
+        QTRY_VERIFY(!s.isBusy());
+        QCOMPARE(s.words(), told);
+        s.pressTop();
+        QCOMPARE(s.words(), QStringList());
+        QCOMPARE(s.tabs()->count(), isRemoved ? 0 : 1);
+    }
 }
 
 void tst_DescriptionWatch::changeDuringCapture_data()

@@ -40,7 +40,7 @@ class Desk final : public UserWindow
 public:
     explicit Desk(const QString &board)
     {
-        qputenv("SIGNALSCOPE_BOARD", (kExample + board).toLocal8Bit());
+        qputenv("SIGNALSCOPE_BOARD", QDir(kExample).filePath(board).toLocal8Bit());
         JtagSession::instance()->connectServers(
             launchServers(m_servers, QStringLiteral(KEO_BURNER_DIR), serverTable().mid(0, 2)));
         window->openFile(kExample + "uart_fifo.keo", {}, {}, {}); // as from the Open dialog
@@ -109,6 +109,19 @@ public:
 private:
     ServerProcesses m_servers;
 };
+
+/// The example's first board, whose downloads take longer than any test, as a file in \a directory.
+QString slowBoard(const QTemporaryDir &directory)
+{
+    QFile board(kExample + "board.json");
+    QFile slow(directory.filePath("board.json"));
+    if (!board.open(QIODevice::ReadOnly) || !slow.open(QIODevice::WriteOnly))
+        qFatal("no board");
+    slow.write(board.readAll()
+                   .replace("\"uart_fifo.", '"' + kExample.toUtf8() + "uart_fifo.")
+                   .replace("\"download_ms\": 3000", "\"download_ms\": 600000"));
+    return slow.fileName();
+}
 
 } // namespace
 
@@ -206,11 +219,13 @@ void tst_ProgramRoad::fromEmptyDeviceToWaves()
     QVERIFY(desk.isEnabled("Start"));
 }
 
-// Neither an opened file nor the end of the window waits for the tool.
+// The tool holds the cable, box or no box. Neither an opened file nor the end of the window waits
+// for it, but they ask.
 void tst_ProgramRoad::leavesDuringADownload()
 {
+    const QTemporaryDir directory;
     for (const bool isClosed : {false, true}) {
-        Desk desk("board.json");
+        Desk desk(slowBoard(directory));
         desk.window->openFile(kExample + "uart_fifo.keo", "KR", "KR-C",
                               kExample + "bitstreams/uart_fifo.fs");
         desk.chooseCable(1);
@@ -218,13 +233,34 @@ void tst_ProgramRoad::leavesDuringADownload()
         desk.pressButton("downLoad");
         QVERIFY(waitingTip());
         QTest::qWait(300);
+        const auto leave = [&] {
+            if (isClosed)
+                return desk.window->close();
+            desk.window->openFile(kExample + "uart_fifo.keo", "KR", "KR-A", {});
+            return !desk.page->model()->isRunning();
+        };
+        desk.page->setEnabledByUser(false);
+        desk.press(Qt::Key_F1);
+        QVERIFY(!desk.isEnabled("Start") && !desk.isEnabled("Auto") && !desk.isEnabled("Stop"));
+        desk.boxes.answer = QMessageBox::No;
+        QVERIFY(!leave());
+        QVERIFY(desk.page->model()->isRunning() && waitingTip());
+        QCOMPARE(desk.cell(0, Column::FsFile), kExample + "bitstreams/uart_fifo.fs");
+        desk.boxes.answer = QMessageBox::Yes;
         if (isClosed) {
             QVERIFY(desk.window->close());
+        } else { // for the device of the file that stayed open
+            desk.window->reopen(kExample + "uart_fifo.keo");
+            QCOMPARE(desk.cell(0, Column::FsFile), kExample + "bitstreams/uart_fifo.fs");
+        }
+        QCOMPARE(desk.boxes.seen.size(), 2);
+        QVERIFY(desk.boxes.seen.takeFirst().contains("left incomplete"));
+        QCOMPARE(desk.boxes.seen.takeFirst().left(9), "Warning: ");
+        if (isClosed) {
             QVERIFY(!desk.page->model()->isRunning());
             desk.window.reset();
             continue;
         }
-        desk.window->openFile(kExample + "uart_fifo.keo", "KR", "KR-C", {});
         QVERIFY(!waitingTip() && !desk.page->model()->isRunning());
         QVERIFY(desk.isEnabled("Start") && desk.find<QToolButton>("downLoad")->isEnabled());
         desk.chooseCable(1);
