@@ -79,6 +79,7 @@ CaptureProgram::CaptureProgram(CaptureOptions options, PictureWriter drawPicture
     });
     connect(m_design.get(), &Design::captured, this, &CaptureProgram::onCaptured);
     connect(&m_manager, &CaptureManager::sectionRead, this, &CaptureProgram::onSectionRead);
+    connect(&m_manager, &CaptureManager::reportChanged, this, &CaptureProgram::onReportChanged);
     connect(&m_manager, &CaptureManager::triggerComplete, this, &CaptureProgram::onTriggerComplete);
 }
 
@@ -168,9 +169,12 @@ ExitStatus CaptureProgram::capture()
             return fail(directory.error());
     }
 
-    Interruption::ignoreInChildren();
-    const Result<QString> cable = m_cables.reach(m_options.cable);
     Interruption interruption;
+    const Result<QString> cable = m_cables.reach(m_options.cable);
+    if (const std::optional<ExitStatus> status = Interruption::pending()) {
+        m_message = kindText(words().stopped);
+        return *status;
+    }
     if (!cable)
         return fail(cable.error());
     m_cable = *cable;
@@ -224,6 +228,10 @@ std::optional<Error> CaptureProgram::prepare()
         return Error{Error::Usage, tr("--delay goes with a lite core; these wait for a trigger.")};
     if (const Result<QString> id = m_design->load(m_options.file); !id)
         return id.error();
+    if (kindOf(m_options) == DescriptionKind::Unknown)
+        return Error{
+            Error::Format,
+            tr("%1 can not be used: its mode is neither Standard nor Lite.").arg(m_options.file)};
     m_manager.setDeviceName(m_options.device);
     m_design->setDelay(m_options.delay.value_or(0));
     if (const std::optional<Error> error = m_design->choose(m_options.cores))
@@ -282,6 +290,17 @@ void CaptureProgram::onSectionRead(int core, int window, int sectionsRead, int s
     m_report.readSections(
         tr("core %1 window %2").arg(QString::number(core), QString::number(window)), sectionsRead,
         sections);
+}
+
+/// Told on the spot; what concerns the samples decides the status at the end as well.
+void CaptureProgram::onReportChanged()
+{
+    const RunReport &report = m_manager.report();
+    const bool isSilent = report.server == RunReport::Server::Silent;
+    if (isSilent == std::exchange(m_isSilent, isSilent) || m_ended)
+        return;
+    m_report.say(isSilent ? report.text() : tr("The cable server answers again."));
+    m_report.waitFor(waitingFor());
 }
 
 void CaptureProgram::onCaptured(int core, int window)
@@ -363,6 +382,10 @@ void CaptureProgram::endWithProject()
 {
     if (m_ended)
         return;
+    if (!m_manager.report().doubtful.isEmpty()) {
+        end(ExitStatus::Refused, m_manager.report().text());
+        return;
+    }
     if (m_options.project.isEmpty()) {
         end(ExitStatus::Captured);
         return;
@@ -394,7 +417,9 @@ void CaptureProgram::onTriggerComplete(int resultId)
 
 void CaptureProgram::endIfIncomplete()
 {
-    end(ExitStatus::NoServer, tr("The capture ended before all samples had arrived."));
+    end(ExitStatus::Refused, tr("The capture ended before all samples had arrived. %1")
+                                 .arg(m_manager.report().text())
+                                 .trimmed());
 }
 
 void CaptureProgram::end(ExitStatus status, const QString &message)

@@ -50,7 +50,7 @@ public:
 
     /// Makes the cores with these numbers the ones that run, or the first for none, just as the
     /// description has them. An error of kind Usage if there is no such core, of kind Format if
-    /// nothing can be read from one.
+    /// one can't be captured as it stands, see captureObstacle.
     [[nodiscard]] virtual std::optional<Error> choose(const QList<int> &cores) = 0;
     /// Is there anything that a run, or an Auto run, could read?
     [[nodiscard]] virtual bool canStart() const = 0;

@@ -2,6 +2,7 @@
 
 #include "exportcore.h"
 
+#include <config/capturelimits.h>
 #include <config/liteconfig.h>
 
 #include <QPointer>
@@ -33,12 +34,7 @@ std::optional<Error> LiteDesign::choose(const QList<int> &cores)
         if (number != core.index)
             return unknownCore(number);
     }
-    if (core.capture_amount < 1 || core.signals.isEmpty())
-        return Error{Error::Format,
-                     tr("Core %1 captures %2 samples of %3 signals: nothing to read.")
-                         .arg(QString::number(core.index), QString::number(core.capture_amount),
-                              QString::number(signalBits(core.signals)))};
-    return {};
+    return captureObstacle(core);
 }
 
 void LiteDesign::start()

@@ -2,6 +2,7 @@
 
 #include "exportcore.h"
 
+#include <config/capturelimits.h>
 #include <config/standardconfig.h>
 
 #include <QPointer>
@@ -42,22 +43,10 @@ std::optional<Error> StandardDesign::choose(const QList<int> &cores)
             return unknownCore(number);
         core->active = 1;
     }
-    constexpr int kSectionRows = CaptureManager::kSectionRows;
     for (CoreConfig *core : m_manager.activeCores()) {
         core->ensureExpressionFlags();
-        if (core->capture_amount < 1 || core->window_num < 1)
-            return Error{Error::Format,
-                         tr("Core %1 captures %2 samples in %3 windows: nothing to read.")
-                             .arg(QString::number(core->index),
-                                  QString::number(core->capture_amount),
-                                  QString::number(core->window_num))};
-        if (core->capture_amount > kSectionRows && core->capture_amount % kSectionRows != 0)
-            return Error{Error::Format,
-                         tr("Core %1 captures %2 samples; above %3 only multiples of %3 can be "
-                            "read.")
-                             .arg(QString::number(core->index),
-                                  QString::number(core->capture_amount),
-                                  QString::number(kSectionRows))};
+        if (std::optional<Error> obstacle = captureObstacle(*core))
+            return obstacle;
     }
     return {};
 }

@@ -1,6 +1,7 @@
 // The capture program as a script meets it: a process with arguments, files, output and an exit
 // status, against the simulated board.
 
+#include <link/wireserver.h>
 #include <support/testdesign.h>
 #include <support/testmain.h>
 
@@ -11,9 +12,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLocalServer>
 #include <QLocalSocket>
 #include <QProcess>
 #include <QSet>
+#include <QThread>
 
 #include <cerrno>
 #include <csignal>
@@ -87,6 +90,8 @@ private Q_SLOTS:
     void refusesProjects();
     void endsWithItsStatus_data();
     void endsWithItsStatus();
+    void tellsWhatAServerLacks();
+    void meetsABusyServer();
     void tellsOfAFullDisk_data();
     void tellsOfAFullDisk();
     void keepsOrdersFromTheTerminal();
@@ -324,6 +329,9 @@ void tst_CaptureProgram::endsWithItsStatus_data()
     addRow("lite core never done", "lite", "--timeout 0.7 design.keo", 4, "the capture of core 0");
     addRow("no such lite core", "lite", "--core 3 design.keo", 2, "core 3");
     addRow("two lite cores", "two", "design.keo", 6, "2 lite cores");
+    addRow("unknown mode", "mode", "design.keo", 6, "mode");
+    addRow("trigger behind the end", "position", "design.keo", 6, "2000 of 256");
+    addRow("section lost", "lost", "design.keo", 5, "Not delivered: core 0 window 0.");
     addRow("amount of no whole sections", "amount", "design.keo", 6, "only multiples of 128");
     addRow("no folder can be made", "", "--out board.json/x design.keo", 6, "board.json/x");
     addRow("export is a folder", "folder", "design.keo", 6, "design_core0_window0.vcd");
@@ -336,7 +344,11 @@ void tst_CaptureProgram::endsWithItsStatus()
     QFETCH(int, status);
     QFETCH(QString, words);
     TestDesign design;
-    design.windows = change == "windows" ? 2 : 1;
+    design.windows = change == "windows" || change == "lost" ? 2 : 1;
+    if (change == "position")
+        design.position = 2000;
+    if (change == "lost")
+        design.faults = R"([{"at": "READ_RAM", "do": "lost"}])";
     design.fires = change != "quiet";
     design.programmed = change != "blank";
     design.amount = change == "amount" ? 200 : design.amount;
@@ -348,9 +360,13 @@ void tst_CaptureProgram::endsWithItsStatus()
     if (change == "lite")
         design.samplesPerSecond = 10;
     board(design);
-    if (change == "two") {
+    if (change == "two" || change == "mode") {
         QString text = lines(file("design.keo")).join(u'\n');
-        write("design.keo", text.replace("<KEO_ID>", "<KoCore_Lite/><KEO_ID>").toUtf8());
+        if (change == "two")
+            text.replace("<KEO_ID>", "<KoCore_Lite/><KEO_ID>");
+        else
+            text.replace("Standard", "Stranger");
+        write("design.keo", text.toUtf8());
         qputenv("SIGNALSCOPE_BOARD", ""); // what the board makes of it is not the point here
     }
     if (change == "folder")
@@ -360,7 +376,73 @@ void tst_CaptureProgram::endsWithItsStatus()
     const Outcome outcome = run("--device KR-A " + line);
     QVERIFY2(outcome.status == status, qPrintable(outcome.errors));
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
-    QCOMPARE(outcome.output, QString());
+    if (change != "lost") // whose other window is exported
+        QCOMPARE(outcome.output, QString());
+}
+
+/// A section that is a bit short makes no samples, and no answer at all is told.
+void tst_CaptureProgram::tellsWhatAServerLacks()
+{
+    TestDesign design;
+    design.lite = true;
+    design.amount = 100;
+    board(design);
+    for (const bool isShort : {true, false}) {
+        QLocalServer::removeServer("keo1"); // of a server that was killed
+        WireServer server(QStringLiteral("keo1"));
+        server.onPacket = [&](const Wire::Packet &request) {
+            Wire::Packet reply = request;
+            if (request["CMD"] == "OPEN")
+                reply["RES"] = 0;
+            else
+                reply["DATA"] = QBitArray(request["SIZE"].toInt() -
+                                          int(isShort && request["OPRATE"] == "READ_RAM"));
+            const bool isAsked =
+                request.contains("request_id") || request.contains("data_request_id");
+            if (isAsked && (isShort || request["CMD"] == "OPEN"))
+                server.reply(reply);
+        };
+        QProcess process;
+        process.setWorkingDirectory(m_directory->path());
+        process.start(kProgram, {"--device", "KR-A", "--timeout", "4.5", "design.keo"});
+        QTRY_COMPARE_WITH_TIMEOUT(process.state(), QProcess::NotRunning, 20'000);
+        const Outcome outcome = finished(process);
+        QCOMPARE(outcome.status, isShort ? 5 : 4);
+        QVERIFY2(outcome.errors.contains(isShort ? "No data" : "does not answer"),
+                 qPrintable(outcome.errors));
+        QCOMPARE(outcome.output, QString());
+    }
+}
+
+/// A server with as many clients waiting as it takes: Ctrl-C ends the program at once, and without
+/// it the program ends by itself and says why.
+void tst_CaptureProgram::meetsABusyServer()
+{
+    board(TestDesign());
+    QLocalServer server;
+    server.setListenBacklogSize(1);
+    QLocalServer::removeServer("keo1");
+    QVERIFY(server.listen("keo1"));
+    std::vector<std::unique_ptr<QLocalSocket>> others;
+    do {
+        others.push_back(std::make_unique<QLocalSocket>());
+        others.back()->connectToServer("keo1");
+    } while (others.back()->state() == QLocalSocket::ConnectedState);
+    for (const bool isInterrupted : {true, false}) {
+        QProcess process;
+        process.setWorkingDirectory(m_directory->path());
+        process.start(kProgram, {"--cable", "Tarno USB Cable(FT2CH)", "design.keo"});
+        QVERIFY(process.waitForStarted());
+        if (isInterrupted) {
+            QThread::msleep(500);
+            ::kill(pid_t(process.processId()), SIGINT);
+            QVERIFY(process.waitForFinished(3000));
+        }
+        const Outcome outcome = finished(process);
+        QCOMPARE(outcome.status, isInterrupted ? 130 : 3);
+        QVERIFY2(outcome.errors.contains(isInterrupted ? "Capture Stopped!" : "busy"),
+                 qPrintable(outcome.errors));
+    }
 }
 
 void tst_CaptureProgram::tellsOfAFullDisk_data()
