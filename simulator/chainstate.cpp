@@ -1,6 +1,7 @@
 #include "chainstate.h"
 
 #include "fileread.h"
+#include "ownership.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -37,8 +38,9 @@ ChainStateFile::ChainStateFile(const QString &socket, const QString &board)
 
 ChainState ChainStateFile::read() const
 {
-    const auto json = QFileInfo::exists(m_path) ? readWholeFile(m_path, kMaxFileSize)
-                                                : Outcome<QByteArray>(QByteArray());
+    const auto json = QFileInfo::exists(m_path) && isOursToUse(m_path)
+                          ? readWholeFile(m_path, kMaxFileSize)
+                          : Outcome<QByteArray>(QByteArray());
     const QJsonObject object = json ? QJsonDocument::fromJson(*json).object() : QJsonObject();
     ChainState state;
     state.scans = object.value(kScans).toInt();
@@ -62,13 +64,13 @@ bool ChainStateFile::write(const ChainState &state) const
                              {kDevices, devices}};
     const QByteArray json = QJsonDocument(object).toJson();
     QSaveFile file(m_path);
-    return file.open(QIODevice::WriteOnly) && file.write(json) == json.size() && file.flush() &&
-           file.commit();
+    return isOursToUse(m_path) && file.open(QIODevice::WriteOnly) &&
+           file.write(json) == json.size() && file.flush() && file.commit();
 }
 
 bool ChainStateFile::clear() const
 {
-    return !QFileInfo::exists(m_path) || QFile::remove(m_path);
+    return !isOursToUse(m_path) || !QFileInfo::exists(m_path) || QFile::remove(m_path);
 }
 
 } // namespace Sim

@@ -2,6 +2,7 @@
 
 #include "chainstate.h"
 #include "jsonwalk.h"
+#include "ownership.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -50,7 +51,12 @@ QByteArray progressBar(int done)
 #endif
 }
 
-/// One at a time on a cable; left behind by a run that was killed, it counts for nothing.
+/// One at a time on a cable; a lock left behind by a run that was killed counts for nothing.
+bool lockCable(QLockFile &lock)
+{
+    return isOursToUse(lock.fileName()) && lock.tryLock(0);
+}
+
 QString lockPath(const QString &socket)
 {
     return QDir(QDir::tempPath()).filePath(socket + QStringLiteral(".burner"));
@@ -68,7 +74,7 @@ int Programmer::scan()
     const QString socket = m_board.scannedCable;
     const CableSetup setup = m_board.cables.value(socket);
     QLockFile lock(lockPath(socket));
-    if (!socket.isEmpty() && !lock.tryLock(0))
+    if (!socket.isEmpty() && !lockCable(lock))
         return refuse(QStringLiteral("the cable is in use."));
     const auto fault = beginRun(ProgrammerAction::Scan, setup, {socket, m_board.path});
     return play(scanSteps(setup), fault).value_or(0);
@@ -80,7 +86,7 @@ int Programmer::download(const DownloadRequest &request)
     const CableSetup setup = m_board.cables.value(socket);
     const ChainStateFile file(socket, m_board.path);
     QLockFile lock(lockPath(socket));
-    if (!lock.tryLock(0))
+    if (!lockCable(lock))
         return refuse(QStringLiteral("the cable is in use."));
     const auto fault = beginRun(ProgrammerAction::Download, setup, file);
     if (fault && fault->kind == ProgrammerFault::Kind::Absent)

@@ -254,10 +254,10 @@ void BoundedXmlReader::takeIntoAccount()
     if (m_depth > m_limits.maxDepth)
         refuse(Error::Limit,
                Text::tr("Elements are nested more than %1 deep").arg(m_limits.maxDepth));
-    else if (m_nodes > m_limits.maxNodes)
+    else if (m_nodes > m_allowedNodes)
         refuse(Error::Limit,
                Text::tr("The document has more than %1 elements, attributes and texts")
-                   .arg(m_limits.maxNodes));
+                   .arg(m_allowedNodes));
 }
 
 void BoundedXmlReader::refuse(Error::Kind kind, const QString &message)

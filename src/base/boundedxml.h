@@ -53,6 +53,8 @@ public:
     [[nodiscard]] const QXmlStreamReader &token() const { return m_xml; }
     /// Elements that are open, the present start or end tag's included.
     [[nodiscard]] int depth() const { return m_depth; }
+    /// Raises the limit on nodes for an owner that has its own bounds on what it takes.
+    void allowNodes(int more) { m_allowedNodes += more; }
     /// Lets the owner refuse a document for a reason of its own, at the present place.
     void refuse(Error::Kind kind, const QString &message);
     [[nodiscard]] const std::optional<XmlFault> &fault() const { return m_fault; }
@@ -66,6 +68,7 @@ private:
     QXmlStreamReader m_xml;
     std::optional<XmlFault> m_fault;
     qint64 m_nodes = 0;
+    qint64 m_allowedNodes = m_limits.maxNodes;
     int m_depth = 0;
     bool m_leaves = false; ///< the present token is an end tag
 };

@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <cerrno>
+
 namespace KEO {
 namespace {
 
@@ -13,9 +15,16 @@ struct Text
     Q_DECLARE_TR_FUNCTIONS(KEO::WholeFile)
 };
 
+constexpr qint64 kPiece = 256 * 1024; // bytes read at once
+
 QIODevice::OpenMode withLineEnds(QIODevice::OpenMode mode, LineEnds lineEnds)
 {
     return lineEnds == LineEnds::Native ? mode | QIODevice::Text : mode;
+}
+
+Error notAFile(const QString &path)
+{
+    return {Error::File, Text::tr("%1 is not a file.").arg(path)};
 }
 
 Error tooLarge(const QString &path, qint64 maxBytes)
@@ -30,13 +39,21 @@ Error tooLarge(const QString &path, qint64 maxBytes)
 Result<QByteArray> readWholeFile(const QString &path, qint64 maxBytes, LineEnds lineEnds)
 {
     if (!QFileInfo(path).isFile())
-        return Error{Error::File, Text::tr("%1 is not a file.").arg(path)};
+        return notAFile(path);
     QFile file(path);
     if (!file.open(withLineEnds(QIODevice::ReadOnly, lineEnds)))
         return Error{Error::File, Text::tr("%1 can't be opened: %2").arg(path, file.errorString())};
     if (file.size() > maxBytes)
         return tooLarge(path, maxBytes);
-    QByteArray content = file.read(maxBytes + 1); // the file may have grown since
+    QByteArray content;
+    content.reserve(file.size());
+    // The file may have grown since, and the toolkit takes the memory for all that it is asked for.
+    while (content.size() <= maxBytes) {
+        const QByteArray piece = file.read(kPiece);
+        if (piece.isEmpty())
+            break;
+        content += piece;
+    }
     if (file.error() != QFileDevice::NoError)
         return Error{Error::File, Text::tr("%1 can't be read: %2").arg(path, file.errorString())};
     if (content.size() > maxBytes)
@@ -47,22 +64,25 @@ Result<QByteArray> readWholeFile(const QString &path, qint64 maxBytes, LineEnds 
 std::optional<Error> writeWholeFile(const QString &path, const QByteArray &content,
                                     LineEnds lineEnds)
 {
+    if (const QFileInfo present(path); present.exists() && !present.isFile())
+        return notAFile(path);
     QSaveFile file(path);
-    const auto failure = [&] {
-        return Error{Error::File,
-                     Text::tr("%1 can't be written: %2").arg(path, file.errorString())};
+    const auto failure = [&](const QString &reason) {
+        return Error{Error::File, Text::tr("%1 can't be written: %2").arg(path, reason)};
     };
     if (!file.open(withLineEnds(QIODevice::WriteOnly, lineEnds)))
-        return failure();
+        return failure(file.errorString());
     // commit() reports success on a full disk and has then destroyed the old file, so everything
-    // must be known to be out before.
+    // must be known to be out before. The toolkit has no words for bytes that a full disk did not
+    // take, the system has.
+    errno = 0;
     if (file.write(content) != content.size() || !file.flush()) {
-        const Error error = failure();
+        const QString reason = errno != 0 ? qt_error_string(errno) : file.errorString();
         file.cancelWriting();
-        return error;
+        return failure(reason);
     }
     if (!file.commit())
-        return failure();
+        return failure(file.errorString());
     return std::nullopt;
 }
 

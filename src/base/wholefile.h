@@ -20,7 +20,8 @@ enum class LineEnds {
 Result<QByteArray> readWholeFile(const QString &path, qint64 maxBytes, LineEnds lineEnds);
 
 /// Writes \a content to \a path whole or not at all: after an error a file that was there before
-/// has its old content. Nothing on success, else an error of kind File.
+/// has its old content. What is no regular file, such as a pipe or a device, is not replaced.
+/// Nothing on success, else an error of kind File with the system's reason.
 [[nodiscard]] std::optional<Error> writeWholeFile(const QString &path, const QByteArray &content,
                                                   LineEnds lineEnds);
 

@@ -54,8 +54,10 @@ Result<QStringList> writeCapture(const CaptureOptions &options, const CaptureLab
     for (const ExportFormat format : options.formats) {
         const QString path = exportPath(options, label, format);
         const ExportSettings settings{.format = format, .period = options.period, .buses = {}};
-        if (!writeExport(path, settings, core, contents))
-            return Error{Error::File, Text::tr("The file %1 can not be written.").arg(path)};
+        QString reason;
+        if (!writeExport(path, settings, core, contents, &reason))
+            return Error{Error::File,
+                         Text::tr("The file %1 can not be written: %2").arg(path, reason)};
         paths.append(path);
     }
     return paths;

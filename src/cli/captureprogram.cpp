@@ -2,16 +2,17 @@
 
 #include "interruption.h"
 
+#include <base/console.h>
 #include <link/jtagsession.h>
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTextStream>
 #include <QTimer>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <utility>
 
@@ -21,11 +22,6 @@ namespace {
 
 // How often the program looks whether the server is still there.
 constexpr int kLinkCheckInterval = 500;
-
-void print(FILE *stream, const QString &text)
-{
-    QTextStream(stream) << text << Qt::endl;
-}
 
 ExitStatus statusOf(Error::Kind kind)
 {
@@ -90,11 +86,11 @@ ExitStatus CaptureProgram::run()
 {
     switch (m_options.task) {
     case CaptureOptions::Task::ShowHelp:
-        print(stdout, m_options.helpText);
-        return ExitStatus::Captured;
+        print(m_options.helpText);
+        return statusAfterPrinting();
     case CaptureOptions::Task::ShowVersion:
-        print(stdout, QStringLiteral("signalscope-capture " SIGNALSCOPE_VERSION));
-        return ExitStatus::Captured;
+        print(QStringLiteral("signalscope-capture " SIGNALSCOPE_VERSION));
+        return statusAfterPrinting();
     case CaptureOptions::Task::ListCables:
         m_status = listCables();
         break;
@@ -107,11 +103,33 @@ ExitStatus CaptureProgram::run()
     }
     m_report.finish();
     if (!m_message.isEmpty())
-        print(stderr, QStringLiteral("signalscope-capture: ") + m_message);
+        printMessage();
     if (m_options.json && m_options.task != CaptureOptions::Task::ListCables)
         printJson();
     m_session.disconnectAll();
-    return m_status;
+    return statusAfterPrinting();
+}
+
+void CaptureProgram::print(const QString &line)
+{
+    if (!writeText(stdout, line + u'\n') && m_printFault.isEmpty())
+        m_printFault = qt_error_string(errno);
+}
+
+void CaptureProgram::printMessage() const
+{
+    static_cast<void>(
+        writeText(stderr, QStringLiteral("signalscope-capture: %1\n").arg(m_message)));
+}
+
+/// A script that gets no result, or half of one, must not take the run for a good one.
+ExitStatus CaptureProgram::statusAfterPrinting()
+{
+    if (m_printFault.isEmpty() || m_status != ExitStatus::Captured)
+        return m_status;
+    m_message = tr("The result can not be printed: %1").arg(m_printFault);
+    printMessage();
+    return ExitStatus::FileError;
 }
 
 ExitStatus CaptureProgram::listCables()
@@ -119,10 +137,10 @@ ExitStatus CaptureProgram::listCables()
     const QStringList cables = m_cables.reachAll();
     if (m_options.json) {
         const QJsonObject document{{"cables", QJsonArray::fromStringList(cables)}};
-        print(stdout, QString::fromUtf8(QJsonDocument(document).toJson()).trimmed());
+        print(QString::fromUtf8(QJsonDocument(document).toJson()).trimmed());
     } else {
         for (const QString &cable : cables)
-            print(stdout, cable);
+            print(cable);
     }
     if (!cables.isEmpty())
         return ExitStatus::Captured;
@@ -320,7 +338,7 @@ void CaptureProgram::reportCapture(const CaptureLabel &label, const ExportCore &
     if (!m_options.json) {
         m_report.finish();
         for (const QString &path : files)
-            print(stdout, path);
+            print(path);
     }
     QJsonObject entry{{"core", label.core},
                       {"window", label.window},
@@ -357,8 +375,8 @@ void CaptureProgram::endWithProject()
     m_projectSaved = true;
     m_report.finish();
     if (!m_options.json) {
-        print(stdout, m_options.project);
-        print(stdout, *saved);
+        print(m_options.project);
+        print(*saved);
     }
     end(ExitStatus::Captured);
 }
@@ -395,7 +413,7 @@ void CaptureProgram::end(ExitStatus status, const QString &message)
     QCoreApplication::quit();
 }
 
-void CaptureProgram::printJson() const
+void CaptureProgram::printJson()
 {
     QJsonObject document{
         {"status", int(m_status)}, {"file", m_options.file}, {"captures", m_captures}};
@@ -405,7 +423,7 @@ void CaptureProgram::printJson() const
         document.insert("project", m_options.project);
     if (!m_message.isEmpty())
         document.insert("message", m_message);
-    print(stdout, QString::fromUtf8(QJsonDocument(document).toJson()).trimmed());
+    print(QString::fromUtf8(QJsonDocument(document).toJson()).trimmed());
 }
 
 } // namespace KEO

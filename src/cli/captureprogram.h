@@ -67,7 +67,11 @@ private:
 
     [[nodiscard]] QString waitingFor() const;
     [[nodiscard]] bool isAuto() const { return m_options.autoRounds.has_value(); }
-    void printJson() const;
+    void printJson();
+    /// A line to standard output; a fault is kept for the end.
+    void print(const QString &line);
+    void printMessage() const;
+    [[nodiscard]] ExitStatus statusAfterPrinting();
 
     const CaptureOptions m_options;
     const PictureWriter m_drawPicture;
@@ -87,6 +91,7 @@ private:
     bool m_ended = false;
     ExitStatus m_status = ExitStatus::Captured;
     QString m_message;
+    QString m_printFault; ///< why standard output did not take everything; else empty
     QJsonArray m_captures;
     SavedProject m_kept; // the latest round
     bool m_projectSaved = false;

@@ -1,13 +1,13 @@
 #include "captureoptions.h"
 #include "captureprogram.h"
 
+#include <base/console.h>
 #include <base/logging.h>
 #include <cli_picture/capturepicture.h>
 
 #include <QApplication>
 #include <QCoreApplication>
 
-#include <cstdio>
 #include <memory>
 
 namespace {
@@ -35,11 +35,13 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool d
 
 int main(int argc, char **argv)
 {
+    qInstallMessageHandler(&KEO::printMessage);
     // Read before the application takes out what it knows itself.
     const auto options = KEO::parseCaptureOptions(argumentList(argc, argv));
     if (!options) {
-        std::fprintf(stderr, "signalscope-capture: %s\nTry --help.\n",
-                     qPrintable(options.error().message));
+        static_cast<void>(KEO::writeText(
+            stderr,
+            QStringLiteral("signalscope-capture: %1\nTry --help.\n").arg(options.error().message)));
         return int(KEO::ExitStatus::Usage);
     }
     KEO::setLogOutput(options->quiet ? KEO::LogOutput::Nothing : KEO::LogOutput::Warnings);

@@ -1,14 +1,8 @@
 #include "progressreport.h"
 
+#include <base/console.h>
+
 #include <QTimer>
-
-#include <cstdio>
-
-#ifdef Q_OS_WIN
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
 
 namespace KEO {
 
@@ -20,18 +14,7 @@ constexpr int kBarWidth = 30;
 
 void write(const QString &text)
 {
-    const QByteArray bytes = text.toLocal8Bit();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
-    std::fflush(stderr);
-}
-
-bool isTerminal()
-{
-#ifdef Q_OS_WIN
-    return _isatty(_fileno(stderr)) != 0;
-#else
-    return isatty(fileno(stderr)) != 0;
-#endif
+    static_cast<void>(writeText(stderr, text)); // nobody else could be told
 }
 
 } // namespace
@@ -40,7 +23,7 @@ ProgressReport::Style ProgressReport::styleFor(bool quiet)
 {
     if (quiet)
         return Style::Quiet;
-    return isTerminal() ? Style::Terminal : Style::Plain;
+    return isTerminal(stderr) ? Style::Terminal : Style::Plain;
 }
 
 ProgressReport::ProgressReport(Style style, QObject *parent)

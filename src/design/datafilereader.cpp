@@ -19,6 +19,9 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
+/// XML nodes that a window, a signal or a row takes, with blanks and twice the attributes it has.
+constexpr int kNodesOfRecord = 32;
+
 struct Text
 {
     Q_DECLARE_TR_FUNCTIONS(KEO::DataFile)
@@ -91,14 +94,27 @@ private:
         return [&attributes](const QString &name) { return attributes.value(name).toString(); };
     }
 
-    /// Counts one more record; false when there are too many.
+    /// Counts one more record, with the texts of its tag; false when it is too much.
     bool takesRecord()
     {
-        if (++m_records > kMaxDataRecords)
-            m_reader.refuse(Error::Limit, Text::tr("The file has more than %1 windows, signals "
-                                                   "and rows")
-                                              .arg(kMaxDataRecords));
-        return m_records <= kMaxDataRecords;
+        ++m_records;
+        if (m_reader.token().isStartElement()) {
+            for (const QXmlStreamAttribute &attribute : m_reader.token().attributes())
+                m_characters += attribute.value().size();
+        }
+        m_reader.allowNodes(kNodesOfRecord);
+        return staysBelow(m_records, kMaxDataRecords,
+                          Text::tr("The file has more than %1 windows, signals and rows")) &&
+               staysBelow(m_characters, kMaxDataText,
+                          Text::tr("The names in the file have more than %1 characters"));
+    }
+
+    /// Refuses the file if not; \a message has "%1" for the bound.
+    bool staysBelow(qsizetype count, qsizetype bound, const QString &message)
+    {
+        if (count > bound)
+            m_reader.refuse(Error::Limit, message.arg(bound));
+        return count <= bound;
     }
 
     /// Reads to the end of the present element, which means nothing here itself. Windows count
@@ -123,7 +139,8 @@ private:
     void readWindow()
     {
         const int depth = m_reader.depth();
-        if (!takesRecord())
+        if (!takesRecord() || !staysBelow(++m_windowCount, kMaxDataWindows,
+                                          Text::tr("The file has more than %1 windows")))
             return;
         LoadedWindow window;
         window.core = attribute("core"_L1);
@@ -177,7 +194,8 @@ private:
                                 token.isProcessingInstruction();
             if (!isNode)
                 continue;
-            if (!takesRecord())
+            if (!takesRecord() || !staysBelow(window.signalNames.size() + 1, kMaxWindowSignals,
+                                              Text::tr("A window has more than %1 signals")))
                 return;
             window.signalNames.append(token.isStartElement() ? attribute("name"_L1) : QString());
             if (!isElement(u"Signal")) {
@@ -186,6 +204,7 @@ private:
             }
             const QXmlStreamAttributes attributes = token.attributes();
             SignalElement signal = WaveMonitor::readSignalTag(readerOf(attributes));
+            signal.name = window.signalNames.last(); // one text for both
             signal.data = WaveMonitor::readSamples(readTexts());
             window.contents.addSignal(signal);
         }
@@ -232,7 +251,9 @@ private:
 
     BoundedXmlReader m_reader;
     LoadedWindows m_windows;
-    int m_records = 0;
+    qsizetype m_records = 0;
+    qsizetype m_windowCount = 0;
+    qsizetype m_characters = 0; ///< of names and texts so far
 };
 
 } // namespace

@@ -28,13 +28,20 @@ using LoadedWindows = std::vector<LoadedWindow>;
 /// A data file larger than this is refused before it is read, in bytes.
 inline constexpr qint64 kMaxDataFileSize = 1024 * 1024 * 1024;
 
-/// What a data file may cost. Nodes that the reader has no use for take no memory, the others are
-/// bounded by kMaxDataRecords.
+/// What a data file may cost besides its windows, signals and rows, for which the reader raises the
+/// limit on nodes as they come.
 inline constexpr XmlLimits kDataFileLimits{
-    .maxSize = kMaxDataFileSize, .maxDepth = 256, .maxAttributes = 256, .maxNodes = 16'000'000};
+    .maxSize = kMaxDataFileSize, .maxDepth = 256, .maxAttributes = 256, .maxNodes = 1'000'000};
 
 /// Windows, signals and rows together. Each takes some hundred bytes.
 inline constexpr int kMaxDataRecords = 1'000'000;
+
+/// Windows of a file, and signals of a window: a description has no more in all.
+inline constexpr int kMaxDataWindows = 65'536;
+inline constexpr int kMaxWindowSignals = 65'536;
+
+/// Characters of all names and texts together; a description has 16 M in all.
+inline constexpr qsizetype kMaxDataText = 64 * 1024 * 1024;
 
 /// Reads a data file in one pass without a tree; a sample takes a bit, the text of one signal at a
 /// time more. The file is taken whole or not at all.

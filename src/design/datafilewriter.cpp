@@ -1,10 +1,13 @@
 #include "datafilewriter.h"
 
+#include "ownfile.h"
+
 #include <base/wholefile.h>
 #include <wave_data/sampletext.h>
 #include <wave_data/windowcontents.h>
 #include <wave_data/windowxml.h>
 
+#include <QCoreApplication>
 #include <QXmlStreamWriter>
 
 namespace KEO {
@@ -106,8 +109,13 @@ QByteArray dataFileText(const QList<WindowToSave> &windows)
     return text;
 }
 
-std::optional<Error> writeDataFile(const QString &path, const QList<WindowToSave> &windows)
+std::optional<Error> writeDataFile(const QString &path, const QList<WindowToSave> &windows,
+                                   const QString &mayReplace)
 {
+    if (path != mayReplace && !isFreeForFile(path) && !isDataFile(path))
+        return Error{Error::File, QCoreApplication::translate(
+                                      "KEO::DataFile", "%1 is no data file and is not replaced.")
+                                      .arg(path)};
     return writeWholeFile(path, dataFileText(windows), LineEnds::Native);
 }
 

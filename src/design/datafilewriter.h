@@ -28,8 +28,11 @@ struct WindowToSave
 /// bits straight into the text, which is sized first.
 [[nodiscard]] QByteArray dataFileText(const QList<WindowToSave> &windows);
 
-/// Writes that text whole or not at all. Nothing on success, else an error of kind File.
+/// Writes that text whole or not at all, where no file stands, an empty one or a data file: a
+/// foreign project file can name any path. \a mayReplace, if given, may hold anything else. Nothing
+/// on success, else an error of kind File.
 [[nodiscard]] std::optional<Error> writeDataFile(const QString &path,
-                                                 const QList<WindowToSave> &windows);
+                                                 const QList<WindowToSave> &windows,
+                                                 const QString &mayReplace = {});
 
 } // namespace KEO

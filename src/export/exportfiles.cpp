@@ -6,7 +6,10 @@
 
 #include <base/logging.h>
 
+#include <QCoreApplication>
 #include <QFileInfo>
+
+#include <cerrno>
 
 namespace KEO {
 
@@ -89,17 +92,18 @@ QString exportPath(const QString &directory, const QString &name, ExportFormat f
 }
 
 bool writeExport(const QString &path, const ExportSettings &settings, const ExportCore &core,
-                 const ExportWindow &window)
+                 const ExportWindow &window, QString *reason)
 {
-    const QFileInfo present(path);
-    if (present.exists() && !present.isFile()) { // a pipe without a reader would never open
-        qCDebug(lcExport).noquote() << path << "is no file";
+    const auto fail = [&](const QString &why) {
+        qCDebug(lcExport).noquote() << path << "can't be written:" << why;
+        if (reason)
+            *reason = why;
         return false;
-    }
-    if (write(path, settings, core, window))
-        return true;
-    qCDebug(lcExport).noquote() << path << "can't be written";
-    return false;
+    };
+    const QFileInfo present(path);
+    if (present.exists() && !present.isFile()) // a pipe without a reader would never open
+        return fail(QCoreApplication::translate("KEO::ExportFiles", "it is no file"));
+    return write(path, settings, core, window) || fail(qt_error_string(errno));
 }
 
 } // namespace KEO

@@ -62,9 +62,10 @@ struct ExportSettings
                                  ExportFormat format);
 
 /// Writes a window to \a path, whose content is replaced. A VCD counts in picoseconds, the other
-/// formats in the period's own unit. False, with the reason in the debug log "keo.export", when the
-/// file can't be written or \a path is something else than a file.
+/// formats in the period's own unit. False, with the reason in the debug log "keo.export" and, if
+/// given, in \a reason, when the file can't be written or \a path is something else than a file.
 [[nodiscard]] bool writeExport(const QString &path, const ExportSettings &settings,
-                               const ExportCore &core, const ExportWindow &window);
+                               const ExportCore &core, const ExportWindow &window,
+                               QString *reason = nullptr);
 
 } // namespace KEO

@@ -3,6 +3,7 @@
 #include <wave/wavemonitorwidget.h>
 #include <wave_data/windowcontents.h>
 #include <widgets/formwidgets.h>
+#include <widgets/plaintip.h>
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -108,7 +109,7 @@ ExportDialog::ExportDialog(const ExportSource &source, QWidget *parent)
     buildForm();
 
     m_editDir->setText(source.directory);
-    m_editDir->setToolTip(source.directory);
+    m_editDir->setToolTip(plainTip(source.directory));
     for (const ExportCore &core : m_cores)
         m_comBoxKo->addItem(tr("Core %1").arg(core.index));
     updateSampleClk();
@@ -194,7 +195,7 @@ void ExportDialog::onBrowse()
     if (!self || directory.isEmpty())
         return;
     m_editDir->setText(directory);
-    m_editDir->setToolTip(directory);
+    m_editDir->setToolTip(plainTip(directory));
 }
 
 void ExportDialog::updatePeriodRange()
@@ -313,6 +314,7 @@ void ExportDialog::writeFiles(const ExportSettings &chosen) const
 void ExportDialog::showError(const QString &text)
 {
     auto *box = new QMessageBox(QMessageBox::Critical, tr("Error"), text, QMessageBox::Ok, this);
+    box->setTextFormat(Qt::PlainText);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
 }

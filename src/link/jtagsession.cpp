@@ -1,6 +1,7 @@
 #include "jtagsession.h"
 
 #include "jtagclient.h"
+#include "socketowner.h"
 
 #include <base/logging.h>
 
@@ -96,6 +97,10 @@ bool JtagSession::connectServer(const JtagConnection &record, int msecs)
         qCDebug(lcLink) << "no connection to" << record.serverName << client->errorString();
         return false;
     }
+    if (!isServedByOwnUser(*client)) {
+        qCDebug(lcLink) << "no connection to" << record.serverName << "which is another user's";
+        return false;
+    }
     m_connections.append(record);
     m_connections.last().client = client.release(); // the session is its parent
     return true;
@@ -181,7 +186,7 @@ void JtagSession::dataReturned(CmdPack data)
     else if (data.contains(kDataRequestId))
         runDataTask(std::move(data));
     else
-        qCDebug(lcLink) << "packet without an id dropped:" << data.keys();
+        qCDebug(lcLink) << "packet without an id dropped," << data.size() << "keys";
 }
 
 // In both, an id that is not in the table stays out of it: a server must not be able to fill it.

@@ -2,6 +2,7 @@
 
 #include <programmer/devicedatabase.h>
 #include <widgets/messagebox.h>
+#include <widgets/plaintip.h>
 
 #include <QApplication>
 #include <QDir>
@@ -59,9 +60,9 @@ QVariant DeviceTableModel::data(const QModelIndex &index, int role) const
         return column == Enable ? QVariant() : displayText(row, column);
     case Qt::ToolTipRole:
         if (column == FsFile && !row.fsFile.isEmpty())
-            return QDir::toNativeSeparators(row.fsFile);
+            return plainTip(QDir::toNativeSeparators(row.fsFile));
         if (column == Operation && row.operation)
-            return row.operation->description;
+            return plainTip(row.operation->description);
         return {};
     default:
         return {};

@@ -23,6 +23,7 @@ QString styleOf(const QString &background)
 ProgrammerLink::ProgrammerLink(QObject *parent)
     : QObject(parent), m_statusAction(new QWidgetAction(this)), m_statusLabel(new QLabel)
 {
+    m_statusLabel->setTextFormat(Qt::PlainText); // it shows what the tool says
     m_statusLabel->setObjectName(QStringLiteral("programStatusLabel"));
     m_statusLabel->hide();
     auto *statusWidget = new QWidget;

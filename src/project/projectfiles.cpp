@@ -51,6 +51,7 @@ bool ProjectFiles::openProject(const QString &path)
         return false;
     }
     m_keoFilePath = project->keoFile;
+    m_openedSession = path;
     m_projectFilePath = path;
     m_dataFilePath = project->dataFile;
     if (traits.swapsPaths)
@@ -137,7 +138,7 @@ void ProjectFiles::saveWaves(const QString &path) const
                                                          windows.size()));
         windows.last().contents = &wave->contents();
     }
-    if (const std::optional<Error> error = writeDataFile(path, windows))
+    if (const std::optional<Error> error = writeDataFile(path, windows, m_openedSession))
         qCDebug(lcProject).noquote() << "data file not saved:" << error->message;
 }
 
@@ -146,6 +147,7 @@ void ProjectFiles::close()
     m_keoFilePath.clear();
     m_projectFilePath.clear();
     m_dataFilePath.clear();
+    m_openedSession.clear();
 }
 
 } // namespace KEO

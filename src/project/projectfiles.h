@@ -42,6 +42,7 @@ private:
     QString m_keoFilePath;     ///< core description
     QString m_projectFilePath; ///< empty until saved
     QString m_dataFilePath;    ///< samples and arrangement, empty until saved
+    QString m_openedSession;   ///< the project file that the user opened
 };
 
 } // namespace KEO

@@ -1,6 +1,7 @@
 #include "reloadbanner.h"
 
 #include <widgets/colormix.h>
+#include <widgets/plaintip.h>
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -34,7 +35,7 @@ public:
         m_sentence = sentence;
         m_path = path;
         setText(sentence.arg(path));
-        setToolTip(path);
+        setToolTip(plainTip(path));
     }
 
     [[nodiscard]] QSize minimumSizeHint() const override

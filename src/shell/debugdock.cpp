@@ -1,11 +1,12 @@
 #include "debugdock.h"
 
+#include <base/console.h>
+
 #include <QFont>
 #include <QMutex>
 #include <QPlainTextEdit>
 #include <QThread>
 
-#include <cstdio>
 #include <cstdlib>
 
 namespace KEO {
@@ -14,7 +15,19 @@ namespace {
 
 constexpr int kMaxLines = 100'000; // older ones leave the pane; standard error has had them
 
+/// A message with keys or names from outside can be millions of characters long, and the pane lays
+/// a line out as a whole.
+constexpr qsizetype kMaxShown = 4096;
+
 thread_local bool isShowing = false;
+
+QString shownPart(const QString &text)
+{
+    if (text.size() <= kMaxShown)
+        return text;
+    return DebugDock::tr("%1 ... (%2 characters)")
+        .arg(text.left(kMaxShown), QString::number(text.size()));
+}
 
 } // namespace
 
@@ -31,9 +44,7 @@ struct DebugMessages
 
 void DebugMessages::handle(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
-    const QByteArray line = text.toLocal8Bit() + '\n';
-    std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
-    std::fflush(stderr);
+    static_cast<void>(writeText(stderr, text + u'\n'));
     if (!isShowing) {
         isShowing = true;
         deliver(text);
@@ -102,7 +113,7 @@ void DebugDock::show(const QString &text)
     if (text == QLatin1String("CLEAR "))
         m_pane->clear();
     else
-        m_pane->appendPlainText(text);
+        m_pane->appendPlainText(shownPart(text));
 }
 
 } // namespace KEO

@@ -1,5 +1,6 @@
 #include "startup.h"
 
+#include <base/console.h>
 #include <image/images.h>
 
 #include <QApplication>
@@ -7,6 +8,7 @@
 
 int main(int argc, char **argv)
 {
+    qInstallMessageHandler(&KEO::printMessage);
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("signalscope"));
     QApplication::setApplicationVersion(QStringLiteral(SIGNALSCOPE_VERSION));

@@ -3,6 +3,7 @@
 #include "analyzer.h"
 
 #include <base/logging.h>
+#include <widgets/messagebox.h>
 
 #include <QApplication>
 #include <QMessageBox>
@@ -17,7 +18,7 @@ namespace {
 
 int fail(StartupStatus status, const QString &text)
 {
-    QMessageBox::critical(nullptr, Startup::tr("Error"), text, QMessageBox::Ok);
+    showBox(QMessageBox::Critical, nullptr, Startup::tr("Error"), text);
     return int(status);
 }
 

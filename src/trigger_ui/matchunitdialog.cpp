@@ -3,6 +3,7 @@
 #include <config/coreconfig.h>
 #include <trigger/matchvalue.h>
 #include <widgets/messagebox.h>
+#include <widgets/plaintip.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -26,7 +27,7 @@ namespace {
 QTreeWidgetItem *itemOf(const SignalEntry &entry)
 {
     auto *item = new QTreeWidgetItem({entry.text.isEmpty() ? entry.name : entry.text});
-    item->setToolTip(0, item->text(0));
+    item->setToolTip(0, plainTip(item->text(0)));
     for (const SignalEntry &member : entry.members)
         item->addChild(itemOf(member));
     return item;

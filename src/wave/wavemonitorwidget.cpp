@@ -86,9 +86,10 @@ void WaveMonitorWidget::joinScrollBars()
     connect(tree, &QScrollBar::valueChanged, waves, &QScrollBar::setValue);
     connect(waves, &QScrollBar::valueChanged, tree, &QScrollBar::setValue);
     // When rows come or go the two learn of it one after the other. Whichever comes second takes
-    // the place of the first, which it may have had to refuse before.
-    connect(tree, &QScrollBar::rangeChanged, tree, [=] { tree->setValue(waves->value()); });
-    connect(waves, &QScrollBar::rangeChanged, waves, [=] { waves->setValue(tree->value()); });
+    // the place of the first, which it may have had to refuse before. The bar that is read is the
+    // receiver: a range still changes while the panes go, one after the other.
+    connect(tree, &QScrollBar::rangeChanged, waves, [=] { tree->setValue(waves->value()); });
+    connect(waves, &QScrollBar::rangeChanged, tree, [=] { waves->setValue(tree->value()); });
 }
 
 void WaveMonitorWidget::layOutPanes()

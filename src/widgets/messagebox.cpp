@@ -32,6 +32,7 @@ QMessageBox::StandardButton showBox(QMessageBox::Icon icon, QWidget *parent, con
 {
     // On the heap: a window that is destroyed while its box shows takes the box along.
     const QPointer<QMessageBox> box = new QMessageBox(icon, title, text, buttons, parent);
+    box->setTextFormat(Qt::PlainText); // paths and names may look like markup
     box->setDefaultButton(defaultButton);
     makeRoomForTitle(*box);
     const int answer = box->exec();

@@ -15,7 +15,12 @@
 #include <QProcess>
 #include <QSet>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -85,6 +90,9 @@ private Q_SLOTS:
     void drawsPictures();
     void endsWithItsStatus_data();
     void endsWithItsStatus();
+    void tellsOfAFullDisk_data();
+    void tellsOfAFullDisk();
+    void keepsOrdersFromTheTerminal();
     void forcesTheTrigger();
     void numbersTheRounds();
     void capturesFromLiteCores_data();
@@ -395,6 +403,68 @@ void tst_CaptureProgram::endsWithItsStatus()
     QVERIFY2(outcome.status == status, qPrintable(outcome.errors));
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
     QCOMPARE(outcome.output, QString());
+}
+
+void tst_CaptureProgram::tellsOfAFullDisk_data()
+{
+    addColumns<QString, QString>({"line", "words"});
+    addRow("help", "--help", "can not be printed");
+    addRow("cables", "--list-cables --json", "can not be printed");
+    addRow("result", "--device KR-A --json design.keo", "can not be printed");
+    addRow("export", "--device KR-A --format csv --out . --name full design.keo",
+           "full_core0_window0.csv");
+}
+
+void tst_CaptureProgram::tellsOfAFullDisk()
+{
+    QFETCH(const QString, line);
+    QFETCH(const QString, words);
+    board(TestDesign());
+    const bool isExport = words == "full_core0_window0.csv";
+    QProcess process;
+    process.setWorkingDirectory(m_directory->path());
+    if (isExport) {
+        // A limit on the size of files stands for the disk.
+        process.setChildProcessModifier([] {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{2000, 2000};
+            setrlimit(RLIMIT_FSIZE, &limit);
+        });
+    } else {
+        process.setStandardOutputFile("/dev/full");
+    }
+    process.start(kProgram, line.split(u' '));
+    const Outcome outcome = finished(process);
+    QCOMPARE(outcome.status, 6);
+    QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
+    QVERIFY2(outcome.errors.contains(qt_error_string(isExport ? EFBIG : ENOSPC)),
+             qPrintable(outcome.errors));
+}
+
+void tst_CaptureProgram::keepsOrdersFromTheTerminal()
+{
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    QVERIFY(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const QString name = QString::fromLatin1(ptsname(terminal));
+    const int screen = open(qPrintable(name), O_RDWR | O_NOCTTY); // keeps it open for us to read
+    for (const bool shown : {true, false}) {
+        QProcess process;
+        if (shown)
+            process.setStandardErrorFile(name);
+        process.start(kProgram, {"--open", QStringLiteral("\x1b]0;x\a\u009b31m.analyzer_prj")});
+        const Outcome outcome = finished(process);
+        QCOMPARE(outcome.status, 6);
+        QByteArray errors = outcome.errors.toUtf8();
+        if (shown) {
+            errors.resize(4096);
+            errors.resize(std::max<ssize_t>(0, read(terminal, errors.data(), 4096)));
+        }
+        QVERIFY2(errors.contains("]0;x"), errors);
+        QCOMPARE(errors.contains('\x1b') || errors.contains('\a') || errors.contains("\xc2\x9b"),
+                 !shown);
+    }
+    close(screen);
+    close(terminal);
 }
 
 void tst_CaptureProgram::forcesTheTrigger()

@@ -24,6 +24,8 @@ private Q_SLOTS:
     void readsLikeTheTree();
     void refuses_data();
     void refuses();
+    void replacesItsOwnAlone_data();
+    void replacesItsOwnAlone();
     void survivesBeingCutOff();
     void takesALongSampleText();
     void fitsTheDesign_data();
@@ -254,10 +256,21 @@ void tst_DataFile::refuses_data()
         Error::Limit, "line: 1 column: 13");
     row("undeclared entity", root("&a;"), Error::Format, "line: 1 column: \\d+");
     row("too many signals",
-        root("<Window><Signals>" + QByteArray("<Signal/>").repeated(kMaxDataRecords) +
+        root("<Window><Signals>" + QByteArray("<Signal/>").repeated(65'537) +
              "</Signals></Window>"),
         Error::Limit, "line: 1 column: \\d+");
-    row("too many windows", root(QByteArray("<Window/>").repeated(kMaxDataRecords + 1)),
+    row("too many rows",
+        root("<Window><Layout>" + QByteArray("<Node type='sig'/>").repeated(kMaxDataRecords) +
+             "</Layout></Window>"),
+        Error::Limit, "line: 1 column: \\d+");
+    row("too many windows", root(QByteArray("<Window/>").repeated(65'537)), Error::Limit,
+        "line: 1 column: \\d+");
+    row("too many tags", root(QByteArray("<a/>").repeated(1'000'000)), Error::Limit,
+        "line: 1 column: \\d+");
+    row("too much text",
+        root("<Window><Layout>" +
+             ("<Node type='bus' name='" + QByteArray(1024 * 1024, 'x') + "'/>").repeated(65) +
+             "</Layout></Window>"),
         Error::Limit, "line: 1 column: \\d+");
 }
 
@@ -270,6 +283,41 @@ void tst_DataFile::refuses()
     QTEST(int(loaded.error().kind), "kind");
     const QRegularExpression pattern("^Error when reading data file.\n " + place + ", .+$");
     QVERIFY2(pattern.match(loaded.error().message).hasMatch(), qPrintable(loaded.error().message));
+}
+
+void tst_DataFile::replacesItsOwnAlone_data()
+{
+    const auto row = addColumns<QByteArray, bool>({"present", "isReplaced"});
+    row("none", QByteArray(), true);
+    row("empty", "", true);
+    row("data file", "\xEF\xBB\xBF<?xml version='1.0'?>\n<!-- c -->\n<WaveData><cut off", true);
+    row("other XML", "<Config><WaveData/></Config>", false);
+    row("text", "WaveData", false);
+    row("project file", "[General]\nKEO_FILE=/a.keo\n", false);
+}
+
+// A foreign project file can name any path for the samples.
+void tst_DataFile::replacesItsOwnAlone()
+{
+    QFETCH(QByteArray, present);
+    QFETCH(bool, isReplaced);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("data");
+    const auto content = [&] {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    const auto put = [&] {
+        QFile file(path);
+        QVERIFY(present.isNull() ||
+                (file.open(QIODevice::WriteOnly) && file.write(present) == present.size()));
+    };
+    put();
+    QCOMPARE(!writeDataFile(path, {}), isReplaced);
+    QCOMPARE(content(), isReplaced ? dataFileText({}) : present);
+    put();
+    QVERIFY(!writeDataFile(path, {}, path)); // the user's own choice
+    QCOMPARE(content(), dataFileText({}));
 }
 
 void tst_DataFile::survivesBeingCutOff()

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QScopeGuard>
 #include <QSettings>
 
 using namespace KEO;
@@ -34,15 +35,38 @@ private:
 void tst_ProjectFile::keepsPaths_data()
 {
     const auto row = addColumns<QString>({"folder"});
-    for (const char *folder :
-         {"/plain", "/with blanks ", "/\u00fcml\u00e4ut", "/\u4fe1\u53f7\u6ce2\u5f62",
-          "/\"double\"", "/'single'", "/100%", "/%20%41", "/a,b;c=d", "/[General]", "/@home",
-          "/\U0001F600", "/x\\y", "/#", ""})
+    for (const char *folder : {"/plain",
+                               "/with blanks ",
+                               "/\u00fcml\u00e4ut",
+                               "/\u4fe1\u53f7\u6ce2\u5f62",
+                               "/\"double\"",
+                               "/'single'",
+                               "/100%",
+                               "/%20%41",
+                               "/a,b;c=d",
+                               "/[General]",
+                               "/@home",
+                               "/\U0001F600",
+                               "/x\\y",
+                               "/#",
+                               "/a@Variant(",
+                               "@Variant(",
+                               "@@DateTime(",
+                               "@String(a)",
+                               "/\t\a\x01"
+                               "5\x7f",
+                               " ",
+                               "/?\"'\\\"",
+                               "/\n[S]\nKEO_FILE=x",
+                               ""})
         row(folder, QString::fromUtf8(folder));
 }
 
 void tst_ProjectFile::keepsPaths()
 {
+    const QByteArray before = qgetenv("TMPDIR");
+    qputenv("TMPDIR", "/dev/null"); // as useless as one that is full
+    const auto restore = qScopeGuard([&] { qputenv("TMPDIR", before); });
     QFETCH(QString, folder);
     const ProjectFile project{folder + "/a.keo", folder + "/a.xml"};
     QVERIFY(!writeProjectFile(path("p.analyzer_prj"), project));
@@ -57,6 +81,14 @@ void tst_ProjectFile::keepsPaths()
         QCOMPARE(settings.value("KEO_FILE").toString(), project.keoFile);
     }
     QFile::remove(path("copy.ini"));
+    // And what the toolkit writes is read here.
+    {
+        QSettings settings(path("copy.ini"), QSettings::IniFormat);
+        settings.setValue("KEO_FILE", project.keoFile);
+        settings.setValue("DATA_FILE", project.dataFile);
+    }
+    QCOMPARE(content(path("copy.ini")), content(path("p.analyzer_prj")));
+    QFile::remove(path("copy.ini"));
 }
 
 void tst_ProjectFile::replacesWhatIsThere_data()
@@ -65,6 +97,11 @@ void tst_ProjectFile::replacesWhatIsThere_data()
     const QByteArray keys = "DATA_FILE=/b.xml\nKEO_FILE=/b.keo\n";
     row("other keys stay", "[General]\nKEO_FILE=/a.keo\nDATA_FILE=/a.xml\nother=1\n\n[S]\nx=2\n",
         "[General]\n" + keys + "other=1\n\n[S]\nx=2\n");
+    row("comments and odd lines stay",
+        "; mine\n\n[S]\nKEO_FILE=no\n[general] ; here\nother=\"a\nb\"\n;c\n  KEO_FILE = /a\\\n.keo",
+        "; mine\n\n[S]\nKEO_FILE=no\n[general] ; here\n" + keys + "other=\"a\nb\"\n;c\n  ");
+    row("without a header", "other=1\n[S]\nx=2\n", "[General]\n" + keys + "other=1\n[S]\nx=2\n");
+    row("other sections alone", "[S]\nx=2\n", "[General]\n" + keys + "\n[S]\nx=2\n");
     row("serialised objects go", QByteArray("[General]\nx=@Variant(\\0\\0\\0\\t\\xff)\n"),
         "[General]\n" + keys);
     row("empty", {}, "[General]\n" + keys);

@@ -8,6 +8,8 @@
 #include <QTest>
 #include <QThread>
 
+#include <unistd.h>
+
 using namespace KEO;
 
 /// The session's rules against two servers on real sockets. There is one session for the whole
@@ -23,6 +25,7 @@ private Q_SLOTS:
     void beforeAnyCableWasSelected(); // has to be the first
     void servers();
     void lateServer();
+    void strangersServer();
     void selecting();
 
     void requestIds();
@@ -156,6 +159,22 @@ void tst_JtagSession::lateServer()
     thread->start();
     QVERIFY(m_session.connectServer(record("first"), 5000));
     QVERIFY(thread->wait());
+}
+
+// Whoever runs first has the name of a cable, in a folder that all users share.
+void tst_JtagSession::strangersServer()
+{
+    if (geteuid() != 0)
+        QSKIP("only the administrator can be somebody else");
+    constexpr uid_t kStranger = 65534;
+    const QTemporaryDir shared("/tmp/keo-shared-XXXXXX"); // where anybody may go
+    QVERIFY(QFile::setPermissions(shared.path(), QFileDevice::Permissions(0x7777)));
+    const QString name = shared.filePath("cable");
+    QCOMPARE(seteuid(kStranger), 0);
+    auto stranger = std::make_unique<WireServer>(name);
+    QCOMPARE(seteuid(0), 0);
+    QVERIFY(!m_session.connectServer({"cable", name, 0, 0, 0}, 1000));
+    QVERIFY(!m_session.hasConnection());
 }
 
 void tst_JtagSession::selecting()

@@ -328,6 +328,7 @@ void tst_ProgrammerPage::editsBySelectorsAndFields()
     page.edit<QLineEdit>(0, Column::FsFile);
     QTest::mouseClick(page.find<QToolButton>("browseFsFile"), Qt::LeftButton);
     QTRY_COMPARE(page.row(0), "MR|MR-1X|Burn|" + file + "|9|9|2200001B|8");
+    QCOMPARE(shownTip(page.model->index(0, Column::FsFile).data(Qt::ToolTipRole).toString()), file);
     page.closeEditor();
     const QString other = page.writeFile("b.fs", "//CheckSum: 9\n//Device-package: KR-A-Q48\n");
     for (const QString &path : {other, page.directory.filePath("none.fs")})

@@ -59,6 +59,12 @@ void tst_DebugDock::showsMessages()
     std::thread([] { qDebug("from afar"); }).join();
     QTRY_COMPARE(bench.pane->toPlainText(), "from afar");
     QCOMPARE(g_elsewhere, QStringList());
+    // A server's text can fill a frame; laid out, one line of it froze the window.
+    qDebug("CLEAR ");
+    qDebug().noquote() << QString(1'000'000, u'x');
+    QVERIFY(bench.pane->toPlainText().startsWith("xxxx"));
+    QVERIFY(bench.pane->toPlainText().endsWith("(1000000 characters)"));
+    QVERIFY(bench.pane->toPlainText().size() < 5000);
 }
 
 void tst_DebugDock::givesTheHandlerBack()

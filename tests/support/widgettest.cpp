@@ -2,8 +2,10 @@
 
 #include <QAbstractButton>
 #include <QContextMenuEvent>
+#include <QFileDialog>
 #include <QMenu>
 #include <QPointer>
+#include <QTextDocumentFragment>
 
 #include <algorithm>
 
@@ -33,6 +35,9 @@ void BoxWatcher::look()
         qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
     if (!box || isPassive)
         return;
+    // Paths and names stand in boxes, and a stranger's may be markup.
+    if (box->textFormat() != Qt::PlainText && !qobject_cast<QFileDialog *>(box->parentWidget()))
+        qWarning("a box shows markup");
     seen.append(box->windowTitle() + QStringLiteral(": ") + box->text());
     if (const auto task = std::exchange(whileOpen, {}))
         task(*box);
@@ -42,6 +47,11 @@ void BoxWatcher::look()
         QTest::keyClick(wanted, Qt::Key_Space);
     else
         QTest::keyClick(box, Qt::Key_Return);
+}
+
+QString shownTip(const QString &tip)
+{
+    return Qt::mightBeRichText(tip) ? QTextDocumentFragment::fromHtml(tip).toPlainText() : tip;
 }
 
 QStringList driveContextMenu(QWidget *viewport, const QPoint &position, const QString &choice)

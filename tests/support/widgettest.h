@@ -70,6 +70,9 @@ private:
     QTimer m_timer;
 };
 
+/// What a tool tip with the text \a tip shows.
+[[nodiscard]] QString shownTip(const QString &tip);
+
 /// Opens the context menu of a view's \a viewport at \a position, as a right click does, and gives
 /// the texts of its entries: none when no menu came up. Chooses the entry \a choice by the
 /// keyboard, or leaves the menu.

@@ -101,6 +101,7 @@ private Q_SLOTS:
     void readOnlyKeepsTheStructure();
     void counterWidthBoundsTheCount();
     void valuesFromAFile();
+    void namesAreNoMarkup();
     void goneInsideABox();
 };
 
@@ -345,6 +346,18 @@ void tst_MatchUnits::valuesFromAFile()
 }
 
 // The box belongs to the dialog, and both go with the window below them.
+// Markup could name a pipe for a picture, and the window would wait for it.
+void tst_MatchUnits::namesAreNoMarkup()
+{
+    const QString name = "<img src=/pipe> & <b>";
+    Opened opened(2, 0, 0);
+    opened.unit->trigger->signals = {{"bus", {}, {{name, {}, {}}}}, {"a", name, {}}};
+    opened.open();
+    const auto *tree = opened.find<QTreeWidget>("treeSignals");
+    for (const QTreeWidgetItem *item : {tree->topLevelItem(0)->child(0), tree->topLevelItem(1)})
+        QCOMPARE(shownTip(item->toolTip(0)), name);
+}
+
 void tst_MatchUnits::goneInsideABox()
 {
     Opened opened(10, 0, 0, QString(10, u'0'));

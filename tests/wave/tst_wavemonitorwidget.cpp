@@ -74,6 +74,7 @@ private Q_SLOTS:
     void autorunSwapsSamplesAlone();
     void restoresItsState();
     void diesWithEventsQueued();
+    void diesWithADragLeftOver();
     void isEmptyWithoutData();
 };
 
@@ -264,6 +265,24 @@ void tst_WaveMonitorWidget::diesWithEventsQueued()
     survivor.settle();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(survivor.widget->zoomRate(), 1.0);
+}
+
+// A row that is dropped outside leaves its drag, which changes the tree's style, and with it the
+// range of its bar, when the viewer goes. The sanitizers see who reads the other pane's bar then.
+void tst_WaveMonitorWidget::diesWithADragLeftOver()
+{
+    for (const bool expands : {false, true}) {
+        Viewer viewer(kRows, kSamples);
+        viewer.tree->selectOnly({viewer.model->index(kBus, 0)});
+        viewer.tree->setExpanded(viewer.model->index(kBus, 0), expands);
+        viewer.settle();
+        const QPoint press = viewer.tree->visualRect(viewer.model->index(2, 0)).center();
+        QTest::mousePress(viewer.tree->viewport(), Qt::LeftButton, {}, press);
+        for (const int distance : {12, 24})
+            QTest::mouseMove(viewer.tree->viewport(), press + QPoint(0, distance));
+        QTest::mouseRelease(viewer.tree->viewport(), Qt::LeftButton, {}, press);
+        QVERIFY(viewer.tree->testAttribute(Qt::WA_SetStyle)); // the drag's
+    }
 }
 
 void tst_WaveMonitorWidget::isEmptyWithoutData()

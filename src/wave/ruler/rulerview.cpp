@@ -84,8 +84,9 @@ RulerView::RulerView(QWidget *parent)
     horizontalScrollBar()->setVisible(false);
     verticalScrollBar()->setVisible(false);
     // Flags and numbers in a large font may not fit above the scale; the scale is what must show.
-    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this,
-            [this](int, int maximum) { verticalScrollBar()->setValue(maximum); });
+    QScrollBar *bar = verticalScrollBar();
+    connect(bar, &QScrollBar::rangeChanged, bar,
+            [bar](int, int maximum) { bar->setValue(maximum); });
 
     auto *scene = new QGraphicsScene(this);
     scene->setBackgroundBrush(Qt::gray);

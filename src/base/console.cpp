@@ -1,0 +1,51 @@
+#include "console.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+
+#ifdef Q_OS_WIN
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace KEO {
+
+namespace {
+
+bool mayOrder(QChar c)
+{
+    return c.category() == QChar::Other_Control && !QStringView(u"\n\r\t").contains(c);
+}
+
+} // namespace
+
+bool isTerminal(std::FILE *stream)
+{
+#ifdef Q_OS_WIN
+    return _isatty(_fileno(stream)) != 0;
+#else
+    return isatty(fileno(stream)) != 0;
+#endif
+}
+
+bool writeText(std::FILE *stream, const QString &text)
+{
+    QString shown = text;
+    if (isTerminal(stream))
+        std::ranges::replace_if(shown, mayOrder, QChar(QChar::ReplacementCharacter));
+    const QByteArray bytes = shown.toLocal8Bit();
+    errno = 0;
+    const size_t written = std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
+    return std::fflush(stream) == 0 && written == size_t(bytes.size());
+}
+
+void printMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    static_cast<void>(writeText(stderr, qFormatLogMessage(type, context, text) + u'\n'));
+    if (type == QtFatalMsg)
+        std::abort();
+}
+
+} // namespace KEO

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+#include <cstdio>
+
+namespace KEO {
+
+[[nodiscard]] bool isTerminal(std::FILE *stream);
+
+/// Writes \a text to \a stream at once, in the system's encoding. On a terminal each control
+/// character but line end, return and tab shows as a replacement character: a name or path from a
+/// foreign file could give the terminal orders. Files and pipes get the text as it is. False when
+/// not all of it went out; `errno` tells why.
+[[nodiscard]] bool writeText(std::FILE *stream, const QString &text);
+
+/// A message handler for qInstallMessageHandler that writes as above to standard error.
+void printMessage(QtMsgType type, const QMessageLogContext &context, const QString &text);
+
+} // namespace KEO
