@@ -18,7 +18,7 @@ QString descriptionPath(const QString &file)
 {
     if (!file.endsWith(QLatin1String(".analyzer_prj")))
         return file;
-    const Result<ProjectFile> project = readProjectFile(file);
+    const Result<ProjectFile> project = readProjectFile(projectFileFor(file));
     if (project)
         return project->keoFile;
     qCDebug(lcShell).noquote() << project.error().message;

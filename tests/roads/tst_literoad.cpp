@@ -264,6 +264,17 @@ void tst_LiteRoad::fromCaptureToSessionAndBack()
     QCOMPARE(QSettings(data, QSettings::IniFormat).value("KEO_FILE").toString(), d.file());
     QCOMPARE(QSettings(data, QSettings::IniFormat).value("DATA_FILE").toString(), project);
 
+    // The name that the user knows still opens it, and the next save puts both files right.
+    d.window->openFile(project, {}, design.device, {});
+    QCOMPARE(titles(d), (QStringList{"Trigger", "Window 0"}));
+    d.click("Save...");
+    QVERIFY(bytesOf(data).contains("<WaveData>"));
+    QCOMPARE(QSettings(project, QSettings::IniFormat).value("DATA_FILE").toString(), data);
+    d.window->openFile(project, {}, design.device, {});
+    QCOMPARE(titles(d), (QStringList{"Trigger", "Window 0"}));
+    d.wave(1)->setZoom(0.5);
+    d.click("Save...");
+
     // Under a name that tells what it is, the file with the paths opens again.
     const QString renamed = d.directory.filePath("again.analyzer_prj");
     QVERIFY(QFile::rename(data, renamed));
