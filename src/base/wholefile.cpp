@@ -4,8 +4,11 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QUuid>
 
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #ifdef Q_OS_UNIX
@@ -22,6 +25,7 @@ struct Text
     Q_DECLARE_TR_FUNCTIONS(KEO::WholeFile)
 };
 
+constexpr int kNameLength = 8;        // of what tells a file that is being written
 constexpr qint64 kPiece = 256 * 1024; // bytes read at once
 
 QIODevice::OpenMode withLineEnds(QIODevice::OpenMode mode, LineEnds lineEnds)
@@ -42,11 +46,10 @@ Error tooLarge(const QString &path, qint64 maxBytes)
 }
 
 /// The toolkit has no words for bytes that a full disk did not take, the system has.
-Error failure(const QSaveFile &file)
+Error failure(const QString &path, const QString &toolkitReason)
 {
-    return {Error::File,
-            Text::tr("%1 can't be written: %2")
-                .arg(file.fileName(), errno != 0 ? qt_error_string(errno) : file.errorString())};
+    return {Error::File, Text::tr("%1 can't be written: %2")
+                             .arg(path, errno != 0 ? qt_error_string(errno) : toolkitReason)};
 }
 
 /// Waits until the system has the bytes of \a file on the disk. Some disks refuse them only now.
@@ -58,6 +61,14 @@ bool isOnDisk(const QSaveFile &file)
 #else
     return _commit(file.handle()) == 0 || errno == EBADF;
 #endif
+}
+
+/// Where the bytes of a file go: what a link points to is replaced, not the link.
+QString placeOf(const QFileInfo &file)
+{
+    if (!file.isSymLink())
+        return file.filePath();
+    return file.exists() ? file.canonicalFilePath() : file.symLinkTarget();
 }
 
 } // namespace
@@ -88,7 +99,12 @@ Result<QByteArray> readWholeFile(const QString &path, qint64 maxBytes, LineEnds 
 }
 
 FileSet::FileSet() = default;
-FileSet::~FileSet() = default;
+
+FileSet::~FileSet()
+{
+    for (const Entry &entry : m_files)
+        QFile::remove(entry.written);
+}
 
 std::optional<Error> FileSet::add(const QString &path, const QByteArray &content, LineEnds lineEnds)
 {
@@ -99,38 +115,48 @@ std::optional<Error> FileSet::add(const QString &path, const QByteArray &content
 std::optional<Error> FileSet::add(const QString &path, LineEnds lineEnds,
                                   const std::function<bool(QIODevice &)> &write)
 {
-    if (const QFileInfo present(path); present.exists() && !present.isFile())
+    const QFileInfo present(path);
+    if (present.exists() && !present.isFile())
         return notAFile(path);
-    auto file = std::make_unique<QSaveFile>(path);
+    if (present.exists() && !present.isWritable()) {
+        errno = EACCES;
+        return failure(path, {});
+    }
+    const QString place = placeOf(present);
+    // It takes a name of its own first: what puts it into its place must be a rename and no more.
+    QSaveFile file(place + u'.' + QUuid::createUuid().toString(QUuid::Id128).first(kNameLength));
     errno = 0;
-    if (!file->open(withLineEnds(QIODevice::WriteOnly, lineEnds)))
-        return failure(*file);
-    // commit() ignores what the disk says when it takes the bytes, and on a full one it has then
-    // destroyed the old file. So everything must be known to be out before.
-    if (!write(*file) || !file->flush() || !isOnDisk(*file)) {
-        const Error error = failure(*file);
+    if (!file.open(withLineEnds(QIODevice::WriteOnly, lineEnds)))
+        return failure(path, file.errorString());
+    // commit() ignores what the disk says when it takes the bytes.
+    if (!write(file) || !file.flush() || !isOnDisk(file) || !file.commit()) {
         const int reason = errno;
-        file.reset();
+        const Error error = failure(path, file.errorString());
+        file.cancelWriting();
         errno = reason;
         return error;
     }
-    m_files.push_back(std::move(file));
+    if (present.exists())
+        QFile::setPermissions(file.fileName(), present.permissions());
+    m_files.append({path, place, file.fileName()});
     return std::nullopt;
 }
 
 QList<FileSet::Fault> FileSet::commit()
 {
     QList<Fault> faults;
-    int reason = 0;
-    for (const std::unique_ptr<QSaveFile> &file : m_files) {
-        errno = 0;
-        if (file->commit())
+    for (const Entry &entry : std::as_const(m_files)) {
+        std::error_code error;
+        std::filesystem::rename(QFileInfo(entry.written).filesystemFilePath(),
+                                QFileInfo(entry.place).filesystemFilePath(), error);
+        if (!error)
             continue;
-        reason = errno;
-        faults.append({file->fileName(), failure(*file)});
+        errno = error.value();
+        faults.append({entry.path, failure(entry.path, {})});
+        QFile::remove(entry.written);
+        errno = error.value();
     }
     m_files.clear();
-    errno = reason;
     return faults;
 }
 

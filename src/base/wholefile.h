@@ -4,14 +4,12 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QString>
 
 #include <functional>
-#include <memory>
 #include <optional>
-#include <vector>
 
 class QIODevice;
-class QSaveFile;
 
 namespace KEO {
 
@@ -36,6 +34,8 @@ class FileSet final
 {
 public:
     FileSet();
+    FileSet(const FileSet &) = delete;
+    FileSet &operator=(const FileSet &) = delete;
     ~FileSet();
 
     /// Puts \a content down for \a path. What is no regular file, such as a pipe or a device, is
@@ -57,7 +57,13 @@ public:
     [[nodiscard]] QList<Fault> commit();
 
 private:
-    std::vector<std::unique_ptr<QSaveFile>> m_files;
+    struct Entry
+    {
+        QString path;    ///< as it was given
+        QString place;   ///< of the bytes, behind all links
+        QString written; ///< where the bytes are now, beside it
+    };
+    QList<Entry> m_files;
 };
 
 /// A set of one file: writes \a content to \a path whole or not at all; after an error a file that

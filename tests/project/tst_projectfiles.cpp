@@ -511,7 +511,7 @@ namespace {
 
 const char *const kSaveForEver = "--save-for-ever";
 
-constexpr int kPositions = 200; // of the trigger, one a save
+constexpr quint32 kPositions = 200; // of the trigger, one a save
 
 /// The life of the process that gets killed: opens the project and saves one trigger position after
 /// the other, as if each came with a new capture.
@@ -520,8 +520,8 @@ int saveForEver(const QString &project)
     SavedSession twin; // for its arrangements
     ProjectWindow w(project);
     auto *position = w.tabs->findChild<QSpinBox *>(QStringLiteral("spinBoxTrPos"));
-    for (int save = 1;; ++save) {
-        twin.design.position = save % kPositions;
+    for (quint32 save = QRandomGenerator::global()->generate();; ++save) {
+        twin.design.position = int(save % kPositions);
         position->setValue(twin.design.position);
         w.wave(1)->loadWindow(twin.arrangement(1));
         QCoreApplication::processEvents();
