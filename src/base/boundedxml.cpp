@@ -14,6 +14,8 @@ using namespace Qt::StringLiterals;
 /// An attribute is a node with a text node of its own and a place in a hash.
 constexpr int kNodesOfAttribute = 3;
 
+constexpr qint64 kCheckAhead = 64 * 1024; // bytes
+
 struct Text
 {
     Q_DECLARE_TR_FUNCTIONS(KEO::BoundedXml)
@@ -104,12 +106,18 @@ qsizetype behind(View text, QLatin1StringView terminator, qsizetype position)
 
 /// Refuses what already costs the stream parser too much: it compares every attribute of a tag with
 /// every other, and expands entities while it reads the declarations of a DOCTYPE. Follows markup
-/// only as far as well-formed text needs; in other text the parser stops first.
+/// only as far as well-formed text needs; in other text the parser stops first. Goes on from
+/// \a position until that is behind \a until.
 template <typename View>
-std::optional<XmlFault> checkMarkup(View text, const XmlLimits &limits)
+std::optional<XmlFault> checkMarkup(View text, const XmlLimits &limits, qsizetype &position,
+                                    qsizetype until)
 {
-    qsizetype position = 0;
-    while ((position = findTag(text, position)) >= 0) {
+    while (position <= until) {
+        position = findTag(text, position);
+        if (position < 0) {
+            position = text.size() + 1;
+            break;
+        }
         const View rest = text.sliced(position);
         if (begins(rest, "<!--"_L1)) {
             position = behind(text, "-->"_L1, position + 4);
@@ -202,7 +210,6 @@ BoundedXmlReader::BoundedXmlReader(const QByteArray &bytes, const XmlLimits &lim
         m_fault = decode(bytes, text);
         start(withoutDeclaration(text));
     } else {
-        m_fault = checkMarkup(QByteArrayView(bytes), limits);
         // A device is decoded piece by piece, bytes all at once.
         m_buffer.setData(bytes);
         m_buffer.open(QIODevice::ReadOnly);
@@ -221,15 +228,16 @@ BoundedXmlReader::BoundedXmlReader(const QString &text, const XmlLimits &limits)
 
 void BoundedXmlReader::start(const QString &text)
 {
+    qsizetype position = 0;
     if (!m_fault)
-        m_fault = checkMarkup(QStringView(text), m_limits);
+        m_fault = checkMarkup(QStringView(text), m_limits, position, text.size());
     m_xml.addData(text);
     m_xml.setNamespaceProcessing(false);
 }
 
 bool BoundedXmlReader::next()
 {
-    if (m_fault || m_xml.atEnd())
+    if (m_fault || m_xml.atEnd() || !checkAhead())
         return false;
     if (std::exchange(m_leaves, false))
         --m_depth;
@@ -237,6 +245,16 @@ bool BoundedXmlReader::next()
     takeIntoAccount();
     if (m_xml.hasError() && !m_fault)
         refuse(Error::Format, m_xml.errorString());
+    return !m_fault;
+}
+
+/// Keeps the check ahead of what the parser has read, and by more than a token. A document that is
+/// refused early is not looked at to its end.
+bool BoundedXmlReader::checkAhead()
+{
+    if (m_buffer.isOpen() && m_checked <= m_buffer.pos() + kCheckAhead)
+        m_fault = checkMarkup(QByteArrayView(m_buffer.data()), m_limits, m_checked,
+                              m_buffer.pos() + 2 * kCheckAhead);
     return !m_fault;
 }
 

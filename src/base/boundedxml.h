@@ -61,12 +61,14 @@ public:
 
 private:
     void start(const QString &text);
+    [[nodiscard]] bool checkAhead();
     void takeIntoAccount();
 
     const XmlLimits m_limits;
     QBuffer m_buffer; ///< what m_xml reads, unless it has a text of its own
     QXmlStreamReader m_xml;
     std::optional<XmlFault> m_fault;
+    qsizetype m_checked = 0; ///< bytes of m_buffer that may be parsed
     qint64 m_nodes = 0;
     qint64 m_allowedNodes = m_limits.maxNodes;
     int m_depth = 0;

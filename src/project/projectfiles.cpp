@@ -55,7 +55,7 @@ bool ProjectFiles::openProject(const QString &path)
         return false;
     }
     m_keoFilePath = project->keoFile;
-    m_openedSession = projectFile;
+    m_openedFile = projectFile;
     m_projectFilePath = projectFile;
     m_dataFilePath = project->dataFile;
     if (traits.swapsPaths)
@@ -130,7 +130,7 @@ void ProjectFiles::writeFiles(const QString &projectFile, const ProjectFile &pat
             reasons.append(error->message);
         return !error;
     };
-    note(addDataFile(files, paths.dataFile, windowsToSave(), m_openedSession));
+    note(addDataFile(files, paths.dataFile, windowsToSave(), m_openedFile));
     const QByteArray description = m_parts.design.descriptionText();
     const Result<QString> kept = m_description.keepNews(files, paths.keoFile, description);
     if (!kept)
@@ -201,7 +201,7 @@ void ProjectFiles::close()
     m_keoFilePath.clear();
     m_projectFilePath.clear();
     m_dataFilePath.clear();
-    m_openedSession.clear();
+    m_openedFile.clear();
 }
 
 } // namespace KEO

@@ -55,7 +55,7 @@ private:
     QString m_projectFilePath; ///< empty until saved
     QString m_dataFilePath;    ///< samples and arrangement, empty until saved
     OwnedFile m_description;   ///< its state on disk
-    QString m_openedSession;   ///< the project file that the user opened
+    QString m_openedFile;      ///< the project file that the user opened
 };
 
 } // namespace KEO

@@ -8,6 +8,7 @@
 
 #include <QXmlStreamWriter>
 
+#include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -20,6 +21,8 @@ class tst_FileContents : public QuietTest
 
 private Q_SLOTS:
     void refusesToRead();
+    void takesMemoryForTheFileAlone();
+    void replacesFilesAlone();
     void lineEnds();
     void keepsTheOldFileWhenTheDiskIsFull();
     void acceptedXml_data();
@@ -65,6 +68,25 @@ void tst_FileContents::refusesToRead()
     }
 }
 
+void tst_FileContents::takesMemoryForTheFileAlone()
+{
+    QVERIFY(!writeWholeFile(path("small"), "x", LineEnds::AsTheyAre));
+    const qint64 allowed = qint64(1) << 40; // more than there is
+    const auto content = readWholeFile(path("small"), allowed, LineEnds::AsTheyAre);
+    QVERIFY(content && *content == "x");
+}
+
+void tst_FileContents::replacesFilesAlone()
+{
+    QCOMPARE(mkfifo(qPrintable(path("fifo")), 0600), 0);
+    for (const QString &special : {path("fifo"), m_directory.path()}) {
+        const auto error = writeWholeFile(special, "x", LineEnds::AsTheyAre);
+        QVERIFY2(error && error->message.contains(special), qPrintable(special));
+    }
+    struct stat present = {};
+    QVERIFY(stat(qPrintable(path("fifo")), &present) == 0 && S_ISFIFO(present.st_mode));
+}
+
 void tst_FileContents::lineEnds()
 {
     QVERIFY(!writeWholeFile(path("f"), "a\r\nb\n", LineEnds::AsTheyAre));
@@ -85,7 +107,8 @@ void tst_FileContents::keepsTheOldFileWhenTheDiskIsFull()
     const auto small = writeWholeFile(path("kept"), QByteArray(2000, 'x'), LineEnds::AsTheyAre);
     const auto large = writeWholeFile(path("kept"), QByteArray(200'000, 'x'), LineEnds::AsTheyAre);
     QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
-    QVERIFY(small && large);
+    for (const auto &error : {small, large})
+        QVERIFY2(error && error->message.endsWith(qt_error_string(EFBIG)), "the reason is told");
     QCOMPARE(*readWholeFile(path("kept"), 10, LineEnds::AsTheyAre), QByteArray("old"));
     QCOMPARE(QDir(m_directory.path()).entryList({QStringLiteral("kept*")}).size(), 1);
 }

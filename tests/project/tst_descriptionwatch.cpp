@@ -24,6 +24,7 @@ private Q_SLOTS:
     void removal();
     void changeDuringCapture_data();
     void changeDuringCapture();
+    void holdsBackWhatIsBeingWritten();
     void reloadWithoutFile();
     void reloadOfNoDesign();
     void slotsWithoutButton();
@@ -217,6 +218,35 @@ void tst_DescriptionWatch::changeDuringCapture()
     QCOMPARE(s.tree()->topLevelItemCount(), 2);
     QTest::qWait(kQuiet);
     QCOMPARE(s.words(), QStringList()); // told once
+}
+
+// A Reload in the middle of a slow write would close everything.
+void tst_DescriptionWatch::holdsBackWhatIsBeingWritten()
+{
+    const Bench bench({});
+    const Session s(bench);
+    QFile file(s.path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray whole = file.readAll();
+    const auto isMarked = [&] { return !s.tabs()->tabIcon(0).isNull(); };
+    write(s.path, whole.first(whole.size() / 2));
+    QTest::qWait(3 * kQuiet);
+    QCOMPARE(s.words(), QStringList());
+    QVERIFY(!isMarked());
+    write(s.path, whole);
+    QTRY_COMPARE(s.words(), QStringList(kChanged));
+    QVERIFY(isMarked());
+    // Once more, and the banner is pressed before the watch has seen it.
+    write(s.path, whole.first(whole.size() / 3));
+    s.pressTop();
+    QCOMPARE(s.tabs()->count(), 1);
+    QVERIFY(!isMarked());
+    rebuild(bench, 2);
+    QTRY_COMPARE(s.words(), QStringList(kChanged));
+    s.pressTop();
+    QCOMPARE(s.tree()->topLevelItemCount(), 2);
+    QVERIFY(!isMarked());
+    QVERIFY(s.boxes.seen.isEmpty());
 }
 
 void tst_DescriptionWatch::reloadWithoutFile()

@@ -7,14 +7,18 @@
 #include <QAction>
 #include <QDir>
 #include <QDockWidget>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFile>
 #include <QFileDialog>
 #include <QIcon>
 #include <QLineEdit>
 #include <QLocalServer>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QToolBar>
+#include <QUrl>
 
 using namespace KEO;
 
@@ -26,6 +30,7 @@ class tst_Analyzer : public WidgetTest
 private Q_SLOTS:
     void picturesLoad();
     void opensByHand();
+    void takesDroppedFiles();
     void reopens();
     void closes();
 };
@@ -113,6 +118,37 @@ void tst_Analyzer::opensByHand()
         QCOMPARE(bench.window.startDir(), file);
     }
     QCOMPARE(selected, "second.keo");
+}
+
+void tst_Analyzer::takesDroppedFiles()
+{
+    Bench bench;
+    const auto drop = [&](const QList<QUrl> &urls) {
+        QMimeData data;
+        data.setUrls(urls);
+        QDragEnterEvent enter({9, 9}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&bench.window, &enter);
+        QDropEvent event({9, 9}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&bench.window, &event);
+        QCoreApplication::processEvents();
+        return enter.isAccepted();
+    };
+    const QUrl first = QUrl::fromLocalFile(bench.first);
+    const QString text = bench.dir.filePath("notes.txt");
+    QVERIFY(QFile(bench.first).copy(text));
+    auto *open = bench.window.findChild<QAction *>("openAction");
+    open->setEnabled(false); // as during a capture
+    QVERIFY(!drop({first}));
+    open->setEnabled(true);
+    QVERIFY(!drop({QUrl::fromLocalFile(text)}));
+    QVERIFY(!drop({QUrl::fromLocalFile(bench.dir.filePath("gone.keo"))}));
+    QVERIFY(!drop({first, QUrl::fromLocalFile(bench.second)}));
+    QVERIFY(!drop({QUrl("http://localhost/first.keo")}));
+    QVERIFY(bench.log.calls.isEmpty());
+    QVERIFY(drop({first}));
+    QCOMPARE(bench.log.take(), (QStringList{"standard: setup", "standard: open " + bench.first,
+                                            "standard: device //"}));
+    QCOMPARE(bench.window.startDir(), bench.first);
 }
 
 void tst_Analyzer::reopens()

@@ -105,8 +105,5 @@ private:
 
 } // namespace
 
-int main(int argc, char **argv)
-{
-    return runTest<tst_DebugDock, DebugApplication>(argc, argv);
-}
+KEO_OWN_TEST_MAIN((runTest<tst_DebugDock, DebugApplication>))
 #include "tst_debugdock.moc"

@@ -199,6 +199,7 @@ private Q_SLOTS:
     void namesOfTheDeadAndTheLiving();
     void refusals();
     void programs();
+    void keepsOffLinks();
     void programmerFaults_data();
     void programmerFaults();
     void programmerFailsOnce();
@@ -469,6 +470,26 @@ void tst_SimPrograms::programs()
     QFile log(m_directory.filePath("log"));
     QVERIFY(log.open(QIODevice::ReadOnly));
     QVERIFY(log.readAll().contains("burner_cli runs " + kDownload.join(u' ').toUtf8() + '\n'));
+}
+
+// What another user put beside the socket leads to any file of this one.
+void tst_SimPrograms::keepsOffLinks()
+{
+    const QString path = board({}, R"("download_ms": 1)", false);
+    QFile file(m_directory.filePath("victim"));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write("mine") == 4);
+    file.close();
+    QVERIFY(Call(path, kDownload).output.contains("Finished.")); // it makes the chain's file
+    const QDir folder(QDir::tempPath());
+    for (const QString &link : folder.entryList({"keo-*.chain"}, QDir::Files) << "keo.burner") {
+        QFile::remove(folder.filePath(link));
+        QVERIFY(QFile::link(file.fileName(), folder.filePath(link)));
+        QVERIFY(!Call(path, kDownload).output.contains("Finished."));
+        QVERIFY(QFileInfo(folder.filePath(link)).isSymLink());
+        QVERIFY(QFile::remove(folder.filePath(link)));
+    }
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), "mine");
 }
 
 void tst_SimPrograms::programmerFaults_data()

@@ -63,9 +63,15 @@ int runTest(int argc, char **argv)
     return QTest::qExec(&test, argc, argv);
 }
 
-/// The main function of a test without widgets. End the file with `#include "tst_name.moc"`.
-#define KEO_TEST_MAIN(Test)                                                                        \
-    int main(int argc, char **argv)                                                                \
-    {                                                                                              \
-        return runTest<Test, QCoreApplication>(argc, argv);                                        \
-    }
+/// The main function of one test class, which gets the arguments after the name of the class.
+using TestMain = int (*)(int argc, char **argv);
+
+/// Lets the program run \a main when its first argument is the base name of \a file.
+bool addTestMain(const char *file, TestMain main);
+
+/// Gives the file's test class a main function of its own.
+#define KEO_OWN_TEST_MAIN(main)                                                                    \
+    [[maybe_unused]] static const bool s_hasTestMain = addTestMain(__FILE__, main);
+
+/// The main function of a test class without widgets. End the file with `#include "tst_name.moc"`.
+#define KEO_TEST_MAIN(Test) KEO_OWN_TEST_MAIN((runTest<Test, QCoreApplication>))

@@ -78,10 +78,12 @@ private:
 /// keyboard, or leaves the menu.
 QStringList driveContextMenu(QWidget *viewport, const QPoint &position, const QString &choice = {});
 
-/// The main function of a test with windows. End the file with `#include "tst_name.moc"`.
-#define KEO_WIDGET_TEST_MAIN(Test)                                                                 \
-    int main(int argc, char **argv)                                                                \
-    {                                                                                              \
-        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);                               \
-        return runTest<Test, QApplication>(argc, argv);                                            \
-    }
+template <typename Test>
+int runWidgetTest(int argc, char **argv)
+{
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    return runTest<Test, QApplication>(argc, argv);
+}
+
+/// The main function of a test class with windows. End the file with `#include "tst_name.moc"`.
+#define KEO_WIDGET_TEST_MAIN(Test) KEO_OWN_TEST_MAIN(runWidgetTest<Test>)
