@@ -6,4 +6,5 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 
 ensure_packages "${build_packages[@]}"
 build release
-ctest --preset release --parallel "$(nproc)" "$@" || die "tests failed, see the messages above"
+# Most of a test is waiting for the simulated cable, so there are more of them than processors.
+ctest --preset release --parallel $((3 * $(nproc))) "$@" || die "tests failed, see the messages above"

@@ -4,11 +4,14 @@
 
 #include <base/wholefile.h>
 
+#include <QCoreApplication>
 #include <QDomDocument>
 
 namespace KEO {
 
 namespace {
+
+constexpr int kShownLength = 80; // of a text that is none of ours
 
 /// A description with a byte that its declared encoding does not have still tells its kind: the
 /// tool flow writes net names in the encoding of its own system.
@@ -23,31 +26,42 @@ Result<QDomDocument> parseDescription(const QByteArray &bytes)
     return parseBoundedXml(QString::fromLatin1(content), kDescriptionLimits);
 }
 
-DescriptionKind kindOfMode(const QDomElement &mode)
+struct Text
+{
+    Q_DECLARE_TR_FUNCTIONS(KEO::DescriptionKind)
+};
+
+Result<DescriptionKind> kindOfMode(const QDomElement &mode)
 {
     if (mode.isNull() || mode.text() == QLatin1String("Standard"))
         return DescriptionKind::Standard;
     if (mode.text() == QLatin1String("Lite"))
         return DescriptionKind::Lite;
-    qCDebug(lcConfig) << "a description for an unknown kind of core:" << mode.text().left(80);
-    return DescriptionKind::Unknown;
+    return Error{Error::Format, Text::tr("It is for an unknown kind of core, '%1'; known are "
+                                         "Standard and Lite.")
+                                    .arg(mode.text().left(kShownLength))};
 }
 
 } // namespace
 
-DescriptionKind descriptionKind(const QString &path)
+Result<DescriptionKind> readDescriptionKind(const QString &path)
 {
     const Result<QByteArray> bytes = readWholeFile(path, kMaxDescriptionSize, LineEnds::Native);
-    if (!bytes) {
-        qCDebug(lcConfig).noquote() << bytes.error().message;
-        return DescriptionKind::Unknown;
-    }
+    if (!bytes)
+        return bytes.error();
     const Result<QDomDocument> document = parseDescription(*bytes);
-    if (!document) {
-        qCDebug(lcConfig).noquote() << path << document.error().message;
-        return DescriptionKind::Unknown;
-    }
+    if (!document)
+        return document.error();
     return kindOfMode(document->documentElement().firstChildElement(QStringLiteral("Mode")));
+}
+
+DescriptionKind descriptionKind(const QString &path)
+{
+    const Result<DescriptionKind> kind = readDescriptionKind(path);
+    if (kind)
+        return *kind;
+    qCDebug(lcConfig).noquote() << path << kind.error().message;
+    return DescriptionKind::Unknown;
 }
 
 } // namespace KEO

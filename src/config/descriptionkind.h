@@ -1,5 +1,7 @@
 #pragma once
 
+#include <base/result.h>
+
 #include <QString>
 
 namespace KEO {
@@ -8,8 +10,11 @@ namespace KEO {
 enum class DescriptionKind { Unknown, Standard, Lite };
 
 /// Looks into the description at \a path: its extension tells nothing of the kind, its element
-/// `Mode` does, and one without it is for standard cores. Unknown, with the reason in the debug
-/// log, for another mode and for a file that is no XML or can't be read.
+/// `Mode` does, and one without it is for standard cores. Never Unknown: another mode is an error,
+/// as is a file that is no XML or can't be read.
+[[nodiscard]] Result<DescriptionKind> readDescriptionKind(const QString &path);
+
+/// The same, with Unknown for an error, which goes to the debug log.
 DescriptionKind descriptionKind(const QString &path);
 
 } // namespace KEO

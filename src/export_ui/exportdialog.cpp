@@ -142,12 +142,6 @@ void ExportDialog::buildForm()
     browse->setAutoDefault(false); // Enter means OK wherever the focus is
     connect(browse, &QPushButton::clicked, this, &ExportDialog::onBrowse);
 
-    auto *buttons = named(new QDialogButtonBox, "buttonBox");
-    buttons->setStandardButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    buttons->button(QDialogButtonBox::Ok)->setDefault(true);
-    connect(buttons, &QDialogButtonBox::accepted, this, &ExportDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &ExportDialog::reject);
-
     auto *form = new QFormLayout;
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->addRow(labelFor(m_editDir, tr("Export to:")), sideBySide(m_editDir, browse));
@@ -165,7 +159,7 @@ void ExportDialog::buildForm()
     layout->addLayout(form);
     layout->addWidget(m_listWidgetForBus, 1);
     layout->addStretch();
-    layout->addWidget(buttons);
+    addOkAndCancel(*this, *layout)->setObjectName(QStringLiteral("buttonBox"));
 }
 
 void ExportDialog::connectSlots()

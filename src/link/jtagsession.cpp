@@ -101,6 +101,7 @@ bool JtagSession::connectServer(const JtagConnection &record, int msecs)
         qCDebug(lcLink) << "no connection to" << record.serverName << "which is another user's";
         return false;
     }
+    connect(client.get(), &JtagClient::disconnected, this, &JtagSession::connectionLost);
     m_connections.append(record);
     m_connections.last().client = client.release(); // the session is its parent
     return true;
@@ -116,12 +117,25 @@ bool JtagSession::isCurrentConnected() const
     return m_current && m_current->state() == QLocalSocket::ConnectedState;
 }
 
-bool JtagSession::selectCable(const QString &name)
+bool JtagSession::isConnected(const QString &name) const
+{
+    const JtagConnection *connection = find(name);
+    return connection && connection->client &&
+           connection->client->state() == QLocalSocket::ConnectedState;
+}
+
+const JtagConnection *JtagSession::find(const QString &name) const
 {
     const auto connection =
         std::find_if(m_connections.cbegin(), m_connections.cend(),
                      [&](const JtagConnection &candidate) { return candidate.name == name; });
-    if (connection == m_connections.cend())
+    return connection == m_connections.cend() ? nullptr : &*connection;
+}
+
+bool JtagSession::selectCable(const QString &name)
+{
+    const JtagConnection *connection = find(name);
+    if (!connection)
         return false;
     if (m_current)
         disconnect(m_current, &JtagClient::cmdReceived, this, &JtagSession::dataReturned);

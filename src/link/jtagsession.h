@@ -55,6 +55,8 @@ public:
     /// A cable is selected and its server still holds the connection. Nothing in the session acts
     /// on a server that went away; a program that runs unattended may want to.
     [[nodiscard]] bool isCurrentConnected() const;
+    /// The server of that cable still holds its connection; false for a name that is not listed.
+    [[nodiscard]] bool isConnected(const QString &name) const;
     /// Makes the first connection of that name current; false, and no change, if there is none.
     bool selectCable(const QString &name);
     /// Sends \a pack to the current cable (nowhere if none is selected). With a task, the packet
@@ -71,6 +73,10 @@ public:
     /// session.
     void disconnectAll();
 
+Q_SIGNALS:
+    /// A server has ended its connection.
+    void connectionLost();
+
 public Q_SLOTS:
     /// Runs the task that waits for \a data; a packet with both ids counts as a "request_id" reply.
     /// The task gets the packet without the id it was found by.
@@ -78,6 +84,9 @@ public Q_SLOTS:
 
 private:
     JtagSession() = default;
+
+    /// Null if there is no connection of that name.
+    [[nodiscard]] const JtagConnection *find(const QString &name) const;
 
     void send(const CmdPack &pack);
     void runTask(CmdPack reply);

@@ -58,7 +58,7 @@ QStringList downloadArguments(const DeviceChain &chain, int cable, int channel)
 ProgrammerTool::ProgrammerTool(QObject *parent) : QObject(parent)
 {
     connect(&m_process, &QProcess::readyReadStandardOutput, this, &ProgrammerTool::readOutput);
-    connect(&m_process, &QProcess::readyReadStandardError, this, &ProgrammerTool::logErrors);
+    connect(&m_process, &QProcess::readyReadStandardError, this, &ProgrammerTool::readErrors);
     connect(&m_process, &QProcess::errorOccurred, this, &ProgrammerTool::fail);
     connect(&m_process, &QProcess::finished, this, &ProgrammerTool::end);
     connect(&m_process, &QProcess::started, this, [this] { m_group = m_process.processId(); });
@@ -78,6 +78,8 @@ void ProgrammerTool::start(const QString &program, const QStringList &arguments)
     Q_ASSERT(!m_isRunning);
     qCDebug(lcProgrammer) << "run" << program << arguments;
     m_output = {};
+    m_errors = {};
+    m_failure.clear();
     m_isRunning = true;
     m_group = 0;
     m_process.start(program, arguments, QIODevice::ReadWrite);
@@ -102,10 +104,19 @@ void ProgrammerTool::readOutput()
     m_output.append(m_process.readAllStandardOutput());
 }
 
-void ProgrammerTool::logErrors()
+void ProgrammerTool::readErrors()
 {
-    const QByteArray text = m_process.readAllStandardError();
-    qCDebug(lcProgrammer).noquote() << "tool:" << QString::fromLocal8Bit(text).trimmed();
+    m_errors.append(m_process.readAllStandardError());
+}
+
+void ProgrammerTool::readAll()
+{
+    readOutput();
+    m_output.finish();
+    readErrors();
+    m_errors.finish();
+    for (const QString &line : m_errors.lines())
+        qCDebug(lcProgrammer).noquote() << "tool:" << line;
 }
 
 void ProgrammerTool::fail(QProcess::ProcessError error)
@@ -113,6 +124,11 @@ void ProgrammerTool::fail(QProcess::ProcessError error)
     if (!m_isRunning)
         return;
     qCDebug(lcProgrammer) << "run failed:" << error << m_process.errorString();
+    m_failure =
+        error == QProcess::FailedToStart
+            ? tr("%1 can't be started: %2").arg(m_process.program(), m_process.errorString())
+            : tr("%1: %2").arg(m_process.program(), m_process.errorString());
+    readAll();
     stop();
     Q_EMIT failed();
 }
@@ -121,8 +137,7 @@ void ProgrammerTool::end(int code, QProcess::ExitStatus status)
 {
     if (!m_isRunning)
         return;
-    readOutput();
-    m_output.finish();
+    readAll();
     qCDebug(lcProgrammer) << "run ended:" << code << status;
     m_isRunning = false;
     Q_EMIT finished(code, status);

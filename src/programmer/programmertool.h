@@ -19,8 +19,7 @@ namespace KEO {
 [[nodiscard]] QStringList downloadArguments(const DeviceChain &chain, int cable, int channel);
 
 /// Runs the programmer, one run at a time, without blocking and without a time limit. What it
-/// prints is kept within the bounds of ToolOutput; what it says on standard error goes to the debug
-/// log.
+/// prints, on standard output and on standard error, is kept within the bounds of ToolOutput.
 class ProgrammerTool final : public QObject
 {
     Q_OBJECT
@@ -38,6 +37,10 @@ public:
     [[nodiscard]] bool isRunning() const { return m_isRunning; }
     /// Of the current run, or of the last one.
     [[nodiscard]] const ToolOutput &output() const { return m_output; }
+    /// Likewise, what it says on standard error.
+    [[nodiscard]] const ToolOutput &errors() const { return m_errors; }
+    /// After failed(): the program and what became of it, a sentence for people.
+    [[nodiscard]] QString failure() const { return m_failure; }
 
 Q_SIGNALS:
     /// The tool has ended by itself.
@@ -48,12 +51,15 @@ Q_SIGNALS:
 
 private:
     void readOutput();
-    void logErrors();
+    void readErrors();
+    void readAll();
     void fail(QProcess::ProcessError error);
     void end(int code, QProcess::ExitStatus status);
 
     QProcess m_process;
     ToolOutput m_output;
+    ToolOutput m_errors;
+    QString m_failure;
     qint64 m_group = 0; // process id of the tool and number of its process group
     bool m_isRunning = false;
 };

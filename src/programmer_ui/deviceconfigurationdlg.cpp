@@ -59,9 +59,8 @@ DeviceConfigurationDlg::DeviceConfigurationDlg(const DeviceRow &row, const Devic
     m_editDescription->setObjectName(QStringLiteral("editDescription"));
 
     auto *buttons = new QDialogButtonBox;
-    QPushButton *save = buttons->addButton(tr("save"), QDialogButtonBox::AcceptRole);
-    save->setObjectName(QStringLiteral("btnSave"));
-    save->setDefault(true);
+    m_save = buttons->addButton(tr("save"), QDialogButtonBox::AcceptRole);
+    m_save->setObjectName(QStringLiteral("btnSave"));
     QPushButton *cancel = buttons->addButton(tr("cancel"), QDialogButtonBox::RejectRole);
     cancel->setObjectName(QStringLiteral("btnCancel"));
 
@@ -70,6 +69,7 @@ DeviceConfigurationDlg::DeviceConfigurationDlg(const DeviceRow &row, const Devic
     layout->addWidget(buildFileGroup(row));
     layout->addWidget(buildFlashGroup());
     layout->addWidget(buttons);
+    m_save->setDefault(true); // the dialog knows its buttons only now
     alignFields(findChildren<QFormLayout *>());
 
     if (device) {
@@ -91,6 +91,7 @@ QWidget *DeviceConfigurationDlg::buildOperationGroup()
     m_editDescription->setReadOnly(true);
     m_editDescription->setTabChangesFocus(true);
     m_editDescription->setAccessibleName(tr("Description"));
+    m_editDescription->setPlaceholderText(tr("No operation of this mode programs the device."));
     m_editDescription->setMinimumWidth(kCharacters *
                                        m_editDescription->fontMetrics().averageCharWidth());
     m_editDescription->setFixedHeight(kDescriptionLines *
@@ -173,6 +174,7 @@ void DeviceConfigurationDlg::updateDeviceCfg()
 {
     const DeviceOperation *entry = chosen();
     m_editDescription->setPlainText(entry ? entry->description : QString());
+    m_save->setEnabled(entry);
 }
 
 void DeviceConfigurationDlg::onSave()

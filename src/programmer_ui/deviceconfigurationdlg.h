@@ -4,6 +4,7 @@
 
 class QComboBox;
 class QPlainTextEdit;
+class QPushButton;
 
 namespace KEO {
 
@@ -22,7 +23,7 @@ public:
     DeviceConfigurationDlg(const DeviceRow &row, const DeviceEntry *device,
                            QWidget *parent = nullptr);
 
-    /// The operation when the dialog was accepted; null if there is none to choose.
+    /// The operation when the dialog was accepted.
     [[nodiscard]] const DeviceOperation *operation() const { return m_operation; }
 
 private Q_SLOTS:
@@ -44,6 +45,7 @@ private:
     QComboBox *m_comBoxAccessMode;      // this and the others are children
     QComboBox *m_comBoxOperation;
     QPlainTextEdit *m_editDescription;
+    QPushButton *m_save = nullptr; // off while there is no operation to save
 };
 
 } // namespace KEO

@@ -117,6 +117,7 @@ bool DeviceTableModel::setData(const QModelIndex &index, const QVariant &value, 
         newFile = value.toString();
         if (newFile.isEmpty())
             return false;
+        clearBitstream(row); // what the header of the file before told
         row.fsFile = newFile;
         break;
     case Checksum:

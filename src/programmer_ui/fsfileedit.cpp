@@ -1,6 +1,8 @@
 #include "fsfileedit.h"
 
+#include <QApplication>
 #include <QFileDialog>
+#include <QFocusEvent>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QPointer>
@@ -23,6 +25,8 @@ FsFileEdit::FsFileEdit(QWidget *parent)
     layout->addWidget(m_button);
     setFocusProxy(m_edit);
     setAutoFillBackground(true);
+    m_edit->installEventFilter(this);
+    m_button->installEventFilter(this);
     connect(m_button, &QToolButton::clicked, this, &FsFileEdit::browse);
 }
 
@@ -50,7 +54,20 @@ void FsFileEdit::browse()
     if (!self || path.isEmpty())
         return;
     setPath(path);
-    Q_EMIT chosen();
+    Q_EMIT finished();
+}
+
+/// The focus is that of the field or of the button. A dialog or another window only borrows it.
+bool FsFileEdit::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::FocusOut) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
+        const bool isBorrowed =
+            reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
+        if (!isBorrowed && !isAncestorOf(QApplication::focusWidget()))
+            Q_EMIT finished();
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 } // namespace KEO

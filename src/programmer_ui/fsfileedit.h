@@ -22,8 +22,11 @@ public:
     void setReadOnly(bool isReadOnly);
 
 Q_SIGNALS:
-    /// The user has chosen a file in the dialog.
-    void chosen();
+    /// The user has chosen a file in the dialog, or gone on to another part of the window.
+    void finished();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void browse();

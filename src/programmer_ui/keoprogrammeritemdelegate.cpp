@@ -5,6 +5,7 @@
 
 #include <programmer/devicedatabase.h>
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QSpinBox>
 
@@ -39,10 +40,12 @@ QWidget *KeoProgrammerItemDelegate::createEditor(QWidget *parent,
     }
     case KeoProgrammerModel::FsFile: {
         auto *edit = new FsFileEdit(parent);
-        connect(edit, &FsFileEdit::chosen, this, [this, edit] {
-            auto *delegate = const_cast<KeoProgrammerItemDelegate *>(this);
-            Q_EMIT delegate->commitData(edit);
-            Q_EMIT delegate->closeEditor(edit);
+        const auto *view = qobject_cast<const QAbstractItemView *>(option.widget);
+        const QPersistentModelIndex place(index);
+        connect(edit, &FsFileEdit::finished, this, [this, edit, view, place] {
+            // A view that closes its editor takes the focus from it, too.
+            if (view && view->indexWidget(place) == edit)
+                const_cast<KeoProgrammerItemDelegate *>(this)->finish(edit);
         });
         return edit;
     }
@@ -91,6 +94,12 @@ void KeoProgrammerItemDelegate::setModelData(QWidget *editor, QAbstractItemModel
     } else {
         QStyledItemDelegate::setModelData(editor, model, index);
     }
+}
+
+void KeoProgrammerItemDelegate::finish(QWidget *editor)
+{
+    Q_EMIT commitData(editor);
+    Q_EMIT closeEditor(editor);
 }
 
 void KeoProgrammerItemDelegate::initStyleOption(QStyleOptionViewItem *option,

@@ -23,6 +23,9 @@ public:
     void setModelData(QWidget *editor, QAbstractItemModel *model,
                       const QModelIndex &index) const override;
 
+    /// Takes what \a editor, which is open in the view, holds and closes it.
+    void finish(QWidget *editor);
+
 protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
 

@@ -67,7 +67,9 @@ void KeoProgrammerModel::scan()
 {
     if (isRunning())
         return;
+    m_rowsBefore = m_rows;
     replaceRows({});
+    m_scanGeneration = m_generation;
     startRun(scanArguments(), &KeoProgrammerModel::onScanFinish);
 }
 
@@ -77,6 +79,11 @@ void KeoProgrammerModel::download(int cable, int channel)
         return;
     m_headers.finish(); // a file that doesn't fit must not get into the device
     const DeviceRow *target = targetRow();
+    if (target && m_unread.contains(target->fsFile)) { // it may have been made meanwhile
+        readFsFile(target->fsFile, FsHeaderQueue::Cause::Chosen);
+        m_headers.finish();
+        target = targetRow();
+    }
     if (!target) {
         report(ProgrammerStatus::Failed, tr("Error: Program Failed, No target device! "));
         return;
@@ -108,6 +115,37 @@ void KeoProgrammerModel::stopTool()
 {
     disconnect(m_handler);
     m_tool.stop();
+    restoreRows();
+}
+
+void KeoProgrammerModel::cancelRun()
+{
+    if (!isRunning())
+        return;
+    const bool isScan = m_scanGeneration.has_value();
+    stopTool();
+    Q_EMIT toolSaid(lastWords());
+    for (DeviceRow &row : m_rows)
+        row.status = ProgrammerStatus::DeviceFound;
+    const QPointer<KeoProgrammerModel> self(this);
+    report(ProgrammerStatus::DeviceFound,
+           isScan ? tr("Warn: Scan cancelled.")
+                  : tr("Warn: Download cancelled, what it was programming is incomplete."));
+    if (self)
+        afterRun();
+}
+
+QStringList KeoProgrammerModel::lastWords() const
+{
+    return withoutProgressBars(m_tool.output().lines()) + m_tool.errors().lines();
+}
+
+void KeoProgrammerModel::restoreRows()
+{
+    const std::optional<quint64> generation = std::exchange(m_scanGeneration, std::nullopt);
+    const DeviceChain rows = std::exchange(m_rowsBefore, {});
+    if (generation == m_generation)
+        replaceRows(rows);
 }
 
 void KeoProgrammerModel::onScanFinish(int code, QProcess::ExitStatus status)
@@ -115,9 +153,13 @@ void KeoProgrammerModel::onScanFinish(int code, QProcess::ExitStatus status)
     disconnect(m_handler);
     const QPointer<KeoProgrammerModel> self(this);
     if (code != 0 || status != QProcess::NormalExit) {
-        replaceRows({});
+        Q_EMIT toolSaid(lastWords());
+        restoreRows();
         report(ProgrammerStatus::NoDevice, tr("Error: Scan Device Failed, No device found!"));
     } else {
+        m_scanGeneration.reset();
+        m_rowsBefore.clear();
+        Q_EMIT toolSaid(m_tool.errors().lines());
         const ScanReport scanned = parseScan(m_tool.output().lines());
         DeviceChain chain;
         for (const ScannedDevice &device : scanned.devices) {
@@ -163,9 +205,11 @@ void KeoProgrammerModel::onDownloadFinish(int code, QProcess::ExitStatus status)
         return;
     const QPointer<KeoProgrammerModel> self(this);
     if (code != 0 || status != QProcess::NormalExit) {
+        Q_EMIT toolSaid(lastWords());
         report(ProgrammerStatus::DeviceFound, tr("Error: Fs file download failed!"));
     } else {
         const ToolOutput &output = m_tool.output();
+        Q_EMIT toolSaid(m_tool.errors().lines());
         Q_EMIT statusChanged(output.saysError() ? ProgrammerStatus::Failed
                                                 : ProgrammerStatus::Downloaded,
                              withoutProgressBars(output.lines()));
@@ -178,6 +222,8 @@ void KeoProgrammerModel::onProgramError()
 {
     disconnect(m_handler);
     const QPointer<KeoProgrammerModel> self(this);
+    Q_EMIT toolSaid(lastWords() + QStringList(tr("Error: %1").arg(m_tool.failure())));
+    restoreRows();
     report(ProgrammerStatus::Failed, tr("Error: Call Programmer failed!"));
     if (self)
         afterRun();
@@ -218,15 +264,24 @@ void KeoProgrammerModel::onFileChanged(const QString &path)
 void KeoProgrammerModel::watchFiles()
 {
     QStringList files;
-    for (const DeviceRow &row : m_rows)
+    for (const DeviceRow &row : m_rows + m_rowsBefore)
         files.append(row.fsFile);
     m_watch.setFiles(files);
 }
 
 bool KeoProgrammerModel::readFsFile(const QString &path, FsHeaderQueue::Cause cause)
 {
+    m_unread.remove(path);
     if (m_headers.read(path, cause))
         return true;
+    m_unread.insert(path);
+    for (int row = 0; row < m_rows.size(); ++row) {
+        if (m_rows.at(row).fsFile != path)
+            continue;
+        m_rows[row].checksum.clear();
+        m_rows[row].userCode.clear();
+        rowChanged(row);
+    }
     Q_EMIT programPrint(tr("Warn: %1 Invalid.").arg(path));
     return false;
 }

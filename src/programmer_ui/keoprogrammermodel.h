@@ -8,6 +8,8 @@
 
 #include <QSet>
 
+#include <optional>
+
 namespace KEO {
 
 /// What can be done with the devices on the chain: scan it, check the fs files and watch them,
@@ -37,11 +39,13 @@ public:
     void setDevice(const QString &family, const QString &device, const QString &fsFile);
     void setTargetStatus(ProgrammerStatus status);
 
-    /// Replaces the rows by what the tool finds on the chain.
+    /// Replaces the rows by what the tool finds on the chain. If it fails they come back.
     void scan();
     /// Loads the target's fs file into it. \a cable and \a channel are the tool's own numbers.
     void download(int cable, int channel);
     [[nodiscard]] bool isRunning() const { return m_tool.isRunning(); }
+    /// Ends a run as the user wishes, and tells so.
+    void cancelRun();
     /// Ends a run without a word.
     void stopTool();
 
@@ -57,6 +61,8 @@ Q_SIGNALS:
     void statusChanged(KEO::ProgrammerStatus status);
     /// A line for the log.
     void programPrint(const QString &outputs);
+    /// Lines for the log, in the tool's own words. What statusChanged tells comes after them.
+    void toolSaid(const QStringList &lines);
 
 private:
     void report(ProgrammerStatus status, const QString &message);
@@ -67,6 +73,10 @@ private:
                   void (KeoProgrammerModel::*handler)(int, QProcess::ExitStatus));
     /// Takes up what waited for the end of the run.
     void afterRun();
+    /// All that the tool has printed in a run that went wrong.
+    [[nodiscard]] QStringList lastWords() const;
+    /// A scan has failed: puts the rows back, unless they have become others meanwhile.
+    void restoreRows();
     /// Lets the user choose where several devices share an ID code. False if the model is gone or
     /// the scan is out of date.
     [[nodiscard]] bool resolveIdCode(DeviceRow &row);
@@ -81,6 +91,9 @@ private:
     QMetaObject::Connection m_handler; // of the current run
     FileSetWatch m_watch;
     QSet<QString> m_changedInRun; // files
+    QSet<QString> m_unread;       // files that could not be read when their rows got them
+    DeviceChain m_rowsBefore;     // the scan
+    std::optional<quint64> m_scanGeneration; // of the rows while a scan may still fail
     FsHeaderQueue m_headers;
 };
 

@@ -6,6 +6,7 @@
 #include "programmerlog.h"
 
 #include <programmer/devicedatabase.h>
+#include <widgets/messagebox.h>
 
 #include <QCheckBox>
 #include <QDockWidget>
@@ -25,8 +26,12 @@ namespace KEO {
 
 namespace {
 
-constexpr int kTableRows = 2; // that show at least
-constexpr int kLogLines = 3;  // likewise
+// That show at least, on a screen with no room for more.
+constexpr int kTableRows = 1;
+constexpr int kLogLines = 2; // the last one is blank
+// In pixels.
+constexpr int kSpacing = 2;    // around the buttons, which have margins of their own
+constexpr int kCellMargin = 3; // above and below a row's text
 
 } // namespace
 
@@ -46,12 +51,14 @@ KeoProgrammerWidget::KeoProgrammerWidget(QWidget *parent)
     splitter->setChildrenCollapsible(false);
     auto *bodyLayout = new QVBoxLayout(m_body);
     bodyLayout->setContentsMargins(0, 0, 0, 0);
+    bodyLayout->setSpacing(kSpacing);
     bodyLayout->addWidget(buildTools());
     bodyLayout->addWidget(splitter);
     splitter->addWidget(buildTable());
     splitter->addWidget(buildLog());
 
     auto *groupLayout = new QVBoxLayout(groupBox);
+    groupLayout->setSpacing(kSpacing);
     groupLayout->addWidget(m_checkBox);
     groupLayout->addWidget(m_body);
     auto *layout = new QVBoxLayout(this);
@@ -67,6 +74,8 @@ KeoProgrammerWidget::KeoProgrammerWidget(QWidget *parent)
             qOverload<ProgrammerStatus>(&KeoProgrammerWidget::onStatusChanged));
     connect(m_model, &KeoProgrammerModel::programPrint, this,
             &KeoProgrammerWidget::createProgrammerOutput);
+    connect(m_model, &KeoProgrammerModel::toolSaid, this,
+            [this](const QStringList &lines) { m_log->addMessages(lines); });
 }
 
 KeoProgrammerWidget::~KeoProgrammerWidget() = default;
@@ -88,6 +97,10 @@ QWidget *KeoProgrammerWidget::buildTools()
             &KeoProgrammerWidget::on_moveDown_clicked);
     addTool(tools, "downLoad", "programmer_run", tr("run"),
             &KeoProgrammerWidget::on_downLoad_clicked);
+    m_cancel = addTool(tools, "cancelRun", "control_stop_red", tr("cancel"),
+                       &KeoProgrammerWidget::on_cancelRun_clicked);
+    m_tools.removeOne(m_cancel);
+    m_cancel->setEnabled(false);
     layout->addStretch();
     return tools;
 }
@@ -102,7 +115,10 @@ QToolButton *KeoProgrammerWidget::addTool(QWidget *tools, const char *name, cons
     button->setAccessibleName(tip);
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::StrongFocus);
-    connect(button, &QToolButton::clicked, this, slot);
+    connect(button, &QToolButton::clicked, this, [this, slot] {
+        commitEditors();
+        (this->*slot)();
+    });
     tools->layout()->addWidget(button);
     m_tools.append(button);
     return button;
@@ -119,6 +135,8 @@ QWidget *KeoProgrammerWidget::buildTable()
     m_tableView->setTabKeyNavigation(false);
     m_tableView->setWordWrap(false);
     m_tableView->verticalHeader()->hide();
+    m_tableView->verticalHeader()->setDefaultSectionSize(m_tableView->fontMetrics().height() +
+                                                         2 * kCellMargin);
     QHeaderView *header = m_tableView->horizontalHeader();
     header->setHighlightSections(false);
     header->setSectionResizeMode(QHeaderView::ResizeToContents);
@@ -170,8 +188,9 @@ void KeoProgrammerWidget::setEnabledByUser(bool enabled)
     m_checkBox->setChecked(enabled);
 }
 
-bool KeoProgrammerWidget::validate() const
+bool KeoProgrammerWidget::validate()
 {
+    commitEditors();
     return m_model->validate();
 }
 
@@ -189,6 +208,30 @@ QString KeoProgrammerWidget::targetName() const
 {
     const DeviceRow *target = m_model->targetRow();
     return target ? target->device : QString();
+}
+
+bool KeoProgrammerWidget::mayEndRun(QWidget *parent) const
+{
+    return !m_isRunning || m_status != ProgrammerStatus::Downloading ||
+           showBox(QMessageBox::Warning, parent, tr("Warning"),
+                   tr("The programmer is still writing to the device, which is left incomplete if "
+                      "you stop it now. Stop it?"),
+                   QMessageBox::Yes | QMessageBox::No, QMessageBox::No,
+                   [this](QMessageBox *box) { // nothing to ask any more when it has ended by itself
+                       connect(this, &KeoProgrammerWidget::toolRunning, box,
+                               [box] { box->done(QMessageBox::Yes); });
+                   }) == QMessageBox::Yes;
+}
+
+void KeoProgrammerWidget::commitEditors()
+{
+    auto *delegate = static_cast<KeoProgrammerItemDelegate *>(m_tableView->itemDelegate());
+    const auto editors =
+        m_tableView->viewport()->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+    for (QWidget *editor : editors) {
+        if (!editor->isHidden()) // one that is closed already waits for its end
+            delegate->finish(editor);
+    }
 }
 
 void KeoProgrammerWidget::reset()
@@ -219,12 +262,20 @@ void KeoProgrammerWidget::on_downLoad_clicked()
     m_model->download(m_cable, m_channel);
 }
 
+void KeoProgrammerWidget::on_cancelRun_clicked()
+{
+    const QPointer<KeoProgrammerWidget> self(this);
+    if (mayEndRun(window()) && self)
+        m_model->cancelRun();
+}
+
 void KeoProgrammerWidget::setRunning(bool isRunning)
 {
     // The table as well: rows that change under the tool would not be the ones it programs.
     m_tableView->setEnabled(!isRunning);
     for (QToolButton *tool : std::as_const(m_tools))
         tool->setEnabled(!isRunning);
+    m_cancel->setEnabled(isRunning);
     if (std::exchange(m_isRunning, isRunning) != isRunning)
         Q_EMIT toolRunning(isRunning);
 }

@@ -38,13 +38,19 @@ public:
     /// The check box is checked.
     [[nodiscard]] bool isEnabledByUser() const;
     void setEnabledByUser(bool enabled);
-    /// False if the chain is not fit for use, which a box has then told.
-    [[nodiscard]] bool validate() const;
+    /// False if the chain is not fit for use, which a box has then told. Takes what is typed in the
+    /// table first.
+    [[nodiscard]] bool validate();
     [[nodiscard]] const DeviceChain &rows() const;
     [[nodiscard]] bool hasTarget() const;
     /// Device name of the target; empty if there is none.
     [[nodiscard]] QString targetName() const;
     [[nodiscard]] ProgrammerStatus status() const { return m_status; }
+    /// The tool is at it and holds the cable, whether the check box is checked or not.
+    [[nodiscard]] bool isRunning() const { return m_isRunning; }
+    /// May a run of the tool be ended? Asks in a box over \a parent if it writes to a device, so
+    /// anything may have happened on return.
+    [[nodiscard]] bool mayEndRun(QWidget *parent) const;
     /// As at first: DeviceFound and off. Ends a run of the tool and forgets what was pending; the
     /// rows and the log stay.
     void reset();
@@ -54,6 +60,7 @@ public:
 public Q_SLOTS:
     void on_searchDevice_clicked();
     void on_downLoad_clicked();
+    void on_cancelRun_clicked();
     void onEnableChange(int status);
     void on_addDevice_clicked();
     void on_rmDevice_clicked();
@@ -83,6 +90,8 @@ private:
     QToolButton *addTool(QWidget *tools, const char *name, const char *icon, const QString &tip,
                          void (KeoProgrammerWidget::*slot)());
     void setRunning(bool isRunning);
+    /// Takes what is typed in the table, as leaving the field does.
+    void commitEditors();
     /// Moves a row by the model's slot and keeps it selected.
     void moveSelected(void (KeoProgrammerModel::*moveRow)(const QModelIndex &), int by);
     /// In the table's selection; invalid without one.
@@ -95,7 +104,8 @@ private:
     QWidget *m_body = nullptr; // tools, table and log
     QTableView *m_tableView = nullptr;
     ProgrammerLog *m_log = nullptr;
-    QList<QToolButton *> m_tools;
+    QList<QToolButton *> m_tools;    // off while the tool runs
+    QToolButton *m_cancel = nullptr; // on while the tool runs
 
     ProgrammerStatus m_status = ProgrammerStatus::DeviceFound;
     ProgrammerStatus m_pendingStatus = ProgrammerStatus::DeviceFound;

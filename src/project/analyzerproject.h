@@ -29,16 +29,25 @@ public:
     /// Builds the widgets, the first time, and puts them into the main window, each time.
     virtual void setupProject(QWidget *mainWindow) = 0;
     /// Takes everything out of the main window again. During a capture it asks \a askStop whether
-    /// the capture may be stopped; without it, or on no, it returns false and stays open.
+    /// the capture may be stopped; without it, or on no, it returns false and stays open. It stays
+    /// as well if the user lets the programmer write on, which it asks over \a parent itself.
     virtual bool closeProject(QWidget *parent, const std::function<bool()> &askStop) = 0;
     /// Opens a configuration or project file. Reports its errors itself.
     virtual bool openFile(const QString &path) = 0;
     /// Takes over the device that the command line named; each may be empty.
     virtual void setDevice(const QString &family, const QString &device, const QString &fsFile) = 0;
 
+    /// Ends a capture at once. Safe from inside any event loop, that of a question before
+    /// closeProject included, which the reading of the samples would hold up.
+    virtual void stopCapture() {}
+
     std::function<QTabWidget *()> tabWidgetGetter;
     std::function<QToolBar *()> toolBarGetter;
     std::function<QAction *()> openActionGetter;
+
+Q_SIGNALS:
+    /// The open file has this path from now on; empty when the project has been closed.
+    void fileNamed(const QString &path);
 };
 
 } // namespace KEO

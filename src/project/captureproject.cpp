@@ -6,7 +6,9 @@
 #include "projectboxes.h"
 #include "projectfiles.h"
 #include "runcontrol.h"
+#include "runstatus.h"
 #include "runtoolbar.h"
+#include "statusline.h"
 #include "waitingtip.h"
 
 #include <design/design.h>
@@ -18,6 +20,7 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QKeyEvent>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QToolBar>
 #include <QWidgetAction>
@@ -38,16 +41,21 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
       m_runToolBar(new RunToolBar(this)),
       m_descriptionWatch(new DescriptionWatch([this] { return isBusy(); }, this))
 {
-    const ProjectParts parts{*m_design, *m_page, *m_programmer, m_waveTabs, *m_boxes};
+    m_status = new StatusLine(this);
+    m_runStatus = new RunStatus(*m_design, *m_status, this);
+    const ProjectParts parts{*m_design, *m_page, *m_programmer, m_waveTabs, *m_boxes, *m_status};
     m_run = new RunControl(parts, this);
     m_files = new ProjectFiles(parts, this);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
+    connect(this, &CaptureProject::told, m_status, &StatusLine::tell);
     connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
     connect(m_page.get(), &ConfigPage::changed, this, &CaptureProject::updateActions);
     connect(&m_design->manager(), &CaptureManager::triggerComplete, this,
             &CaptureProject::onComplete);
     connect(&m_design->manager(), &CaptureManager::statusChanged, m_programmer,
             &ProgrammerLink::busyChanged);
+    connect(&m_design->session(), &JtagSession::connectionLost, this,
+            &CaptureProject::updateConnections);
     connectToolBar();
     connectProgrammer();
     connectDescriptionWatch();
@@ -82,6 +90,7 @@ void CaptureProject::connectProgrammer()
             &CaptureProject::onProgrammerChanged);
     connect(m_programmer, &ProgrammerLink::enableChange, this,
             &CaptureProject::onProgrammerEnableChange);
+    connect(m_programmer, &ProgrammerLink::toolRunning, this, &CaptureProject::updateActions);
     connect(this, &CaptureProject::programCableChanged, m_programmer,
             &ProgrammerLink::cableChanged);
     connect(this, &CaptureProject::programChannelChanged, m_programmer,
@@ -117,20 +126,25 @@ void CaptureProject::setupProject(QWidget *mainWindow)
     m_programmer->reset();
     m_page->reset();
     if (toolBarGetter) {
-        m_runToolBar->setCables(m_design->session().availableCables());
+        m_runToolBar->setCables(m_design->session().availableCables(), *toolBarGetter());
         m_runToolBar->attach(*toolBarGetter());
     }
     QTabWidget *tabs = tabWidgetGetter ? tabWidgetGetter() : nullptr;
     if (tabs)
         tabs->addTab(m_tab, m_page->title());
     m_waveTabs.enterWindow(mainWindow, tabs, m_tab);
+    m_status->enter(mainWindow ? mainWindow->findChild<QStatusBar *>() : nullptr);
+    m_runStatus->clear();
+    updateConnections();
     updateActions();
 }
 
-bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askStop)
+bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &askStop)
 {
     const QPointer<CaptureProject> self(this);
     if (isBusy() && (!askStop || !askStop()))
+        return false;
+    if (self && !m_programmer->mayEndRun(parent))
         return false;
     if (self) {
         m_page->leaveDesign();
@@ -153,6 +167,8 @@ bool CaptureProject::closeProject(QWidget *, const std::function<bool()> &askSto
     tabWidgetGetter = nullptr;
     toolBarGetter = nullptr;
     openActionGetter = nullptr;
+    m_status->leave();
+    Q_EMIT fileNamed({});
     return true;
 }
 
@@ -163,6 +179,7 @@ bool CaptureProject::openFile(const QString &path)
     if (isOpened && self) {
         updateActions();
         m_descriptionWatch->start(m_files->description(), m_tab);
+        Q_EMIT fileNamed(m_files->file());
     }
     return isOpened;
 }
@@ -170,7 +187,14 @@ bool CaptureProject::openFile(const QString &path)
 void CaptureProject::setDevice(const QString &family, const QString &device, const QString &fsFile)
 {
     m_design->manager().setDeviceName(device);
+    updateConnections();
     m_programmer->setDevice(family, device, fsFile);
+}
+
+void CaptureProject::stopCapture()
+{
+    if (isBusy())
+        m_design->manager().stop();
 }
 
 bool CaptureProject::event(QEvent *event)
@@ -278,13 +302,17 @@ void CaptureProject::onExport()
 
 void CaptureProject::onSave()
 {
+    const QPointer<CaptureProject> self(this);
     m_files->save(parent());
+    if (self && !m_files->file().isEmpty()) // not closed in a box
+        Q_EMIT fileNamed(m_files->file());
 }
 
 void CaptureProject::cabelChanged(int index)
 {
     if (index < 0)
         return; // the list is being filled
+    updateConnections();
     const int number = m_runToolBar->cableNumber(index);
     Q_EMIT programCableChanged(number / 2);
     if (const int channel = number % 2; channel > 0)
@@ -296,6 +324,7 @@ void CaptureProject::onProgrammerChanged(bool succ, const QString &text)
     m_programmer->setStatus(succ, text);
     if (succ)
         m_design->manager().setDeviceName(m_programmer->targetName());
+    updateConnections();
     updateActions();
 }
 
@@ -308,7 +337,7 @@ void CaptureProject::onProgrammerEnableChange(bool status)
 void CaptureProject::updateActions()
 {
     const bool isIdle = !isBusy();
-    const bool isReady = isIdle && !m_programmer->needsProgramming();
+    const bool isReady = isIdle && !m_programmer->needsProgramming() && !m_programmer->isRunning();
     const bool hasResult = isIdle && !m_waveTabs.isEmpty();
     const RunActions &a = m_runToolBar->actions();
     if (openActionGetter)
@@ -319,10 +348,25 @@ void CaptureProject::updateActions()
     a.forceTriggerAction->setEnabled(!isIdle && m_design->manager().autorun() == -1);
     a.saveAction->setEnabled(hasResult);
     a.exportAction->setEnabled(hasResult);
+    m_runToolBar->setCablesEnabled(isIdle);
+    m_descriptionWatch->setButtonsEnabled(isIdle);
     m_page->setEnabled(isIdle);
     m_programmer->setEnabled(isIdle);
     if (isIdle)
         m_descriptionWatch->tellPending();
+}
+
+void CaptureProject::updateConnections()
+{
+    const JtagSession &session = m_design->session();
+    const QString cable = m_runToolBar->cableName();
+    const QString device = m_design->manager().deviceName();
+    m_runToolBar->markCables([&](const QString &name) { return session.isConnected(name); });
+    const bool isConnected = session.isConnected(cable);
+    QString text = cable.isEmpty() ? tr("no cable") : cable;
+    if (!cable.isEmpty() && !isConnected)
+        text = tr("%1: server is gone").arg(cable);
+    m_status->showDevice(device.isEmpty() ? text : tr("%1 on %2").arg(device, text), !isConnected);
 }
 
 } // namespace KEO

@@ -19,7 +19,9 @@ class ProgrammerLink;
 class ProjectBoxes;
 class ProjectFiles;
 class RunControl;
+class RunStatus;
 class RunToolBar;
+class StatusLine;
 
 /// A design with its page in the main window: puts the parts of a project together and says what
 /// is enabled. The kinds of project differ in their design and their page.
@@ -41,6 +43,7 @@ public:
     /// shown.
     bool openFile(const QString &path) final;
     void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
+    void stopCapture() final;
 
     /// F3 forces the trigger and F4 stops, and both take the waiting tip away.
     bool event(QEvent *event) override;
@@ -100,6 +103,8 @@ private:
     void connectDescriptionWatch();
     /// The one place that decides what is enabled. Whatever changes the state of a run ends here.
     void updateActions();
+    /// Tells which device and cable a run would use, and which servers are gone.
+    void updateConnections();
 
     std::unique_ptr<Design> m_design;
     std::unique_ptr<ConfigPage> m_page;
@@ -111,6 +116,8 @@ private:
     DescriptionWatch *m_descriptionWatch; // child
     RunControl *m_run;                    // child
     ProjectFiles *m_files;                // child
+    StatusLine *m_status;                 // child
+    RunStatus *m_runStatus;               // child
 };
 
 } // namespace KEO

@@ -60,6 +60,14 @@ void DescriptionWatch::tellPending()
         onFileChanged({});
 }
 
+void DescriptionWatch::setButtonsEnabled(bool isEnabled) const
+{
+    if (!m_page)
+        return;
+    for (ReloadBanner *banner : m_page->findChildren<ReloadBanner *>())
+        banner->setButtonEnabled(isEnabled);
+}
+
 void DescriptionWatch::onFileChanged(const QString &path)
 {
     if (m_isBusy()) {
@@ -139,6 +147,8 @@ void DescriptionWatch::removeBanner(ReloadBanner *banner) const
 
 void DescriptionWatch::onReloadKeoFile()
 {
+    if (m_isBusy())
+        return;
     removeBanner(std::exchange(m_reloadBanner, nullptr));
     // What the user could not know: a tool has begun to write once more.
     if (QFileInfo::exists(m_keoFilePath) && isHeldBack())
@@ -153,6 +163,8 @@ void DescriptionWatch::onReloadKeoFile()
 
 void DescriptionWatch::onBannerClose()
 {
+    if (m_isBusy())
+        return;
     removeBanner(std::exchange(m_reloadBanner, nullptr));
     m_fileWatcher.stop();
     // Its button takes one banner away: an older one below goes when the page is used again.

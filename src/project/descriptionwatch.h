@@ -37,9 +37,13 @@ public:
     /// Call it when no capture is going on: tells of a change during the last one, once.
     void tellPending();
 
+    /// Whether the buttons of banners can be pressed: not during a capture.
+    void setButtonsEnabled(bool isEnabled) const;
+
 public Q_SLOTS:
     /// The file was changed or is gone. An empty \a path stands for the description's own.
     void onFileChanged(const QString &path);
+    // These two do nothing during a capture, and the banner stays.
     void onReloadKeoFile();
     void onBannerClose();
     /// Takes the banner away and goes on watching.

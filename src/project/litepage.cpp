@@ -3,6 +3,8 @@
 #include "keolitetriggeroptionwidget.h"
 
 #include <design/design.h>
+#include <widgets/formwidgets.h>
+#include <widgets/scrollpage.h>
 
 #include <QVBoxLayout>
 
@@ -12,13 +14,12 @@ QWidget *LitePage::build(QWidget *programmer)
 {
     m_triggerOptionForm = new KeoLiteTriggerOptionWidget;
     m_triggerOptionForm->setObjectName(QStringLiteral("triggerOptionForm"));
-    auto *triggerTab = new QWidget;
-    triggerTab->setObjectName(QStringLiteral("triggerTab"));
-    auto *layout = new QVBoxLayout(triggerTab);
+    auto *content = new QWidget;
+    auto *layout = new QVBoxLayout(content);
     layout->addWidget(programmer);
     layout->addWidget(m_triggerOptionForm);
     layout->addStretch();
-    return triggerTab;
+    return named(makeScrollPage(content), "triggerTab");
 }
 
 void LitePage::reset()

@@ -52,6 +52,7 @@ QWidget *ProgrammerLink::makePage()
             WaitingTip::show(m_page->window());
         else
             WaitingTip::close();
+        Q_EMIT toolRunning(isRunning);
     });
     return m_page;
 }
@@ -86,7 +87,7 @@ void ProgrammerLink::setEnabled(bool isEnabled)
 
 void ProgrammerLink::switchOff()
 {
-    if (m_page)
+    if (m_page && !isRunning()) // else the user has let the run go on
         m_page->setEnabledByUser(false);
 }
 
@@ -118,8 +119,20 @@ bool ProgrammerLink::needsProgramming() const
     return isInUse() && m_page->status() != ProgrammerStatus::Downloaded;
 }
 
+bool ProgrammerLink::isRunning() const
+{
+    return m_page && m_page->isRunning();
+}
+
+bool ProgrammerLink::mayEndRun(QWidget *parent) const
+{
+    return !m_page || m_page->mayEndRun(parent);
+}
+
 bool ProgrammerLink::mayCapture(QWidget *parent) const
 {
+    if (isRunning())
+        return false;
     if (!isInUse())
         return true;
     const QPointer<const ProgrammerLink> self(this);

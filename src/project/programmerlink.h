@@ -45,6 +45,11 @@ public:
 
     /// In use, and the bitstream is not known to be in the device.
     [[nodiscard]] bool needsProgramming() const;
+    /// The tool is at it and holds the cable, in use or not.
+    [[nodiscard]] bool isRunning() const;
+    /// May a run of the tool be ended? Asks in a box over \a parent if it writes to a device, so
+    /// anything may have happened on return, the end of this object included.
+    [[nodiscard]] bool mayEndRun(QWidget *parent) const;
     /// Is the chain fit for a capture, and does the user want one? Asks in boxes over \a parent,
     /// so anything may have happened on return, the end of this object included.
     [[nodiscard]] bool mayCapture(QWidget *parent) const;
@@ -61,6 +66,8 @@ Q_SIGNALS:
     // As the page has them.
     void programStatusChanged(bool succ, const QString &text);
     void enableChange(bool status);
+    /// A run of the tool begins or is over.
+    void toolRunning(bool isRunning);
 
 private:
     [[nodiscard]] bool isInUse() const;

@@ -5,6 +5,12 @@
 
 namespace KEO {
 
+void ProjectBoxes::setWindow(QWidget *window)
+{
+    m_window = window;
+    m_title = window ? window->windowTitle() : QString();
+}
+
 void ProjectBoxes::showError(const QString &text)
 {
     if (m_openErrors.contains(text)) {
@@ -26,8 +32,7 @@ void ProjectBoxes::showWarning(const QString &text)
 void ProjectBoxes::showInformation(const QString &text)
 {
     if (!text.isEmpty())
-        showBox(QMessageBox::Information, m_window, m_window ? m_window->windowTitle() : QString(),
-                text);
+        showBox(QMessageBox::Information, m_window, m_title, text);
 }
 
 } // namespace KEO

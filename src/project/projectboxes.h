@@ -17,7 +17,8 @@ class ProjectBoxes final : public QObject
 public:
     using QObject::QObject;
 
-    void setWindow(QWidget *window) { m_window = window; }
+    /// The window's title of now stays that of boxes, when the window later names its file too.
+    void setWindow(QWidget *window);
     /// Null before the first time, and when the window is gone.
     [[nodiscard]] QWidget *window() const { return m_window; }
 
@@ -25,11 +26,12 @@ public:
     /// round by round does not pile them up.
     void showError(const QString &text);
     void showWarning(const QString &text);
-    /// Under the window's title; no box without a text.
+    /// Under the window's title, without the file; no box without a text.
     void showInformation(const QString &text);
 
 private:
     QPointer<QWidget> m_window;
+    QString m_title;
     QSet<QString> m_openErrors; // texts of the boxes that are open
 };
 

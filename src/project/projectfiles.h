@@ -32,6 +32,11 @@ public:
     void close();
     /// Path of the open description; empty while the project is closed.
     [[nodiscard]] const QString &description() const { return m_keoFilePath; }
+    /// Path of what is open: the project file, or the description where nothing was saved yet.
+    [[nodiscard]] const QString &file() const
+    {
+        return m_projectFilePath.isEmpty() ? m_keoFilePath : m_projectFilePath;
+    }
 
 Q_SIGNALS:
     /// What became of the files, in words for the user: also what no box tells.

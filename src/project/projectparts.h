@@ -6,6 +6,7 @@ class ConfigPage;
 class Design;
 class ProgrammerLink;
 class ProjectBoxes;
+class StatusLine;
 class WaveTabs;
 
 /// What the members of a project work on. All borrowed from it; they outlive every use.
@@ -16,6 +17,7 @@ struct ProjectParts
     ProgrammerLink &programmer;
     WaveTabs &waves;
     ProjectBoxes &boxes;
+    StatusLine &status;
 };
 
 } // namespace KEO

@@ -72,11 +72,11 @@ private:
 
 } // namespace
 
-ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent) : QWidget(parent)
+ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
+    : QWidget(parent), m_button(new QPushButton)
 {
-    auto *button = new QPushButton;
     setObjectName(QStringLiteral("reloadBanner"));
-    button->setObjectName(QStringLiteral("btnA"));
+    m_button->setObjectName(QStringLiteral("btnA"));
     auto *labelFile = new PathLabel;
     labelFile->setObjectName(QStringLiteral("labelFile"));
     QFont bold = labelFile->font();
@@ -85,12 +85,12 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent) : QWi
 
     if (mode == Changed) {
         labelFile->setSentence(tr("Keo file '%1' has been changed on disk."), path);
-        button->setText(tr("Reload"));
-        connect(button, &QPushButton::clicked, this, &ReloadBanner::reload);
+        m_button->setText(tr("Reload"));
+        connect(m_button, &QPushButton::clicked, this, &ReloadBanner::reload);
     } else if (mode == Removed) {
         labelFile->setSentence(tr("Keo file '%1' has been removed on disk."), path);
-        button->setText(tr("Close"));
-        connect(button, &QPushButton::clicked, this, &ReloadBanner::closeIt);
+        m_button->setText(tr("Close"));
+        connect(m_button, &QPushButton::clicked, this, &ReloadBanner::closeIt);
     }
 
     auto *sign = new QLabel;
@@ -99,8 +99,14 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent) : QWi
     layout->addWidget(sign);
     layout->addWidget(labelFile);
     layout->addStretch();
-    layout->addWidget(button);
+    layout->addWidget(m_button);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void ReloadBanner::setButtonEnabled(bool isEnabled)
+{
+    m_button->setEnabled(isEnabled);
+    m_button->setToolTip(isEnabled ? QString() : tr("Not while a capture is running"));
 }
 
 void ReloadBanner::paintEvent(QPaintEvent *)

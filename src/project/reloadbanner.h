@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+class QPushButton;
+
 namespace KEO {
 
 /// A strip above a project's page that tells what happened to its core description on disk, with
@@ -19,6 +21,8 @@ public:
     /// \a path stands in the message. Any other mode gives a strip without texts.
     ReloadBanner(int mode, const QString &path, QWidget *parent = nullptr);
 
+    void setButtonEnabled(bool isEnabled);
+
 Q_SIGNALS:
     void reload();
     void closeIt();
@@ -28,6 +32,9 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+
+private:
+    QPushButton *m_button; // child
 };
 
 } // namespace KEO

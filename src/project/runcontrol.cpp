@@ -18,7 +18,7 @@ using WaveMonitor::WaveMonitorWidget;
 
 void RunControl::start(RunKind kind, const QString &cable)
 {
-    const auto &[design, page, programmer, waves, boxes] = m_parts;
+    const auto &[design, page, programmer, waves, boxes, status] = m_parts;
     const QPointer<RunControl> self(this);
     if (design.isBusy() || !programmer.mayCapture(boxes.window()) || !self)
         return;
@@ -53,7 +53,7 @@ void RunControl::keepWaves()
 
 void RunControl::show(int core, int window)
 {
-    const auto &[design, page, programmer, waves, boxes] = m_parts;
+    const auto &[design, page, programmer, waves, boxes, status] = m_parts;
     const QPointer<RunControl> self(this);
     // Taking the window lets the run go on, so it happens once, whatever comes of it.
     const auto captured = design.take(core, window, programmer.targetName());

@@ -15,6 +15,9 @@ namespace KEO {
 
 namespace {
 
+/// Property of the tool bar, which outlives the projects and serves both kinds of them.
+constexpr char kChosenCable[] = "chosenCable";
+
 QAction *makeAction(QObject *parent, const char *name, const QString &text, const char *icon,
                     const QKeySequence &shortcut = {})
 {
@@ -73,13 +76,36 @@ RunToolBar::RunToolBar(QObject *parent)
 
 RunToolBar::~RunToolBar() = default;
 
-void RunToolBar::setCables(const QList<QPair<QString, int>> &cables)
+void RunToolBar::setCables(const QList<QPair<QString, int>> &cables, const QToolBar &toolBar)
 {
     if (!m_cableCombo)
         return;
     m_cableCombo->clear();
     for (const auto &[name, number] : cables)
         m_cableCombo->addItem(name, number);
+    // Another one than the user left is another board.
+    const int chosen = m_cableCombo->findText(toolBar.property(kChosenCable).toString());
+    if (chosen > 0)
+        m_cableCombo->setCurrentIndex(chosen);
+}
+
+void RunToolBar::markCables(const std::function<bool(const QString &)> &isConnected)
+{
+    if (!m_cableCombo)
+        return;
+    for (int i = 0; i < m_cableCombo->count(); ++i) {
+        const bool isGone = !isConnected(m_cableCombo->itemText(i));
+        m_cableCombo->setItemIcon(i, isGone ? QIcon(QStringLiteral(":/keo/image/warning.png"))
+                                            : QIcon());
+        m_cableCombo->setItemData(i, isGone ? tr("The server of this cable is gone") : QVariant(),
+                                  Qt::ToolTipRole);
+    }
+}
+
+void RunToolBar::setCablesEnabled(bool isEnabled)
+{
+    if (m_cableCombo)
+        m_cableCombo->setEnabled(isEnabled);
 }
 
 QString RunToolBar::cableName() const
@@ -108,6 +134,8 @@ void RunToolBar::attach(QToolBar &toolBar)
 
 void RunToolBar::detach(QToolBar &toolBar)
 {
+    if (const QString cable = cableName(); !cable.isEmpty())
+        toolBar.setProperty(kChosenCable, cable);
     const RunActions &a = m_actions;
     for (QAction *action : std::initializer_list<QAction *>{
              m_cableAction, a.startAction, a.autoAction, a.forceTriggerAction, a.stopAction,

@@ -6,6 +6,8 @@
 #include <QPointer>
 #include <QString>
 
+#include <functional>
+
 class QAction;
 class QComboBox;
 class QToolBar;
@@ -40,10 +42,15 @@ public:
 
     [[nodiscard]] const RunActions &actions() const { return m_actions; }
 
-    /// Names and combined numbers, as the session lists them. The first one is chosen.
-    void setCables(const QList<QPair<QString, int>> &cables);
+    /// Names and combined numbers, as the session lists them. The one chosen last on \a toolBar is
+    /// chosen, whichever project chose it, or else the first.
+    void setCables(const QList<QPair<QString, int>> &cables, const QToolBar &toolBar);
     /// Name of the chosen cable; empty without cables.
     [[nodiscard]] QString cableName() const;
+
+    /// Marks the cables for whose names \a isConnected says that their servers are gone.
+    void markCables(const std::function<bool(const QString &)> &isConnected);
+    void setCablesEnabled(bool isEnabled);
 
     /// `cable * 2 + channel` of the cable at \a index of the list; 0 if there is none.
     [[nodiscard]] int cableNumber(int index) const;
@@ -52,6 +59,7 @@ public:
     void setStatusAction(QAction *action) { m_statusAction = action; }
 
     void attach(QToolBar &toolBar);
+    /// Remembers the chosen cable on the tool bar.
     void detach(QToolBar &toolBar);
 
 Q_SIGNALS:

@@ -2,6 +2,8 @@
 
 #include <design/standarddesign.h>
 #include <trigger_ui/dynamicconfigwidget.h>
+#include <widgets/formwidgets.h>
+#include <widgets/scrollpage.h>
 
 #include <QDockWidget>
 #include <QHBoxLayout>
@@ -72,13 +74,12 @@ QWidget *StandardPage::build(QWidget *programmer)
     areaLayout->addWidget(makeFixedDock("treeDock", tr(" Ko Core"), m_coreTree), kTreeStretch);
     areaLayout->addWidget(m_configDock, kConfigStretch);
 
-    auto *configTab = new QWidget;
-    configTab->setObjectName(QStringLiteral("configTab"));
-    auto *layout = new QVBoxLayout(configTab);
+    auto *content = new QWidget;
+    auto *layout = new QVBoxLayout(content);
     layout->addWidget(programmer);
     layout->addWidget(coreArea, 1); // all the room: expressions and units may be many
     layout->addStretch();
-    return configTab;
+    return named(makeScrollPage(content), "configTab");
 }
 
 void StandardPage::reset()

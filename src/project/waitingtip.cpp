@@ -64,8 +64,14 @@ QSize WaitingTip::sizeHint() const
 
 bool WaitingTip::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == parent() && (event->type() == QEvent::Move || event->type() == QEvent::Resize))
+    if (watched != parent())
+        return QWidget::eventFilter(watched, event);
+    if (event->type() == QEvent::Move || event->type() == QEvent::Resize)
         centre();
+    // Not every window system takes it away with a minimized window.
+    if (event->type() == QEvent::WindowStateChange || event->type() == QEvent::Show ||
+        event->type() == QEvent::Hide)
+        setVisible(this == s_tip && parentWidget()->isVisible() && !parentWidget()->isMinimized());
     return QWidget::eventFilter(watched, event);
 }
 

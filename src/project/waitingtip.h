@@ -21,7 +21,7 @@ public:
     static void close();
 
     [[nodiscard]] QSize sizeHint() const override;
-    /// Follows the parent's moves.
+    /// Follows the parent's moves, and hides with it.
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 protected:

@@ -79,10 +79,22 @@ void WaveTabs::show(const CapturedWindow &captured, int rounds)
     QTabWidget *tabs = m_tabs;
     if (isNextRound || !tabs)
         return;
-    const bool isOnPage = tabs->currentWidget() == m_page;
-    tabs->addTab(wave, wave->windowTitle());
-    if (isOnPage)
-        tabs->setCurrentWidget(wave); // may see this gone
+    bringUp(*wave, *tabs); // may see this gone
+}
+
+void WaveTabs::bringUp(WaveMonitorWidget &wave, QTabWidget &tabs)
+{
+    const QWidget *before = tabs.currentWidget();
+    tabs.addTab(&wave, wave.windowTitle());
+    const bool wasInFront =
+        m_front && m_front->core == wave.coreNumber() && m_front->window == wave.windowNumber();
+    const bool comesUp = before == m_page || (wasInFront && before == m_broughtUp);
+    if (wasInFront)
+        m_front.reset();
+    if (!comesUp)
+        return;
+    m_broughtUp = &wave;
+    tabs.setCurrentWidget(&wave);
 }
 
 WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured)
@@ -114,6 +126,9 @@ void WaveTabs::clear(Layouts layouts)
     // With one core and one window there is nothing to keep for a capture after the next.
     if (layouts == Layouts::Forget || m_layoutKey == LayoutKey::Window)
         m_layoutCache.clear();
+    m_front.reset();
+    if (const WaveMonitorWidget *front = current(); front && layouts == Layouts::Keep)
+        m_front = WindowPlace{front->coreNumber(), front->windowNumber()};
     // Out of the list first: a tab that goes lets another one come up, with events of its own.
     for (const auto &monitor : std::exchange(m_waveMonitors, {})) {
         if (!monitor)

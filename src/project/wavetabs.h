@@ -9,6 +9,7 @@
 #include <QTabWidget>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace WaveMonitor {
@@ -45,8 +46,9 @@ public:
     [[nodiscard]] bool isInWindow() const { return m_isInWindow; }
 
     /// Shows \a captured as the user last arranged that window: in a new tab, which comes to the
-    /// front if the page is there; or, after \a rounds of an Auto run, as new samples of the first
-    /// one, which an Auto run has alone. -1 stands for no Auto run.
+    /// front if the page is there, and lets go of it for the window that was in front before the
+    /// last clear, unless the user has chosen another by then; or, after \a rounds of an Auto run,
+    /// as new samples of the first one, which an Auto run has alone. -1 stands for no Auto run.
     void show(const CapturedWindow &captured, int rounds);
     /// Shows a saved window in a new tab behind the others; core -1 means none.
     void showSaved(WindowPlace place, const QString &title, WaveMonitor::WindowContents contents);
@@ -58,6 +60,8 @@ private:
     /// A new monitor with the captured window. Borrowed.
     WaveMonitor::WaveMonitorWidget *add(const CapturedWindow &captured);
     [[nodiscard]] const WaveMonitor::WindowState *layoutOf(int core, int window) const;
+    /// The new tab of \a wave comes to the front if that is its place.
+    void bringUp(WaveMonitor::WaveMonitorWidget &wave, QTabWidget &tabs);
     void keepLayout(std::unique_ptr<WaveMonitor::WindowState> state);
 
     QList<QPointer<WaveMonitor::WaveMonitorWidget>> m_waveMonitors;
@@ -65,6 +69,8 @@ private:
     QPointer<QTabWidget> m_tabs;
     QPointer<QWidget> m_page;
     bool m_isInWindow = false;
+    std::optional<WindowPlace> m_front; ///< what was in front, until it is again
+    QPointer<QWidget> m_broughtUp;      ///< what stands in for it
     LayoutKey m_layoutKey;
     std::vector<std::unique_ptr<WaveMonitor::WindowState>> m_layoutCache;
 };

@@ -23,7 +23,10 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QToolBar>
+#include <QToolButton>
 #include <QUrl>
+
+#include <tuple>
 
 namespace KEO {
 
@@ -84,12 +87,12 @@ struct AnalyzerPrivate
         tabWidget->setObjectName(QStringLiteral("tabWidget"));
     }
 
-    void open(const QString &file) const
+    bool open(const QString &file) const
     {
         projectManager->tabWidgetGetter = [this] { return tabWidget; };
         projectManager->toolBarGetter = [this] { return toolBar; };
         projectManager->openActionGetter = [this] { return openAction; };
-        projectManager->openFile(window, family, device, fsFile, file);
+        return projectManager->openFile(window, family, device, fsFile, file);
     }
 
     std::unique_ptr<ProjectManager> projectManager;
@@ -110,13 +113,17 @@ Analyzer::Analyzer(QWidget *parent, const ProjectFactories &factories)
         this, {WaveMonitor::EvFormatChanged, WaveMonitor::EvColorChanged});
     setContextMenuPolicy(Qt::NoContextMenu);
     setAcceptDrops(true);
-    setWindowTitle(tr("Tarno Signal Scope"));
+    showFile({});
     setWindowIcon(programIcon());
     setStatusBar(new QStatusBar(this));
     connect(m_d->openAction, &QAction::triggered, this, &Analyzer::onOpen);
     addToolBar(m_d->toolBar);
     setCentralWidget(m_d->tabWidget);
-    new EmptyHint(m_d->tabWidget);
+    auto *hint = new EmptyHint(m_d->tabWidget);
+    connect(m_d->projectManager.get(), &ProjectManager::fileNamed, this, &Analyzer::showFile);
+    connect(m_d->projectManager.get(), &ProjectManager::fileNamed, hint,
+            [hint] { hint->setRefused({}, {}); });
+    connect(m_d->projectManager.get(), &ProjectManager::fileRefused, hint, &EmptyHint::setRefused);
     resize(kRestoredSize.boundedTo(screen()->availableSize()));
     if (wantsDebugMessages(QCoreApplication::arguments()))
         buildDebugDock();
@@ -130,10 +137,13 @@ Analyzer::~Analyzer()
 void Analyzer::openFile(const QString &file, const QString &family, const QString &device,
                         const QString &fsFile)
 {
+    const QPointer<Analyzer> self(this); // the user may be asked
+    const auto before = std::tuple(m_d->family, m_d->device, m_d->fsFile);
     m_d->family = family;
     m_d->device = device;
     m_d->fsFile = fsFile;
-    m_d->open(file);
+    if (!m_d->open(file) && self)
+        std::tie(m_d->family, m_d->device, m_d->fsFile) = before;
 }
 
 void Analyzer::reopen(const QString &file)
@@ -189,10 +199,18 @@ void Analyzer::dropEvent(QDropEvent *event)
 void Analyzer::closeEvent(QCloseEvent *event)
 {
     const QPointer<Analyzer> self(this); // the question waits, and the window may go meanwhile
-    const auto askStop = [this] {
+    // Samples that are being read inside the question's event loop would hold the answer up.
+    const auto stopOnYes = [self](QMessageBox *box) {
+        QObject::connect(box, &QMessageBox::finished, self, [self](int answer) {
+            if (answer == QMessageBox::Yes)
+                self->m_d->projectManager->stopCapture();
+        });
+    };
+    const auto askStop = [this, stopOnYes] {
         return showBox(QMessageBox::Question, this, tr("Exit"),
                        tr("Task is still running, do you want to exit?"),
-                       QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
+                       QMessageBox::Yes | QMessageBox::No, QMessageBox::No,
+                       stopOnYes) == QMessageBox::Yes;
     };
     if (!m_d->projectManager->closeCurrent(this, askStop) || !self) {
         event->ignore();
@@ -209,6 +227,27 @@ void Analyzer::buildDebugDock()
     m_d->debugDock = new DebugDock(this);
     addDockWidget(Qt::RightDockWidgetArea, m_d->debugDock);
     m_d->debugDock->listen();
+
+    // The way back for a dock that was closed.
+    QAction *toggle = m_d->debugDock->toggleViewAction();
+    toggle->setShortcut(Qt::Key_F12);
+    toggle->setToolTip(tr("Show or hide the debug messages (%1)")
+                           .arg(toggle->shortcut().toString(QKeySequence::NativeText)));
+    addAction(toggle);
+    auto *button = new QToolButton;
+    button->setObjectName(QStringLiteral("debugToggle"));
+    button->setDefaultAction(toggle);
+    button->setAutoRaise(true);
+    statusBar()->addPermanentWidget(button);
+}
+
+/// With the program's name in any case, as window lists show it.
+void Analyzer::showFile(const QString &path)
+{
+    const QString program = tr("Tarno Signal Scope");
+    const QString mark = QStringLiteral("[*]"); // stands for itself only when doubled
+    const QString name = QFileInfo(path).fileName().replace(mark, mark + mark);
+    setWindowTitle(name.isEmpty() ? program : tr("%1 – %2").arg(name, program));
 }
 
 } // namespace KEO

@@ -62,6 +62,8 @@ protected:
 
 private:
     void buildDebugDock();
+    /// Names the open file in the title, none for an empty path.
+    void showFile(const QString &path);
 
     std::unique_ptr<AnalyzerPrivate> m_d;
     quint64 m_domain = 0;

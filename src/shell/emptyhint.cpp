@@ -2,7 +2,9 @@
 
 #include <widgets/colormix.h>
 
+#include <QDir>
 #include <QEvent>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QKeySequence>
 #include <QLabel>
@@ -26,7 +28,7 @@ QString shown(const QKeySequence &key)
 
 } // namespace
 
-EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs)
+EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs), m_refused(new QLabel)
 {
     setObjectName(QStringLiteral("emptyHint"));
     setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -35,6 +37,12 @@ EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs)
     QFont large = font();
     large.setPointSizeF(large.pointSizeF() * kTitleScale);
     title->setFont(large);
+
+    m_refused->setObjectName(QStringLiteral("refusedFile"));
+    m_refused->setTextFormat(Qt::PlainText); // names and reasons may look like markup
+    m_refused->setAlignment(Qt::AlignHCenter);
+    m_refused->setWordWrap(true);
+    m_refused->hide();
 
     auto *keys = new QGridLayout;
     keys->setHorizontalSpacing(kColumnGap);
@@ -49,6 +57,7 @@ EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs)
     layout->setSpacing(kTitleGap);
     layout->addStretch();
     layout->addWidget(title, 0, Qt::AlignHCenter);
+    layout->addWidget(m_refused);
     layout->addLayout(keys);
     layout->setAlignment(keys, Qt::AlignHCenter);
     layout->addStretch();
@@ -57,6 +66,15 @@ EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs)
     tabs->installEventFilter(this);
     connect(tabs, &QTabWidget::currentChanged, this, &EmptyHint::follow);
     follow();
+}
+
+void EmptyHint::setRefused(const QString &file, const QString &reason)
+{
+    m_refused->setVisible(!file.isEmpty());
+    if (file.isEmpty())
+        return;
+    const QString path = QDir::toNativeSeparators(QFileInfo(file).absoluteFilePath());
+    m_refused->setText(tr("%1 was not opened.\n%2").arg(path, reason));
 }
 
 void EmptyHint::addKey(QGridLayout *keys, const QString &key, const QString &meaning)
@@ -88,7 +106,7 @@ void EmptyHint::mute()
         mixed(window.color(QPalette::Window), window.color(QPalette::WindowText), kQuietShare);
     for (QLabel *label : findChildren<QLabel *>()) {
         QPalette own = label->palette();
-        if (own.color(QPalette::WindowText) == quiet)
+        if (label == m_refused || own.color(QPalette::WindowText) == quiet)
             continue;
         own.setColor(QPalette::WindowText, quiet);
         label->setPalette(own);

@@ -3,11 +3,13 @@
 #include <QWidget>
 
 class QGridLayout;
+class QLabel;
 class QTabWidget;
 
 namespace KEO {
 
-/// What to do next, in the middle of a tab widget without tabs; gone while there is one. Lies over
+/// What to do next, and why the file asked for is not open, in the middle of a tab widget without
+/// tabs; gone while there is one. Lies over
 /// the tab widget as its child and takes no clicks and no focus.
 class EmptyHint final : public QWidget
 {
@@ -15,6 +17,9 @@ class EmptyHint final : public QWidget
 
 public:
     explicit EmptyHint(QTabWidget *tabs);
+
+    /// Also tells why \a file is not open, until the next one is; nothing for an empty name.
+    void setRefused(const QString &file, const QString &reason);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -27,6 +32,7 @@ private:
     void follow();
 
     QTabWidget *m_tabs; // its parent
+    QLabel *m_refused;  // child
 };
 
 } // namespace KEO

@@ -7,29 +7,29 @@
 #include <project/keoliteanalyzerproject.h>
 #include <project/keostandardanalyzerproject.h>
 
+#include <QFileInfo>
 #include <QPointer>
 
 namespace KEO {
 
 namespace {
 
-/// The description that \a file is or names, or nothing.
-QString descriptionPath(const QString &file)
+/// The description that \a file is or names.
+Result<QString> descriptionPath(const QString &file)
 {
     if (!file.endsWith(QLatin1String(".analyzer_prj")))
         return file;
     const Result<ProjectFile> project = readProjectFile(projectFileFor(file));
-    if (project)
-        return project->keoFile;
-    qCDebug(lcShell).noquote() << project.error().message;
-    return {};
+    if (!project)
+        return project.error();
+    if (project->keoFile.isEmpty())
+        return Error{Error::Format, ProjectManager::tr("The project names no core description.")};
+    return project->keoFile;
 }
 
-} // namespace
-
-ProjectKind kindOfFile(const QString &path)
+ProjectKind projectKind(DescriptionKind kind)
 {
-    switch (descriptionKind(path)) {
+    switch (kind) {
     case DescriptionKind::Standard:
         return ProjectKind::Standard;
     case DescriptionKind::Lite:
@@ -38,6 +38,13 @@ ProjectKind kindOfFile(const QString &path)
         break;
     }
     return ProjectKind::Unknown;
+}
+
+} // namespace
+
+ProjectKind kindOfFile(const QString &path)
+{
+    return projectKind(descriptionKind(path));
 }
 
 ProjectFactories projectFactories()
@@ -50,32 +57,41 @@ ProjectFactories projectFactories()
 
 ProjectManager::ProjectManager(QObject *parent, const ProjectFactories &factories) : QObject(parent)
 {
-    for (const ProjectFactory &factory : factories)
-        m_projects[factory.kind] = factory.make(parent);
+    for (const ProjectFactory &factory : factories) {
+        auto &project = m_projects[factory.kind] = factory.make(parent);
+        connect(project.get(), &AnalyzerProject::fileNamed, this, &ProjectManager::fileNamed);
+    }
 }
 
 ProjectManager::~ProjectManager() = default;
 
-void ProjectManager::openFile(QWidget *parent, const QString &family, const QString &device,
+bool ProjectManager::openFile(QWidget *parent, const QString &family, const QString &device,
                               const QString &fsFile, const QString &file)
 {
     if (!closeCurrent(parent, {}))
-        return;
-    AnalyzerProject *const project = projectFor(file);
-    if (!project)
-        return;
+        return false;
+    const Result<AnalyzerProject *> taker = projectFor(file);
+    if (!taker) {
+        qCDebug(lcShell).noquote() << file << taker.error().message;
+        Q_EMIT fileRefused(file, taker.error().message);
+        return true;
+    }
+    AnalyzerProject *const project = *taker;
     m_current = project;
     handOverGetters(*project);
     project->setupProject(parent);
     const QPointer<ProjectManager> self(this); // a file may be refused in a box, see closeCurrent
     const bool isOpened = project->openFile(file);
     if (!self)
-        return;
+        return true;
     // Stays the current project even so: closing it once more does no harm.
     if (!isOpened)
         project->closeProject(parent, {});
     project->setDevice(family, device, fsFile);
     clearGetters();
+    if (!isOpened)
+        Q_EMIT fileRefused(file, tr("It can't be loaded."));
+    return true;
 }
 
 bool ProjectManager::closeCurrent(QWidget *parent, const std::function<bool()> &askStop)
@@ -90,18 +106,35 @@ bool ProjectManager::closeCurrent(QWidget *parent, const std::function<bool()> &
     return true;
 }
 
-AnalyzerProject *ProjectManager::projectFor(const QString &file) const
+void ProjectManager::stopCapture() const
 {
-    const QString path = descriptionPath(file);
-    if (!path.endsWith(QLatin1String(".keo")) && !path.endsWith(QLatin1String(".zeo"))) {
-        qCDebug(lcShell) << "no core description:" << file;
-        return nullptr;
+    if (m_current)
+        m_current->stopCapture();
+}
+
+Result<AnalyzerProject *> ProjectManager::projectFor(const QString &file) const
+{
+    const Result<QString> path = descriptionPath(file);
+    if (!path)
+        return path.error();
+    if (!path->endsWith(QLatin1String(".keo")) && !path->endsWith(QLatin1String(".zeo"))) {
+        const QString reason = tr("Core descriptions end in .keo or .zeo and projects in "
+                                  ".analyzer_prj, in small letters.");
+        return Error{Error::Usage,
+                     *path == file ? reason : tr("It names %1. %2").arg(*path, reason)};
     }
-    const auto entry = m_projects.find(kindOfFile(path));
+    if (!QFileInfo::exists(*path)) {
+        return Error{Error::File, *path == file
+                                      ? tr("There is no such file.")
+                                      : tr("It names %1, which is not there.").arg(*path)};
+    }
+    const Result<DescriptionKind> kind = readDescriptionKind(*path);
+    if (!kind)
+        return kind.error();
+    const auto entry = m_projects.find(projectKind(*kind));
     if (entry != m_projects.end())
         return entry->second.get();
-    qCDebug(lcShell) << "no project takes the kind of core of" << path;
-    return nullptr;
+    return Error{Error::Usage, tr("The program has no project for this kind of core.")};
 }
 
 void ProjectManager::handOverGetters(AnalyzerProject &project) const

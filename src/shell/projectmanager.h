@@ -1,5 +1,7 @@
 #pragma once
 
+#include <base/result.h>
+
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -38,8 +40,9 @@ using ProjectFactories = QList<ProjectFactory>;
 [[nodiscard]] ProjectFactories projectFactories();
 
 /// Decides which project takes a file. Holds one project object of each kind for as long as it
-/// lives; at most one of them is open, and opening a file closes it first. Reports nothing itself:
-/// a file that no project takes opens nothing, with the reason in the debug log. GUI thread.
+/// lives; at most one of them is open, and opening a file closes it first. Shows nothing itself:
+/// a file that no project takes opens nothing, with the reason in a signal and in the debug log.
+/// GUI thread.
 class ProjectManager final : public QObject
 {
     Q_OBJECT
@@ -50,15 +53,19 @@ public:
                             const ProjectFactories &factories = projectFactories());
     ~ProjectManager() override;
 
-    /// Closes the open project, which a running capture refuses: then nothing else happens. Opens
+    /// Closes the open project, which a running capture refuses, or the user when the programmer
+    /// is writing to a device: then nothing else happens. Opens
     /// \a file, a description (".keo", ".zeo") or a project file (".analyzer_prj"), in the project
-    /// of its kind and hands it the device, also when the file did not open.
-    void openFile(QWidget *parent, const QString &family, const QString &device,
+    /// of its kind and hands it the device, also when the file did not open. False if the project
+    /// that was open stays.
+    bool openFile(QWidget *parent, const QString &family, const QString &device,
                   const QString &fsFile, const QString &file);
 
     /// Closes the open project, if any; \a askStop says whether a running capture may be stopped,
     /// and none at all means no. False if the project stays open.
     bool closeCurrent(QWidget *parent, const std::function<bool()> &askStop);
+    /// Ends a capture of the open project at once, see AnalyzerProject.
+    void stopCapture() const;
 
     /// What an opened project may use of the main window. Set them before each openFile, which
     /// passes them on and clears them if a project takes the file.
@@ -66,8 +73,14 @@ public:
     std::function<QToolBar *()> toolBarGetter;
     std::function<QAction *()> openActionGetter;
 
+Q_SIGNALS:
+    /// What is open has this path from now on; empty when nothing is open any more.
+    void fileNamed(const QString &path);
+    /// \a file was to be opened, and nothing is open now, for that reason: whole sentences.
+    void fileRefused(const QString &file, const QString &reason);
+
 private:
-    [[nodiscard]] AnalyzerProject *projectFor(const QString &file) const;
+    [[nodiscard]] Result<AnalyzerProject *> projectFor(const QString &file) const;
     void handOverGetters(AnalyzerProject &project) const;
     void clearGetters();
 

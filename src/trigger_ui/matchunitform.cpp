@@ -6,13 +6,11 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
 #include <QTreeWidget>
@@ -56,15 +54,10 @@ MatchUnitForm::MatchUnitForm(QDialog &dialog)
     sides->addWidget(makeTriggerSide(), 1);
     sides->addWidget(makeSettingsSide(), 2);
 
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    buttons->button(QDialogButtonBox::Ok)->setDefault(true);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-
     auto *layout = new QVBoxLayout(&dialog);
     layout->addWidget(lbTitle);
     layout->addLayout(sides, 1);
-    layout->addWidget(buttons);
+    addOkAndCancel(dialog, *layout);
     orderTabs();
 }
 

@@ -1,9 +1,9 @@
 #include "muexpressiondialog.h"
 
 #include <trigger/expression.h>
+#include <widgets/formwidgets.h>
 #include <widgets/messagebox.h>
 
-#include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -44,16 +44,11 @@ MuExpressionDialog::MuExpressionDialog(QWidget *parent)
     m_editDisplay->setAccessibleName(tr("Expression"));
     m_editDisplay->setToolTip(tr("Press the buttons, or type: M0 to M15 ! & ^ | ( )"));
 
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    buttons->button(QDialogButtonBox::Ok)->setDefault(true);
-    connect(buttons, &QDialogButtonBox::accepted, this, &MuExpressionDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &MuExpressionDialog::reject);
-
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_editDisplay);
     layout->addLayout(makePad());
     layout->addStretch();
-    layout->addWidget(buttons);
+    addOkAndCancel(*this, *layout);
 }
 
 QGridLayout *MuExpressionDialog::makePad()

@@ -2,6 +2,9 @@
 
 #include <QString>
 
+class QBoxLayout;
+class QDialog;
+class QDialogButtonBox;
 class QLabel;
 class QWidget;
 
@@ -9,6 +12,10 @@ namespace KEO {
 
 /// A label with the text \a text, whose mnemonic leads to \a buddy. Owned by the caller.
 [[nodiscard]] QLabel *labelFor(QWidget *buddy, const QString &text);
+
+/// Ends the dialog's \a layout with Ok and Cancel, connected to the dialog, with Ok as the default
+/// button. Borrowed.
+QDialogButtonBox *addOkAndCancel(QDialog &dialog, QBoxLayout &layout);
 
 /// \a widget, with the object name \a name.
 template <typename Widget>

@@ -28,13 +28,16 @@ void makeRoomForTitle(QMessageBox &box)
 
 QMessageBox::StandardButton showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title,
                                     const QString &text, QMessageBox::StandardButtons buttons,
-                                    QMessageBox::StandardButton defaultButton)
+                                    QMessageBox::StandardButton defaultButton,
+                                    const std::function<void(QMessageBox *)> &prepare)
 {
     // On the heap: a window that is destroyed while its box shows takes the box along.
     const QPointer<QMessageBox> box = new QMessageBox(icon, title, text, buttons, parent);
     box->setTextFormat(Qt::PlainText); // paths and names may look like markup
     box->setDefaultButton(defaultButton);
     makeRoomForTitle(*box);
+    if (prepare)
+        prepare(box);
     const int answer = box->exec();
     if (!box)
         return QMessageBox::NoButton;

@@ -17,6 +17,8 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY(m_directory.isValid()); }
     void keepsPaths_data();
     void keepsPaths();
+    void refusesObjects_data();
+    void refusesObjects();
     void replacesWhatIsThere_data();
     void replacesWhatIsThere();
     void failsWithoutHarm();
@@ -91,6 +93,25 @@ void tst_ProjectFile::keepsPaths()
     }
     QCOMPARE(content(path("copy.ini")), content(path("p.analyzer_prj")));
     QFile::remove(path("copy.ini"));
+}
+
+void tst_ProjectFile::refusesObjects_data()
+{
+    const auto row = addColumns<QByteArray>({"opening"});
+    row("any", "@Variant(");
+    row("a time", "@DateTime(");
+    row("octal", "\\100V\\x61riant(");
+    row("beyond 16 bits", "\\x10040Variant(");
+    row("pieces in quotes", "\"@\"Var\"iant(\"");
+    row("escapes that mean nothing", "\\q@Da\\pteTime\\x(");
+    row("over two lines of another system", "@Date\\\r\nTime(");
+}
+
+// However its opening is written, an object from a stranger is not made.
+void tst_ProjectFile::refusesObjects()
+{
+    QFETCH(QByteArray, opening);
+    QVERIFY(!parseProjectFile("[General]\nKEO_FILE=" + opening + "\\0\\0\\0\\xa\\0)\n"));
 }
 
 void tst_ProjectFile::replacesWhatIsThere_data()

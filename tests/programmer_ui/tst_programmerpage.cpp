@@ -16,6 +16,7 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTableView>
@@ -33,6 +34,9 @@ private Q_SLOTS:
     void scans();
     void downloads();
     void editsBySelectorsAndFields();
+    void takesWhatIsTyped();
+    void checksFilesBeforeTheyRun();
+    void cancels();
     void lookingChangesNothing();
     void rowsComeGoAndMove();
     void validates();
@@ -41,6 +45,7 @@ private Q_SLOTS:
     void fileChanges();
     void endsAnywhere();
     void logIsBoundedAndLegible();
+    void fitsSmallScreens();
 };
 
 namespace {
@@ -61,11 +66,12 @@ std::shared_ptr<const DeviceDatabase> makeDatabase()
             { "MODE": "Flash", "OPERATIONS": [
                 { "OPERATION": "Burn", "CMD_INDEX": 3, "OPTIONS": ["Programming"] },
                 { "OPERATION": "Burn, verify", "CMD_INDEX": 4, "DESCRIPATION": "slow",
-                  "OPTIONS": ["Programming"] }] }],
+                  "OPTIONS": ["Programming"] }] },
+            { "MODE": "Wipe", "OPERATIONS": [{ "OPERATION": "Wipe", "CMD_INDEX": 5 }] }],
         "DEVICE_CONFIG": [
             { "DEVICE": "NOP", "IDCODE": "0" },
             { "DEVICE": "KR-A", "IDCODE": "0x1100281B", "ACCESS_MODES": ["SRAM"] },
-            { "DEVICE": "KR-C", "IDCODE": "0x1100381B", "ACCESS_MODES": ["SRAM", "Flash"] },
+            { "DEVICE": "KR-C", "IDCODE": "0x1100381B", "ACCESS_MODES": ["SRAM", "Flash", "Wipe"] },
             { "DEVICE": "MR-1", "IDCODE": "0x2200001B", "ACCESS_MODES": ["SRAM"] },
             { "DEVICE": "MR-1X", "IDCODE": "0x2200001B", "ACCESS_MODES": ["Flash"] }],
         "ALL_SERIES": [
@@ -223,29 +229,44 @@ void tst_ProgrammerPage::scans()
     const QByteArray two =
         "printf 'Device Info:\\nFamily: XX\\nName: X\\nID: 0xAB\\nDevice Info:\\n"
         "Family: MR\\nName: KR-C\\nID: 0x1'";
+    // A scan that fails says why, and the rows of before come back.
+    const QString before = "KR|KR-C|Write|FILE|7||1100381B|8";
     using enum ProgrammerStatus;
     const std::tuple<QByteArray, QString, QString, ProgrammerStatus> scans[] = {
         {kOneDevice, "KR|KR-C|Write||||1100381B|8", "Info: Scan;Info: done", DeviceFound},
         {two, "JTAG|NOP|Bypass||||AB|8;MR|NOP|Bypass||||1|8", "", DeviceFound},
-        {"echo Warn: no cable", "", "Warn: no cable", NoDevice},
-        {QByteArray(kOneDevice) + "; exit 1", "", failed, NoDevice},
-        {"", "", "Error: Call Programmer failed!", Failed}};
+        {"echo slow >&2; echo Warn: no cable", "", "Info: slow;Warn: no cable", NoDevice},
+        {"echo busy; echo Error: no cable >&2; exit 1", before,
+         "Info: busy;Error: no cable;" + failed, NoDevice},
+        {"echo busy; kill -9 $$", before,
+         "Info: busy;Error: TOOL: Process crashed;Error: Call Programmer failed!", Failed},
+        {"", before,
+         "Error: TOOL can't be started: No such file or directory;"
+         "Error: Call Programmer failed!",
+         Failed}};
     for (const auto &[script, rows, log, status] : scans) {
         Page page;
         page.setTool(script);
         if (script.isEmpty())
             page.model->setTool(page.directory.filePath("missing"));
-        page.click("addDevice"); // gone at once
-        page.click("searchDevice");
+        const QString file = page.writeFile("a.fs", "//CheckSum: 7\n");
+        page.widget.setDevice("KR", "KR-C", file);
+        page.click("searchDevice"); // takes the rows away at once
         QVERIFY(page.tools(false) && page.model->rowCount() == 0);
         QTRY_COMPARE(page.running.size(), 2);
-        QVERIFY(page.tools(true) && page.targets().isEmpty());
+        QVERIFY(page.tools(true));
+        QCOMPARE(page.targets().isEmpty(), rows != before);
         QStringList found;
         for (int row = 0; row < page.model->rowCount(); ++row)
             found.append(page.row(row));
-        QCOMPARE(found.join(u';'), rows);
-        QCOMPARE(page.log().join(u';'), log);
+        QCOMPARE(found.join(u';').replace(file, "FILE"), rows);
+        const QString tool = page.directory.filePath(script.isEmpty() ? "missing" : "tool");
+        static const QRegularExpression call("exec\\w+: "); // of the system, in its own words
+        QCOMPARE(page.log().join(u';').replace(tool, "TOOL").remove(call), log);
         QCOMPARE(page.widget.status(), status);
+        page.writeFile("a.fs", "//CheckSum: 8\n"); // still watched
+        if (rows == before)
+            QTRY_COMPARE(page.row(0).section(u'|', 4, 4), "8");
     }
 }
 
@@ -257,7 +278,7 @@ void tst_ProgrammerPage::downloads()
          "Info: --device KR-C --fsFile FILE --operation_index 2 --cable-index 1 --channel 1 "
          "--chain_size 2 --chain_index 1 --chain_ir 5,8;Info: ok",
          true},
-        {"echo ok; exit 1", failed, false},
+        {"echo ok; echo 'Warn: cold' >&2; exit 1", "Info: ok;Warn: cold;" + failed, false},
         {"echo 'Warn: hot'; printf 'verify error'", "Warn: hot;Info: verify error", false}};
     for (const auto &[script, log, isWell] : downloads) {
         Page page;
@@ -341,6 +362,104 @@ void tst_ProgrammerPage::editsBySelectorsAndFields()
     page.choose(0, Column::Series, "JTAG");
     QCOMPARE(page.row(0), "JTAG|NOP|Bypass||||00000000|8");
     QVERIFY(page.boxes.seen.isEmpty());
+}
+
+// However the field is left, the tool gets what stands in it; only Escape takes it back.
+void tst_ProgrammerPage::takesWhatIsTyped()
+{
+    enum Way { Run, Move, Tab, Log, Start, Escape };
+    for (const Way way : {Run, Move, Tab, Log, Start, Escape}) {
+        Page page;
+        page.setTool("echo $4"); // the file
+        const QString old = page.writeFile("old.fs", "//CheckSum: 1\n");
+        const QString typed = page.writeFile("new.fs", "//CheckSum: 2\n");
+        page.widget.setDevice("KR", "KR-C", old);
+        auto *editor = page.edit<QLineEdit>(0, Column::FsFile);
+        QVERIFY(editor);
+        editor->selectAll();
+        QTest::keyClicks(editor, typed);
+        if (way == Move)
+            page.click("moveUp");
+        else if (way == Tab) // by way of its button
+            for (int i = 0; i < 2; ++i)
+                QTest::keyClick(page.widget.window()->focusWidget(), Qt::Key_Tab);
+        else if (way == Log)
+            page.find<QTextBrowser>("textBrowser")->setFocus();
+        else if (way == Start)
+            QVERIFY(page.widget.validate());
+        else if (way == Escape)
+            QTest::keyClick(editor, Qt::Key_Escape);
+        const QString file = way == Escape ? old : typed;
+        if (way != Run)
+            QCOMPARE(page.row(0).section(u'|', 3, 4), file + (way == Escape ? "|1" : "|2"));
+        page.click("downLoad");
+        QTRY_COMPARE(page.log(), QStringList("Info: " + file));
+        QCOMPARE(page.row(0).section(u'|', 3, 3), file);
+    }
+}
+
+// What stands beside a file is the file's own, and what the tool gets has been checked.
+void tst_ProgrammerPage::checksFilesBeforeTheyRun()
+{
+    Page page;
+    page.setTool("echo ok");
+    page.widget.setDevice("KR", "KR-C", page.writeFile("a.fs", "//CheckSum: 1\n//UserCode: 2\n"));
+    const QString late = page.directory.filePath("late.fs");
+    const QString invalid = "Warn: " + late + " Invalid.";
+    page.type<QLineEdit>(0, Column::FsFile, late);
+    QCOMPARE(page.row(0), "KR|KR-C|Write|" + late + "|||1100381B|8");
+    page.writeFile("late.fs", "//CheckSum: 3\n");
+    page.click("downLoad");
+    QCOMPARE(page.row(0), "KR|KR-C|Write|" + late + "|3||1100381B|8");
+    QTRY_COMPARE(page.log(), (QStringList{invalid, "Info: ok"}));
+
+    QFile::remove(late); // the tool may be using it: the checksum goes
+    QTRY_COMPARE(page.row(0), "KR|KR-C|Write|" + late + "|||1100381B|8");
+    page.type<QLineEdit>(0, Column::FsFile, page.directory.filePath("other.fs"));
+    page.writeFile("other.fs", "//Device-package: MR-1-Q48\n");
+    page.find<QTextBrowser>("textBrowser")->clear();
+    page.click("downLoad");
+    QCOMPARE(page.log().size(), 2);
+    QVERIFY(page.log().first().endsWith(" and current series or device do not match."));
+    QCOMPARE(page.log().last(), "Error: Program Failed, No fs file!");
+}
+
+// A scan ends at once, a download after a question; both say so and leave the rows.
+void tst_ProgrammerPage::cancels()
+{
+    Page page;
+    page.setTool("echo begun; sleep 100");
+    page.widget.setDevice("KR", "KR-C", page.writeFile("a.fs", "//CheckSum: 1\n"));
+    const QString row = page.row(0);
+    auto *cancel = page.find<QToolButton>("cancelRun");
+    QVERIFY(!cancel->isEnabled());
+    const QStringList log{"Info: begun", "Warn: Scan cancelled.", "Info: begun",
+                          "Warn: Download cancelled, what it was programming is incomplete."};
+    for (const char *button : {"searchDevice", "downLoad"}) {
+        const bool isScan = button[0] == 's';
+        page.click(button);
+        QTest::qWait(300); // it has begun
+        if (!isScan) {
+            page.boxes.answer = QMessageBox::No;
+            page.click("cancelRun");
+            QVERIFY(page.boxes.seen.size() == 1 && page.model->isRunning() && page.tools(false));
+            page.boxes.answer = QMessageBox::Yes;
+        }
+        page.click("cancelRun");
+        QVERIFY(!page.model->isRunning() && page.tools(true) && !cancel->isEnabled());
+        QCOMPARE(page.widget.status(), ProgrammerStatus::DeviceFound);
+        QCOMPARE(page.row(0), row);
+        QCOMPARE(page.targets(), QList<int>{0});
+        QCOMPARE(page.log(), log.mid(0, isScan ? 2 : 4));
+        QCOMPARE(page.boxes.seen.size(), isScan ? 0 : 2);
+    }
+    // It runs again, and when it ends while the user is asked, the question goes.
+    page.setTool("sleep 0.5; echo ok");
+    page.click("downLoad");
+    page.boxes.isPassive = true;
+    page.click("cancelRun");
+    QCOMPARE(page.widget.status(), ProgrammerStatus::Downloaded);
+    QCOMPARE(page.log().last(), "Info: ok");
 }
 
 // Opening an editor and leaving it is no choice: the first series would take the row apart.
@@ -469,7 +588,20 @@ void tst_ProgrammerPage::configuresTheOperation()
             }
             QCOMPARE(operation->currentText(), "Burn, verify");
             QCOMPARE(text->toPlainText(), "slow");
-            QTest::keyClick(box, round ? Qt::Key_Return : Qt::Key_Escape);
+            if (round == 2) { // a mode that programs nothing can't be saved
+                auto *mode = box->findChild<QComboBox *>("comBoxAccessMode");
+                QTest::keyClick(mode, Qt::Key_Down);
+                QTest::keyClick(mode, Qt::Key_Return);
+                QVERIFY(box->isVisible() && operation->count() == 0);
+                QTest::keyClick(mode, Qt::Key_Up);
+                QTest::keyClick(operation, Qt::Key_Down);
+            }
+            auto *cancel = box->findChild<QPushButton *>("btnCancel");
+            for (int i = 0; i < 20 && !cancel->hasFocus(); ++i)
+                QTest::keyClick(box->focusWidget(), Qt::Key_Tab);
+            QVERIFY(cancel->hasFocus());
+            QTest::keyClick(cancel, Qt::Key_Tab); // Enter is for save again
+            QTest::keyClick(box->focusWidget(), round ? Qt::Key_Return : Qt::Key_Escape);
         });
         page.widget.activateWindow(); // after a box the offscreen window system activates nothing
         QVERIFY(QTest::qWaitForWindowActive(&page.widget));
@@ -596,6 +728,33 @@ void tst_ProgrammerPage::logIsBoundedAndLegible()
     log->addMessages(many);
     QCOMPARE(log->document()->blockCount(), ProgrammerLog::kMaxLines);
     QCOMPARE(page.log().last(), "Info: " + many.last());
+}
+
+// The page shares a window of 600 pixels' height with the settings of a core, and the dialog has it
+// to itself, also with a large font.
+void tst_ProgrammerPage::fitsSmallScreens()
+{
+    const QFont before = QApplication::font();
+    for (const int points : {10, 15}) {
+        QFont font = before;
+        font.setPointSize(points);
+        QApplication::setFont(font);
+        Page page;
+        page.widget.setDevice("KR", "KR-C", {});
+        const int height = page.widget.minimumSizeHint().height();
+        page.widget.setEnabledByUser(false);
+        QApplication::processEvents();
+        QVERIFY(height - page.widget.minimumSizeHint().height() <
+                10 * page.widget.fontMetrics().lineSpacing());
+        page.widget.setEnabledByUser(true);
+        OnModal<QDialog> dialog([&](QDialog *box) {
+            QVERIFY(box->width() <= 760 && box->height() <= 540); // beside a frame and a panel
+            QTest::keyClick(box, Qt::Key_Escape);
+        });
+        page.edit<QWidget>(0, Column::Operation);
+        QVERIFY(dialog.seen());
+    }
+    QApplication::setFont(before);
 }
 
 KEO_WIDGET_TEST_MAIN(tst_ProgrammerPage)

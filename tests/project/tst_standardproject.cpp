@@ -1,415 +1,240 @@
-// A standard project in a window, driven by keys and clicks, with a simulated board behind it.
-
-#include "projectwindow.h"
+// Projects in the main window, driven by keys and clicks, with a simulated board behind them.
 
 #include <export_ui/exportdialog.h>
 #include <programmer_ui/keoprogrammerwidget.h>
+#include <support/desktop.h>
+#include <trigger_ui/dynamicconfigwidget.h>
 
-#include <QBitArray>
+#include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QDockWidget>
-#include <QDomDocument>
 #include <QFile>
-#include <QLabel>
-#include <QLineEdit>
+#include <QSpinBox>
 #include <QTextEdit>
 
 using namespace KEO;
-using WaveMonitor::WaveMonitorWidget;
 
 class tst_StandardProject : public WidgetTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void window();
-    void rejectedFiles();
+    void bothKindsInTurn();
     void coreSelection();
-    void captureShowsTheStimulus();
-    void exportWritesTheStimulus();
-    void arrangementOutlivesStart();
-    void autoRounds();
+    void windowsOfACore();
+    void keysReachAWaitingRun_data();
     void keysReachAWaitingRun();
-    void closeWhileArmed();
     void newBitstreamDuringARun();
+    void errors_data();
     void errors();
 };
 
-namespace {
-
-void writeFile(const QString &path, const QByteArray &text)
+// One after the other: the window holds what belongs to the open
+// project and nothing else, and does not grow.
+void tst_StandardProject::bothKindsInTurn()
 {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(text), text.size());
-}
-
-/// The design's file with its core once more, as core 1.
-QString withSecondCore(const Bench &bench)
-{
-    QFile file(bench.file());
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QString text = QString::fromUtf8(file.readAll());
-    const qsizetype begin = text.indexOf(QStringLiteral("<KoCore"));
-    const qsizetype end = text.indexOf(QStringLiteral("</KoCore>")) + 9;
-    QString second = text.mid(begin, end - begin);
-    second.replace(QStringLiteral("index=\"0\" sample_clock"),
-                   QStringLiteral("index=\"1\" sample_clock"));
-    text.insert(end, second);
-    const QString path = bench.directory.filePath("two.keo");
-    writeFile(path, text.toUtf8());
-    return path;
-}
-
-/// What the bus of the design shows at a sample.
-int countAt(const WaveMonitorWidget &wave, int sample)
-{
-    const auto elements = wave.signalMap();
-    int count = 0;
-    for (int bit = 0; bit < 16; ++bit)
-        count = count << 1 | int(elements[bit].data.testBit(sample));
-    return count;
-}
-
-/// The columns of an exported table by their titles; without the time.
-QMap<QString, QStringList> columnsOf(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QMap<QString, QStringList> columns;
-    QStringList titles;
-    while (!file.atEnd()) {
-        QString line = QString::fromUtf8(file.readLine());
-        line.chop(2); // comma, line end
-        const QStringList cells = line.split(QStringLiteral(", "));
-        if (line.startsWith(QLatin1String("time unit: "))) {
-            titles = cells;
-            continue;
+    Desktop d({});
+    TestDesign lite;
+    lite.lite = true;
+    const QString folder = d.directory.filePath("lite");
+    QVERIFY(QDir().mkdir(folder));
+    lite.write(folder);
+    qsizetype objects = 0;
+    for (int round = 0; round < 3; ++round) {
+        for (const bool isLite : {false, true}) {
+            d.open(isLite ? folder + "/design.keo" : d.file());
+            QCOMPARE(
+                d.toolTexts(),
+                (QStringList{"Open...", "-", "", "-", "", "Start", "Auto", "Force Trigger", "Stop",
+                             "-", "Zoom In", "Zoom Out", "Zoom Fit", "-", "Save...", "Export"}));
+            QCOMPARE(d.titles(), QStringList(isLite ? "Trigger" : "Configuration"));
+            QCOMPARE(d.enabled().left(7), "OSA----");
+            QCOMPARE(d.window->findChildren<WaveMonitorWidget *>().size(), 0);
+            const auto *cables = d.find<QComboBox>("cableCombo");
+            QCOMPARE(cables->count(), 1);
+            QCOMPARE(cables->currentText(), serverTable().first().connection.name);
         }
-        for (qsizetype i = 1; i < titles.size() && i < cells.size(); ++i)
-            columns[titles[i]].append(cells[i]);
+        d.open();
+        const auto *page = d.find<DynamicConfigWidget>("dynamicConfigWidget");
+        QVERIFY(page->core());
+        d.capture();
+        QVERIFY(d.window->closeCurrentProject());
+        QVERIFY(!page->core()); // which is gone
+        QCOMPARE(d.toolTexts(), (QStringList{"Open...", "-"}));
+        QCOMPARE(d.tabs()->count(), 0);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        // Built once, and from then on used again.
+        if (round == 1)
+            objects = d.window->findChildren<QObject *>().size();
+        if (round > 1)
+            QCOMPARE(d.window->findChildren<QObject *>().size(), objects);
     }
-    return columns;
-}
-
-QString counterText(const WaveMonitorWidget &wave)
-{
-    for (const QLabel *label : wave.findChildren<QLabel *>()) {
-        if (label->text().contains(QLatin1String("Autorun")))
-            return label->text();
-    }
-    return {};
-}
-
-} // namespace
-
-void tst_StandardProject::window()
-{
-    const Bench bench({});
-    ProjectWindow w;
-    const auto toolTexts = [&] {
-        QStringList texts;
-        for (const QAction *action : w.toolBar->actions())
-            texts.append(action->isSeparator() ? QStringLiteral("-") : action->text());
-        return texts;
-    };
-    for (int round = 0; round < 2; ++round) {
-        QVERIFY(w.open(bench.file()));
-        QCOMPARE(toolTexts(),
-                 (QStringList{"Open...", "", "-", "", "Start", "Auto", "Force Trigger", "Stop", "-",
-                              "Zoom In", "Zoom Out", "Zoom Fit", "-", "Save...", "Export"}));
-        QCOMPARE(w.titles(), QStringList("Configuration"));
-        QCOMPARE(w.enabled(), "OSA----P");
-        const auto *cables = w.toolBar->findChild<QComboBox *>(QStringLiteral("cableCombo"));
-        QCOMPARE(cables->count(), 1);
-        QCOMPARE(cables->currentText(), serverTable().first().connection.name);
-        QVERIFY(w.project->closeProject(w.window.get(), {}));
-        QCOMPARE(toolTexts(), QStringList("Open..."));
-        QCOMPARE(w.tabs->count(), 0);
-        QVERIFY(!w.project->toolBarGetter && !w.project->tabWidgetGetter &&
-                !w.project->openActionGetter);
-    }
-}
-
-void tst_StandardProject::rejectedFiles()
-{
-    const QTemporaryDir directory;
-    writeFile(directory.filePath("nocore.zeo"), "<KEO_CONFIG></KEO_CONFIG>");
-    writeFile(directory.filePath("noxml.keo"), "<<<");
-    writeFile(directory.filePath("other.KEO"), "<KEO_CONFIG></KEO_CONFIG>"); // nobody's business
-    ProjectWindow w;
-    for (const char *name : {"missing.keo", "nocore.zeo", "noxml.keo", "other.KEO"}) {
-        QVERIFY2(!w.open(directory.filePath(name)), name);
-        QCOMPARE(w.tabs->count(), 0);
-    }
-    QCOMPARE(w.boxes.seen, QStringList(3, "Error: Invalid KEO file specified in project."));
 }
 
 void tst_StandardProject::coreSelection()
 {
-    const Bench bench({});
-    ProjectWindow w(withSecondCore(bench));
-    QTreeWidget *tree = w.tree();
-    const auto *dock = w.tabs->findChild<QDockWidget *>(QStringLiteral("configDock"));
-    auto *windows = w.tabs->findChild<QComboBox *>(QStringLiteral("comboBoxWindow"));
-    QCOMPARE(tree->topLevelItemCount(), 2);
-    const auto checked = [&] {
+    TestDesign design;
+    design.cores = 2;
+    Desktop d(design);
+    d.open();
+    auto *tree = d.find<QTreeWidget>("coreTree");
+    const auto *dock = d.find<QDockWidget>("configDock");
+    auto *windows = d.find<QComboBox>("comboBoxWindow");
+    // Check marks, the core whose settings show, its windows, and what is enabled.
+    const auto state = [&] {
         QString marks;
-        for (int i = 0; i < 2; ++i)
+        for (int i = 0; i < tree->topLevelItemCount(); ++i)
             marks += tree->topLevelItem(i)->checkState(0) == Qt::Checked ? u'x' : u'-';
-        return marks;
+        return QStringList{marks, dock->windowTitle(), windows->currentText(), d.enabled()}.join(
+            '|');
     };
     const auto clickBox = [&](int core) {
         const QRect row = tree->visualItemRect(tree->topLevelItem(core));
         QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
                           QPoint(row.left() + 10, row.center().y()));
     };
-    QCOMPARE(checked(), "x-");
-    QCOMPARE(dock->windowTitle(), " Core 0");
-
+    QCOMPARE(state(), "x-| Core 0|1|OSA----P");
     // What stands on the page of one core is kept when the other one shows.
     QTest::keyClick(windows, Qt::Key_Down);
-    QCOMPARE(windows->currentText(), "2");
-    QCOMPARE(w.enabled(), "OS-----P");
+    QCOMPARE(state(), "x-| Core 0|2|OS-----P");
+    auto *amounts = d.find<QComboBox>("comboBoxAmount");
+    QTest::keyClick(amounts, Qt::Key_Up);
+    const QString amount = amounts->currentText();
     clickBox(1);
-    QCOMPARE(checked(), "xx");
-    QCOMPARE(dock->windowTitle(), " Core 1");
-    QCOMPARE(windows->currentText(), "1");
-    QCOMPARE(w.enabled(), "OS-----P");
+    QVERIFY(amounts->currentText() != amount);
+    QCOMPARE(state(), "xx| Core 1|1|OS-----P");
     clickBox(0);
-    QCOMPARE(checked(), "-x");
-    QCOMPARE(windows->currentText(), "2");
-    QCOMPARE(w.enabled(), "OSA----P");
-
+    QCOMPARE(state(), "-x| Core 0|2|OSA----P");
+    QCOMPARE(amounts->currentText(), amount);
     // The keyboard alone.
     tree->setFocus();
     QTest::keyClick(tree, Qt::Key_Down);
-    QCOMPARE(dock->windowTitle(), " Core 1");
+    QCOMPARE(state(), "-x| Core 1|1|OSA----P");
     QTest::keyClick(tree, Qt::Key_Space);
-    QCOMPARE(checked(), "--");
-    QCOMPARE(w.enabled(), "O------P");
-
-    // A file that can't be loaded takes nothing of the open design away.
-    QVERIFY(!w.project->openFile(bench.directory.filePath("missing.keo")));
-    QCOMPARE(tree->topLevelItemCount(), 2);
-    QTest::keyClick(tree, Qt::Key_Up);
-    QCOMPARE(windows->currentText(), "2");
+    QCOMPARE(state(), "--| Core 1|1|O------P");
 }
 
-void tst_StandardProject::captureShowsTheStimulus()
+void tst_StandardProject::windowsOfACore()
 {
     TestDesign design;
     design.windows = 2;
-    design.coreIndex = 3;                   // not its position in the list
-    design.device = QStringLiteral("KR-A"); // one of the models that write a row more
-    const Bench bench(design);
-    ProjectWindow w;
-    QVERIFY(w.open(bench.file(), design.device));
-    w.start();
-    QCOMPARE(w.enabled(), "---XF---");
-    QVERIFY(ProjectWindow::tip());
-    QTRY_COMPARE_WITH_TIMEOUT(w.tabs->count(), 2, kCaptureTime);
-    QVERIFY(w.wave(1) && w.tabs->currentWidget() == w.wave(1));
-    w.tabs->setCurrentIndex(1); // the user looks at it, so it stays in front
-    QTRY_VERIFY_WITH_TIMEOUT(!w.project->isBusy(), kCaptureTime);
-
-    QVERIFY(!ProjectWindow::tip());
-    QCOMPARE(w.enabled(), "OS---WEP"); // two windows: no Auto
-    QCOMPARE(w.titles(), (QStringList{"Configuration", "core 3 window 0", "core 3 window 1"}));
-    QCOMPARE(w.tabs->currentIndex(), 1);
-    QVERIFY(w.wave(1)->domain() != w.wave(2)->domain());
-    qint64 earliest = 0; // sample at which the window may begin
-    for (int window = 0; window < 2; ++window) {
-        const auto elements = w.wave(window + 1)->signalMap();
-        QCOMPARE(elements.size(), design.signalCount());
-        const qint64 trigger = design.firstTrigger(earliest + design.position);
-        for (int signal = 0; signal < design.signalCount(); ++signal) {
-            QCOMPARE(elements[signal].name, design.name(signal));
-            QBitArray expected(design.amount);
-            for (int sample = 0; sample < design.amount; ++sample)
-                expected[sample] = design.level(signal, trigger - design.position + sample);
-            QCOMPARE(elements[signal].data, expected);
-        }
-        earliest = trigger - design.position + design.amount;
-    }
+    design.coreIndex = 3; // not its position in the list
+    Desktop d(design);
+    d.open();
+    d.click("Export"); // off: nothing to export
+    d.press(Qt::Key_F1);
+    QCOMPARE(d.enabled(), "---XF---");
+    QTRY_COMPARE_WITH_TIMEOUT(d.tabs()->count(), 2, kCaptureTime);
+    d.tabs()->setCurrentIndex(1); // the user looks at it, so it stays in front
+    QTRY_VERIFY_WITH_TIMEOUT(d.isIdle(), kCaptureTime);
+    QCOMPARE(d.enabled(), "OS---WEP"); // two windows: no Auto
+    QCOMPARE(d.titles(), (QStringList{"Configuration", "core 3 window 0", "core 3 window 1"}));
+    QCOMPARE(d.tabs()->currentIndex(), 1);
+    QVERIFY(d.wave(1)->domain() != d.wave(2)->domain());
 
     // The zoom keys reach the tab in front, and nothing on the settings.
-    w.press(Qt::Key_F8);
-    QCOMPARE(w.wave(1)->zoomRate(), 2.0);
-    QCOMPARE(w.wave(2)->zoomRate(), 1.0);
-    w.press(Qt::Key_F7);
-    w.press(Qt::Key_F7);
-    QCOMPARE(w.wave(1)->zoomRate(), 0.5);
-    w.press(Qt::Key_F6);
-    QVERIFY(w.wave(1)->zoomRate() < 0.5);
-    w.tabs->setCurrentIndex(0);
-    w.press(Qt::Key_F8);
-    QCOMPARE(w.wave(2)->zoomRate(), 1.0);
-}
+    d.press(Qt::Key_F8);
+    QCOMPARE(d.wave(1)->zoomRate(), 2.0);
+    QCOMPARE(d.wave(2)->zoomRate(), 1.0);
+    d.press(Qt::Key_F7);
+    d.press(Qt::Key_F7);
+    QCOMPARE(d.wave(1)->zoomRate(), 0.5);
+    d.press(Qt::Key_F6);
+    QVERIFY(d.wave(1)->zoomRate() < 0.5);
+    d.tabs()->setCurrentIndex(0);
+    d.press(Qt::Key_F8);
+    QCOMPARE(d.wave(2)->zoomRate(), 1.0);
 
-void tst_StandardProject::exportWritesTheStimulus()
-{
-    TestDesign design;
-    design.amount = 64;
-    design.windows = 2;
-    design.coreIndex = 3;
-    const Bench bench(design);
-    ProjectWindow w;
-    QVERIFY(w.open(bench.file(), design.device));
-    const auto pressExport = [&] {
-        QWidget *button = w.toolBar->widgetForAction(w.action("exportAction"));
-        QTest::mouseClick(button, Qt::LeftButton);
-    };
-    pressExport(); // off: nothing to export
-    w.capture();
-    OnModal<ExportDialog> dialog([&](ExportDialog *shown) {
-        QCOMPARE(shown->findChild<QLineEdit *>("editDir")->text(), bench.directory.path());
-        QCOMPARE(shown->findChild<QComboBox *>("comBoxKo")->count(), 1);
-        QCOMPARE(shown->findChild<QComboBox *>("comBoxKo")->currentText(), "Core 3");
-        QCOMPARE(shown->findChild<QLineEdit *>("editClk")->text(), "clk");
-        QTest::keyClicks(shown->findChild<QLineEdit *>("editName"), "seen");
-        QTest::keyClick(shown, Qt::Key_Return);
+    QStringList shown; // compared when the dialog is closed, or it would stay open
+    const OnModal<ExportDialog> dialog([&](ExportDialog *box) {
+        const auto *cores = box->findChild<QComboBox *>("comBoxKo");
+        shown = {box->findChild<QLineEdit *>("editDir")->text(), QString::number(cores->count()),
+                 cores->currentText(), box->findChild<QLineEdit *>("editClk")->text()};
+        QTest::keyClicks(box->findChild<QLineEdit *>("editName"), "seen");
+        QTest::keyClick(box, Qt::Key_Return);
     });
-    pressExport();
-    QVERIFY(dialog.seen() && w.boxes.seen.isEmpty());
-
-    qint64 earliest = 0; // sample at which the window may begin
-    for (int window = 0; window < 2; ++window) {
-        const auto columns = columnsOf(
-            bench.directory.filePath(QStringLiteral("seen_core3_window%1.csv").arg(window)));
-        QCOMPARE(columns.size(), 1 + design.signalCount());
-        const qint64 trigger = design.firstTrigger(earliest + design.position);
-        for (int signal = 0; signal < design.signalCount(); ++signal) {
-            QStringList expected("X");
-            for (int sample = 0; sample < design.amount; ++sample)
-                expected.append(
-                    QString::number(design.level(signal, trigger - design.position + sample)));
-            QCOMPARE(columns[design.name(signal)], expected);
-        }
-        const QString counted = columns["count[15:0]"].value(1 + design.position);
-        QCOMPARE(counted.toInt(nullptr, 16), int(trigger % TestDesign::kLength));
-        earliest = trigger - design.position + design.amount;
-    }
+    d.click("Export");
+    QCOMPARE(shown, (QStringList{d.directory.path(), "1", "Core 3", "clk"}));
+    QVERIFY(d.boxes.seen.isEmpty());
+    QFile csv(d.directory.filePath("seen_core3_window1.csv"));
+    QVERIFY(csv.open(QIODevice::ReadOnly));
+    QCOMPARE(csv.readAll().trimmed().split('\n').last().split(',').first(),
+             QByteArray::number(design.amount));
 }
 
-void tst_StandardProject::arrangementOutlivesStart()
+void tst_StandardProject::keysReachAWaitingRun_data()
 {
-    TestDesign design;
-    design.amount = 32;
-    const Bench bench(design);
-    ProjectWindow w(bench.file());
-    w.capture();
-    QCOMPARE(w.titles().size(), 2);
-
-    // The user renames a signal and zooms.
-    QDomDocument document;
-    QDomElement saved = w.wave(1)->saveWindow(document);
-    QDomElement signal = saved.firstChildElement("Signals").firstChildElement("Signal");
-    const int id = signal.attribute("id").toInt();
-    signal.setAttribute("text", "renamed");
-    w.wave(1)->loadWindow(saved);
-    w.wave(1)->setZoom(0.25);
-    const auto arrangement = w.wave(1)->saveState();
-
-    const QPointer<WaveMonitorWidget> old = w.wave(1);
-    w.capture();
-    QVERIFY(!old);
-    QCOMPARE(w.titles().size(), 2);
-    QCOMPARE(w.wave(1)->domain(), quint64(0));
-    QCOMPARE(w.wave(1)->signalMap()[id].text, "renamed");
-    const auto restored = w.wave(1)->saveState();
-    QCOMPARE(restored->zoomRate, 0.25);
-    QCOMPARE(restored->nameWidth, arrangement->nameWidth);
-
-    // A close throws it away, the file was not saved.
-    QVERIFY(w.project->closeProject(w.window.get(), {}));
-    QVERIFY(w.open(bench.file()));
-    w.capture();
-    QCOMPARE(w.wave(1)->zoomRate(), 1.0);
-    QCOMPARE(w.wave(1)->signalMap()[id].text, QString());
+    addColumns<bool>({"lite"});
+    addRow("standard", false);
+    addRow("lite", true);
 }
 
-void tst_StandardProject::autoRounds()
-{
-    TestDesign design;
-    design.amount = 32;
-    const Bench bench(design);
-    ProjectWindow w(bench.file());
-    w.start(Qt::Key_F2);
-    QVERIFY(ProjectWindow::tip());
-    QCOMPARE(w.enabled(), "---X----");
-    QTRY_COMPARE_WITH_TIMEOUT(w.tabs->count(), 2, kCaptureTime);
-    QVERIFY(!ProjectWindow::tip());
-    const QPointer<WaveMonitorWidget> wave = w.wave(1);
-    QCOMPARE(counterText(*wave), "    Autorun Counter: 1");
-    const int firstTrigger = countAt(*wave, design.position);
-    QCOMPARE(firstTrigger, int(design.firstTrigger(design.position)));
-    QTRY_COMPARE_WITH_TIMEOUT(counterText(*wave), "    Autorun Counter: 3", kCaptureTime);
-    QVERIFY(wave && w.tabs->count() == 2);
-    const int thirdTrigger = countAt(*wave, design.position);
-    QVERIFY(design.isTrigger(thirdTrigger) && thirdTrigger != firstTrigger);
-    QCOMPARE(w.enabled(), "---X----");
-    w.press(Qt::Key_F4);
-    QCOMPARE(w.boxes.seen, QStringList("Window: Capture Stopped!"));
-    QVERIFY(!w.project->isBusy());
-    QVERIFY(wave);
-}
-
-// A run that waits for its trigger is stopped or forced from wherever the user is.
+// A run that waits for its trigger, or a lite one for the user whatever its delay, is stopped or
+// forced from wherever the user is. Only the one kind tells of a stop, only the other of a force.
 void tst_StandardProject::keysReachAWaitingRun()
 {
+    QFETCH(bool, lite);
     TestDesign design;
+    design.lite = lite;
     design.fires = false;
     design.amount = 32;
-    const Bench bench(design);
-    ProjectWindow w(bench.file());
-    w.press(Qt::Key_F4); // mean nothing while idle
-    w.press(Qt::Key_F3);
-    QVERIFY(w.boxes.seen.isEmpty());
-    int stops = 0;
+    Desktop d(design);
+    d.open();
+    d.press(Qt::Key_F4); // mean nothing while idle
+    d.press(Qt::Key_F3);
+    if (lite) {
+        auto *check = d.find<QCheckBox>("checkAutoTrigger");
+        d.find<QSpinBox>("spinTriggerDelay")->setValue(1);
+        QTest::mouseClick(check, Qt::LeftButton, {}, QPoint(8, check->height() / 2));
+        QVERIFY(!check->isChecked());
+    }
+    const QString told =
+        lite ? "Tarno Signal Scope: Capture stopped!" : "Tarno Signal Scope: Capture Stopped!";
+    enum class Way { Key, Button, KeyOnTip };
+    int captured = 0;
+    int boxes = 0;
     for (const Qt::Key key : {Qt::Key_F4, Qt::Key_F3}) {
-        for (const bool onTip : {false, true}) {
-            w.start();
-            QTest::qWait(700); // past the first poll
-            QVERIFY(w.project->isBusy());
-            if (onTip) {
-                QWidget *tip = ProjectWindow::tip();
+        const bool isStop = key == Qt::Key_F4;
+        for (const Way way : {Way::Key, Way::Button, Way::KeyOnTip}) {
+            d.press(Qt::Key_F1);
+            QTest::qWait(lite ? 100 : 600); // past the first poll
+            QCOMPARE(d.enabled(), "---XF---");
+            QWidget *tip = waitingTip();
+            QVERIFY(tip);
+            if (lite)
+                QCOMPARE(d.requests("OP_READ_CAPTURE_INIT"), captured);
+            if (way == Way::KeyOnTip) {
+                const auto offCentre = [&] {
+                    return (tip->geometry().center() - d.window->geometry().center())
+                        .manhattanLength();
+                };
+                d.window->setGeometry(160 + boxes, 130, 1100, 600);
+                QTRY_VERIFY(offCentre() <= 4); // pixels that the window system shifts a window by
                 tip->activateWindow();
                 QTRY_COMPARE(QApplication::activeWindow(), tip); // no shortcut works now
                 QTest::keyClick(tip, key);
+            } else if (way == Way::Button) {
+                d.click(isStop ? "Stop" : "Force Trigger");
             } else {
-                w.press(key);
+                d.press(key);
             }
-            if (key == Qt::Key_F4)
-                ++stops;
-            else
-                QTRY_VERIFY_WITH_TIMEOUT(!w.project->isBusy(), kCaptureTime);
-            QVERIFY(w.isReady());
-            QCOMPARE(w.tabs->count(), key == Qt::Key_F4 ? 1 : 2);
-            QCOMPARE(w.boxes.seen, QStringList(stops, "Window: Capture Stopped!"));
+            QTRY_VERIFY_WITH_TIMEOUT(d.isIdle(), isStop ? 1 : kCaptureTime);
+            QVERIFY(d.enabled().startsWith("OSA--"));
+            QCOMPARE(d.tabs()->count(), isStop ? 1 : 2);
+            captured += isStop ? 0 : 1;
+            boxes += isStop == lite ? 0 : 1;
+            QCOMPARE(d.boxes.seen, QStringList(boxes, told));
         }
     }
-}
-
-void tst_StandardProject::closeWhileArmed()
-{
-    TestDesign design;
-    design.fires = false;
-    const Bench bench(design);
-    ProjectWindow w(bench.file());
-    w.start();
-    QTest::qWait(700);
-    QVERIFY(!w.project->closeProject(w.window.get(), {}));
-    QVERIFY(!w.project->closeProject(w.window.get(), [] { return false; }));
-    QVERIFY(w.project->isBusy());
-    QVERIFY(w.project->closeProject(w.window.get(), [] { return true; }));
-    QVERIFY(!w.project->isBusy() && !ProjectWindow::tip());
-    QVERIFY(w.openAction->isEnabled());
-    QTest::qWait(600); // late replies and ticks find nothing
-    QCOMPARE(w.tabs->count(), 0);
-    QVERIFY(w.boxes.seen.isEmpty());
+    const int first = countAt(*d.wave(1), 0);
+    QVERIFY(isStimulus(d.wave(1), design, first));
+    if (!lite)
+        return;
+    QCOMPARE(first, (captured - 1) * design.amount);
+    d.open(); // a closed project forgets the settings
+    QVERIFY(d.find<QCheckBox>("checkAutoTrigger")->isChecked());
+    QCOMPARE(d.find<QSpinBox>("spinTriggerDelay")->value(), 0);
 }
 
 // The programmer keeps still while a capture runs, and tells afterwards.
@@ -417,56 +242,67 @@ void tst_StandardProject::newBitstreamDuringARun()
 {
     TestDesign design;
     design.fires = false;
-    const Bench bench(design);
-    const QString bitstream = bench.directory.filePath("a.fs");
-    ProjectWindow w(bench.file());
-    const auto *page = w.tabs->findChild<KeoProgrammerWidget *>();
+    Desktop d(design);
+    const QString bitstream = d.directory.filePath("a.fs");
+    const auto write = [&](const QByteArray &text) {
+        QFile file(bitstream);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+    };
+    write("//CheckSum: 1\n//KEOCRC: 2\n"); // the design's check value is 1
+    d.window->openFile(d.file(), "KR", "KR-A", bitstream);
+    const auto *page = d.window->findChild<KeoProgrammerWidget *>();
     auto *log = page->findChild<QTextEdit *>(QStringLiteral("textBrowser"));
-    writeFile(bitstream, "//CheckSum: 1\n//KEOCRC: 2\n"); // the design's check value is 1
-    w.project->setDevice("KR", "KR-A", bitstream);
     QVERIFY(log->toPlainText().contains("a.fs and keo file do not match."));
     QCOMPARE(page->rows().first().fsFile, QString());
-    log->clear();
-    writeFile(bitstream, "//CheckSum: 1\n//KEOCRC: 1\n");
-    w.project->setDevice("KR", "KR-A", bitstream);
+    write("//CheckSum: 1\n//KEOCRC: 1\n");
+    d.window->openFile(d.file(), "KR", "KR-A", bitstream);
     QCOMPARE(page->rows().first().checksum, "1");
 
-    w.start();
-    writeFile(bitstream, "//CheckSum: 22\n");
+    d.press(Qt::Key_F1);
+    log->clear();
+    write("//CheckSum: 22\n");
     QTRY_COMPARE(page->rows().first().checksum, "22");
-    QVERIFY(w.project->isBusy());
+    QVERIFY(d.isBusy());
     QCOMPARE(log->toPlainText(), QString());
-    w.press(Qt::Key_F4);
+    d.press(Qt::Key_F4);
     QVERIFY2(log->toPlainText().contains("Warn: File updated,checksum:22."),
              qPrintable(log->toPlainText()));
 }
 
+void tst_StandardProject::errors_data()
+{
+    addColumns<bool, int, QString>({"lite", "result", "text"});
+    addRow("not programmed", false, -20, "Device does not load fs file yet.");
+    addRow("unknown", false, 77, "Unknown device error ID77.");
+    addRow("lite: not opened", true, 1, "Open device failed.");
+    addRow("lite: unknown", true, 7, "Unknown device error.");
+}
+
 void tst_StandardProject::errors()
 {
-    const QMap<int, QString> texts{{-20, "Device does not load fs file yet."},
-                                   {1, "Open device failed."},
-                                   {77, "Unknown device error ID77."},
-                                   {-1, "Unknown device error ID-1."}};
+    QFETCH(bool, lite);
+    QFETCH(int, result);
+    QFETCH(QString, text);
     TestDesign design;
+    design.lite = lite;
     design.amount = 32;
-    for (const int result : texts.keys()) {
-        design.faults =
-            QStringLiteral("[{ \"at\": \"OPEN\", \"nth\": 2, \"do\": \"result\", \"value\": %1 }]")
-                .arg(result);
-        const Bench bench(design);
-        const ProjectWindow w(bench.file());
-        w.capture();
-        w.start();
-        QTRY_COMPARE_WITH_TIMEOUT(w.boxes.seen, QStringList("Error: " + texts[result]),
-                                  kCaptureTime);
-        QTRY_VERIFY(!QApplication::activeModalWidget());
-        QVERIFY(w.isReady());
-        w.capture(); // nothing is left of the failed one
-        QCOMPARE(w.tabs->count(), 2);
-        JtagSession::instance()->disconnectAll();
-        w.press(Qt::Key_F1);
-        QCOMPARE(w.boxes.seen.last(), "Error: Can not connect with JTAG Server!");
-        QVERIFY(w.isReady());
+    design.faults =
+        QStringLiteral(R"([{ "at": "OPEN", "nth": 2, "do": "result", "value": %1 }])").arg(result);
+    Desktop d(design);
+    d.open();
+    d.capture();
+    d.press(Qt::Key_F1);
+    QTRY_COMPARE_WITH_TIMEOUT(d.boxes.seen, QStringList("Error: " + text), kCaptureTime);
+    QTRY_VERIFY(d.isIdle() && !QApplication::activeModalWidget());
+    QVERIFY(d.enabled().startsWith("OSA--"));
+    d.capture(); // nothing is left of the failed one
+    QCOMPARE(d.tabs()->count(), 2);
+    JtagSession::instance()->disconnectAll();
+    for (int time = 2; time < 4; ++time) { // told each time
+        d.press(Qt::Key_F1);
+        QCOMPARE(d.boxes.seen.size(), time);
+        QCOMPARE(d.boxes.seen.last(), "Error: Can not connect with JTAG Server!");
+        QVERIFY(d.isIdle() && d.isEnabled("Start"));
     }
 }
 

@@ -20,37 +20,34 @@ void tst_CaptureRoad::samplesAreTheStimulus_data()
     const auto row = [](const QString &name, const TestDesign &design) {
         QTest::newRow(qPrintable(name)) << design;
     };
+    struct Shape
+    {
+        int noise, depth, windows, amount, position;
+    };
+    const Shape shapes[] = {{8, 4096, 1, 256, 16}, {8, 4096, 1, 32, 0},
+                            {8, 4096, 1, 32, 23},  {20, 4096, 1, 1024, 1015},
+                            {20, 4096, 1, 512, 0}, {90, 1024, 3, 256, 100},
+                            {0, 1024, 8, 128, 119}};
+    int next = 0;
     for (const bool dynamic : {false, true}) {
-        const QString kind = dynamic ? "dynamic, " : "static, ";
-        for (const char *extension : {"keo", "zeo"}) {
-            for (const QString &device : {listed, other})
-                row(kind + extension + ", " + device,
-                    {.dynamic = dynamic, .extension = extension, .device = device});
+        for (const Shape &shape : shapes) { // each on two of the four kinds
+            const QString device = next & 1 ? listed : other;
+            const QString extension = next & 2 ? "zeo" : "keo";
+            ++next;
+            row(QStringLiteral("%1, .%2, %3, %4 windows of %5 samples, %6 before the trigger")
+                    .arg(dynamic ? "dynamic" : "static", extension, device)
+                    .arg(shape.windows)
+                    .arg(shape.amount)
+                    .arg(shape.position),
+                {.dynamic = dynamic,
+                 .extension = extension,
+                 .device = device,
+                 .noise = shape.noise,
+                 .storageDepth = shape.depth,
+                 .windows = shape.windows,
+                 .amount = shape.amount,
+                 .position = shape.position});
         }
-        row(kind + "32 samples, position 0",
-            {.dynamic = dynamic, .device = other, .amount = 32, .position = 0});
-        row(kind + "32 samples, largest position", {.dynamic = dynamic,
-                                                    .extension = "zeo",
-                                                    .device = listed,
-                                                    .amount = 32,
-                                                    .position = 23});
-        row(kind + "largest position on a listed model",
-            {.dynamic = dynamic, .device = listed, .noise = 20, .amount = 1024, .position = 1015});
-        row(kind + "position 0 on a listed model",
-            {.dynamic = dynamic, .device = listed, .noise = 20, .amount = 512, .position = 0});
-        row(kind + "three windows", {.dynamic = dynamic,
-                                     .device = listed,
-                                     .noise = 90,
-                                     .storageDepth = 1024,
-                                     .windows = 3,
-                                     .position = 100});
-        row(kind + "eight windows", {.dynamic = dynamic,
-                                     .device = other,
-                                     .noise = 0,
-                                     .storageDepth = 1024,
-                                     .windows = 8,
-                                     .amount = 128,
-                                     .position = 119});
     }
     row("255 signals", {.dynamic = true,
                         .extension = "zeo",

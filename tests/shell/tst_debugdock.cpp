@@ -1,9 +1,12 @@
 #include "fakeproject.h"
 
 #include <shell/analyzer.h>
+#include <support/debugapplication.h>
 #include <support/widgettest.h>
 
+#include <QDockWidget>
 #include <QPlainTextEdit>
+#include <QToolButton>
 
 #include <memory>
 #include <thread>
@@ -17,6 +20,7 @@ class tst_DebugDock : public WidgetTest
 
 private Q_SLOTS:
     void showsMessages();
+    void comesBack();
     void givesTheHandlerBack();
 };
 
@@ -67,6 +71,24 @@ void tst_DebugDock::showsMessages()
     QVERIFY(bench.pane->toPlainText().size() < 5000);
 }
 
+void tst_DebugDock::comesBack()
+{
+    const Bench bench;
+    bench.window->show();
+    QVERIFY(QTest::qWaitForWindowActive(bench.window.get()));
+    auto *const dock = bench.window->findChild<QDockWidget *>("debugDock");
+    auto *const button = bench.window->findChild<QToolButton *>("debugToggle");
+    for (const bool byKey : {true, false}) {
+        QVERIFY(dock->isVisible());
+        QVERIFY(dock->close());
+        if (byKey)
+            QTest::keyClick(bench.window.get(), Qt::Key_F12);
+        else
+            button->click();
+    }
+    QVERIFY(dock->isVisible());
+}
+
 void tst_DebugDock::givesTheHandlerBack()
 {
     for (const bool closed : {true, false}) {
@@ -87,23 +109,6 @@ void tst_DebugDock::givesTheHandlerBack()
     qDebug("late");
     QCOMPARE(later, QStringList{"late"});
 }
-
-namespace {
-
-/// An application whose command line says -debug, without the test's own options.
-class DebugApplication final : public QApplication
-{
-public:
-    DebugApplication(int &, char **) : QApplication(s_count, s_arguments) {}
-
-private:
-    static inline char s_name[] = "signalscope";
-    static inline char s_debug[] = "-debug";
-    static inline char *s_arguments[] = {s_name, s_debug, nullptr};
-    static inline int s_count = 2;
-};
-
-} // namespace
 
 KEO_OWN_TEST_MAIN((runTest<tst_DebugDock, DebugApplication>))
 #include "tst_debugdock.moc"

@@ -13,6 +13,8 @@
 
 using namespace KEO;
 
+Q_DECLARE_METATYPE(StartupOptions)
+
 /// From the command line to the exit code, with stand-ins and with the simulated servers.
 class tst_Startup : public WidgetTest
 {
@@ -21,6 +23,8 @@ class tst_Startup : public WidgetTest
 private Q_SLOTS:
     void initTestCase();
     void cleanup();
+    void options_data();
+    void options();
     void fails();
     void runs();
     void program();
@@ -32,29 +36,20 @@ private:
 
 namespace {
 
-/// A directory with a silent stand-in or the simulated server under the names given.
-class BurnerDir final
+/// A directory with servers.
+struct BurnerDir : QTemporaryDir
 {
-public:
-    void add(const QString &executable, const QString &program)
-    {
-        if (!QFile::copy(program, m_dir.filePath(executable)))
-            qFatal("cannot copy %s", qPrintable(program));
-    }
-    /// One that starts, prints and never listens.
+    /// A stand-in that starts, prints and never listens.
     void addSilent(const QString &executable) { add(executable, STANDIN_SERVER); }
     void addSimulated(const QString &executable)
     {
         add(executable, QStringLiteral(KEO_BURNER_DIR "/") + executable);
     }
-    [[nodiscard]] bool wasStarted(const QString &executable) const
+    void add(const QString &executable, const QString &program)
     {
-        return QFile::exists(m_dir.filePath(executable) + ".args");
+        if (!QFile::copy(program, filePath(executable)))
+            qFatal("cannot copy %s", qPrintable(program));
     }
-    [[nodiscard]] QString path() const { return m_dir.path(); }
-
-private:
-    QTemporaryDir m_dir;
 };
 
 bool listens(const QString &serverName)
@@ -97,6 +92,29 @@ void tst_Startup::cleanup()
     JtagSession::instance()->disconnectAll();
 }
 
+void tst_Startup::options_data()
+{
+    const auto row = addColumns<QString, StartupOptions, bool>({"line", "expected", "debug"});
+
+    row("everything, in any order", "-fs d.fs -device KR-C -keo a.keo -family KR -dir /waves",
+        {"a.keo", "/waves", "KR", "KR-C", "d.fs"}, false);
+    row("the last mention counts", "-keo a.keo -keo b.keo", {"b.keo", "", "", "", ""}, false);
+    row("nothing behind the last", "-device KR-C -family", {"", "", "", "KR-C", ""}, false);
+    row("no value swallows nothing", "-keo -family KR", {"-family", "", "KR", "", ""}, false);
+    row("debug as a value", "-keo -debug", {"-debug", "", "", "", ""}, true);
+    row("unknown words are passed over", "x -Keo a.keo -FS b --family KR -debug -device KR-C y",
+        {"", "", "", "KR-C", ""}, true);
+}
+
+void tst_Startup::options()
+{
+    QFETCH(QString, line);
+    // The program's name never counts, whatever it is.
+    const QStringList words = QStringList{"-keo"} + line.split(' ', Qt::SkipEmptyParts);
+    QTEST(parseStartupOptions(words), "expected");
+    QTEST(wantsDebugMessages(words), "debug");
+}
+
 void tst_Startup::fails()
 {
     BoxWatcher boxes;
@@ -108,7 +126,7 @@ void tst_Startup::fails()
         QCOMPARE(Startup(options, {.serverDirectory = burner.path()}).run(), 1);
         QCOMPARE(std::exchange(boxes.seen, {}), QStringList("Error: Can not set device."));
     }
-    QVERIFY(!burner.wasStarted("chainserver"));
+    QVERIFY(!QFile::exists(burner.filePath("chainserver.args")));
 
     bool covered = true;
     boxes.whileOpen = [&](const QMessageBox &) { covered = splashShows(); };

@@ -1,0 +1,80 @@
+#include "runstatus.h"
+
+#include "statusline.h"
+
+#include <capture/capturemanager.h>
+#include <design/design.h>
+
+#include <QLocale>
+
+namespace KEO {
+
+namespace {
+
+QString shown(QTime time)
+{
+    return QLocale().toString(time, QStringLiteral("HH:mm:ss"));
+}
+
+} // namespace
+
+RunStatus::RunStatus(Design &design, StatusLine &line, QObject *parent)
+    : QObject(parent), m_design(design), m_line(line)
+{
+    const CaptureManager &manager = design.manager();
+    connect(&manager, &CaptureManager::statusChanged, this, &RunStatus::followState);
+    connect(&manager, &CaptureManager::sectionRead, this, &RunStatus::showReading);
+    connect(&manager, &CaptureManager::triggerComplete, this, &RunStatus::showEnd);
+    connect(&design, &Design::captured, this, [this] { ++m_windows; });
+}
+
+void RunStatus::clear()
+{
+    if (!m_isRunning)
+        m_line.showRun(tr("Ready"));
+}
+
+void RunStatus::followState(bool isBusy)
+{
+    if (!isBusy)
+        return; // the end tells it
+    const int round = m_design.manager().autorun();
+    if (!m_isRunning)
+        m_windows = 0;
+    if (!m_isRunning || round != m_round) {
+        m_since = QTime::currentTime();
+        m_round = round;
+    }
+    m_isRunning = true;
+    const QString waitedFor = m_design.waitingFor();
+    const CaptureState state = m_design.manager().state();
+    if (state != CaptureState::Reading && state != CaptureState::ReadComplete)
+        m_line.showRun(withRound(
+            waitedFor.isEmpty() ? tr("Running since %1").arg(shown(m_since))
+                                : tr("Waiting for %1 since %2").arg(waitedFor, shown(m_since))));
+}
+
+void RunStatus::showReading(int core, int window, int sectionsRead, int sections)
+{
+    m_line.showRun(withRound(tr("Reading core %1 window %2: %3 of %4 sections")
+                                 .arg(QString::number(core), QString::number(window),
+                                      QString::number(sectionsRead), QString::number(sections))));
+}
+
+void RunStatus::showEnd(int resultID)
+{
+    const QString reason = deviceErrorText(m_design.traits(), resultID);
+    if (!m_isRunning && reason.isEmpty())
+        return; // closing a project ends what was no run
+    m_isRunning = false;
+    const QString end = tr("Run ended at %1").arg(shown(QTime::currentTime()));
+    m_line.showRun(reason.isEmpty() ? tr("%1, windows captured: %2").arg(end).arg(m_windows)
+                                    : tr("%1: %2").arg(end, reason));
+}
+
+QString RunStatus::withRound(const QString &text) const
+{
+    return m_round < 0 ? text : tr("%1 (round %2)").arg(text).arg(m_round + 1);
+}
+
+} // namespace KEO

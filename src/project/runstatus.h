@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QTime>
+
+namespace KEO {
+
+class Design;
+class StatusLine;
+
+/// Tells in the status line what a run does: which core waits for what and since when, how far the
+/// reading of a window is, how the run ended. Follows the design's data manager by itself.
+class RunStatus final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// \a design and \a line are borrowed and outlive the object.
+    RunStatus(Design &design, StatusLine &line, QObject *parent);
+
+    /// No run has been made, as in a project that was just opened.
+    void clear();
+
+private:
+    void followState(bool isBusy);
+    void showReading(int core, int window, int sectionsRead, int sections);
+    void showEnd(int resultID);
+    [[nodiscard]] QString withRound(const QString &text) const;
+
+    Design &m_design;
+    StatusLine &m_line;
+    bool m_isRunning = false;
+    QTime m_since;     ///< when the run, or the round of an Auto run, began
+    int m_round = -1;  ///< the one of m_since
+    int m_windows = 0; ///< captured in this run
+};
+
+} // namespace KEO

@@ -1,0 +1,93 @@
+#include "statusline.h"
+
+#include <widgets/elidedlabel.h>
+#include <widgets/formwidgets.h>
+
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QStatusBar>
+#include <QStyle>
+#include <QTime>
+
+namespace KEO {
+
+namespace {
+
+constexpr int kGap = 16; // pixels between what is told
+
+} // namespace
+
+StatusLine::StatusLine(QObject *parent)
+    : QObject(parent),
+      m_widget(named(new QWidget, "statusLine")),
+      m_run(named(new ElidedLabel, "runStatus")),
+      m_told(named(new ElidedLabel, "toldStatus")),
+      m_sign(new QLabel),
+      m_device(named(new ElidedLabel, "deviceStatus"))
+{
+    const int size = m_widget->style()->pixelMetric(QStyle::PM_SmallIconSize);
+    m_sign->setPixmap(QIcon(QStringLiteral(":/keo/image/warning.png")).pixmap(size));
+    m_sign->hide();
+    auto *device = new QHBoxLayout;
+    device->setSpacing(4);
+    device->addWidget(m_sign);
+    device->addWidget(m_device);
+    auto *layout = new QHBoxLayout(m_widget);
+    layout->setContentsMargins(4, 0, 4, 0);
+    layout->setSpacing(kGap);
+    layout->addWidget(m_run);
+    layout->addWidget(m_told);
+    layout->addStretch(1);
+    layout->addLayout(device);
+}
+
+StatusLine::~StatusLine()
+{
+    delete m_widget;
+}
+
+void StatusLine::enter(QStatusBar *bar)
+{
+    m_bar = bar;
+    if (!m_bar || !m_widget)
+        return;
+    m_bar->addWidget(m_widget, 1);
+    m_widget->show();
+}
+
+void StatusLine::leave()
+{
+    if (!m_widget)
+        return;
+    m_told->clear();
+    m_run->clear();
+    if (QStatusBar *bar = m_bar) {
+        bar->removeWidget(m_widget);
+        m_widget->setParent(nullptr); // or a closed project would go on in a window
+    }
+    m_bar = nullptr;
+}
+
+void StatusLine::tell(const QString &text)
+{
+    if (m_widget) {
+        m_told->setText(tr("%1  %2").arg(
+            QLocale().toString(QTime::currentTime(), QStringLiteral("HH:mm:ss")), text));
+    }
+}
+
+void StatusLine::showRun(const QString &text)
+{
+    if (m_widget)
+        m_run->setText(text);
+}
+
+void StatusLine::showDevice(const QString &text, bool isWarning)
+{
+    if (!m_widget)
+        return;
+    m_device->setText(text);
+    m_sign->setVisible(isWarning);
+}
+
+} // namespace KEO

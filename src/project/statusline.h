@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+class QLabel;
+class QStatusBar;
+class QWidget;
+
+namespace KEO {
+
+class ElidedLabel;
+
+/// What goes on in a project, in the status bar of its window: what the run does, what was done
+/// last, and at the right the device and the cable. Tells without a box, and never takes the focus.
+class StatusLine final : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit StatusLine(QObject *parent);
+    ~StatusLine() override;
+
+    /// Moves into \a bar, which is borrowed and may go first; or into none, for null.
+    void enter(QStatusBar *bar);
+    /// Moves out, and forgets what was told.
+    void leave();
+
+    /// Tells, with the time, what was done, such as "Saved a.analyzer_prj". Stands until the next.
+    void tell(const QString &text);
+    void showRun(const QString &text);
+    /// With a warning sign if \a isWarning.
+    void showDevice(const QString &text, bool isWarning);
+
+private:
+    QPointer<QStatusBar> m_bar;
+    QPointer<QWidget> m_widget; // its parts are the widgets below
+    ElidedLabel *m_run;
+    ElidedLabel *m_told;
+    QLabel *m_sign;
+    ElidedLabel *m_device;
+};
+
+} // namespace KEO

@@ -1,0 +1,255 @@
+// What the main window tells and keeps around a run, with both kinds of project in it and a
+// simulated board behind it.
+
+#include <capture/fakeserver.h>
+#include <support/desktop.h>
+
+#include <QComboBox>
+#include <QFile>
+#include <QFileInfo>
+#include <QLabel>
+
+using namespace KEO;
+
+class tst_MainWindow : public WidgetTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void tellsTheRun();
+    void refusedFiles_data();
+    void refusedFiles();
+    void tellsOfAServerThatIsGone();
+    void keepsTheCable();
+    void keepsTheTabInFront();
+    void minimizedDuringARun();
+    void closesWhileReading_data();
+    void closesWhileReading();
+};
+
+namespace {
+
+struct Session : UserWindow
+{
+    explicit Session(const Bench &bench)
+    {
+        window->resize(1000, 700);
+        open(bench.file());
+    }
+
+    void open(const QString &path)
+    {
+        window->openFile(path, {}, QStringLiteral("KR-A"), {});
+        QApplication::processEvents(); // a tool bar shows its widgets later
+    }
+    /// What the status bar tells under that name; of the project that is in the window.
+    [[nodiscard]] QString status(const char *name = "runStatus") const
+    {
+        const auto *label = window->findChild<QLabel *>(QLatin1String(name));
+        return label && label->isVisible() ? label->text() : QString();
+    }
+    /// The list of cables that shows.
+    [[nodiscard]] QComboBox *cables() const
+    {
+        for (QComboBox *list : window->findChildren<QComboBox *>("cableCombo")) {
+            if (list->isVisible())
+                return list;
+        }
+        return nullptr;
+    }
+    [[nodiscard]] bool isRunning() const { return !cables()->isEnabled(); }
+};
+
+} // namespace
+
+void tst_MainWindow::tellsTheRun()
+{
+    TestDesign design;
+    design.windows = 2;
+    const Bench bench(design);
+    Session s(bench);
+    QCOMPARE(s.window->windowTitle(), "design.keo – Tarno Signal Scope");
+    QCOMPARE(s.status(), "Ready");
+    const QString cable = s.cables()->currentText();
+    QCOMPARE(s.status("deviceStatus"), "KR-A on " + cable);
+
+    QStringList told;
+    QTimer reader;
+    connect(&reader, &QTimer::timeout, this, [&] {
+        const QString text = s.status().replace(QRegularExpression("\\d\\d:\\d\\d:\\d\\d"), "T");
+        if (told.isEmpty() || told.last() != text)
+            told.append(text);
+    });
+    reader.start(1);
+    s.press(Qt::Key_F1);
+    QVERIFY(s.isRunning()); // another cable has to wait
+    QTRY_VERIFY_WITH_TIMEOUT(!s.isRunning(), kCaptureTime);
+    QTRY_COMPARE(told.last(), "Run ended at T, windows captured: 2");
+    for (const char *step :
+         {"Waiting for the trigger of core 0 since T", "Reading core 0 window 0: 1 of 2 sections",
+          "Reading core 0 window 1: 2 of 2 sections"})
+        QVERIFY2(told.contains(step), qPrintable(told.join('\n')));
+
+    s.press(Qt::Key_F1);
+    s.press(Qt::Key_F4); // its box still has the program's name alone
+    QTRY_COMPARE(s.boxes.seen, QStringList("Tarno Signal Scope: Capture Stopped!"));
+    QVERIFY(s.window->closeCurrentProject());
+    QCOMPARE(s.window->windowTitle(), "Tarno Signal Scope");
+    QCOMPARE(s.status(), "");
+}
+
+void tst_MainWindow::refusedFiles_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("content"); // no file for null
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("missing") << "a.keo" << QByteArray() << "no such file";
+    QTest::newRow("no XML") << "a.keo" << QByteArray("<Config>") << "1:";
+    QTest::newRow("other mode") << "a.keo" << QByteArray("<C><Mode>Huge</Mode></C>") << "'Huge'";
+    QTest::newRow("no cores") << "a.keo" << QByteArray("<C/>") << "can't be loaded";
+    QTest::newRow("capital letters") << "a.KEO" << QByteArray("<C/>") << "small letters";
+    QTest::newRow("project of nothing")
+        << "a.analyzer_prj" << QByteArray("[General]\n") << "no core description";
+    QTest::newRow("project of a lost description")
+        << "a.analyzer_prj" << QByteArray("KEO_FILE=/nowhere/b.keo\n") << "/nowhere/b.keo";
+}
+
+void tst_MainWindow::refusedFiles()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, content);
+    QFETCH(QString, reason);
+    const Bench bench({});
+    Session s(bench);
+    const auto *told = s.window->findChild<QLabel *>("refusedFile");
+    QVERIFY(!told->isVisible());
+    const QString path = bench.directory.filePath(name);
+    QFile file(path);
+    if (!content.isNull())
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) >= 0);
+    file.close();
+    s.open(path);
+    QCOMPARE(s.tabs()->count(), 0);
+    QVERIFY(told->isVisible());
+    QVERIFY2(told->text().contains(path) && told->text().contains(reason),
+             qPrintable(told->text()));
+    s.open(bench.file());
+    QVERIFY(s.window->closeCurrentProject());
+    QVERIFY(!told->isVisible());
+}
+
+void tst_MainWindow::tellsOfAServerThatIsGone()
+{
+    for (const bool isWaiting : {false, true}) {
+        TestDesign design;
+        design.fires = false;
+        Bench bench(design);
+        Session s(bench);
+        if (isWaiting) {
+            s.press(Qt::Key_F1);
+            QTRY_VERIFY(s.status().startsWith("Waiting"));
+        }
+        QVERIFY(s.cables()->itemIcon(0).isNull());
+        killServers(bench.servers);
+        bench.servers.clear();
+        QTRY_VERIFY2(s.status("deviceStatus").endsWith(": server is gone"),
+                     qPrintable(s.status("deviceStatus")));
+        QVERIFY(!s.cables()->itemIcon(0).isNull());
+        QVERIFY(s.cables()->itemData(0, Qt::ToolTipRole).toString().contains("gone"));
+        QCOMPARE(s.isRunning(), isWaiting); // nothing but Stop ends a run
+        QVERIFY(s.boxes.seen.isEmpty());
+        if (isWaiting)
+            s.press(Qt::Key_F4);
+    }
+}
+
+// Through a reload, a project of the other kind and a list that was closed meanwhile.
+void tst_MainWindow::keepsTheCable()
+{
+    const Bench bench({});
+    TestDesign liteDesign;
+    liteDesign.lite = true;
+    const QTemporaryDir lite;
+    liteDesign.write(lite.path());
+    const FakeServer other;
+    QVERIFY(JtagSession::instance()->connectServer({"Other", other.name()}, 1000));
+    Session s(bench);
+    QVERIFY(s.cables()->currentText() != "Other");
+    QTest::keyClick(s.cables(), Qt::Key_Down);
+    QCOMPARE(s.cables()->currentText(), "Other");
+    for (const QString &file : {bench.file(), lite.filePath("design.keo"), bench.file()}) {
+        s.open(file);
+        QCOMPARE(s.cables()->currentText(), "Other");
+        QVERIFY(s.status("deviceStatus").endsWith("Other"));
+    }
+}
+
+void tst_MainWindow::keepsTheTabInFront()
+{
+    TestDesign design;
+    design.windows = 3;
+    const Bench bench(design);
+    Session s(bench);
+    QString front = "core 0 window 0"; // where the page was in front
+    for (const int next : {2, 3, 1}) {
+        s.press(Qt::Key_F1);
+        QTRY_COMPARE_WITH_TIMEOUT(s.tabs()->count(), 4, kCaptureTime);
+        QTRY_VERIFY_WITH_TIMEOUT(!s.isRunning(), kCaptureTime);
+        QCOMPARE(s.tabs()->tabText(s.tabs()->currentIndex()), front);
+        s.tabs()->setCurrentIndex(next);
+        front = s.tabs()->tabText(next);
+    }
+}
+
+// The tip doesn't stay on the desktop alone.
+void tst_MainWindow::minimizedDuringARun()
+{
+    TestDesign design;
+    design.fires = false;
+    const Bench bench(design);
+    const Session s(bench);
+    s.press(Qt::Key_F1);
+    QVERIFY(waitingTip());
+    s.window->showMinimized();
+    QTRY_VERIFY(!waitingTip());
+    s.window->showNormal();
+    QTRY_VERIFY(waitingTip());
+    s.press(Qt::Key_F4);
+    QVERIFY(!waitingTip());
+}
+
+void tst_MainWindow::closesWhileReading_data()
+{
+    QTest::addColumn<bool>("lite");
+    QTest::newRow("standard") << false;
+    QTest::newRow("lite") << true;
+}
+
+// The run triggers while the question shows, so it reads inside the question's event loop.
+void tst_MainWindow::closesWhileReading()
+{
+    QFETCH(bool, lite);
+    TestDesign design;
+    design.lite = lite;
+    design.storageDepth = 16384;
+    design.amount = 16384;
+    const Bench bench(design);
+    Session s(bench);
+    s.boxes.isPassive = true;
+    s.press(Qt::Key_F1);
+    QVERIFY(s.isRunning());
+    QTimer answers;
+    connect(&answers, &QTimer::timeout, this, [&] {
+        if (BoxWatcher::openBoxes() > 0 && s.status().startsWith("Reading"))
+            s.boxes.isPassive = false;
+    });
+    answers.start(5);
+    QVERIFY(s.window->close());
+    QCOMPARE(s.boxes.seen, QStringList("Exit: Task is still running, do you want to exit?"));
+    const qsizetype sections = design.amount / 128;
+    QVERIFY2(bench.requests("READ_RAM") < sections / 2,
+             qPrintable(QString::number(bench.requests("READ_RAM"))));
+}
+
+KEO_WIDGET_TEST_MAIN(tst_MainWindow)
+#include "tst_mainwindow.moc"

@@ -1,0 +1,202 @@
+// The window with every page, and the dialogs, on a small screen and with a large font; and what
+// the Enter key does in the dialogs.
+
+#include <config/coreconfig.h>
+#include <export_ui/exportdialog.h>
+#include <support/debugapplication.h>
+#include <support/desktop.h>
+#include <trigger_ui/matchunitdialog.h>
+#include <trigger_ui/muexpressiondialog.h>
+
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSpinBox>
+#include <QWheelEvent>
+
+using namespace KEO;
+
+class tst_ScreenFit : public WidgetTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup() { QApplication::setFont(m_font); }
+    void windows_data();
+    void windows();
+    void wheelPassesFields();
+    void dialogs_data();
+    void dialogs();
+    void enterAfterCancel_data() { dialogs_data(); }
+    void enterAfterCancel();
+
+private:
+    const QFont m_font = QApplication::font();
+};
+
+namespace {
+
+constexpr QSize kScreen(800, 600);
+constexpr QSize kFrame(8, 32); // of a window manager
+constexpr int kLargeFont = 15; // points
+
+void enlargeFont()
+{
+    QFont font = QApplication::font();
+    font.setPointSize(kLargeFont);
+    QApplication::setFont(font);
+}
+
+bool fits(const QSize &size)
+{
+    const QSize whole = size + kFrame;
+    return whole.width() <= kScreen.width() && whole.height() <= kScreen.height();
+}
+
+QByteArray text(const QSize &size)
+{
+    return QByteArray::number(size.width()) + " x " + QByteArray::number(size.height());
+}
+
+using MakeDialog = std::function<std::unique_ptr<QDialog>()>;
+
+} // namespace
+Q_DECLARE_METATYPE(MakeDialog)
+
+void tst_ScreenFit::windows_data()
+{
+    QTest::addColumn<bool>("lite");
+    QTest::addColumn<bool>("isLarge");
+    for (const bool lite : {false, true}) {
+        for (const bool isLarge : {false, true}) {
+            QTest::addRow("%s, %s font", lite ? "lite" : "standard", isLarge ? "large" : "usual")
+                << lite << isLarge;
+        }
+    }
+}
+
+// This program runs with -debug, so the dock with its 500 x 300 pixels takes its part.
+void tst_ScreenFit::windows()
+{
+    QFETCH(bool, lite);
+    QFETCH(bool, isLarge);
+    if (isLarge)
+        enlargeFont();
+    TestDesign design;
+    design.lite = lite;
+    design.windows = lite ? 1 : 2;
+    const Bench bench(design);
+    Analyzer window;
+    window.openFile(bench.file(), {}, {}, {});
+    window.resize(kScreen - kFrame);
+    window.show();
+    auto *tabs = window.findChild<QTabWidget *>("tabWidget");
+    QCOMPARE(tabs->count(), 1);
+    const auto settle = [&] {
+        QTest::qWait(10);
+        QVERIFY2(fits(window.minimumSizeHint()), text(window.minimumSizeHint()));
+        QVERIFY2(fits(window.size()), text(window.size()));
+    };
+    settle();
+    auto *inUse = window.findChild<QWidget *>("programmerWidget")->findChild<QCheckBox *>();
+    for (const bool on : {true, false}) {
+        inUse->setChecked(on);
+        settle();
+    }
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QTest::keyClick(&window, Qt::Key_F1);
+    QTRY_VERIFY_WITH_TIMEOUT(tabs->count() > 1, kCaptureTime);
+    settle();
+    QTRY_VERIFY_WITH_TIMEOUT(!waitingTip(), kCaptureTime);
+
+    // What does not fit can be reached.
+    tabs->setCurrentIndex(0);
+    window.resize(kScreen.width() / 2, kScreen.height() / 2);
+    const auto *area = tabs->widget(0)->findChild<QAbstractScrollArea *>();
+    QTRY_VERIFY(area->verticalScrollBar()->maximum() + area->horizontalScrollBar()->maximum() > 0);
+}
+
+// Rolling down a page must not set a trigger position.
+void tst_ScreenFit::wheelPassesFields()
+{
+    const Bench bench({});
+    Analyzer window;
+    window.openFile(bench.file(), {}, {}, {});
+    window.resize(400, 300);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    auto *field = window.findChild<QWidget *>("configTab")->findChild<QSpinBox *>();
+    const auto roll = [&] {
+        const QPointF place = field->rect().center();
+        QWheelEvent event(place, field->mapToGlobal(place), {}, {0, -120}, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(field, &event);
+    };
+    const int before = field->value();
+    roll();
+    QCOMPARE(field->value(), before);
+    field->setFocus();
+    roll();
+    QVERIFY(field->value() != before);
+}
+
+void tst_ScreenFit::dialogs_data()
+{
+    QTest::addColumn<MakeDialog>("make");
+    QTest::newRow("expression") << MakeDialog(
+        [] { return std::make_unique<MuExpressionDialog>(); });
+    QTest::newRow("match unit") << MakeDialog([] {
+        static CoreConfig core;
+        MatchUnit *unit = core.matchUnitByIndex(0);
+        unit->trigger = core.triggerByIndex(0);
+        SignalEntry bus{"bus", {}, {}};
+        for (int i = 0; i < 64; ++i)
+            bus.members.append({QStringLiteral("bus[%1]").arg(i), {}, {}});
+        unit->trigger->signals = {bus};
+        return std::make_unique<MatchUnitDialog>(unit, false);
+    });
+    QTest::newRow("export") << MakeDialog([] {
+        return std::make_unique<ExportDialog>(
+            ExportSource{.directory = QDir::tempPath(), .cores = {}});
+    });
+}
+
+void tst_ScreenFit::dialogs()
+{
+    QFETCH(MakeDialog, make);
+    for (const bool isLarge : {false, true}) {
+        if (isLarge)
+            enlargeFont();
+        const auto dialog = make();
+        dialog->show();
+        QVERIFY2(fits(dialog->size()), text(dialog->size()));
+        QVERIFY2(fits(dialog->minimumSizeHint()), text(dialog->minimumSizeHint()));
+    }
+}
+
+// Once the focus has been on Cancel and gone on, Enter means Ok again.
+void tst_ScreenFit::enterAfterCancel()
+{
+    QFETCH(MakeDialog, make);
+    const auto dialog = make();
+    dialog->show();
+    dialog->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+    const auto *buttons = dialog->findChild<QDialogButtonBox *>();
+    QPushButton *cancel = buttons->button(QDialogButtonBox::Cancel);
+    for (int presses = 0; dialog->focusWidget() != cancel; ++presses) {
+        QVERIFY(presses < 50);
+        QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+    }
+    QVERIFY(cancel->isDefault());
+    QTest::keyClick(cancel, Qt::Key_Tab);
+    QVERIFY(!qobject_cast<QPushButton *>(dialog->focusWidget()) ||
+            !static_cast<QPushButton *>(dialog->focusWidget())->autoDefault());
+    QVERIFY(buttons->button(QDialogButtonBox::Ok)->isDefault());
+    QVERIFY(!cancel->isDefault());
+}
+
+KEO_OWN_TEST_MAIN((runTest<tst_ScreenFit, DebugApplication>))
+#include "tst_screenfit.moc"
