@@ -62,7 +62,7 @@ struct Session : Desktop
         QTest::mouseClick(banners().first()->findChild<QPushButton *>("btnA"), Qt::LeftButton);
     }
     /// The tool flow has built the design anew, now with so many cores.
-    void rebuild(int cores)
+    void rebuild(int cores) const
     {
         TestDesign built = design;
         built.cores = cores;
