@@ -315,15 +315,19 @@ void CaptureProgram::onCaptured(int core, int window)
     }
     ++m_round;
     const CaptureLabel label{core, window, isAuto() ? m_round : 0, m_design->traits().exportMode};
-    const Result<QStringList> written =
-        writeFiles(label, captured->core, captured->contents(), m_windows == 1 && !isAuto());
-    if (!written) {
-        end(ExitStatus::FileError, written.error().message);
-        return;
-    }
-    reportCapture(label, captured->core, captured->elements.first().data.size(), *written);
     if (!m_options.project.isEmpty())
         keepForProject(*captured);
+    const Result<QStringList> written =
+        writeFiles(label, captured->core, captured->contents(), m_windows == 1 && !isAuto());
+    if (written)
+        reportCapture(label, captured->core, captured->elements.first().data.size(), *written);
+    else if (m_exportFault.isEmpty())
+        m_exportFault = written.error().message;
+    // A project is still worth the rest of the run, but no further round.
+    if (!written && (m_options.project.isEmpty() || isAuto())) {
+        endWithProject();
+        return;
+    }
 
     if (!isAuto()) {
         --m_windowsLeft;
@@ -377,7 +381,7 @@ void CaptureProgram::keepForProject(const CapturedWindow &captured)
     m_kept.captures.push_back({captured.core, captured.window, captured.contents()});
 }
 
-/// The run is complete: what there is to save is there.
+/// What there is to save is there. A failed export does not keep it from being saved.
 void CaptureProgram::endWithProject()
 {
     if (m_ended)
@@ -386,22 +390,22 @@ void CaptureProgram::endWithProject()
         end(ExitStatus::Refused, m_manager.report().text());
         return;
     }
-    if (m_options.project.isEmpty()) {
-        end(ExitStatus::Captured);
-        return;
+    QStringList faults;
+    if (!m_exportFault.isEmpty())
+        faults.append(m_exportFault);
+    if (!m_options.project.isEmpty()) {
+        const Result<QString> saved = saveProject(m_options.project, m_options.file, m_kept);
+        m_projectSaved = bool(saved);
+        m_report.finish();
+        if (!saved) {
+            faults.append(saved.error().message);
+        } else if (!m_options.json) {
+            print(m_options.project);
+            print(*saved);
+        }
     }
-    const Result<QString> saved = saveProject(m_options.project, m_options.file, m_kept);
-    if (!saved) {
-        end(ExitStatus::FileError, saved.error().message);
-        return;
-    }
-    m_projectSaved = true;
-    m_report.finish();
-    if (!m_options.json) {
-        print(m_options.project);
-        print(*saved);
-    }
-    end(ExitStatus::Captured);
+    end(faults.isEmpty() ? ExitStatus::Captured : ExitStatus::FileError,
+        faults.join(QStringLiteral("; ")));
 }
 
 void CaptureProgram::onTriggerComplete(int resultId)

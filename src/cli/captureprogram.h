@@ -97,6 +97,7 @@ private:
     QJsonArray m_captures;
     SavedProject m_kept; // the latest round
     bool m_projectSaved = false;
+    QString m_exportFault; ///< why the first export failed; else empty
 };
 
 } // namespace KEO

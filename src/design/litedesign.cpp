@@ -21,10 +21,10 @@ bool LiteDesign::loadCores(const QString &path, QString &id, QString &reason)
     return m_manager.load(path, id, &reason);
 }
 
-bool LiteDesign::save(const QString &path) const
+QByteArray LiteDesign::descriptionText() const
 {
     const LiteCoreConfig *core = m_manager.core();
-    return core && saveLiteConfigFile({*core}, path);
+    return core ? saveLiteConfig({*core}) : QByteArray();
 }
 
 std::optional<Error> LiteDesign::choose(const QList<int> &cores)
@@ -78,9 +78,9 @@ void LiteDesign::keepNames(int, const QMap<int, SignalNames> &names)
         core->applySignalNames(names);
 }
 
-bool LiteDesign::fits(const LoadedWindows &windows) const
+bool LiteDesign::fits(const LoadedWindows &windows, TriggerPosition position) const
 {
-    return m_manager.core() && fitsLiteCore(windows, *m_manager.core());
+    return m_manager.core() && fitsLiteCore(windows, *m_manager.core(), position);
 }
 
 std::optional<WindowPlace> LiteDesign::placeOf(const LoadedWindow &window) const

@@ -20,9 +20,9 @@ bool StandardDesign::loadCores(const QString &path, QString &id, QString &reason
     return m_manager.load(path, id, &reason);
 }
 
-bool StandardDesign::save(const QString &path) const
+QByteArray StandardDesign::descriptionText() const
 {
-    return saveStandardConfigFile(cores(), path);
+    return saveStandardConfig(cores()).toLatin1();
 }
 
 void StandardDesign::leave()
@@ -121,9 +121,9 @@ void StandardDesign::keepNames(int core, const QMap<int, SignalNames> &names)
         config->applySignalNames(names);
 }
 
-bool StandardDesign::fits(const LoadedWindows &windows) const
+bool StandardDesign::fits(const LoadedWindows &windows, TriggerPosition position) const
 {
-    return fitsCores(windows, cores());
+    return fitsCores(windows, cores(), position);
 }
 
 std::optional<WindowPlace> StandardDesign::placeOf(const LoadedWindow &window) const

@@ -73,6 +73,8 @@ Q_SIGNALS:
     void programCableChanged(int cableIdx);
     /// Channel of the cable for the programmer tool. Channel 0 is not told.
     void programChannelChanged(int cableIdx);
+    /// What became of a save or an export, in words for the user.
+    void told(const QString &text);
 
 protected:
     /// What a kind of project brings along. The page may borrow the design.

@@ -19,7 +19,7 @@ Result<QString> descriptionPath(const QString &file)
 {
     if (!file.endsWith(QLatin1String(".analyzer_prj")))
         return file;
-    const Result<ProjectFile> project = readProjectFile(file);
+    const Result<ProjectFile> project = readProjectFile(projectFileFor(file));
     if (!project)
         return project.error();
     if (project->keoFile.isEmpty())

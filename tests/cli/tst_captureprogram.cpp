@@ -84,6 +84,8 @@ private Q_SLOTS:
     void init();
     void writesEveryFormat();
     void savesProjects();
+    void savesWhatItCanNotExport_data();
+    void savesWhatItCanNotExport();
     void exportsProjects_data();
     void exportsProjects();
     void refusesProjects_data();
@@ -207,13 +209,39 @@ void tst_CaptureProgram::savesProjects()
     const Outcome outcome = run("--device KR-A --auto 2 --save new/p.1.analyzer_prj design.keo");
     QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
     QCOMPARE(outcome.output.split(u'\n', Qt::SkipEmptyParts),
-             (QStringList{file("new/p.1.analyzer_prj"), file("new/p.xml")}));
+             (QStringList{file("new/p.1.analyzer_prj"), file("new/p.1.xml")}));
     const QStringList project = lines(file("new/p.1.analyzer_prj"));
     QVERIFY(project.contains("KEO_FILE=" + file("design.keo")));
-    QVERIFY(project.contains("DATA_FILE=" + file("new/p.xml")));
+    QVERIFY(project.contains("DATA_FILE=" + file("new/p.1.xml")));
     QCOMPARE(lines(file("design.keo")), description); // the tool flow's file stays
     // Only the last round.
-    QCOMPARE(lines(file("new/p.xml")).filter("<Window").size(), 1);
+    QCOMPARE(lines(file("new/p.1.xml")).filter("<Window").size(), 1);
+}
+
+void tst_CaptureProgram::savesWhatItCanNotExport_data()
+{
+    addColumns<QString, QString>({"line", "blocked"});
+    addRow("export", "--format vcd --name p", "out/p_core0_window0.vcd");
+    addRow("round", "--auto 3 --format vcd --name p", "out/p_2_core0_window0.vcd");
+    addRow("picture", "--picture out/p.png", "out/p_core0_window0.png");
+}
+
+// A rare trigger is not lost with a file that nobody can write.
+void tst_CaptureProgram::savesWhatItCanNotExport()
+{
+    QFETCH(const QString, line);
+    QFETCH(const QString, blocked);
+    TestDesign design;
+    design.windows = line.contains("--auto") ? 1 : 2;
+    board(design);
+    QVERIFY(QDir(m_directory->path()).mkpath(blocked)); // a folder stands in the way
+    const Outcome outcome =
+        run("--device KR-A --out out --save s.analyzer_prj " + line + " design.keo");
+    QCOMPARE(outcome.status, 6);
+    QVERIFY2(outcome.errors.contains(file(blocked)), qPrintable(outcome.errors));
+    QVERIFY(outcome.output.contains(file("s.analyzer_prj")));
+    QCOMPARE(lines(file("s.xml")).filter("<Window").size(), design.windows);
+    QCOMPARE(run("--open s.analyzer_prj --out again").status, 0);
 }
 
 void tst_CaptureProgram::exportsProjects_data()
@@ -463,7 +491,10 @@ void tst_CaptureProgram::tellsOfAFullDisk()
     const bool isExport = words == "full_core0_window0.csv";
     QProcess process;
     process.setWorkingDirectory(m_directory->path());
+    const QString old = file("full_core0_window0.csv");
     if (isExport) {
+        QFile kept(old);
+        QVERIFY(kept.open(QIODevice::WriteOnly) && kept.write("good") == 4);
         // A limit on the size of files stands for the disk.
         process.setChildProcessModifier([] {
             std::signal(SIGXFSZ, SIG_IGN);
@@ -479,6 +510,8 @@ void tst_CaptureProgram::tellsOfAFullDisk()
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
     QVERIFY2(outcome.errors.contains(qt_error_string(isExport ? EFBIG : ENOSPC)),
              qPrintable(outcome.errors));
+    if (isExport)
+        QCOMPARE(lines(old), QStringList("good"));
 }
 
 void tst_CaptureProgram::keepsOrdersFromTheTerminal()

@@ -74,7 +74,9 @@ void tst_ProjectFile::keepsPaths()
     QVERIFY(!writeProjectFile(path("p.analyzer_prj"), project));
     const auto again = readProjectFile(path("p.analyzer_prj"));
     QVERIFY(again);
-    QVERIFY(*again == project);
+    const QDir directory(m_directory.path()); // from where relative paths are seen
+    QCOMPARE(again->keoFile, directory.absoluteFilePath(project.keoFile));
+    QCOMPARE(again->dataFile, directory.absoluteFilePath(project.dataFile));
     // Any reader of INI files finds the two keys where they belong.
     QFile::copy(path("p.analyzer_prj"), path("copy.ini"));
     {
