@@ -1,8 +1,13 @@
 #include "filewatch.h"
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <chrono>
+
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
 
 namespace KEO {
 
@@ -11,7 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kSettleTime = 100ms; // a write comes as many events
-constexpr auto kRareTime = 1s;      // looks for a file that is gone
+constexpr auto kRareTime = 1s;      // looks without an event
 constexpr int kPatience = 10;       // looks before a missing file is told
 
 // Two writes within one tick of the file system's clock have the same time.
@@ -22,7 +27,7 @@ constexpr qint64 kCoarsestClock = 2000; // ms
 bool FileWatch::Stamp::looksLike(const Stamp &other) const
 {
     return exists == other.exists && size == other.size && written == other.written &&
-           created == other.created;
+           created == other.created && device == other.device && inode == other.inode;
 }
 
 /// True only if nothing can have been written between the looks.
@@ -37,6 +42,8 @@ FileWatch::FileWatch(QObject *parent) : QObject(parent)
 {
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &FileWatch::look);
+    m_rareTimer.setInterval(kRareTime);
+    connect(&m_rareTimer, &QTimer::timeout, this, &FileWatch::lookFromTimeToTime);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, [this] {
         if (!m_timer.isActive())
             m_timer.start(kSettleTime);
@@ -51,6 +58,7 @@ void FileWatch::watch(const QString &path)
     m_path = path;
     if (path.isEmpty())
         return;
+    m_rareTimer.start();
     renewWatch();
     m_known = stampOfFile();
     if (!m_known.exists)
@@ -60,6 +68,7 @@ void FileWatch::watch(const QString &path)
 void FileWatch::stop()
 {
     m_timer.stop();
+    m_rareTimer.stop();
     m_looksInVain = 0;
     m_path.clear();
     renewWatch();
@@ -85,7 +94,20 @@ FileWatch::Stamp FileWatch::stampOfFile() const
         stamp.written = info.lastModified().toUTC();
         stamp.created = info.birthTime().toUTC();
     }
+#ifdef Q_OS_UNIX
+    struct stat file = {};
+    if (stamp.exists && stat(QFile::encodeName(m_path).constData(), &file) == 0) {
+        stamp.device = quint64(file.st_dev);
+        stamp.inode = quint64(file.st_ino);
+    }
+#endif
     return stamp;
+}
+
+void FileWatch::lookFromTimeToTime()
+{
+    if (!m_timer.isActive() && !m_known.looksLike(stampOfFile()))
+        look();
 }
 
 /// The watch comes before the stamp: what is written after the stamp raises another event.

@@ -10,7 +10,9 @@ namespace KEO {
 
 /// Tells when one file changes, however a tool writes it: in place, by a rename over it, or by
 /// removing it and making it again. The system's watch follows the file and not its name, so it is
-/// renewed after each event; while the file is missing, its name is looked at from time to time.
+/// renewed after each event. It sees neither a folder that another one takes the place of, nor a
+/// link that is switched, nor what other computers write to a network drive; so the name is looked
+/// at from time to time as well.
 /// Files that tools are in the middle of replacing count as missing only after a second, and one
 /// that is being written is told once it has stopped changing.
 ///
@@ -44,6 +46,8 @@ private:
         qint64 size = 0;    ///< bytes
         QDateTime written;  ///< UTC
         QDateTime created;  ///< UTC, invalid where the system does not know
+        quint64 device = 0; ///< with the next one the file itself; 0 where the system has no such
+        quint64 inode = 0;
         QDateTime lookedAt; ///< UTC
 
         [[nodiscard]] bool looksLike(const Stamp &other) const;
@@ -52,9 +56,11 @@ private:
     [[nodiscard]] Stamp stampOfFile() const;
     void renewWatch();
     void look();
+    void lookFromTimeToTime();
 
     QFileSystemWatcher m_watcher;
-    QTimer m_timer; ///< runs between an event and the look at the file, and while it is missing
+    QTimer m_timer;     ///< runs between an event and the look at the file, and while it is missing
+    QTimer m_rareTimer; ///< runs while a file is watched
     QString m_path;
     Stamp m_known;         ///< what listeners know
     Stamp m_seen;          ///< at the last look

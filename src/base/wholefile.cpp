@@ -4,8 +4,18 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QUuid>
 
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#else
+#include <io.h>
+#endif
 
 namespace KEO {
 namespace {
@@ -15,6 +25,7 @@ struct Text
     Q_DECLARE_TR_FUNCTIONS(KEO::WholeFile)
 };
 
+constexpr int kNameLength = 8;        // of what tells a file that is being written
 constexpr qint64 kPiece = 256 * 1024; // bytes read at once
 
 QIODevice::OpenMode withLineEnds(QIODevice::OpenMode mode, LineEnds lineEnds)
@@ -32,6 +43,32 @@ Error tooLarge(const QString &path, qint64 maxBytes)
     return {
         Error::Limit,
         Text::tr("%1 is larger than the %2 bytes allowed.").arg(path, QString::number(maxBytes))};
+}
+
+/// The toolkit has no words for bytes that a full disk did not take, the system has.
+Error failure(const QString &path, const QString &toolkitReason)
+{
+    return {Error::File, Text::tr("%1 can't be written: %2")
+                             .arg(path, errno != 0 ? qt_error_string(errno) : toolkitReason)};
+}
+
+/// Waits until the system has the bytes of \a file on the disk. Some disks refuse them only now.
+bool isOnDisk(const QSaveFile &file)
+{
+#ifdef Q_OS_UNIX
+    // What can't be synchronised, such as a file system in a program, says so and is no fault.
+    return fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP || errno == EROFS;
+#else
+    return _commit(file.handle()) == 0 || errno == EBADF;
+#endif
+}
+
+/// Where the bytes of a file go: what a link points to is replaced, not the link.
+QString placeOf(const QFileInfo &file)
+{
+    if (!file.isSymLink())
+        return file.filePath();
+    return file.exists() ? file.canonicalFilePath() : file.symLinkTarget();
 }
 
 } // namespace
@@ -61,31 +98,83 @@ Result<QByteArray> readWholeFile(const QString &path, qint64 maxBytes, LineEnds 
     return content;
 }
 
+FileSet::FileSet() = default;
+
+FileSet::~FileSet()
+{
+    for (const Entry &entry : m_files)
+        QFile::remove(entry.written);
+}
+
+std::optional<Error> FileSet::add(const QString &path, const QByteArray &content, LineEnds lineEnds)
+{
+    return add(path, lineEnds,
+               [&](QIODevice &file) { return file.write(content) == content.size(); });
+}
+
+std::optional<Error> FileSet::add(const QString &path, LineEnds lineEnds,
+                                  const std::function<bool(QIODevice &)> &write)
+{
+    const QFileInfo present(path);
+    if (present.exists() && !present.isFile())
+        return notAFile(path);
+    if (present.exists() && !present.isWritable()) {
+        errno = EACCES;
+        return failure(path, {});
+    }
+    const QString place = placeOf(present);
+    // It takes a name of its own first: what puts it into its place must be a rename and no more.
+    QSaveFile file(place + u'.' + QUuid::createUuid().toString(QUuid::Id128).first(kNameLength));
+    errno = 0;
+    if (!file.open(withLineEnds(QIODevice::WriteOnly, lineEnds)))
+        return failure(path, file.errorString());
+    // commit() ignores what the disk says when it takes the bytes.
+    if (!write(file) || !file.flush() || !isOnDisk(file) || !file.commit()) {
+        const int reason = errno;
+        const Error error = failure(path, file.errorString());
+        file.cancelWriting();
+        errno = reason;
+        return error;
+    }
+    if (present.exists())
+        QFile::setPermissions(file.fileName(), present.permissions());
+    m_files.append({path, place, file.fileName()});
+    return std::nullopt;
+}
+
+QList<FileSet::Fault> FileSet::commit()
+{
+    QList<Fault> faults;
+    for (const Entry &entry : std::as_const(m_files)) {
+        std::error_code error;
+        std::filesystem::rename(QFileInfo(entry.written).filesystemFilePath(),
+                                QFileInfo(entry.place).filesystemFilePath(), error);
+        if (!error)
+            continue;
+        errno = error.value();
+        faults.append({entry.path, failure(entry.path, {})});
+        QFile::remove(entry.written);
+        errno = error.value();
+    }
+    m_files.clear();
+    return faults;
+}
+
 std::optional<Error> writeWholeFile(const QString &path, const QByteArray &content,
                                     LineEnds lineEnds)
 {
-    if (const QFileInfo present(path); present.exists() && !present.isFile())
-        return notAFile(path);
-    if (const QFileInfo present(path); present.exists() && !present.isFile())
-        return notAFile(path);
-    QSaveFile file(path);
-    const auto failure = [&](const QString &reason) {
-        return Error{Error::File, Text::tr("%1 can't be written: %2").arg(path, reason)};
-    };
-    if (!file.open(withLineEnds(QIODevice::WriteOnly, lineEnds)))
-        return failure(file.errorString());
-    // commit() reports success on a full disk and has then destroyed the old file, so everything
-    // must be known to be out before. The toolkit has no words for bytes that a full disk did not
-    // take, the system has.
-    errno = 0;
-    if (file.write(content) != content.size() || !file.flush()) {
-        const QString reason = errno != 0 ? qt_error_string(errno) : file.errorString();
-        file.cancelWriting();
-        return failure(reason);
-    }
-    if (!file.commit())
-        return failure(file.errorString());
-    return std::nullopt;
+    return writeWholeFile(path, lineEnds,
+                          [&](QIODevice &file) { return file.write(content) == content.size(); });
+}
+
+std::optional<Error> writeWholeFile(const QString &path, LineEnds lineEnds,
+                                    const std::function<bool(QIODevice &)> &write)
+{
+    FileSet files;
+    if (const std::optional<Error> error = files.add(path, lineEnds, write))
+        return error;
+    const QList<FileSet::Fault> faults = files.commit();
+    return faults.isEmpty() ? std::nullopt : std::optional(faults.first().error);
 }
 
 } // namespace KEO

@@ -2,12 +2,15 @@
 
 #include "bits.h"
 #include "capturepackets.h"
+#include "capturerequests.h"
 #include "shiftword.h"
 
 #include <base/logging.h>
 
 #include <QCoreApplication>
+#include <QHash>
 #include <QThread>
+#include <QTimer>
 
 #include <algorithm>
 #include <limits>
@@ -20,8 +23,30 @@ namespace {
 constexpr int kSectionPause = 50; // ms
 constexpr int kTrailingBits = 1;  // that a memory read shifts out behind the rows
 constexpr qint64 kStartRegister = 0;
+constexpr int kWatchInterval = 500; // ms
+constexpr int kPatience = 3000;     // ms without an answer until the user is told
+
+const QString kData = QStringLiteral("DATA");
+
+/// The window that a reply names; only one to a memory read names any.
+std::optional<int> windowOf(const CmdPack &reply)
+{
+    bool isNumber = false;
+    const int window = reply.value(QStringLiteral("WINDOW")).toInt(&isNumber);
+    return isNumber ? std::optional(window) : std::nullopt;
+}
 
 } // namespace
+
+/// A read of a section; shared by what takes its answers.
+struct CaptureManager::SectionRead
+{
+    ReadPlan plan;
+    SectionPlace place;
+    Step step;
+    quint64 reading = 0;
+    std::optional<size_t> digest = {}; ///< of the rows that came
+};
 
 int CaptureManager::ReadPlan::sectionBits() const
 {
@@ -30,34 +55,34 @@ int CaptureManager::ReadPlan::sectionBits() const
 }
 
 CaptureManager::CaptureManager(JtagSession &session, QObject *parent)
-    : QObject(parent), m_session(session)
+    : QObject(parent),
+      m_session(session),
+      m_requests(std::make_unique<CaptureRequests>(session)),
+      m_watch(new QTimer(this))
 {
+    m_watch->setInterval(kWatchInterval);
+    connect(m_watch, &QTimer::timeout, this, &CaptureManager::watchServer);
 }
 
 CaptureManager::~CaptureManager() = default;
 
 void CaptureManager::openDevice(const QVariantList &chain)
 {
-    const auto task = [self = QPointer(this)](const CmdPack &reply) {
-        if (!self)
-            return;
-        self->m_isOpening = false;
-        const int result = reply.value(QStringLiteral("RES")).toInt();
+    m_requests->open(chain, [this](int result) {
         if (result == 0)
             return;
-        self->stop();
+        const QPointer<CaptureManager> self(this);
+        stop();
         if (self)
-            Q_EMIT self->triggerComplete(result);
-    };
-    m_isOpening = true;
-    m_session.sendCommand(openPacket(chain), task);
+            Q_EMIT triggerComplete(result);
+    });
 }
 
 void CaptureManager::stop()
 {
     disarm();
     m_session.sendCommand(closePacket());
-    m_session.clearTasks();
+    m_requests->stop();
     endRun();
 }
 
@@ -73,22 +98,36 @@ void CaptureManager::enterState(CaptureState state)
     Q_EMIT statusChanged(state != CaptureState::Idle);
 }
 
+bool CaptureManager::beginRun(CaptureState state)
+{
+    const Step step = beginStep();
+    beginRound();
+    m_watch->start();
+    changeReport({});
+    if (step.isCurrent())
+        enterState(state);
+    return step.isCurrent();
+}
+
 void CaptureManager::finish()
 {
     m_session.sendCommand(closePacket());
+    m_requests->finish();
     endRun();
 }
 
 /// Everything is reset before the first signal, so that a receiver can start the next run.
 void CaptureManager::endRun()
 {
-    const QPointer<CaptureManager> self(this);
-    beginStep();
+    const Step step = beginStep();
     forgetRun();
-    m_windows.clear();
+    m_watch->stop();
     m_autorun = -1;
-    m_isOpening = false;
-    enterState(CaptureState::Idle);
+    m_state = CaptureState::Idle;
+    const QPointer<CaptureManager> self(this);
+    noteMissingWindows();
+    if (step.isCurrent())
+        enterState(CaptureState::Idle);
     if (self)
         Q_EMIT triggerComplete(0);
 }
@@ -107,16 +146,82 @@ void CaptureManager::writeStartRegister(int value, int registerWidth)
     m_session.sendCommand(writeStartPacket(writeRegisterWord(kStartRegister, data)));
 }
 
-void CaptureManager::readStartRegister(int registerWidth, JtagDataTask task)
+void CaptureManager::beginRound()
 {
-    m_session.sendCommand(writeStartPacket(readRegisterWord(kStartRegister)));
-    m_session.sendDataCommand(readStartPacket(registerWidth), std::move(task));
+    m_requests->beginRound();
 }
 
-void CaptureManager::readMemory(const ReadPlan &plan)
+void CaptureManager::giveUpReads()
+{
+    m_requests->giveUp();
+}
+
+bool CaptureManager::isOpening() const
+{
+    return m_requests->isOpening();
+}
+
+void CaptureManager::readRegister(const CmdPack &pack, int width, EmptyAnswer empty,
+                                  std::function<void(RegisterAnswer)> answered)
+{
+    using enum RegisterAnswer;
+    using Verdict = CaptureRequests::Verdict;
+    const auto answerOf = [width, empty](const CmdPack &reply) {
+        const QVariant data = reply.value(kData);
+        const QBitArray bits = data.toBitArray();
+        const bool isEmpty =
+            !data.isValid() || (data.typeId() == QMetaType::QBitArray && !bits.size());
+        if (isEmpty)
+            return empty == EmptyAnswer::MeansZero ? AssumedZero : Nothing;
+        if (bits.size() < width) // a set bit may be among those that lack
+            return Nothing;
+        return isZeroBits(bits) ? Zero : NotZero;
+    };
+    const auto judge = [answerOf](const CmdPack &reply) {
+        if (reply.contains(QStringLiteral("WINDOW")))
+            return Verdict::Foreign;
+        switch (answerOf(reply)) {
+        case Nothing:
+            return Verdict::Useless;
+        case NotZero:
+            return Verdict::Harmless;
+        case Zero:
+        case AssumedZero:
+            break;
+        }
+        return Verdict::Keep;
+    };
+    const auto reading = std::make_shared<quint64>(0); // the one that the answer has started
+    const auto take = [=, this, step = currentStep()](const CmdPack &reply) {
+        if (step.isCurrent())
+            *reading = m_reading + 1;
+        answered(answerOf(reply));
+    };
+    const auto takeAgain = [=, this](const CmdPack &reply) {
+        if (answerOf(reply) == NotZero)
+            doubt(*reading);
+    };
+    m_requests->read(pack, {judge, take, takeAgain});
+}
+
+void CaptureManager::readStartRegister(int width, EmptyAnswer empty,
+                                       std::function<void(RegisterAnswer)> answered)
+{
+    m_session.sendCommand(writeStartPacket(readRegisterWord(kStartRegister)));
+    readRegister(readStartPacket(width), width, empty, std::move(answered));
+}
+
+void CaptureManager::readMemory(const ReadPlan &plan, Evidence evidence)
 {
     const Step step = beginStep();
-    m_windows.clear();
+    noteMissingWindows();
+    if (!step.isCurrent())
+        return;
+    ++m_reading;
+    m_readCore = plan.core;
+    m_evidence = evidence;
+    m_isDoubted = false;
+    m_deliveredWindows.clear();
     if (m_autorun > -1)
         ++m_autorun;
     enterState(CaptureState::Reading);
@@ -127,7 +232,8 @@ void CaptureManager::readMemory(const ReadPlan &plan)
         return; // not even a pause, or a huge window number would hang here
     }
     for (int window = 0; window < plan.windowCount; ++window) {
-        m_windows.append(QList<QBitArray>());
+        m_windows.append(Window());
+        m_windows.last().isTrusted = !m_isDoubted;
         if (!readSections(plan, window, step))
             return;
     }
@@ -141,48 +247,153 @@ bool CaptureManager::readSections(const ReadPlan &plan, int window, const Step &
         QCoreApplication::processEvents();
         if (!step.isCurrent() || m_state != CaptureState::Reading)
             return false;
+        m_windows[window].sections.append(Section());
         const SectionPlace place{section, plan.sectionCount, window};
         const qint64 row = window * plan.stride + qint64(section) * plan.sectionRows;
         m_session.sendCommand(burstReadPacket(sectionWord(plan, row), place));
-        const auto task = [this, step, plan](const CmdPack &reply, bool *done) {
-            // Ids are used again at once, so a poll of a stopped run may be answered under this
-            // one. The task goes on waiting for its own reply: without it the run would never end.
-            *done = !step.isCurrent() || takeSection(reply, plan);
+        const auto read = std::make_shared<SectionRead>(SectionRead{plan, place, step, m_reading});
+        const auto judge = [window](const CmdPack &reply) {
+            using Verdict = CaptureRequests::Verdict;
+            return windowOf(reply) == window ? Verdict::Keep : Verdict::Foreign;
         };
-        m_session.sendDataCommand(readRamPacket(plan.sectionBits(), place), task);
+        m_requests->read(readRamPacket(plan.sectionBits(), place),
+                         {judge, [this, read](const CmdPack &reply) { takeSection(*read, reply); },
+                          [this, read](const CmdPack &reply) { takeSectionAgain(*read, reply); }});
     }
     return true;
 }
 
-bool CaptureManager::takeSection(const CmdPack &reply, const ReadPlan &plan)
+/// A reply does not name its section, so the place is that of the request.
+CaptureManager::Section CaptureManager::sectionOf(const CmdPack &reply, const ReadPlan &plan)
 {
-    bool hasWindow = false;
-    const int window = reply.value(QStringLiteral("WINDOW")).toInt(&hasWindow);
-    if (!hasWindow || window < 0 || window >= m_windows.size()) {
-        qCDebug(lcCapture, "section dropped: no window %d is being read", window);
-        return false;
+    QBitArray data = reply.value(kData).toBitArray();
+    bool isNumber = false;
+    const int count = reply.value(QStringLiteral("SECTION_COUNT")).toInt(&isNumber);
+    if (data.size() < plan.sectionBits() || !isNumber || count != plan.sectionCount) {
+        qCDebug(lcCapture, "a section of %lld bits, one of %d; asked for were %d bits, one of %d",
+                qlonglong(data.size()), count, plan.sectionBits(), plan.sectionCount);
+        return {Section::Damaged, {}};
     }
-    QBitArray data = reply.value(QStringLiteral("DATA")).toBitArray();
-    if (data.size() > plan.sectionBits()) {
-        qCDebug(lcCapture, "section of %lld bits cut to the %d asked for", qlonglong(data.size()),
-                plan.sectionBits());
-        data.truncate(plan.sectionBits());
-    }
-    QList<QBitArray> &arrived = m_windows[window];
-    arrived.prepend(dropBackBits(dropFrontBits(data, plan.leadingBits), kTrailingBits));
+    data.truncate(plan.sectionBits());
+    return {Section::Whole, dropBackBits(dropFrontBits(data, plan.leadingBits), kTrailingBits)};
+}
 
+void CaptureManager::takeSection(SectionRead &read, const CmdPack &reply)
+{
+    if (!read.step.isCurrent() || read.place.window >= m_windows.size())
+        return;
+    Window &window = m_windows[read.place.window];
+    Section &section = window.sections[read.place.section];
+    section = sectionOf(reply, read.plan);
+    if (section.state == Section::Whole)
+        read.digest = qHash(section.rows);
+    const int arrived = ++window.arrived;
+    const Step step = read.step;
+    const ReadPlan plan = read.plan;
+    Q_EMIT sectionRead(plan.core, read.place.window, arrived, plan.sectionCount);
+    if (step.isCurrent() && arrived == plan.sectionCount)
+        deliver(plan, read.place.window);
+}
+
+/// Two replies to one request: one of them belongs to another, and may be of another capture.
+void CaptureManager::takeSectionAgain(const SectionRead &read, const CmdPack &reply)
+{
+    const Section section = sectionOf(reply, read.plan);
+    if (section.state != Section::Whole)
+        return;
+    if (read.digest) {
+        if (*read.digest != qHash(section.rows))
+            doubt(read.reading, read.place.window);
+        return;
+    }
+    if (!read.step.isCurrent() || read.place.window >= m_windows.size())
+        return;
+    Window &window = m_windows[read.place.window];
+    if (!window.isDelivered)
+        window.sections[read.place.section] = section; // for the damaged one
+}
+
+void CaptureManager::deliver(const ReadPlan &plan, int window)
+{
     const Step step = currentStep();
-    const int count = int(arrived.size());
-    Q_EMIT sectionRead(plan.core, window, count, plan.sectionCount);
-    if (!step.isCurrent() || count != reply.value(QStringLiteral("SECTION_COUNT")).toInt())
-        return true;
     if (window + 1 == plan.windowCount) {
         enterState(CaptureState::ReadComplete);
         if (!step.isCurrent())
-            return true;
+            return;
     }
-    windowComplete(plan, window);
-    return true;
+    m_windows[window].isDelivered = true;
+    m_deliveredWindows.append(window);
+    if (m_evidence == Evidence::Assumed)
+        doubt(m_reading, window);
+    if (step.isCurrent())
+        windowComplete(plan, window);
+}
+
+QList<QBitArray> CaptureManager::sections(int window) const
+{
+    if (window < 0 || window >= m_windows.size() || !m_windows[window].isTrusted)
+        return {};
+    QList<QBitArray> rows;
+    for (const Section &section : m_windows[window].sections) {
+        if (section.state != Section::Whole)
+            return {};
+        rows.prepend(section.rows);
+    }
+    return rows;
+}
+
+/// Windows handed out are named in the report; the others will be handed out empty.
+void CaptureManager::doubt(quint64 reading, std::optional<int> window)
+{
+    if (reading == 0 || reading != m_reading)
+        return;
+    qCDebug(lcCapture, "the samples of core %d are in doubt", m_readCore);
+    m_isDoubted = m_isDoubted || !window;
+    RunReport report = m_report;
+    for (int i = 0; i < m_windows.size(); ++i) {
+        if (!m_windows[i].isDelivered && window.value_or(i) == i)
+            m_windows[i].isTrusted = false;
+    }
+    for (const int delivered : std::as_const(m_deliveredWindows)) {
+        const RunReport::Window named{m_readCore, delivered};
+        if (window.value_or(delivered) == delivered && !report.doubtful.contains(named))
+            report.doubtful.append(named);
+    }
+    changeReport(report);
+}
+
+/// The windows of the latest reading make room.
+void CaptureManager::noteMissingWindows()
+{
+    RunReport report = m_report;
+    for (int i = 0; i < m_windows.size(); ++i) {
+        if (!m_windows[i].isDelivered)
+            report.missing.append({m_readCore, i});
+    }
+    m_windows.clear();
+    changeReport(report);
+}
+
+void CaptureManager::watchServer()
+{
+    RunReport report = m_report;
+    if (!m_session.isCurrentConnected())
+        report.server = RunReport::Server::Gone;
+    else if (m_requests->silence() >= kPatience)
+        report.server = RunReport::Server::Silent;
+    else
+        report.server = RunReport::Server::Answers;
+    changeReport(report);
+}
+
+void CaptureManager::changeReport(RunReport report)
+{
+    if (report == m_report)
+        return;
+    m_report = std::move(report);
+    if (const QString text = m_report.text(); !text.isEmpty())
+        qCDebug(lcCapture).noquote() << text;
+    Q_EMIT reportChanged();
 }
 
 } // namespace KEO

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "runreport.h"
+
+#include <config/capturelimits.h>
 #include <link/cmdpack.h>
 #include <link/jtagsession.h>
 
@@ -10,7 +13,15 @@
 #include <QString>
 #include <QVariant>
 
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QTimer;
+
 namespace KEO {
+
+class CaptureRequests;
 
 /// Where a run stands. The numbers are fixed; a standard core's run has no state 2, and the state 1
 /// of the two kinds of core has two names.
@@ -30,7 +41,11 @@ enum class CaptureState {
 /// GUI thread; nothing blocks, but reading runs the event loop between two sections. A run ends
 /// with triggerComplete: when everything has been read, on stop, or when the device can't be
 /// opened. There is no time-out: a lost reply, or a description that asks for no section at all,
-/// leaves the run waiting for stop.
+/// leaves the run waiting for stop. The report tells meanwhile that a server does not answer.
+///
+/// A window is handed out only if every section of it came as it was asked for; of any other it is
+/// told that it is complete, and nothing is handed out. Which replies are believed, see
+/// CaptureRequests.
 ///
 /// Every receiver of a signal, and whatever else runs in the event loop, may stop, start, release
 /// or delete the manager. Replies that arrive for an earlier run, or for a manager that is gone, do
@@ -40,7 +55,7 @@ class CaptureManager : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int kSectionRows = 128; ///< of capture memory, read at once at the most
+    static constexpr int kSectionRows = kBlockRows; ///< of capture memory, read at once at the most
 
     ~CaptureManager() override;
 
@@ -62,6 +77,8 @@ public:
     /// The description was a .zeo file.
     [[nodiscard]] bool isZeo() const { return m_isZeo; }
     void setZeo(bool isZeo) { m_isZeo = isZeo; }
+    /// What the run that is going on, or the last one, has to tell; begins anew with each start.
+    [[nodiscard]] const RunReport &report() const { return m_report; }
 
 Q_SIGNALS:
     /// A run is over: 0, or after that the result of an "OPEN" that failed.
@@ -70,6 +87,8 @@ Q_SIGNALS:
     void statusChanged(bool isBusy);
     /// Progress of a window: \a sectionsRead of \a sections have arrived.
     void sectionRead(int core, int window, int sectionsRead, int sections);
+    /// See report. Missing windows are told before triggerComplete.
+    void reportChanged();
 
 protected:
     /// \a session is borrowed and outlives the manager.
@@ -100,6 +119,17 @@ protected:
         [[nodiscard]] bool isCurrent() const { return manager && manager->m_step == number; }
     };
 
+    /// What the answer to a register read says.
+    enum class RegisterAnswer {
+        Nothing, ///< another type, or fewer bits than the register has
+        NotZero,
+        Zero,
+        AssumedZero ///< no bits, and they count as zeros
+    };
+    enum class EmptyAnswer { SaysNothing, MeansZero };
+    /// How it is known that the memory holds the samples of this capture.
+    enum class Evidence { Told, Assumed };
+
     // What a kind of core has to do.
 
     /// Takes the cores that are armed out of the run and tells them so.
@@ -117,39 +147,81 @@ protected:
     /// Makes all loops and replies that are under way stale.
     Step beginStep();
     void enterState(CaptureState state);
+    /// A run begins. False when a receiver of the state has made it move on.
+    bool beginRun(CaptureState state);
+    /// A round of an Auto run begins.
+    void beginRound();
     /// Closes the device at the end of a run that was not stopped.
     void finish();
     /// A description's extension tells the form of the design; another one tells nothing.
     void noteExtension(const QString &path);
     void writeStartRegister(int value, int registerWidth);
+    /// Sends \a pack, which reads a register of \a width bits. \a answered gets what comes of it;
+    /// it has to look itself whether the run has moved on. A zero makes the memory be read, so if
+    /// the server takes it back, the samples are in doubt.
+    void readRegister(const CmdPack &pack, int width, EmptyAnswer empty,
+                      std::function<void(RegisterAnswer)> answered);
     /// Selects the start register and reads it.
-    void readStartRegister(int registerWidth, JtagDataTask task);
+    void readStartRegister(int width, EmptyAnswer empty,
+                           std::function<void(RegisterAnswer)> answered);
+    /// The reads under way are lost; the run goes on.
+    void giveUpReads();
     /// Reads all windows, with the event loop running between two sections. Returns when all has
     /// been asked for, or the run has moved on.
-    void readMemory(const ReadPlan &plan);
-    /// The sections of a window in list order, the last one first; empty if it was not read.
-    [[nodiscard]] QList<QBitArray> sections(int window) const { return m_windows.value(window); }
+    void readMemory(const ReadPlan &plan, Evidence evidence = Evidence::Told);
+    /// The sections of a window in list order, the last one first; empty if it was not read whole.
+    [[nodiscard]] QList<QBitArray> sections(int window) const;
     void forgetSections() { m_windows.clear(); }
     [[nodiscard]] JtagSession &session() const { return m_session; }
     /// "OPEN" has not been answered yet.
-    [[nodiscard]] bool isOpening() const { return m_isOpening; }
+    [[nodiscard]] bool isOpening() const;
 
     enum StartValue { Disarm = 0, Arm = 1, Force = 3 };
 
 private:
+    struct Section
+    {
+        enum { Awaited, Damaged, Whole } state = Awaited;
+        QBitArray rows;
+    };
+    struct Window
+    {
+        QList<Section> sections; ///< by their number, as far as they have been asked for
+        int arrived = 0;
+        bool isTrusted = true;
+        bool isDelivered = false;
+    };
+    struct SectionRead;
+
     void endRun();
     /// False when the run has moved on meanwhile.
     bool readSections(const ReadPlan &plan, int window, const Step &step);
-    /// False for a reply that is no section of a window being read.
-    bool takeSection(const CmdPack &reply, const ReadPlan &plan);
+    [[nodiscard]] static Section sectionOf(const CmdPack &reply, const ReadPlan &plan);
+    void takeSection(SectionRead &read, const CmdPack &reply);
+    void takeSectionAgain(const SectionRead &read, const CmdPack &reply);
+    void deliver(const ReadPlan &plan, int window);
+    /// The samples of that reading may be wrong; of one window, or of all.
+    void doubt(quint64 reading, std::optional<int> window = {});
+    void noteMissingWindows();
+    void watchServer();
+    void changeReport(RunReport report);
 
     JtagSession &m_session; // borrowed
+    std::unique_ptr<CaptureRequests> m_requests;
     CaptureState m_state = CaptureState::Idle;
-    QList<QList<QBitArray>> m_windows; // sections of each window, last first
+    RunReport m_report;
+    QTimer *m_watch; // owned by the object tree; runs in a run
+    // Of the latest reading of a core's memory.
+    quint64 m_reading = 0; // its number
+    int m_readCore = 0;
+    Evidence m_evidence = Evidence::Told;
+    bool m_isDoubted = false;
+    QList<Window> m_windows; // until they are handed out, or the run is over
+    QList<int> m_deliveredWindows;
+
     QString m_deviceName;
     int m_autorun = -1;
     bool m_isZeo = false;
-    bool m_isOpening = false;
     quint64 m_step = 0;
 };
 

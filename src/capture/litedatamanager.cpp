@@ -48,7 +48,7 @@ KeoLiteDataManager::KeoLiteDataManager(JtagSession &session, QObject *parent)
     m_patienceTimer->setInterval(kPollPatience);
     connect(m_checkTimer, &QTimer::timeout, this, &KeoLiteDataManager::checkState);
     connect(m_delayTimer, &QTimer::timeout, this, &KeoLiteDataManager::onDelay);
-    connect(m_patienceTimer, &QTimer::timeout, this, &KeoLiteDataManager::giveUpOnPolls);
+    connect(m_patienceTimer, &QTimer::timeout, this, &KeoLiteDataManager::askAgain);
 }
 
 KeoLiteDataManager::~KeoLiteDataManager() = default;
@@ -83,10 +83,8 @@ void KeoLiteDataManager::start(int delay)
 {
     if (state() != CaptureState::Idle || !m_core)
         return;
-    const Step step = beginStep();
     m_core->active = 1;
-    enterState(CaptureState::Started);
-    if (!step.isCurrent() || delay < 0)
+    if (!beginRun(CaptureState::Started) || delay < 0)
         return;
     if (delay == 0)
         onDelay();
@@ -100,13 +98,20 @@ void KeoLiteDataManager::onDelay()
     if (state() != CaptureState::Started || m_core->active != 1)
         return;
     m_delayTimer->stop();
+    beginStep();
+    readInitRegister();
+}
+
+/// Asked again when no answer comes, like the polls: one lost reply must not hold up the run.
+void KeoLiteDataManager::readInitRegister()
+{
     session().sendCommand(selectCaptureInitPacket(readRegisterWord(kCaptureInitRegister)));
-    const auto task = [this, step = beginStep()](const CmdPack &reply, bool *done) {
-        *done = true;
-        if (step.isCurrent())
-            takeInitRegister(reply);
-    };
-    session().sendDataCommand(readCaptureInitPacket(registerWidth()), task);
+    readRegister(readCaptureInitPacket(registerWidth()), registerWidth(), EmptyAnswer::MeansZero,
+                 [this, step = currentStep()](RegisterAnswer answer) {
+                     if (step.isCurrent())
+                         takeInitRegister(answer);
+                 });
+    m_patienceTimer->start();
 }
 
 QList<QBitArray> KeoLiteDataManager::rawCapture()
@@ -122,10 +127,12 @@ QList<QBitArray> KeoLiteDataManager::rawCapture()
     enterState(CaptureState::Started);
     if (!step.isCurrent())
         return capture;
-    if (isAuto)
+    if (isAuto) {
+        beginRound();
         onDelay(); // the delay is for the first round only
-    else
+    } else {
         m_checkTimer->start(); // whose next tick ends the run
+    }
     return capture;
 }
 
@@ -185,13 +192,22 @@ CaptureManager::ReadPlan KeoLiteDataManager::readPlan() const
 }
 
 /// Zero tells that the core holds the samples of its first moments already, and so does an answer
-/// without bits: whatever a read brings says more than a wait for nothing.
-void KeoLiteDataManager::takeInitRegister(const CmdPack &reply)
+/// without bits: whatever a read brings says more than a wait for nothing. An answer that says
+/// nothing is as good as a lost one.
+void KeoLiteDataManager::takeInitRegister(RegisterAnswer answer)
 {
-    if (isZeroBits(reply.value(QStringLiteral("DATA")).toBitArray())) {
-        readCapture();
+    switch (answer) {
+    case RegisterAnswer::Nothing:
         return;
+    case RegisterAnswer::Zero:
+    case RegisterAnswer::AssumedZero:
+        readCapture(answer);
+        return;
+    case RegisterAnswer::NotZero:
+        break;
     }
+    m_patienceTimer->stop();
+    m_patienceTimer->setInterval(kPollPatience);
     writeStartRegister(Arm, registerWidth());
     const Step step = beginStep();
     enterState(CaptureState::Polling);
@@ -210,21 +226,21 @@ void KeoLiteDataManager::poll()
         return;
     }
     ++*m_unansweredPolls;
-    readStartRegister(registerWidth(), [this, step = currentStep(), unanswered = m_unansweredPolls](
-                                           const CmdPack &reply, bool *done) {
-        *done = true;
-        --*unanswered;
-        if (step.isCurrent())
-            takeStartRegister(reply);
-    });
+    readStartRegister(
+        registerWidth(), EmptyAnswer::MeansZero,
+        [this, step = currentStep(), unanswered = m_unansweredPolls](RegisterAnswer answer) {
+            --*unanswered;
+            if (step.isCurrent())
+                takeStartRegister(answer);
+        });
 }
 
 /// The core clears its start register when it has taken its samples. An answer without bits counts
 /// as clear, see takeInitRegister.
-void KeoLiteDataManager::takeStartRegister(const CmdPack &reply)
+void KeoLiteDataManager::takeStartRegister(RegisterAnswer answer)
 {
-    if (isZeroBits(reply.value(QStringLiteral("DATA")).toBitArray())) {
-        readCapture();
+    if (answer == RegisterAnswer::Zero || answer == RegisterAnswer::AssumedZero) {
+        readCapture(answer);
         return;
     }
     m_patienceTimer->stop();
@@ -233,27 +249,32 @@ void KeoLiteDataManager::takeStartRegister(const CmdPack &reply)
         m_checkTimer->start();
 }
 
-/// No answer for a while: the polls may be lost, so they are forgotten and asked again. Each time
-/// in a row takes twice as long, so a server that is dead costs next to nothing.
-void KeoLiteDataManager::giveUpOnPolls()
+/// No answer for a while: it may be lost. Polls that wait are forgotten. Each time in a row takes
+/// twice as long, so a server that is dead costs next to nothing.
+void KeoLiteDataManager::askAgain()
 {
     m_patienceTimer->setInterval(std::min(2 * m_patienceTimer->interval(), kMaxPollPatience));
+    if (state() == CaptureState::Started) {
+        readInitRegister();
+        return;
+    }
     if (isOpening()) { // the task that waits for "OPEN" must stay
         m_patienceTimer->start();
         return;
     }
     qCDebug(lcCapture, "%d polls without an answer, asking again", *m_unansweredPolls);
-    session().clearTasks();
+    giveUpReads();
     m_unansweredPolls = std::make_shared<int>(0);
     m_checkTimer->start();
 }
 
-void KeoLiteDataManager::readCapture()
+void KeoLiteDataManager::readCapture(RegisterAnswer answer)
 {
     m_core->active = 2;
     m_checkTimer->stop();
     m_patienceTimer->stop();
-    readMemory(readPlan());
+    readMemory(readPlan(),
+               answer == RegisterAnswer::AssumedZero ? Evidence::Assumed : Evidence::Told);
 }
 
 } // namespace KEO

@@ -71,16 +71,17 @@ protected:
 private:
     [[nodiscard]] int registerWidth() const;
     [[nodiscard]] ReadPlan readPlan() const;
-    void takeInitRegister(const CmdPack &reply);
+    void readInitRegister();
+    void takeInitRegister(RegisterAnswer answer);
     void poll();
-    void takeStartRegister(const CmdPack &reply);
-    void giveUpOnPolls();
-    void readCapture();
+    void takeStartRegister(RegisterAnswer answer);
+    void askAgain();
+    void readCapture(RegisterAnswer answer);
 
     std::unique_ptr<LiteCoreConfig> m_core;
-    QTimer *m_checkTimer;    // owned by the object tree
-    QTimer *m_delayTimer;    // owned by the object tree
-    QTimer *m_patienceTimer; // owned by the object tree; how long unanswered polls hold up others
+    QTimer *m_checkTimer;                   // owned by the object tree
+    QTimer *m_delayTimer;                   // owned by the object tree
+    QTimer *m_patienceTimer;                // owned by the object tree; until reads are asked again
     std::shared_ptr<int> m_unansweredPolls; // shared with the tasks that wait for the answers
 };
 

@@ -23,13 +23,6 @@ namespace {
 constexpr int kPollInterval = 500; // ms
 constexpr int kLeadingBits = 32;   // that a memory read shifts out before the rows
 
-/// Tells the answer to a memory read from the answer to a poll. Needed because request ids are used
-/// again at once: a reply that comes after a stop can find a request of the next run under its id.
-bool isSection(const CmdPack &reply)
-{
-    return reply.contains(QStringLiteral("WINDOW"));
-}
-
 } // namespace
 
 CaptureManager::ReadPlan KeoStandardDataManager::readPlan(const CoreConfig &core)
@@ -98,9 +91,7 @@ void KeoStandardDataManager::start(const QList<int> &positions)
 {
     if (state() != CaptureState::Idle)
         return;
-    const Step step = beginStep();
-    enterState(CaptureState::Armed);
-    if (!step.isCurrent())
+    if (!beginRun(CaptureState::Armed))
         return;
     for (const int position : positions) {
         if (position < 0 || size_t(position) >= m_cores.size() || !m_cores[size_t(position)])
@@ -240,6 +231,7 @@ void KeoStandardDataManager::rearm()
     if (state() != CaptureState::ReadComplete)
         return;
     const Step step = beginStep();
+    beginRound();
     enterState(CaptureState::Armed);
     if (!step.isCurrent())
         return;
@@ -258,19 +250,17 @@ void KeoStandardDataManager::poll(CoreConfig &core, const Step &step)
         m_currentCore = &core;
         selectCore(core);
     }
-    readStartRegister(core.requiredRegisterWidth(), [this, step](const CmdPack &reply, bool *done) {
-        *done = true;
-        if (step.isCurrent())
-            takeStartRegister(reply);
-    });
+    readStartRegister(core.requiredRegisterWidth(), EmptyAnswer::SaysNothing,
+                      [this, step](RegisterAnswer answer) {
+                          if (step.isCurrent())
+                              takeStartRegister(answer);
+                      });
 }
 
-/// The core clears its start register when its windows are full. No bits are no answer.
-void KeoStandardDataManager::takeStartRegister(const CmdPack &reply)
+/// The core clears its start register when its windows are full.
+void KeoStandardDataManager::takeStartRegister(RegisterAnswer answer)
 {
-    const QBitArray data = reply.value(QStringLiteral("DATA")).toBitArray();
-    const bool isAnswer = !data.isEmpty() && !isSection(reply);
-    if (state() != CaptureState::Armed || !isAnswer || !isZeroBits(data))
+    if (state() != CaptureState::Armed || answer != RegisterAnswer::Zero)
         return;
     m_currentCore->active = 2;
     m_timer->stop();

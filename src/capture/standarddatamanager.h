@@ -85,7 +85,7 @@ private:
     void rearm();
 
     void poll(CoreConfig &core, const Step &step);
-    void takeStartRegister(const CmdPack &reply);
+    void takeStartRegister(RegisterAnswer answer);
 
     QTimer *m_timer; // owned by the object tree
     CoreList m_cores;

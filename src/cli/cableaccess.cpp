@@ -1,22 +1,42 @@
 #include "cableaccess.h"
 
+#include "interruption.h"
+
 #include <link/jtagsession.h>
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QLocalSocket>
 
 namespace KEO {
 
 namespace {
 
-constexpr int kConnectTime = 5000;
+constexpr int kConnectTime = 5000; // ms
+constexpr int kWaitSlice = 50;     // ms
 
-// A name that nobody listens on is refused at once, so this waits only for a busy server.
-bool isListening(const QString &serverName)
+enum class Socket { Answers, NobodyListens, TakesNoMore };
+
+bool isInterrupted()
 {
-    QLocalSocket probe;
-    probe.connectToServer(serverName);
-    return probe.waitForConnected(kConnectTime);
+    return Interruption::pending().has_value();
+}
+
+// A name that nobody listens on is refused at once, so this waits only for a server that leaves
+// other programs waiting as well.
+Socket probe(const QString &serverName)
+{
+    QLocalSocket socket;
+    QElapsedTimer time;
+    time.start();
+    socket.connectToServer(serverName);
+    while (socket.state() == QLocalSocket::ConnectingState && !time.hasExpired(kConnectTime) &&
+           !isInterrupted())
+        socket.waitForConnected(kWaitSlice);
+    if (socket.state() == QLocalSocket::ConnectedState)
+        return Socket::Answers;
+    return socket.state() == QLocalSocket::ConnectingState ? Socket::TakesNoMore
+                                                           : Socket::NobodyListens;
 }
 
 } // namespace
@@ -26,31 +46,47 @@ CableAccess::~CableAccess()
     killServers(m_processes);
 }
 
-bool CableAccess::connectTo(const ServerRow &row)
+CableAccess::Reached CableAccess::connectTo(const ServerRow &row)
 {
     const JtagConnection &connection = row.connection;
-    if (!isListening(connection.serverName) &&
-        launchServers(m_processes, siblingDirectory(), {row}).isEmpty())
-        return false;
-    if (JtagSession::instance()->connectServer(connection, kConnectTime))
-        return true;
+    const Socket socket = probe(connection.serverName);
+    if (socket == Socket::TakesNoMore || isInterrupted())
+        return Reached::Busy;
+    if (socket == Socket::NobodyListens) {
+        const Interruption::ChildShield shield;
+        if (launchServers(m_processes, siblingDirectory(), {row}).isEmpty())
+            return Reached::No;
+    }
+    if (JtagSession::instance()->connectServer(connection, kConnectTime, isInterrupted))
+        return Reached::Yes;
     stopServer(m_processes, connection.name);
-    return false;
+    return Reached::No;
 }
 
 Result<QString> CableAccess::reach(const QString &cable)
 {
     QStringList known;
+    QStringList busy;
     for (const ServerRow &row : serverTable()) {
         const QString &name = row.connection.name;
         known.append(name);
-        if ((cable.isEmpty() || cable == name) && connectTo(row))
+        if (!cable.isEmpty() && cable != name)
+            continue;
+        const Reached reached = connectTo(row);
+        if (reached == Reached::Yes)
             return name;
+        if (reached == Reached::Busy)
+            busy.append(name);
     }
     if (!cable.isEmpty() && !known.contains(cable))
         return Error{Error::Usage, QCoreApplication::translate(
                                        "CableAccess", "No cable is called \"%1\"; there are: %2.")
                                        .arg(cable, known.join(QStringLiteral(", ")))};
+    if (!busy.isEmpty())
+        return Error{Error::Link, QCoreApplication::translate(
+                                      "CableAccess", "The cable server of %1 is busy with other "
+                                                     "programs and takes no more.")
+                                      .arg(busy.join(QStringLiteral(", ")))};
     return Error{Error::Link,
                  QCoreApplication::translate("CableAccess",
                                              "The cable server can not be started or reached.")};
@@ -60,7 +96,7 @@ QStringList CableAccess::reachAll()
 {
     QStringList reached;
     for (const ServerRow &row : serverTable()) {
-        if (connectTo(row))
+        if (connectTo(row) == Reached::Yes)
             reached.append(row.connection.name);
     }
     return reached;

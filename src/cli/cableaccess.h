@@ -19,13 +19,15 @@ public:
     ~CableAccess();
 
     /// Connects the session to the cable of that name, or to the first that answers if the name is
-    /// empty, and returns its name.
+    /// empty, and returns its name. Gives up early when the program is interrupted.
     Result<QString> reach(const QString &cable);
     /// Connects the session to every cable that answers; their names in table order.
     QStringList reachAll();
 
 private:
-    bool connectTo(const ServerRow &row);
+    enum class Reached { Yes, No, Busy };
+
+    Reached connectTo(const ServerRow &row);
 
     ServerProcesses m_processes;
 };

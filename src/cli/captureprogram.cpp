@@ -79,6 +79,7 @@ CaptureProgram::CaptureProgram(CaptureOptions options, PictureWriter drawPicture
     });
     connect(m_design.get(), &Design::captured, this, &CaptureProgram::onCaptured);
     connect(&m_manager, &CaptureManager::sectionRead, this, &CaptureProgram::onSectionRead);
+    connect(&m_manager, &CaptureManager::reportChanged, this, &CaptureProgram::onReportChanged);
     connect(&m_manager, &CaptureManager::triggerComplete, this, &CaptureProgram::onTriggerComplete);
 }
 
@@ -168,9 +169,12 @@ ExitStatus CaptureProgram::capture()
             return fail(directory.error());
     }
 
-    Interruption::ignoreInChildren();
-    const Result<QString> cable = m_cables.reach(m_options.cable);
     Interruption interruption;
+    const Result<QString> cable = m_cables.reach(m_options.cable);
+    if (const std::optional<ExitStatus> status = Interruption::pending()) {
+        m_message = kindText(words().stopped);
+        return *status;
+    }
     if (!cable)
         return fail(cable.error());
     m_cable = *cable;
@@ -224,6 +228,10 @@ std::optional<Error> CaptureProgram::prepare()
         return Error{Error::Usage, tr("--delay goes with a lite core; these wait for a trigger.")};
     if (const Result<QString> id = m_design->load(m_options.file); !id)
         return id.error();
+    if (kindOf(m_options) == DescriptionKind::Unknown)
+        return Error{
+            Error::Format,
+            tr("%1 can not be used: its mode is neither Standard nor Lite.").arg(m_options.file)};
     m_manager.setDeviceName(m_options.device);
     m_design->setDelay(m_options.delay.value_or(0));
     if (const std::optional<Error> error = m_design->choose(m_options.cores))
@@ -284,6 +292,17 @@ void CaptureProgram::onSectionRead(int core, int window, int sectionsRead, int s
         sections);
 }
 
+/// Told on the spot; what concerns the samples decides the status at the end as well.
+void CaptureProgram::onReportChanged()
+{
+    const RunReport &report = m_manager.report();
+    const bool isSilent = report.server == RunReport::Server::Silent;
+    if (isSilent == std::exchange(m_isSilent, isSilent) || m_ended)
+        return;
+    m_report.say(isSilent ? report.text() : tr("The cable server answers again."));
+    m_report.waitFor(waitingFor());
+}
+
 void CaptureProgram::onCaptured(int core, int window)
 {
     // Taking the window lets the run go on, so it happens once, whatever comes of it.
@@ -296,15 +315,19 @@ void CaptureProgram::onCaptured(int core, int window)
     }
     ++m_round;
     const CaptureLabel label{core, window, isAuto() ? m_round : 0, m_design->traits().exportMode};
-    const Result<QStringList> written =
-        writeFiles(label, captured->core, captured->contents(), m_windows == 1 && !isAuto());
-    if (!written) {
-        end(ExitStatus::FileError, written.error().message);
-        return;
-    }
-    reportCapture(label, captured->core, captured->elements.first().data.size(), *written);
     if (!m_options.project.isEmpty())
         keepForProject(*captured);
+    const Result<QStringList> written =
+        writeFiles(label, captured->core, captured->contents(), m_windows == 1 && !isAuto());
+    if (written)
+        reportCapture(label, captured->core, captured->elements.first().data.size(), *written);
+    else if (m_exportFault.isEmpty())
+        m_exportFault = written.error().message;
+    // A project is still worth the rest of the run, but no further round.
+    if (!written && (m_options.project.isEmpty() || isAuto())) {
+        endWithProject();
+        return;
+    }
 
     if (!isAuto()) {
         --m_windowsLeft;
@@ -358,27 +381,31 @@ void CaptureProgram::keepForProject(const CapturedWindow &captured)
     m_kept.captures.push_back({captured.core, captured.window, captured.contents()});
 }
 
-/// The run is complete: what there is to save is there.
+/// What there is to save is there. A failed export does not keep it from being saved.
 void CaptureProgram::endWithProject()
 {
     if (m_ended)
         return;
-    if (m_options.project.isEmpty()) {
-        end(ExitStatus::Captured);
+    if (!m_manager.report().doubtful.isEmpty()) {
+        end(ExitStatus::Refused, m_manager.report().text());
         return;
     }
-    const Result<QString> saved = saveProject(m_options.project, m_options.file, m_kept);
-    if (!saved) {
-        end(ExitStatus::FileError, saved.error().message);
-        return;
+    QStringList faults;
+    if (!m_exportFault.isEmpty())
+        faults.append(m_exportFault);
+    if (!m_options.project.isEmpty()) {
+        const Result<QString> saved = saveProject(m_options.project, m_options.file, m_kept);
+        m_projectSaved = bool(saved);
+        m_report.finish();
+        if (!saved) {
+            faults.append(saved.error().message);
+        } else if (!m_options.json) {
+            print(m_options.project);
+            print(*saved);
+        }
     }
-    m_projectSaved = true;
-    m_report.finish();
-    if (!m_options.json) {
-        print(m_options.project);
-        print(*saved);
-    }
-    end(ExitStatus::Captured);
+    end(faults.isEmpty() ? ExitStatus::Captured : ExitStatus::FileError,
+        faults.join(QStringLiteral("; ")));
 }
 
 void CaptureProgram::onTriggerComplete(int resultId)
@@ -394,7 +421,9 @@ void CaptureProgram::onTriggerComplete(int resultId)
 
 void CaptureProgram::endIfIncomplete()
 {
-    end(ExitStatus::NoServer, tr("The capture ended before all samples had arrived."));
+    end(ExitStatus::Refused, tr("The capture ended before all samples had arrived. %1")
+                                 .arg(m_manager.report().text())
+                                 .trimmed());
 }
 
 void CaptureProgram::end(ExitStatus status, const QString &message)

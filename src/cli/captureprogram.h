@@ -61,6 +61,7 @@ private:
     void keepForProject(const CapturedWindow &captured);
     void endWithProject();
     void onSectionRead(int core, int window, int sectionsRead, int sections);
+    void onReportChanged();
     void onTriggerComplete(int resultId);
     void endIfIncomplete();
     void end(ExitStatus status, const QString &message = {});
@@ -84,10 +85,11 @@ private:
     QTimer *m_timeoutTimer;    // owned by the object tree
     QTimer *m_linkTimer;       // owned by the object tree
 
-    QString m_cable;       // the one in use
-    int m_windows = 0;     // of the whole run, Auto rounds apart
-    int m_windowsLeft = 0; // those that have not arrived yet
-    int m_round = 0;       // rounds exported so far
+    QString m_cable;         // the one in use
+    int m_windows = 0;       // of the whole run, Auto rounds apart
+    int m_windowsLeft = 0;   // those that have not arrived yet
+    int m_round = 0;         // rounds exported so far
+    bool m_isSilent = false; // the server, of late
     bool m_ended = false;
     ExitStatus m_status = ExitStatus::Captured;
     QString m_message;
@@ -95,6 +97,7 @@ private:
     QJsonArray m_captures;
     SavedProject m_kept; // the latest round
     bool m_projectSaved = false;
+    QString m_exportFault; ///< why the first export failed; else empty
 };
 
 } // namespace KEO

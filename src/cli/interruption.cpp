@@ -20,9 +20,14 @@ constexpr int kPollInterval = 50;
 
 } // namespace
 
-void Interruption::ignoreInChildren()
+/// What is ignored stays ignored in a new process; a handler does not stay.
+Interruption::ChildShield::ChildShield() : m_handler(std::signal(SIGINT, SIG_IGN))
 {
-    std::signal(SIGINT, SIG_IGN);
+}
+
+Interruption::ChildShield::~ChildShield()
+{
+    std::signal(SIGINT, m_handler);
 }
 
 Interruption::Interruption(QObject *parent) : QObject(parent), m_poll(new QTimer(this))

@@ -17,9 +17,19 @@ class Interruption final : public QObject
     Q_OBJECT
 
 public:
-    /// Shields child processes that are started from now on: a terminal sends Ctrl-C to all of
-    /// them, and a server that ends first could not be told to close the device.
-    static void ignoreInChildren();
+    /// Shields the child processes that are started while it lives: a terminal sends Ctrl-C to all
+    /// of them, and a server that ends first could not be told to close the device.
+    class ChildShield final
+    {
+    public:
+        ChildShield();
+        ChildShield(const ChildShield &) = delete;
+        ChildShield &operator=(const ChildShield &) = delete;
+        ~ChildShield();
+
+    private:
+        void (*m_handler)(int);
+    };
 
     explicit Interruption(QObject *parent = nullptr);
     ~Interruption() override;

@@ -1,5 +1,6 @@
 #include "capturepicture.h"
 
+#include <base/wholefile.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QCoreApplication>
@@ -37,7 +38,9 @@ bool drawPicture(const QString &path, QSize size, int core, int window,
     deliverNotifications();
     viewer.zoomFit();
     deliverNotifications();
-    return viewer.grab().save(path, "PNG");
+    const QPixmap picture = viewer.grab();
+    return !writeWholeFile(path, LineEnds::AsTheyAre,
+                           [&](QIODevice &file) { return picture.save(&file, "PNG"); });
 }
 
 } // namespace KEO

@@ -9,13 +9,15 @@ namespace {
 constexpr int kNone = -1;
 
 /// Do the trigger, as the file has it, and the names of the captured bits fit?
-bool fitsCapture(const LoadedWindow &window, const QString &triggerPosition,
-                 const QStringList &signalNames)
+bool fitsCapture(const LoadedWindow &window, int triggerSample, const QStringList &signalNames,
+                 TriggerPosition position)
 {
-    return window.triggerText == triggerPosition && window.signalNames == signalNames;
+    return (position == TriggerPosition::Any ||
+            window.triggerText == QString::number(triggerSample)) &&
+           window.signalNames == signalNames;
 }
 
-bool fitsCore(const LoadedWindow &window, const CoreList &cores)
+bool fitsCore(const LoadedWindow &window, const CoreList &cores, TriggerPosition position)
 {
     const int number = window.core.toInt();
     const auto core = std::ranges::find_if(
@@ -25,22 +27,23 @@ bool fitsCore(const LoadedWindow &window, const CoreList &cores)
     const int index = window.index.toInt();
     // A window that says "none" is harmless: it is not shown.
     return index >= kNone && index < (*core)->window_num &&
-           fitsCapture(window, QString::number((*core)->trigger_pos), (*core)->flatSignalNames());
+           fitsCapture(window, (*core)->trigger_pos, (*core)->flatSignalNames(), position);
 }
 
 } // namespace
 
-bool fitsCores(const LoadedWindows &windows, const CoreList &cores)
+bool fitsCores(const LoadedWindows &windows, const CoreList &cores, TriggerPosition position)
 {
-    return std::ranges::all_of(windows,
-                               [&](const LoadedWindow &window) { return fitsCore(window, cores); });
+    return std::ranges::all_of(
+        windows, [&](const LoadedWindow &window) { return fitsCore(window, cores, position); });
 }
 
-bool fitsLiteCore(const LoadedWindows &windows, const LiteCoreConfig &core)
+bool fitsLiteCore(const LoadedWindows &windows, const LiteCoreConfig &core,
+                  TriggerPosition position)
 {
     const QStringList names = core.flatSignalNames();
-    return std::ranges::all_of(windows, [&names](const LoadedWindow &window) {
-        return fitsCapture(window, QStringLiteral("0"), names);
+    return std::ranges::all_of(windows, [&](const LoadedWindow &window) {
+        return fitsCapture(window, 0, names, position);
     });
 }
 

@@ -9,12 +9,17 @@
 
 namespace KEO {
 
+/// Must the trigger of a window stand where the description has it now?
+enum class TriggerPosition { AsDescribed, Any };
+
 /// Were all of \a windows captured with standard cores as \a cores describes them? A window without
 /// `core` or `index` counts as one with 0.
-[[nodiscard]] bool fitsCores(const LoadedWindows &windows, const CoreList &cores);
+[[nodiscard]] bool fitsCores(const LoadedWindows &windows, const CoreList &cores,
+                             TriggerPosition position);
 
 /// Were all of \a windows captured with the lite core \a core? Its trigger is the first sample.
-[[nodiscard]] bool fitsLiteCore(const LoadedWindows &windows, const LiteCoreConfig &core);
+[[nodiscard]] bool fitsLiteCore(const LoadedWindows &windows, const LiteCoreConfig &core,
+                                TriggerPosition position);
 
 /// Where a window of a data file belongs.
 struct WindowPlace

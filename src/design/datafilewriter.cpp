@@ -109,14 +109,24 @@ QByteArray dataFileText(const QList<WindowToSave> &windows)
     return text;
 }
 
-std::optional<Error> writeDataFile(const QString &path, const QList<WindowToSave> &windows,
-                                   const QString &mayReplace)
+std::optional<Error> addDataFile(FileSet &files, const QString &path,
+                                 const QList<WindowToSave> &windows, const QString &mayReplace)
 {
     if (path != mayReplace && !isFreeForFile(path) && !isDataFile(path))
         return Error{Error::File, QCoreApplication::translate(
                                       "KEO::DataFile", "%1 is no data file and is not replaced.")
                                       .arg(path)};
-    return writeWholeFile(path, dataFileText(windows), LineEnds::Native);
+    return files.add(path, dataFileText(windows), LineEnds::Native);
+}
+
+std::optional<Error> writeDataFile(const QString &path, const QList<WindowToSave> &windows,
+                                   const QString &mayReplace)
+{
+    FileSet files;
+    if (const std::optional<Error> error = addDataFile(files, path, windows, mayReplace))
+        return error;
+    const QList<FileSet::Fault> faults = files.commit();
+    return faults.isEmpty() ? std::nullopt : std::optional(faults.first().error);
 }
 
 } // namespace KEO

@@ -14,6 +14,8 @@ class WindowContents;
 
 namespace KEO {
 
+class FileSet;
+
 /// One window on its way into a data file.
 struct WindowToSave
 {
@@ -28,9 +30,14 @@ struct WindowToSave
 /// bits straight into the text, which is sized first.
 [[nodiscard]] QByteArray dataFileText(const QList<WindowToSave> &windows);
 
-/// Writes that text whole or not at all, where no file stands, an empty one or a data file: a
+/// Puts that text into \a files for \a path, where no file stands, an empty one or a data file: a
 /// foreign project file can name any path. \a mayReplace, if given, may hold anything else. Nothing
 /// on success, else an error of kind File.
+[[nodiscard]] std::optional<Error> addDataFile(FileSet &files, const QString &path,
+                                               const QList<WindowToSave> &windows,
+                                               const QString &mayReplace = {});
+
+/// The same for a file alone, which is written whole or not at all.
 [[nodiscard]] std::optional<Error> writeDataFile(const QString &path,
                                                  const QList<WindowToSave> &windows,
                                                  const QString &mayReplace = {});

@@ -32,12 +32,13 @@ Result<QString> Design::load(const QString &path)
     return Error{Error::File, tr("%1 can not be used: %2").arg(path, reason)};
 }
 
-Result<std::optional<Design::SavedWindows>> Design::openWindows(const QString &path) const
+Result<std::optional<Design::SavedWindows>> Design::openWindows(const QString &path,
+                                                                TriggerPosition position) const
 {
     Result<LoadedWindows> loaded = loadDataFile(path);
     if (!loaded)
         return loaded.error();
-    if (!fits(*loaded))
+    if (!fits(*loaded, position))
         return std::optional<SavedWindows>();
     SavedWindows windows;
     for (LoadedWindow &window : *loaded) {

@@ -42,15 +42,15 @@ public:
     /// error of kind File says in words for the user why it can't be used; one that is missing
     /// changes nothing, any other leaves no cores.
     [[nodiscard]] Result<QString> load(const QString &path);
-    /// Writes the description at \a path. False if that can't be done.
-    [[nodiscard]] virtual bool save(const QString &path) const = 0;
+    /// The description as the cores are now, to be written in text mode; null without cores.
+    [[nodiscard]] virtual QByteArray descriptionText() const = 0;
     /// The window with the design is closed: what becomes of a run and of the cores. May see the
     /// design deleted.
     virtual void leave() = 0;
 
     /// Makes the cores with these numbers the ones that run, or the first for none, just as the
     /// description has them. An error of kind Usage if there is no such core, of kind Format if
-    /// nothing can be read from one.
+    /// one can't be captured as it stands, see captureObstacle.
     [[nodiscard]] virtual std::optional<Error> choose(const QList<int> &cores) = 0;
     /// Is there anything that a run, or an Auto run, could read?
     [[nodiscard]] virtual bool canStart() const = 0;
@@ -84,7 +84,8 @@ public:
     using SavedWindows = std::vector<SavedWindow>;
     /// The windows of the data file at \a path that are to be shown, in its order; nothing if it
     /// belongs to another design. Errors are those of loadDataFile.
-    [[nodiscard]] Result<std::optional<SavedWindows>> openWindows(const QString &path) const;
+    [[nodiscard]] Result<std::optional<SavedWindows>>
+    openWindows(const QString &path, TriggerPosition position = TriggerPosition::AsDescribed) const;
 
 Q_SIGNALS:
     /// All of a window is there; see take. \a core is the number in the description.
@@ -96,7 +97,8 @@ protected:
     /// Where load gets the cores. Gives the check value, or why there is none.
     virtual bool loadCores(const QString &path, QString &id, QString &reason) = 0;
     /// Were all of \a windows captured from these cores?
-    [[nodiscard]] virtual bool fits(const LoadedWindows &windows) const = 0;
+    [[nodiscard]] virtual bool fits(const LoadedWindows &windows,
+                                    TriggerPosition position) const = 0;
     /// Nothing for a window that is not to be shown.
     [[nodiscard]] virtual std::optional<WindowPlace> placeOf(const LoadedWindow &window) const = 0;
     [[nodiscard]] int delay() const { return m_delay; }

@@ -2,6 +2,7 @@
 
 #include "exportcore.h"
 
+#include <config/capturelimits.h>
 #include <config/liteconfig.h>
 
 #include <QPointer>
@@ -20,10 +21,10 @@ bool LiteDesign::loadCores(const QString &path, QString &id, QString &reason)
     return m_manager.load(path, id, &reason);
 }
 
-bool LiteDesign::save(const QString &path) const
+QByteArray LiteDesign::descriptionText() const
 {
     const LiteCoreConfig *core = m_manager.core();
-    return core && saveLiteConfigFile({*core}, path);
+    return core ? saveLiteConfig({*core}) : QByteArray();
 }
 
 std::optional<Error> LiteDesign::choose(const QList<int> &cores)
@@ -33,12 +34,7 @@ std::optional<Error> LiteDesign::choose(const QList<int> &cores)
         if (number != core.index)
             return unknownCore(number);
     }
-    if (core.capture_amount < 1 || core.signals.isEmpty())
-        return Error{Error::Format,
-                     tr("Core %1 captures %2 samples of %3 signals: nothing to read.")
-                         .arg(QString::number(core.index), QString::number(core.capture_amount),
-                              QString::number(signalBits(core.signals)))};
-    return {};
+    return captureObstacle(core);
 }
 
 void LiteDesign::start()
@@ -82,9 +78,9 @@ void LiteDesign::keepNames(int, const QMap<int, SignalNames> &names)
         core->applySignalNames(names);
 }
 
-bool LiteDesign::fits(const LoadedWindows &windows) const
+bool LiteDesign::fits(const LoadedWindows &windows, TriggerPosition position) const
 {
-    return m_manager.core() && fitsLiteCore(windows, *m_manager.core());
+    return m_manager.core() && fitsLiteCore(windows, *m_manager.core(), position);
 }
 
 std::optional<WindowPlace> LiteDesign::placeOf(const LoadedWindow &window) const

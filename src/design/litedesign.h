@@ -16,7 +16,7 @@ public:
 
     [[nodiscard]] KeoLiteDataManager &manager() override { return m_manager; }
 
-    [[nodiscard]] bool save(const QString &path) const override;
+    [[nodiscard]] QByteArray descriptionText() const override;
     /// A run is not stopped and the core not let go. Only the end of the program leaves during a
     /// run; it drops the connections right after, and with them whatever a stop would have sent. A
     /// core that is not in use costs nothing, and the next file replaces it.
@@ -35,7 +35,7 @@ public:
 
 protected:
     bool loadCores(const QString &path, QString &id, QString &reason) override;
-    [[nodiscard]] bool fits(const LoadedWindows &windows) const override;
+    [[nodiscard]] bool fits(const LoadedWindows &windows, TriggerPosition position) const override;
     [[nodiscard]] std::optional<WindowPlace> placeOf(const LoadedWindow &window) const override;
 
 private:

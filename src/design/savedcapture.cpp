@@ -3,9 +3,11 @@
 #include "design.h"
 #include "projectfile.h"
 
+#include <base/wholefile.h>
 #include <link/jtagsession.h>
 
 #include <QCoreApplication>
+#include <QFileInfo>
 
 #include <optional>
 #include <utility>
@@ -30,32 +32,40 @@ Result<QString> saveProject(const QString &path, const QString &description,
                            .numbersOf(capture.core.index, capture.window, windows.size()));
         windows.last().contents = &capture.contents;
     }
-    const ProjectFile project{description, dataFileBeside(path)};
-    std::optional<Error> error = writeDataFile(project.dataFile, windows);
+    const QFileInfo info(path);
+    const ProjectFile project{description, info.path() + u'/' + info.completeBaseName() +
+                                               QStringLiteral(".xml")};
+    FileSet files;
+    std::optional<Error> error = addDataFile(files, project.dataFile, windows);
     if (!error)
-        error = writeProjectFile(path, project);
+        error = addProjectFile(files, path, project);
     if (error)
         return *error;
+    if (const QList<FileSet::Fault> faults = files.commit(); !faults.isEmpty())
+        return faults.first().error;
     return project.dataFile;
 }
 
 Result<SavedProject> openProject(const QString &path)
 {
-    const Result<ProjectFile> project = readProjectFile(path);
+    const Result<ProjectFile> project = readProjectFile(projectFileFor(path));
     if (!project)
         return project.error();
     SavedProject saved{descriptionKind(project->keoFile), {}};
     const auto design = Design::make(saved.kind, *JtagSession::instance());
     if (const Result<QString> id = design->load(project->keoFile); !id)
         return id.error();
-    Result<std::optional<Design::SavedWindows>> windows = design->openWindows(project->dataFile);
+    Result<std::optional<Design::SavedWindows>> windows =
+        design->openWindows(project->dataFile, TriggerPosition::Any);
     if (!windows)
         return windows.error();
     if (!*windows)
         return Error{Error::Format, otherDesignText()};
-    for (Design::SavedWindow &window : **windows)
-        saved.captures.push_back({design->exportCore(window.place.core), window.place.window,
-                                  std::move(window.contents)});
+    for (Design::SavedWindow &window : **windows) {
+        ExportCore core = design->exportCore(window.place.core);
+        core.triggerSample = window.contents.triggerPosition();
+        saved.captures.push_back({core, window.place.window, std::move(window.contents)});
+    }
     // The names of a lite core's files tell nothing of the window: one would replace the other.
     if (saved.kind == DescriptionKind::Lite && saved.captures.size() > 1)
         return Error{Error::Format,

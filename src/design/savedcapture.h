@@ -27,13 +27,14 @@ struct SavedProject
 };
 
 /// Saves \a captures as the project \a path, which names the description \a description as it
-/// stands and a data file beside it. Both files are written whole or not at all. Returns the path
-/// of the data file.
+/// stands and a data file beside it, whose name is the project's whole base name. The two are
+/// replaced together, or neither. Returns the path of the data file.
 Result<QString> saveProject(const QString &path, const QString &description,
                             const SavedProject &captures);
 
 /// Opens a project of either kind of core. Refuses one that has no waves or waves of another
-/// design.
+/// design. A description whose trigger position was changed after the capture is none: the windows
+/// keep theirs.
 Result<SavedProject> openProject(const QString &path);
 
 } // namespace KEO

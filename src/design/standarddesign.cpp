@@ -2,6 +2,7 @@
 
 #include "exportcore.h"
 
+#include <config/capturelimits.h>
 #include <config/standardconfig.h>
 
 #include <QPointer>
@@ -19,9 +20,9 @@ bool StandardDesign::loadCores(const QString &path, QString &id, QString &reason
     return m_manager.load(path, id, &reason);
 }
 
-bool StandardDesign::save(const QString &path) const
+QByteArray StandardDesign::descriptionText() const
 {
-    return saveStandardConfigFile(cores(), path);
+    return saveStandardConfig(cores()).toLatin1();
 }
 
 void StandardDesign::leave()
@@ -42,22 +43,10 @@ std::optional<Error> StandardDesign::choose(const QList<int> &cores)
             return unknownCore(number);
         core->active = 1;
     }
-    constexpr int kSectionRows = CaptureManager::kSectionRows;
     for (CoreConfig *core : m_manager.activeCores()) {
         core->ensureExpressionFlags();
-        if (core->capture_amount < 1 || core->window_num < 1)
-            return Error{Error::Format,
-                         tr("Core %1 captures %2 samples in %3 windows: nothing to read.")
-                             .arg(QString::number(core->index),
-                                  QString::number(core->capture_amount),
-                                  QString::number(core->window_num))};
-        if (core->capture_amount > kSectionRows && core->capture_amount % kSectionRows != 0)
-            return Error{Error::Format,
-                         tr("Core %1 captures %2 samples; above %3 only multiples of %3 can be "
-                            "read.")
-                             .arg(QString::number(core->index),
-                                  QString::number(core->capture_amount),
-                                  QString::number(kSectionRows))};
+        if (std::optional<Error> obstacle = captureObstacle(*core))
+            return obstacle;
     }
     return {};
 }
@@ -132,9 +121,9 @@ void StandardDesign::keepNames(int core, const QMap<int, SignalNames> &names)
         config->applySignalNames(names);
 }
 
-bool StandardDesign::fits(const LoadedWindows &windows) const
+bool StandardDesign::fits(const LoadedWindows &windows, TriggerPosition position) const
 {
-    return fitsCores(windows, cores());
+    return fitsCores(windows, cores(), position);
 }
 
 std::optional<WindowPlace> StandardDesign::placeOf(const LoadedWindow &window) const

@@ -17,7 +17,7 @@ public:
     [[nodiscard]] KeoStandardDataManager &manager() override { return m_manager; }
     [[nodiscard]] const CoreList &cores() const { return m_manager.cores(); }
 
-    [[nodiscard]] bool save(const QString &path) const override;
+    [[nodiscard]] QByteArray descriptionText() const override;
     /// Stops a run and lets the cores go.
     void leave() override;
     [[nodiscard]] std::optional<Error> choose(const QList<int> &cores) override;
@@ -35,7 +35,7 @@ public:
 
 protected:
     bool loadCores(const QString &path, QString &id, QString &reason) override;
-    [[nodiscard]] bool fits(const LoadedWindows &windows) const override;
+    [[nodiscard]] bool fits(const LoadedWindows &windows, TriggerPosition position) const override;
     [[nodiscard]] std::optional<WindowPlace> placeOf(const LoadedWindow &window) const override;
 
 private:

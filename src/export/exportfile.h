@@ -1,28 +1,17 @@
 #pragma once
 
-#include <QFile>
-#include <QString>
+#include <base/wholefile.h>
 
-#include <cerrno>
+#include <QString>
 
 namespace KEO {
 
-/// Opens \a path for writing from its start and runs \a write on the file, which returns success.
-/// Unbuffered, because the writers have a buffer of their own and must see every refusal. After
-/// false, `errno` tells the system's reason.
+/// Replaces \a path with what \a write writes, which returns success; after false the file that was
+/// there is as before, and `errno` tells the system's reason.
 template <typename Write>
 [[nodiscard]] bool writeExportFile(const QString &path, Write write)
 {
-    QFile file(path);
-    errno = 0;
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text |
-                   QIODevice::Unbuffered))
-        return false;
-    const bool isWritten = write(file);
-    const int reason = errno;
-    file.close();
-    errno = reason;
-    return isWritten;
+    return !writeWholeFile(path, LineEnds::Native, write);
 }
 
 } // namespace KEO

@@ -173,12 +173,14 @@ void ExportDialog::connectSlots()
     connect(m_comboBoxForPRN, &QComboBox::currentIndexChanged, this, &ExportDialog::updateViewList);
 }
 
-void ExportDialog::run(const ExportSource &source, QWidget *parent)
+QString ExportDialog::run(const ExportSource &source, QWidget *parent)
 {
     // On the heap: the parent may be gone when the dialog returns, and the dialog with it.
     const QPointer<ExportDialog> dialog = new ExportDialog(source, parent);
     dialog->exec();
+    const QString outcome = dialog ? dialog->m_outcome : QString();
     delete dialog;
+    return outcome;
 }
 
 void ExportDialog::onBrowse()
@@ -290,18 +292,27 @@ void ExportDialog::accept()
     QDialog::accept();
 }
 
-void ExportDialog::writeFiles(const ExportSettings &chosen) const
+/// Nobody is told of a failure in a box.
+void ExportDialog::writeFiles(const ExportSettings &chosen)
 {
     const WaitCursor cursor;
     const ExportCore core = coreToExport();
+    QStringList failed;
+    QStringList written;
     for (const WaveMonitorWidget *monitor : monitorsToExport()) {
         const QString suffix = exportSuffix(m_projectMode, chosen.format, monitor->coreNumber(),
                                             monitor->windowNumber());
         const QString path =
             exportPath(m_editDir->text(), m_editName->text() + suffix, chosen.format);
-        // Nobody is told of a failure, but the log has it.
-        static_cast<void>(writeExport(path, chosen, core, monitor->contents()));
+        QString reason;
+        if (writeExport(path, chosen, core, monitor->contents(), &reason))
+            written.append(path);
+        else
+            failed.append(tr("%1 can't be written: %2").arg(path, reason));
     }
+    if (!written.isEmpty())
+        failed.append(tr("Exported %1").arg(written.join(QStringLiteral(", "))));
+    m_outcome = failed.join(QStringLiteral("; "));
 }
 
 /// Without a loop of its own: the dialog may go while the box shows.

@@ -30,7 +30,7 @@ struct ExportSource
 
 /// Asks for the files to export and writes them on OK: one for each wave monitor of the chosen
 /// core, or the first wave monitor of a lite core. Files are replaced without a question. A file
-/// that can't be written stays unwritten, with the reason in the debug log alone.
+/// that can't be written stays as it was; the reason is in the debug log and in what run() gives.
 ///
 /// The samples are read from the monitors as they show them; nothing is copied.
 class ExportDialog final : public QDialog
@@ -40,8 +40,9 @@ class ExportDialog final : public QDialog
 public:
     explicit ExportDialog(const ExportSource &source, QWidget *parent = nullptr);
 
-    /// Shows the dialog and returns when the user is through with it.
-    static void run(const ExportSource &source, QWidget *parent);
+    /// Shows the dialog and returns when the user is through with it. Gives what became of the
+    /// files, in words for the user; empty if none was to be written.
+    static QString run(const ExportSource &source, QWidget *parent);
 
 public Q_SLOTS:
     /// Writes the files, or says what is missing and stays.
@@ -63,7 +64,7 @@ private:
     [[nodiscard]] ExportSettings settings() const;
     [[nodiscard]] ExportCore coreToExport() const;
     [[nodiscard]] QList<WaveMonitor::WaveMonitorWidget *> monitorsToExport() const;
-    void writeFiles(const ExportSettings &settings) const;
+    void writeFiles(const ExportSettings &settings);
     void showError(const QString &text);
 
     QLineEdit *m_editDir;
@@ -81,6 +82,7 @@ private:
     const ExportMode m_projectMode;
     const QList<ExportCore> m_cores; ///< in the order of m_comBoxKo
     QList<QPointer<WaveMonitor::WaveMonitorWidget>> m_waveMonitors;
+    QString m_outcome; ///< see run
 };
 
 } // namespace KEO

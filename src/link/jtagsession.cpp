@@ -5,6 +5,7 @@
 
 #include <base/logging.h>
 
+#include <QElapsedTimer>
 #include <QMutexLocker>
 #include <QThread>
 
@@ -19,6 +20,7 @@ namespace {
 constexpr int kConnectTime = 5000; // ms
 constexpr int kConnectRetries = 64;
 constexpr int kRetryPause = 30; // ms
+constexpr int kWaitSlice = 50;  // ms
 
 const QString kRequestId = QStringLiteral("request_id");
 const QString kDataRequestId = QStringLiteral("data_request_id");
@@ -80,16 +82,27 @@ QList<JtagConnection> JtagSession::connectServers(const QList<JtagConnection> &r
     return failed;
 }
 
-bool JtagSession::connectServer(const JtagConnection &record, int msecs)
+bool JtagSession::connectServer(const JtagConnection &record, int msecs,
+                                const std::function<bool()> &isGivenUp)
 {
     auto client = std::make_unique<JtagClient>(this);
+    const auto goesOn = [&] { return !isGivenUp || !isGivenUp(); };
     const auto connectOnce = [&] {
+        QElapsedTimer time;
+        time.start();
         client->connectToServer(record.serverName, QIODevice::ReadWrite);
-        return client->waitForConnected(msecs);
+        while (client->state() == QLocalSocket::ConnectingState && !time.hasExpired(msecs) &&
+               goesOn())
+            client->waitForConnected(std::min(kWaitSlice, msecs));
+        return client->state() == QLocalSocket::ConnectedState;
     };
     bool connected = connectOnce();
-    for (int retry = 0; !connected && retry < kConnectRetries; ++retry) {
-        client->abort(); // an attempt that timed out is still under way
+    for (int retry = 0; !connected && retry < kConnectRetries && goesOn(); ++retry) {
+        if (client->state() == QLocalSocket::ConnectingState) {
+            qCDebug(lcLink) << record.serverName << "takes no more clients";
+            break;
+        }
+        client->abort();
         QThread::msleep(kRetryPause);
         connected = connectOnce();
     }
@@ -152,13 +165,31 @@ void JtagSession::sendCommand(CmdPack pack, JtagTask task)
     send(pack);
 }
 
-void JtagSession::sendDataCommand(CmdPack pack, JtagDataTask task)
+void JtagSession::awaitReply(JtagTask task)
 {
+    store(m_taskMutex, m_tasks, std::move(task));
+}
+
+JtagDataRequest JtagSession::sendDataCommand(CmdPack pack, JtagDataTask task)
+{
+    std::shared_ptr<const JtagDataTask> stored;
     if (task) {
-        pack[kDataRequestId] = store(m_dataTaskMutex, m_dataTasks,
-                                     std::make_shared<const JtagDataTask>(std::move(task)));
+        stored = std::make_shared<const JtagDataTask>(std::move(task));
+        pack[kDataRequestId] = store(m_dataTaskMutex, m_dataTasks, stored);
     }
     send(pack);
+    return stored;
+}
+
+void JtagSession::finishData(const JtagDataRequest &request)
+{
+    // Dies after the lock is gone, see clear.
+    const std::shared_ptr<const JtagDataTask> task = request.lock();
+    const QMutexLocker lock(&m_dataTaskMutex);
+    for (std::shared_ptr<const JtagDataTask> &entry : m_dataTasks) {
+        if (task && entry == task)
+            entry.reset();
+    }
 }
 
 void JtagSession::send(const CmdPack &pack)
@@ -191,6 +222,7 @@ void JtagSession::disconnectAll()
     for (const JtagConnection &connection : connections)
         connection.client->disconnectFromServer();
     clearTasks();
+    m_lateReplies.clear();
 }
 
 void JtagSession::dataReturned(CmdPack data)
@@ -201,6 +233,13 @@ void JtagSession::dataReturned(CmdPack data)
         runDataTask(std::move(data));
     else
         qCDebug(lcLink) << "packet without an id dropped," << data.size() << "keys";
+}
+
+void JtagSession::noteDropped(int LateReplies::*kind)
+{
+    LateReplies late = lateReplies();
+    late.*kind = std::max(late.*kind - 1, 0);
+    setLateReplies(late);
 }
 
 // In both, an id that is not in the table stays out of it: a server must not be able to fill it.
@@ -217,6 +256,7 @@ void JtagSession::runTask(CmdPack reply)
     }
     if (!task) {
         qCDebug(lcLink, "reply dropped: no task waits for it");
+        noteDropped(&LateReplies::commands);
         return;
     }
     task(reply);
@@ -232,6 +272,7 @@ void JtagSession::runDataTask(CmdPack reply)
     }
     if (!task) {
         qCDebug(lcLink, "data reply dropped: no task waits for it");
+        noteDropped(&LateReplies::data);
         return;
     }
     bool done = false;

@@ -2,6 +2,7 @@
 
 #include "cmdpack.h"
 
+#include <QHash>
 #include <QList>
 #include <QMap>
 #include <QMutex>
@@ -31,6 +32,17 @@ struct JtagConnection
 using JtagTask = std::function<void(const CmdPack &)>;
 /// Takes replies until it sets `*done`.
 using JtagDataTask = std::function<void(const CmdPack &, bool *done)>;
+/// A data request that was sent, for as long as its task waits.
+using JtagDataRequest = std::weak_ptr<const JtagDataTask>;
+
+/// Replies that a server may still send to requests that were forgotten. They come before the
+/// replies to all later requests, since a server answers in order.
+struct LateReplies
+{
+    bool areAwaited = false; ///< until somebody knows better; the counts are less sure
+    int commands = 0;        ///< to commands, at most
+    int data = 0;            ///< to data requests, at most
+};
 
 /// The connections to all cable servers that answered, the current one among them, and the tasks
 /// that wait for replies. GUI thread; only connecting blocks. There is no time-out on a reply: a
@@ -48,9 +60,12 @@ public:
     /// Tries each record with connectServer(record, 5000), in order; returns the ones that failed.
     QList<JtagConnection> connectServers(const QList<JtagConnection> &records);
     /// Up to 65 attempts of \a msecs each, 30 ms apart: about 2 s for a name that nobody answers
-    /// on. A connection is appended to the list; the server's later death does not take it out
-    /// again.
-    bool connectServer(const JtagConnection &record, int msecs);
+    /// on. An attempt that runs out of time is the last one: somebody listens, but has let so many
+    /// clients wait that there is no room for one more. Ends early, without a connection, once
+    /// \a isGivenUp says so; it is asked every 50 ms. A connection is appended to the list; the
+    /// server's later death does not take it out again.
+    bool connectServer(const JtagConnection &record, int msecs,
+                       const std::function<bool()> &isGivenUp = {});
     [[nodiscard]] bool hasConnection() const;
     /// A cable is selected and its server still holds the connection. Nothing in the session acts
     /// on a server that went away; a program that runs unattended may want to.
@@ -62,13 +77,25 @@ public:
     /// Sends \a pack to the current cable (nowhere if none is selected). With a task, the packet
     /// carries a "request_id", the smallest that is free, and the reply runs the task once.
     void sendCommand(CmdPack pack, JtagTask task = {});
-    /// The same with "data_request_id" and the table of data requests, whose ids count apart. The
-    /// id stays taken until the task says that it is done. selectCable must have succeeded before.
-    void sendDataCommand(CmdPack pack, JtagDataTask task);
+    /// Lets \a task take one more reply under the smallest free id, without sending anything: the
+    /// reply that came was to an earlier command.
+    void awaitReply(JtagTask task);
+    /// The same as sendCommand with "data_request_id" and the table of data requests, whose ids
+    /// count apart. The id stays taken until the task says that it is done, or finishData says so.
+    /// selectCable must have succeeded before.
+    JtagDataRequest sendDataCommand(CmdPack pack, JtagDataTask task);
+    /// Forgets the task of \a request, if it still waits, and frees its id.
+    void finishData(const JtagDataRequest &request);
     /// Cable name and `cable * 2 + channel` of each connection.
     [[nodiscard]] QList<QPair<QString, int>> availableCables() const;
-    /// Forgets all tasks; replies still on their way are dropped.
+    /// Forgets all tasks; replies still on their way are dropped, or meet a later task that waits
+    /// under the same id.
     void clearTasks();
+    /// What the current cable's server still owes. Noted here, where it outlives the run that has
+    /// forgotten its requests. The session counts down the replies that no task waits for, and
+    /// leaves it to the tasks to tell which of the others are late.
+    [[nodiscard]] LateReplies lateReplies() const { return m_lateReplies.value(m_current); }
+    void setLateReplies(LateReplies late) { m_lateReplies[m_current] = late; }
     /// Drops all connections and tasks. The clients, idle from now on, stay children of the
     /// session.
     void disconnectAll();
@@ -89,6 +116,7 @@ private:
     [[nodiscard]] const JtagConnection *find(const QString &name) const;
 
     void send(const CmdPack &pack);
+    void noteDropped(int LateReplies::*kind);
     void runTask(CmdPack reply);
     void runDataTask(CmdPack reply);
 
@@ -99,6 +127,7 @@ private:
     QMap<unsigned int, JtagTask> m_tasks;
     QMap<unsigned int, std::shared_ptr<const JtagDataTask>> m_dataTasks;
     JtagClient *m_current = nullptr; // borrowed, a child of the session like all clients
+    QHash<const JtagClient *, LateReplies> m_lateReplies;
     QList<JtagConnection> m_connections;
 };
 

@@ -37,9 +37,10 @@ public:
     /// Takes over the device that the command line named; each may be empty.
     virtual void setDevice(const QString &family, const QString &device, const QString &fsFile) = 0;
 
-    /// Ends a capture at once. Safe from inside any event loop, that of a question before
-    /// closeProject included, which the reading of the samples would hold up.
-    virtual void stopCapture() {}
+    /// Ends a capture whose samples are being read; any other goes on. Reading runs inside the
+    /// event loop that it began in, so it would hold up the question before closeProject until its
+    /// end.
+    virtual void stopReading() {}
 
     std::function<QTabWidget *()> tabWidgetGetter;
     std::function<QToolBar *()> toolBarGetter;

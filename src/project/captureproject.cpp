@@ -46,6 +46,8 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     const ProjectParts parts{*m_design, *m_page, *m_programmer, m_waveTabs, *m_boxes, *m_status};
     m_run = new RunControl(parts, this);
     m_files = new ProjectFiles(parts, this);
+    connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
+    connect(this, &CaptureProject::told, m_status, &StatusLine::tell);
     connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
     connect(m_page.get(), &ConfigPage::changed, this, &CaptureProject::updateActions);
     connect(&m_design->manager(), &CaptureManager::triggerComplete, this,
@@ -189,9 +191,9 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
     m_programmer->setDevice(family, device, fsFile);
 }
 
-void CaptureProject::stopCapture()
+void CaptureProject::stopReading()
 {
-    if (isBusy())
+    if (m_design->manager().state() == CaptureState::Reading)
         m_design->manager().stop();
 }
 
@@ -287,11 +289,15 @@ void CaptureProject::onExport()
         if (cores.isEmpty() || cores.last().index != monitor->coreNumber())
             cores.append(m_design->exportCore(monitor->coreNumber()));
     }
-    ExportDialog::run({.mode = m_design->traits().exportMode,
-                       .directory = QFileInfo(m_files->description()).absolutePath(),
-                       .cores = cores,
-                       .waveMonitors = monitors},
-                      m_boxes->window());
+    const QPointer<CaptureProject> self(this);
+    const QString outcome =
+        ExportDialog::run({.mode = m_design->traits().exportMode,
+                           .directory = QFileInfo(m_files->description()).absolutePath(),
+                           .cores = cores,
+                           .waveMonitors = monitors},
+                          m_boxes->window());
+    if (self && !outcome.isEmpty())
+        Q_EMIT told(outcome);
 }
 
 void CaptureProject::onSave()

@@ -43,7 +43,7 @@ public:
     /// shown.
     bool openFile(const QString &path) final;
     void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
-    void stopCapture() final;
+    void stopReading() final;
 
     /// F3 forces the trigger and F4 stops, and both take the waiting tip away.
     bool event(QEvent *event) override;
@@ -73,6 +73,8 @@ Q_SIGNALS:
     void programCableChanged(int cableIdx);
     /// Channel of the cable for the programmer tool. Channel 0 is not told.
     void programChannelChanged(int cableIdx);
+    /// What became of a save or an export, in words for the user.
+    void told(const QString &text);
 
 protected:
     /// What a kind of project brings along. The page may borrow the design.

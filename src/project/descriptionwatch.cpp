@@ -2,17 +2,37 @@
 
 #include "reloadbanner.h"
 
+#include <config/descriptionkind.h>
+
 #include <QBoxLayout>
 #include <QFileInfo>
+#include <QIcon>
+#include <QTabWidget>
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace KEO {
 
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kHoldStep = 300ms;                   // between looks at a file that is being written
+constexpr std::chrono::milliseconds kPatience = 4s; // with one that is no description
+
+} // namespace
+
 DescriptionWatch::DescriptionWatch(std::function<bool()> isBusy, QObject *parent)
     : QObject(parent), m_isBusy(std::move(isBusy))
 {
-    connect(&m_fileWatcher, &FileWatch::fileChanged, this, &DescriptionWatch::onFileChanged);
+    m_holdTimer.setSingleShot(true);
+    connect(&m_holdTimer, &QTimer::timeout, this, [this] { onFileChanged({}); });
+    connect(&m_fileWatcher, &FileWatch::fileChanged, this, [this](const QString &path) {
+        m_heldSince.invalidate(); // somebody is at work
+        onFileChanged(path);
+    });
 }
 
 void DescriptionWatch::start(const QString &keoFilePath, QWidget *page)
@@ -27,6 +47,8 @@ void DescriptionWatch::start(const QString &keoFilePath, QWidget *page)
 void DescriptionWatch::stop()
 {
     m_fileWatcher.stop();
+    m_holdTimer.stop();
+    m_heldSince.invalidate();
     removeBanners();
     m_keoFilePath.clear();
     m_reloadPending = false;
@@ -59,7 +81,8 @@ void DescriptionWatch::onFileChanged(const QString &path)
         return;
     }
     removeBanners();
-    addBanner(ReloadBanner::Changed, shownPath);
+    if (!isHeldBack())
+        addBanner(ReloadBanner::Changed, shownPath);
 }
 
 void DescriptionWatch::addBanner(int mode, const QString &path)
@@ -71,6 +94,32 @@ void DescriptionWatch::addBanner(int mode, const QString &path)
     connect(m_reloadBanner, &ReloadBanner::reload, this, &DescriptionWatch::onReloadKeoFile);
     connect(m_reloadBanner, &ReloadBanner::closeIt, this, &DescriptionWatch::onBannerClose);
     layout->insertWidget(0, m_reloadBanner);
+    markTab(true);
+}
+
+bool DescriptionWatch::isHeldBack()
+{
+    if (descriptionKind(m_keoFilePath) != DescriptionKind::Unknown) {
+        m_heldSince.invalidate();
+        return false;
+    }
+    if (!m_heldSince.isValid())
+        m_heldSince.start();
+    if (m_heldSince.hasExpired(kPatience.count()))
+        return false;
+    m_holdTimer.start(kHoldStep);
+    return true;
+}
+
+/// The user may be looking at the waves.
+void DescriptionWatch::markTab(bool isMarked) const
+{
+    QWidget *ancestor = m_page ? m_page->parentWidget() : nullptr;
+    while (ancestor && !qobject_cast<QTabWidget *>(ancestor))
+        ancestor = ancestor->parentWidget();
+    if (auto *tabs = qobject_cast<QTabWidget *>(ancestor))
+        tabs->setTabIcon(tabs->indexOf(m_page),
+                         isMarked ? QIcon(QStringLiteral(":/keo/image/warning.png")) : QIcon());
 }
 
 void DescriptionWatch::removeBanners() const
@@ -90,6 +139,10 @@ void DescriptionWatch::removeBanner(ReloadBanner *banner) const
     if (m_page && m_page->layout())
         m_page->layout()->removeWidget(banner);
     banner->deleteLater();
+    const QList<ReloadBanner *> left =
+        m_page ? m_page->findChildren<ReloadBanner *>() : QList<ReloadBanner *>();
+    if (std::ranges::none_of(left, [](const ReloadBanner *other) { return !other->isHidden(); }))
+        markTab(false);
 }
 
 void DescriptionWatch::onReloadKeoFile()
@@ -97,6 +150,9 @@ void DescriptionWatch::onReloadKeoFile()
     if (m_isBusy())
         return;
     removeBanner(std::exchange(m_reloadBanner, nullptr));
+    // What the user could not know: a tool has begun to write once more.
+    if (QFileInfo::exists(m_keoFilePath) && isHeldBack())
+        return;
     const QPointer<DescriptionWatch> self(this);
     const QString path = m_keoFilePath;
     if (QFileInfo::exists(path))

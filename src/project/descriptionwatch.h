@@ -2,9 +2,11 @@
 
 #include <base/filewatch.h>
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <QTimer>
 
 #include <functional>
 
@@ -16,7 +18,9 @@ class ReloadBanner;
 
 /// Watches the core description of an open project and tells the user in a banner above the
 /// project's page when it was changed or removed. During a capture nothing shows; the change is
-/// told when the capture is over. The project does what the banner's buttons ask for.
+/// told when the capture is over. A file that a tool is still writing is told once it is a
+/// description, or after a few seconds. While a banner shows, the page's tab has a warning sign.
+/// The project does what the banner's buttons ask for.
 class DescriptionWatch final : public QObject
 {
     Q_OBJECT
@@ -59,6 +63,9 @@ private:
     void addBanner(int mode, const QString &path);
     void removeBanners() const;
     void removeBanner(ReloadBanner *banner) const;
+    void markTab(bool isMarked) const;
+    /// Is the file perhaps still being written? Then it will be told later.
+    [[nodiscard]] bool isHeldBack();
 
     std::function<bool()> m_isBusy;
     FileWatch m_fileWatcher;
@@ -66,6 +73,8 @@ private:
     QPointer<QWidget> m_page;
     QPointer<ReloadBanner> m_reloadBanner; ///< the newest one, in the page
     bool m_reloadPending = false;
+    QTimer m_holdTimer;        ///< runs while a file is held back
+    QElapsedTimer m_heldSince; ///< invalid while none is
 };
 
 } // namespace KEO

@@ -6,9 +6,11 @@
 #include "wavetabs.h"
 
 #include <base/logging.h>
+#include <base/wholefile.h>
 #include <design/design.h>
 #include <design/projectfile.h>
 #include <wave/wavemonitorwidget.h>
+#include <widgets/messagebox.h>
 
 #include <QFileDialog>
 #include <QFileInfo>
@@ -24,10 +26,11 @@ const QString kSuffix = QStringLiteral(".analyzer_prj");
 
 } // namespace
 
-bool ProjectFiles::open(const QString &path)
+bool ProjectFiles::open(const QString &name)
 {
     if (m_parts.design.isBusy())
         return false;
+    const QString path = QFileInfo(name).absoluteFilePath(); // holds wherever it is saved to
     if (path.endsWith(kSuffix))
         return openProject(path);
     if (!path.endsWith(QLatin1String(".keo")) && !path.endsWith(QLatin1String(".zeo")))
@@ -43,7 +46,8 @@ bool ProjectFiles::open(const QString &path)
 bool ProjectFiles::openProject(const QString &path)
 {
     const KindTraits &traits = m_parts.design.traits();
-    const Result<ProjectFile> project = readProjectFile(path);
+    const QString projectFile = projectFileFor(path);
+    const Result<ProjectFile> project = readProjectFile(projectFile);
     if (!project)
         qCDebug(lcProject).noquote() << project.error().message;
     if (!project || !loadDesign(project->keoFile)) {
@@ -51,8 +55,8 @@ bool ProjectFiles::openProject(const QString &path)
         return false;
     }
     m_keoFilePath = project->keoFile;
-    m_openedFile = path;
-    m_projectFilePath = path;
+    m_openedFile = projectFile;
+    m_projectFilePath = projectFile;
     m_dataFilePath = project->dataFile;
     if (traits.swapsPaths)
         m_projectFilePath.swap(m_dataFilePath);
@@ -64,6 +68,7 @@ bool ProjectFiles::loadDesign(const QString &path)
     if (!QFileInfo::exists(path)) // leaves the cores as they are
         return false;
     m_parts.page.leaveDesign();
+    m_description.know(path); // before it is read: what is written in between counts as news
     const Result<QString> id = m_parts.design.load(path);
     if (!id)
         return false;
@@ -110,27 +115,77 @@ void ProjectFiles::save(const QObject *window)
         return;
     if (m_dataFilePath.isEmpty())
         m_dataFilePath = dataFileBeside(m_projectFilePath);
-    const QString projectFile = m_projectFilePath;
-    const ProjectFile paths{m_keoFilePath, m_dataFilePath};
-    saveWaves(paths.dataFile);
     m_parts.page.saveSettings();
-    if (!m_parts.design.save(paths.keoFile))
+    writeFiles(m_projectFilePath, {m_keoFilePath, m_dataFilePath});
+}
+
+/// A file that can't be written does not keep the others from being saved.
+void ProjectFiles::writeFiles(const QString &projectFile, const ProjectFile &paths)
+{
+    FileSet files;
+    QStringList reasons;
+    bool isDescribed = true;
+    const auto note = [&](const std::optional<Error> &error) {
+        if (error)
+            reasons.append(error->message);
+        return !error;
+    };
+    note(addDataFile(files, paths.dataFile, windowsToSave(), m_openedFile));
+    const QByteArray description = m_parts.design.descriptionText();
+    const Result<QString> kept = m_description.keepNews(files, paths.keoFile, description);
+    if (!kept)
+        isDescribed = note(kept.error());
+    else if (description.isNull())
+        isDescribed = false;
+    else
+        isDescribed = note(files.add(paths.keoFile, description, LineEnds::Native));
+    note(addProjectFile(files, projectFile, paths));
+    for (const FileSet::Fault &fault : files.commit()) {
+        note(fault.error);
+        isDescribed = isDescribed && fault.path != paths.keoFile;
+    }
+    if (isDescribed)
+        m_description.wrote(description);
+    if (reasons.isEmpty())
+        reasons.append(tr("Saved %1").arg(projectFile));
+    if (kept && !kept->isEmpty())
+        reasons.append(tr("%1 had been written anew by another program; that one is kept as %2")
+                           .arg(paths.keoFile, *kept));
+    for (const QString &reason : std::as_const(reasons))
+        qCDebug(lcProject).noquote() << "save:" << reason;
+    Q_EMIT told(reasons.join(QStringLiteral("; ")));
+    if (!isDescribed)
         m_parts.boxes.showError(tr("Can not save to %1").arg(paths.keoFile));
-    if (const std::optional<Error> error = writeProjectFile(projectFile, paths))
-        qCDebug(lcProject).noquote() << "project file not saved:" << error->message;
 }
 
 QString ProjectFiles::askPath(const QString &lastFile) const
 {
-    const QFileInfo last(lastFile);
-    const QString path = QFileDialog::getSaveFileName(
-        m_parts.boxes.window(), tr("Save Data File"),
-        lastFile.isEmpty() ? QString() : last.path() + u'/' + last.baseName(),
-        tr("KEO Analyzer Project File (*%1)").arg(kSuffix));
-    return path.isEmpty() || !QFileInfo(path).suffix().isEmpty() ? path : path + kSuffix;
+    const QPointer<const ProjectFiles> self(this);
+    const QFileInfo last(lastFile.isEmpty() ? m_keoFilePath : lastFile);
+    QString suggestion = last.path() + u'/' + last.baseName();
+    for (;;) {
+        QString path =
+            QFileDialog::getSaveFileName(m_parts.boxes.window(), tr("Save Data File"), suggestion,
+                                         tr("KEO Analyzer Project File (*%1)").arg(kSuffix));
+        if (path.isEmpty() || !self)
+            return {};
+        if (!QFileInfo(path).suffix().isEmpty()) // the dialog has asked
+            return path;
+        suggestion = path;
+        path += kSuffix;
+        if (!QFileInfo::exists(path))
+            return path;
+        const auto answer = showBox(QMessageBox::Warning, m_parts.boxes.window(), tr("Warning"),
+                                    tr("%1 already exists. Do you want to replace it?").arg(path),
+                                    QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+        if (answer == QMessageBox::Yes)
+            return path;
+        if (answer == QMessageBox::NoButton || !self)
+            return {};
+    }
 }
 
-void ProjectFiles::saveWaves(const QString &path) const
+QList<WindowToSave> ProjectFiles::windowsToSave() const
 {
     QList<WindowToSave> windows;
     for (const WaveMonitor::WaveMonitorWidget *wave : m_parts.waves.monitors()) {
@@ -138,8 +193,7 @@ void ProjectFiles::saveWaves(const QString &path) const
                                                          windows.size()));
         windows.last().contents = &wave->contents();
     }
-    if (const std::optional<Error> error = writeDataFile(path, windows, m_openedFile))
-        qCDebug(lcProject).noquote() << "data file not saved:" << error->message;
+    return windows;
 }
 
 void ProjectFiles::close()

@@ -2,10 +2,15 @@
 
 #include "projectparts.h"
 
+#include <design/datafilewriter.h>
+#include <design/ownedfile.h>
+
 #include <QObject>
 #include <QString>
 
 namespace KEO {
+
+struct ProjectFile;
 
 /// The files of the design in a window: its description, and the project and data file of a saved
 /// session. Reports what goes wrong in boxes; while one shows, the project may be closed or
@@ -19,8 +24,10 @@ public:
 
     /// See CaptureProject::openFile.
     [[nodiscard]] bool open(const QString &path);
-    /// Writes data file, description and project file. The first time it asks where to, beginning
-    /// beside the file that \a window, which holds the project, has in its property `startDir`.
+    /// Writes data file, description and project file, which take their places together. A
+    /// description that another program has written meanwhile is kept beside. The first time it
+    /// asks where to, beginning beside the file that \a window, which holds the project, has in its
+    /// property `startDir`, or beside the description.
     void save(const QObject *window);
     void close();
     /// Path of the open description; empty while the project is closed.
@@ -31,6 +38,10 @@ public:
         return m_projectFilePath.isEmpty() ? m_keoFilePath : m_projectFilePath;
     }
 
+Q_SIGNALS:
+    /// What became of the files, in words for the user: also what no box tells.
+    void told(const QString &text);
+
 private:
     [[nodiscard]] bool openProject(const QString &path);
     /// Also shows the design and tells the programmer of it. No box.
@@ -40,14 +51,16 @@ private:
     [[nodiscard]] bool showWaves(const QString &path);
     /// Asks for the path of a project file; empty when the user gave up.
     [[nodiscard]] QString askPath(const QString &lastFile) const;
-    void saveWaves(const QString &path) const;
+    void writeFiles(const QString &projectFile, const ProjectFile &paths);
+    [[nodiscard]] QList<WindowToSave> windowsToSave() const;
 
     const ProjectParts m_parts;
     // All empty while the project is closed.
     QString m_keoFilePath;     ///< core description
     QString m_projectFilePath; ///< empty until saved
     QString m_dataFilePath;    ///< samples and arrangement, empty until saved
-    QString m_openedFile;      ///< the project file that the user chose to open
+    OwnedFile m_description;   ///< its state on disk
+    QString m_openedFile;      ///< the project file that the user opened
 };
 
 } // namespace KEO

@@ -9,18 +9,22 @@
 #include <widgets/messagebox.h>
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
-#include <QCoreApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QIcon>
 #include <QKeySequence>
+#include <QMimeData>
 #include <QPointer>
 #include <QScreen>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QToolBar>
 #include <QToolButton>
+#include <QUrl>
 
 #include <tuple>
 
@@ -49,6 +53,18 @@ QString fileFilter()
                        Analyzer::tr("KEO Analyzer Project File (*%1)").arg(projects),
                        Analyzer::tr("TARNO Signal Scope Config File (*.keo *.zeo)")}
         .join(QStringLiteral(";;"));
+}
+
+/// The one file of \a data that the window can open; empty for anything else.
+QString fileIn(const QMimeData &data)
+{
+    const QList<QUrl> urls = data.urls();
+    const QString path = urls.size() == 1 ? urls.first().toLocalFile() : QString();
+    for (const char *suffix : {".analyzer_prj", ".keo", ".zeo"}) {
+        if (path.endsWith(QLatin1String(suffix)) && QFileInfo(path).isFile())
+            return path;
+    }
+    return {};
 }
 
 } // namespace
@@ -96,6 +112,7 @@ Analyzer::Analyzer(QWidget *parent, const ProjectFactories &factories)
     WaveMonitor::NotificationCenter::instance()->subscribe(
         this, {WaveMonitor::EvFormatChanged, WaveMonitor::EvColorChanged});
     setContextMenuPolicy(Qt::NoContextMenu);
+    setAcceptDrops(true);
     showFile({});
     setWindowIcon(programIcon());
     setStatusBar(new QStatusBar(this));
@@ -155,6 +172,30 @@ void Analyzer::onOpen()
         openFile(path, QString(), QString(), QString());
 }
 
+void Analyzer::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (m_d->openAction->isEnabled() && !fileIn(*event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+/// The program that the file comes from waits until the drop is over, so a box must not hold it up.
+void Analyzer::dropEvent(QDropEvent *event)
+{
+    const QString path = fileIn(*event->mimeData());
+    if (path.isEmpty() || !m_d->openAction->isEnabled())
+        return;
+    event->acceptProposedAction();
+    QMetaObject::invokeMethod(
+        this,
+        [this, path] {
+            if (!m_d->openAction->isEnabled() || QApplication::activeModalWidget())
+                return;
+            m_startDir = path;
+            openFile(path, QString(), QString(), QString());
+        },
+        Qt::QueuedConnection);
+}
+
 void Analyzer::closeEvent(QCloseEvent *event)
 {
     const QPointer<Analyzer> self(this); // the question waits, and the window may go meanwhile
@@ -162,7 +203,7 @@ void Analyzer::closeEvent(QCloseEvent *event)
     const auto stopOnYes = [self](QMessageBox *box) {
         QObject::connect(box, &QMessageBox::finished, self, [self](int answer) {
             if (answer == QMessageBox::Yes)
-                self->m_d->projectManager->stopCapture();
+                self->m_d->projectManager->stopReading();
         });
     };
     const auto askStop = [this, stopOnYes] {

@@ -55,6 +55,10 @@ public Q_SLOTS:
 protected:
     /// Asks before it stops a running capture, then closes the project and drops the connections.
     void closeEvent(QCloseEvent *event) override;
+    /// A description or project file that is dropped on the window opens as if it were chosen by
+    /// hand; not during a capture, or below a box.
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
     void buildDebugDock();

@@ -19,7 +19,7 @@ Result<QString> descriptionPath(const QString &file)
 {
     if (!file.endsWith(QLatin1String(".analyzer_prj")))
         return file;
-    const Result<ProjectFile> project = readProjectFile(file);
+    const Result<ProjectFile> project = readProjectFile(projectFileFor(file));
     if (!project)
         return project.error();
     if (project->keoFile.isEmpty())
@@ -106,10 +106,10 @@ bool ProjectManager::closeCurrent(QWidget *parent, const std::function<bool()> &
     return true;
 }
 
-void ProjectManager::stopCapture() const
+void ProjectManager::stopReading() const
 {
     if (m_current)
-        m_current->stopCapture();
+        m_current->stopReading();
 }
 
 Result<AnalyzerProject *> ProjectManager::projectFor(const QString &file) const

@@ -64,8 +64,8 @@ public:
     /// Closes the open project, if any; \a askStop says whether a running capture may be stopped,
     /// and none at all means no. False if the project stays open.
     bool closeCurrent(QWidget *parent, const std::function<bool()> &askStop);
-    /// Ends a capture of the open project at once, see AnalyzerProject.
-    void stopCapture() const;
+    /// See AnalyzerProject.
+    void stopReading() const;
 
     /// What an opened project may use of the main window. Set them before each openFile, which
     /// passes them on and clears them if a project takes the file.

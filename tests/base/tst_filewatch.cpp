@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QSignalSpy>
+#include <QUuid>
 
 #include <cstdio>
 #include <functional>
@@ -98,6 +99,21 @@ void tst_FileWatch::changes_data()
         QVERIFY(QDir().mkpath(folder));
         write(path, "new");
     });
+    // Neither raises an event of the file.
+    for (const bool isLink : {false, true}) {
+        QTest::newRow(isLink ? "folder by a switched link" : "folder by another one")
+            << Change([isLink](const QString &path) {
+                   const QString folder = QFileInfo(path).path();
+                   const QString fresh = folder + QUuid::createUuid().toString(QUuid::Id128);
+                   QVERIFY(QDir().mkpath(fresh));
+                   write(fresh + u'/' + QFileInfo(path).fileName(), "old"); // as long as before
+                   renameOver(folder, fresh + ".before");
+                   if (isLink)
+                       QVERIFY(QFile::link(fresh, folder));
+                   else
+                       renameOver(fresh, folder);
+               });
+    }
     row("by the program's own save",
         [](const QString &path) { QVERIFY(!writeWholeFile(path, "new", LineEnds::AsTheyAre)); });
 }

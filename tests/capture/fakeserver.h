@@ -21,6 +21,7 @@ public:
 
     QString name() const { return m_wire.name(); }
     void send(const Wire::Packet &packet) { m_wire.reply(packet); }
+    void drop() { m_wire.drop(); }
 
     /// Every packet so far: command or tag, then "bits" of the data and the numbers.
     QStringList log;

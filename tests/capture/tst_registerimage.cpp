@@ -76,43 +76,11 @@ class tst_RegisterImage : public QuietTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void staticCore();
     void dynamicCore();
-    void triggerOffset();
     void matchUnitValues();
     void truthTables();
-    void hostileNumbers();
     void imageIsBounded();
-    void bitHelpers();
 };
-
-void tst_RegisterImage::staticCore()
-{
-    CoreConfig core(5);
-    core.signals = singles(4);
-    core.window_num = 2;
-    core.expressions = {"M3"};
-    useUnit(core, 3, 8, 1, "1X0RFBN");            // one character short: "0" in front
-    useUnit(core, 6, 2, 0, "11").enabled = false; // not in use
-    core.matchUnits[7]->enabled = true;           // no port
-    core.matchUnits[8]->enabled = true;           // a port that the design leaves unconnected
-    core.matchUnits[8]->trigger = core.triggers[8].get();
-
-    // All registers are 16 bits wide: no port, counter or row needs more.
-    QCOMPARE(textsOf(buildRegisterImage(core, "KR-A", false)),
-             words({
-                 "1 0101",                                  // select core 5
-                 "01001 0000000000100000 0000000000000000", // 0x0020: 1 expression - 1
-                 "01001 0000000000100001 0000001111111111", // 0x0021: 1024 - 1
-                 "01001 0000000000100010 0000001111111100", // 0x0022: 1024 - 0 - 3 - 1 = 1020
-                 "01001 0000000000100011 0000000000000001", // 0x0023: 2 windows - 1
-                 "01001 0000000100110000 0000000001000101", // 0x0130: of 0 1 X 0 R F B N: 1 F N
-                 "01001 0000000100110001 0000000011010011", // 0x0131: 0 1 0 B N
-                 "01001 0000000100110010 0000000000001111", // 0x0132: R F B N
-                 "01001 0000000100110011 0000000000000001", // 0x0133: no counter, function 001
-             }));
-    QCOMPARE(buildExpressionImage(core), QList<QBitArray>());
-}
 
 void tst_RegisterImage::dynamicCore()
 {
@@ -168,26 +136,6 @@ void tst_RegisterImage::dynamicCore()
                                                       "01001 1010101100000001 000000000000000110",
                                                       "01001 1010101100000000 000000000000000111",
                                                   }));
-}
-
-void tst_RegisterImage::triggerOffset()
-{
-    struct Row
-    {
-        int dynamic;
-        const char *device;
-        bool isZeo;
-        int offset;
-    };
-    for (const Row &row :
-         {Row{0, "KR-A", false, 1020}, Row{0, "KR-R", false, 1020}, Row{0, "KR-S", false, 1021},
-          Row{0, "kr-a", false, 1021}, Row{0, "KR-AB", false, 1021}, Row{0, "", false, 1021},
-          Row{0, "KR-A", true, 1021}, Row{1, "KR-A", false, 1019}, Row{1, "KR-A", true, 1020}}) {
-        CoreConfig core;
-        core.dynamic = row.dynamic;
-        const QBitArray word = buildRegisterImage(core, row.device, row.isZeo)[3];
-        QCOMPARE(textOf(word), textOf(writeRegisterWord(0x22, bitsOfInt16(row.offset))));
-    }
 }
 
 void tst_RegisterImage::matchUnitValues()
@@ -254,22 +202,6 @@ void tst_RegisterImage::truthTables()
     }
 }
 
-void tst_RegisterImage::hostileNumbers()
-{
-    constexpr int kLowest = std::numeric_limits<int>::min();
-    CoreConfig core(kLowest);
-    core.dynamic = 1;
-    core.capture_amount = kLowest;
-    core.trigger_pos = std::numeric_limits<int>::max();
-    core.window_num = kLowest;
-    MatchUnit &unit = useUnit(core, 0, 1, kLowest, QString(100'000, u'N'));
-    unit.counter_enable = true;
-    unit.counter = kLowest;
-    const QList<QBitArray> image = buildRegisterImage(core, "KR-A", false);
-    QCOMPARE(image.size(), 10);
-    QCOMPARE(textOf(image[9]).right(16), QString(16, u'1')); // the low bits of -2147483649
-}
-
 /// A file may ask for any number of tables of 65,536 entries.
 void tst_RegisterImage::imageIsBounded()
 {
@@ -284,25 +216,6 @@ void tst_RegisterImage::imageIsBounded()
         useUnit(core, unit, 1, 0, "1");
     core.signals = singles(80'000); // 65,536 words of 10 kB
     QVERIFY(buildExpressionImage(core).isEmpty());
-}
-
-void tst_RegisterImage::bitHelpers()
-{
-    const QBitArray bits = bitsOfString("10110011x0001");
-    QCOMPARE(textOf(sliceBits(bits, 3, 9)), QStringLiteral("100111000"));
-    QCOMPARE(textOf(sliceBits(bits, 8)), QStringLiteral("10001"));
-    QCOMPARE(textOf(dropFrontBits(bits, 9)), QStringLiteral("0001"));
-    QCOMPARE(textOf(dropBackBits(bits, 9)), QStringLiteral("1011"));
-    for (const qsizetype n : {13, 14, 1'000'000})
-        QVERIFY(dropFrontBits(bits, n).isEmpty() && dropBackBits(bits, n).isEmpty());
-    QCOMPARE(textOf(bitsOfBytes(QByteArray::fromHex("a50f"), 3)), QStringLiteral("0010100001111"));
-    QCOMPARE(textOf(bitsOfBytes(QByteArray::fromHex("a50f"), 6, 4)), QStringLiteral("0100"));
-    QVERIFY(bitsOfBytes({}, 0, 8).isEmpty());
-    // No expression of a static core is the 32-bit number -1, right-aligned in 40 bits.
-    CoreConfig core;
-    useUnit(core, 0, 40, 0, "1");
-    QCOMPARE(textOf(buildRegisterImage(core, "", false)[1]).mid(21),
-             QString(8, u'0') + QString(32, u'1'));
 }
 
 KEO_TEST_MAIN(tst_RegisterImage)

@@ -1,6 +1,7 @@
 // The capture program as a script meets it: a process with arguments, files, output and an exit
 // status, against the simulated board.
 
+#include <link/wireserver.h>
 #include <support/testdesign.h>
 #include <support/testmain.h>
 
@@ -11,9 +12,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLocalServer>
 #include <QLocalSocket>
 #include <QProcess>
 #include <QSet>
+#include <QThread>
 
 #include <cerrno>
 #include <csignal>
@@ -81,12 +84,16 @@ private Q_SLOTS:
     void init();
     void writesEveryFormat();
     void savesProjects();
+    void savesWhatItCanNotExport_data();
+    void savesWhatItCanNotExport();
     void exportsProjects_data();
     void exportsProjects();
     void refusesProjects_data();
     void refusesProjects();
     void endsWithItsStatus_data();
     void endsWithItsStatus();
+    void tellsWhatAServerLacks();
+    void meetsABusyServer();
     void tellsOfAFullDisk_data();
     void tellsOfAFullDisk();
     void keepsOrdersFromTheTerminal();
@@ -202,13 +209,39 @@ void tst_CaptureProgram::savesProjects()
     const Outcome outcome = run("--device KR-A --auto 2 --save new/p.1.analyzer_prj design.keo");
     QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
     QCOMPARE(outcome.output.split(u'\n', Qt::SkipEmptyParts),
-             (QStringList{file("new/p.1.analyzer_prj"), file("new/p.xml")}));
+             (QStringList{file("new/p.1.analyzer_prj"), file("new/p.1.xml")}));
     const QStringList project = lines(file("new/p.1.analyzer_prj"));
     QVERIFY(project.contains("KEO_FILE=" + file("design.keo")));
-    QVERIFY(project.contains("DATA_FILE=" + file("new/p.xml")));
+    QVERIFY(project.contains("DATA_FILE=" + file("new/p.1.xml")));
     QCOMPARE(lines(file("design.keo")), description); // the tool flow's file stays
     // Only the last round.
-    QCOMPARE(lines(file("new/p.xml")).filter("<Window").size(), 1);
+    QCOMPARE(lines(file("new/p.1.xml")).filter("<Window").size(), 1);
+}
+
+void tst_CaptureProgram::savesWhatItCanNotExport_data()
+{
+    addColumns<QString, QString>({"line", "blocked"});
+    addRow("export", "--format vcd --name p", "out/p_core0_window0.vcd");
+    addRow("round", "--auto 3 --format vcd --name p", "out/p_2_core0_window0.vcd");
+    addRow("picture", "--picture out/p.png", "out/p_core0_window0.png");
+}
+
+// A rare trigger is not lost with a file that nobody can write.
+void tst_CaptureProgram::savesWhatItCanNotExport()
+{
+    QFETCH(const QString, line);
+    QFETCH(const QString, blocked);
+    TestDesign design;
+    design.windows = line.contains("--auto") ? 1 : 2;
+    board(design);
+    QVERIFY(QDir(m_directory->path()).mkpath(blocked)); // a folder stands in the way
+    const Outcome outcome =
+        run("--device KR-A --out out --save s.analyzer_prj " + line + " design.keo");
+    QCOMPARE(outcome.status, 6);
+    QVERIFY2(outcome.errors.contains(file(blocked)), qPrintable(outcome.errors));
+    QVERIFY(outcome.output.contains(file("s.analyzer_prj")));
+    QCOMPARE(lines(file("s.xml")).filter("<Window").size(), design.windows);
+    QCOMPARE(run("--open s.analyzer_prj --out again").status, 0);
 }
 
 void tst_CaptureProgram::exportsProjects_data()
@@ -324,6 +357,9 @@ void tst_CaptureProgram::endsWithItsStatus_data()
     addRow("lite core never done", "lite", "--timeout 0.7 design.keo", 4, "the capture of core 0");
     addRow("no such lite core", "lite", "--core 3 design.keo", 2, "core 3");
     addRow("two lite cores", "two", "design.keo", 6, "2 lite cores");
+    addRow("unknown mode", "mode", "design.keo", 6, "mode");
+    addRow("trigger behind the end", "position", "design.keo", 6, "2000 of 256");
+    addRow("section lost", "lost", "design.keo", 5, "Not delivered: core 0 window 0.");
     addRow("amount of no whole sections", "amount", "design.keo", 6, "only multiples of 128");
     addRow("no folder can be made", "", "--out board.json/x design.keo", 6, "board.json/x");
     addRow("export is a folder", "folder", "design.keo", 6, "design_core0_window0.vcd");
@@ -336,7 +372,11 @@ void tst_CaptureProgram::endsWithItsStatus()
     QFETCH(int, status);
     QFETCH(QString, words);
     TestDesign design;
-    design.windows = change == "windows" ? 2 : 1;
+    design.windows = change == "windows" || change == "lost" ? 2 : 1;
+    if (change == "position")
+        design.position = 2000;
+    if (change == "lost")
+        design.faults = R"([{"at": "READ_RAM", "do": "lost"}])";
     design.fires = change != "quiet";
     design.programmed = change != "blank";
     design.amount = change == "amount" ? 200 : design.amount;
@@ -348,9 +388,13 @@ void tst_CaptureProgram::endsWithItsStatus()
     if (change == "lite")
         design.samplesPerSecond = 10;
     board(design);
-    if (change == "two") {
+    if (change == "two" || change == "mode") {
         QString text = lines(file("design.keo")).join(u'\n');
-        write("design.keo", text.replace("<KEO_ID>", "<KoCore_Lite/><KEO_ID>").toUtf8());
+        if (change == "two")
+            text.replace("<KEO_ID>", "<KoCore_Lite/><KEO_ID>");
+        else
+            text.replace("Standard", "Stranger");
+        write("design.keo", text.toUtf8());
         qputenv("SIGNALSCOPE_BOARD", ""); // what the board makes of it is not the point here
     }
     if (change == "folder")
@@ -360,7 +404,73 @@ void tst_CaptureProgram::endsWithItsStatus()
     const Outcome outcome = run("--device KR-A " + line);
     QVERIFY2(outcome.status == status, qPrintable(outcome.errors));
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
-    QCOMPARE(outcome.output, QString());
+    if (change != "lost") // whose other window is exported
+        QCOMPARE(outcome.output, QString());
+}
+
+/// A section that is a bit short makes no samples, and no answer at all is told.
+void tst_CaptureProgram::tellsWhatAServerLacks()
+{
+    TestDesign design;
+    design.lite = true;
+    design.amount = 100;
+    board(design);
+    for (const bool isShort : {true, false}) {
+        QLocalServer::removeServer("keo1"); // of a server that was killed
+        WireServer server(QStringLiteral("keo1"));
+        server.onPacket = [&](const Wire::Packet &request) {
+            Wire::Packet reply = request;
+            if (request["CMD"] == "OPEN")
+                reply["RES"] = 0;
+            else
+                reply["DATA"] = QBitArray(request["SIZE"].toInt() -
+                                          int(isShort && request["OPRATE"] == "READ_RAM"));
+            const bool isAsked =
+                request.contains("request_id") || request.contains("data_request_id");
+            if (isAsked && (isShort || request["CMD"] == "OPEN"))
+                server.reply(reply);
+        };
+        QProcess process;
+        process.setWorkingDirectory(m_directory->path());
+        process.start(kProgram, {"--device", "KR-A", "--timeout", "4.5", "design.keo"});
+        QTRY_COMPARE_WITH_TIMEOUT(process.state(), QProcess::NotRunning, 20'000);
+        const Outcome outcome = finished(process);
+        QCOMPARE(outcome.status, isShort ? 5 : 4);
+        QVERIFY2(outcome.errors.contains(isShort ? "No data" : "does not answer"),
+                 qPrintable(outcome.errors));
+        QCOMPARE(outcome.output, QString());
+    }
+}
+
+/// A server with as many clients waiting as it takes: Ctrl-C ends the program at once, and without
+/// it the program ends by itself and says why.
+void tst_CaptureProgram::meetsABusyServer()
+{
+    board(TestDesign());
+    QLocalServer server;
+    server.setListenBacklogSize(1);
+    QLocalServer::removeServer("keo1");
+    QVERIFY(server.listen("keo1"));
+    std::vector<std::unique_ptr<QLocalSocket>> others;
+    do {
+        others.push_back(std::make_unique<QLocalSocket>());
+        others.back()->connectToServer("keo1");
+    } while (others.back()->state() == QLocalSocket::ConnectedState);
+    for (const bool isInterrupted : {true, false}) {
+        QProcess process;
+        process.setWorkingDirectory(m_directory->path());
+        process.start(kProgram, {"--cable", "Tarno USB Cable(FT2CH)", "design.keo"});
+        QVERIFY(process.waitForStarted());
+        if (isInterrupted) {
+            QThread::msleep(500);
+            ::kill(pid_t(process.processId()), SIGINT);
+            QVERIFY(process.waitForFinished(3000));
+        }
+        const Outcome outcome = finished(process);
+        QCOMPARE(outcome.status, isInterrupted ? 130 : 3);
+        QVERIFY2(outcome.errors.contains(isInterrupted ? "Capture Stopped!" : "busy"),
+                 qPrintable(outcome.errors));
+    }
 }
 
 void tst_CaptureProgram::tellsOfAFullDisk_data()
@@ -381,7 +491,10 @@ void tst_CaptureProgram::tellsOfAFullDisk()
     const bool isExport = words == "full_core0_window0.csv";
     QProcess process;
     process.setWorkingDirectory(m_directory->path());
+    const QString old = file("full_core0_window0.csv");
     if (isExport) {
+        QFile kept(old);
+        QVERIFY(kept.open(QIODevice::WriteOnly) && kept.write("good") == 4);
         // A limit on the size of files stands for the disk.
         process.setChildProcessModifier([] {
             std::signal(SIGXFSZ, SIG_IGN);
@@ -397,6 +510,8 @@ void tst_CaptureProgram::tellsOfAFullDisk()
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
     QVERIFY2(outcome.errors.contains(qt_error_string(isExport ? EFBIG : ENOSPC)),
              qPrintable(outcome.errors));
+    if (isExport)
+        QCOMPARE(lines(old), QStringList("good"));
 }
 
 void tst_CaptureProgram::keepsOrdersFromTheTerminal()

@@ -2,6 +2,7 @@
 
 #include "coretext.h"
 
+#include <config/capturelimits.h>
 #include <config/liteconfig.h>
 #include <config/matchtype.h>
 #include <config/poweroftwo.h>
@@ -10,6 +11,9 @@
 #include <support/testmain.h>
 
 #include <QFile>
+
+#include <functional>
+#include <optional>
 
 using namespace KEO;
 
@@ -21,6 +25,8 @@ private Q_SLOTS:
     void registerWidth();
     void namesFromATable();
     void numbersOutsideTheTables();
+    void numbersThatCannotBeCaptured_data();
+    void numbersThatCannotBeCaptured();
     void readsAToolFlowFile();
     void readsAndWritesASavedFile();
     void readerRules_data();
@@ -38,6 +44,8 @@ private:
 };
 
 namespace {
+
+using Change = std::function<void(CoreConfig &, MatchUnit &)>;
 
 const QString kSeeds = QStringLiteral(KEO_SOURCE_DIR "/fuzz/corpus/config/");
 
@@ -390,6 +398,67 @@ void tst_Config::liteRules()
         texts += coretext::line("", core.capture_amount, core.module_name, core.signals).mid(1);
     QVERIFY(ok);
     QTEST(texts.join(QStringLiteral("; ")), "expected");
+}
+
+void tst_Config::numbersThatCannotBeCaptured_data()
+{
+    QTest::addColumn<Change>("change");
+    QTest::addColumn<QString>("words"); // of the refusal; empty: can be captured
+    const auto row = [](const char *name, const QString &words, const Change &change) {
+        QTest::newRow(name) << change << words;
+    };
+    row("as it is", "", [](CoreConfig &, MatchUnit &) {});
+    row("the last core", "", [](CoreConfig &core, MatchUnit &) { core.index = 15; });
+    row("one core more", "16", [](CoreConfig &core, MatchUnit &) { core.index = 16; });
+    row("no sample", "nothing", [](CoreConfig &core, MatchUnit &) { core.capture_amount = 0; });
+    row("no window", "nothing", [](CoreConfig &core, MatchUnit &) { core.window_num = -1; });
+    row("no signal", "nothing", [](CoreConfig &core, MatchUnit &) { core.signals = {}; });
+    row("half a block", "192", [](CoreConfig &core, MatchUnit &) { core.capture_amount = 192; });
+    row("more than the memory", "2048",
+        [](CoreConfig &core, MatchUnit &) { core.capture_amount = 2048; });
+    row("windows that fill the memory", "",
+        [](CoreConfig &core, MatchUnit &) { core.window_num = 4, core.capture_amount = 256; });
+    row("a fifth window", "256",
+        [](CoreConfig &core, MatchUnit &) { core.window_num = 5, core.capture_amount = 256; });
+    row("memory beyond the addresses", "131072",
+        [](CoreConfig &core, MatchUnit &) { core.storage_depth = 131072; });
+    row("trigger as late as can be", "",
+        [](CoreConfig &core, MatchUnit &) { core.trigger_pos = 1015; });
+    row("trigger later", "1016", [](CoreConfig &core, MatchUnit &) { core.trigger_pos = 1016; });
+    row("trigger behind the end", "2000",
+        [](CoreConfig &core, MatchUnit &) { core.trigger_pos = 2000; });
+    row("trigger before all", "-1", [](CoreConfig &core, MatchUnit &) { core.trigger_pos = -1; });
+    row("count that fits", "", [](CoreConfig &, MatchUnit &unit) { unit.counter = 16; });
+    row("count too large", "17", [](CoreConfig &, MatchUnit &unit) { unit.counter = 17; });
+    row("count of none", " 0 ", [](CoreConfig &, MatchUnit &unit) { unit.counter = 0; });
+    row("counter too wide", "17", [](CoreConfig &, MatchUnit &unit) { unit.counter_width = 17; });
+    row("count of a unit not in use", "",
+        [](CoreConfig &, MatchUnit &unit) { unit.counter = 17, unit.enabled = false; });
+}
+
+void tst_Config::numbersThatCannotBeCaptured()
+{
+    QFETCH(Change, change);
+    CoreConfig core;
+    core.signals = busAndSignal(2);
+    core.triggers[1]->signals = busAndSignal(2);
+    MatchUnit &unit = *core.matchUnits[3];
+    unit.enabled = unit.counter_enable = true;
+    unit.trigger = core.triggers[1].get();
+    unit.counter_width = 4;
+    change(core, unit);
+    QFETCH(QString, words);
+    const std::optional<Error> obstacle = captureObstacle(core);
+    QCOMPARE(obstacle.has_value(), !words.isEmpty());
+    QVERIFY2(!obstacle || obstacle->message.contains(words), qPrintable(obstacle->message));
+
+    LiteCoreConfig lite;
+    lite.signals = busAndSignal(2);
+    for (const auto &[amount, isPossible] :
+         {std::pair(0, false), {1, true}, {65'536, true}, {65'537, false}}) {
+        lite.capture_amount = amount;
+        QCOMPARE(!captureObstacle(lite).has_value(), isPossible);
+    }
 }
 
 KEO_TEST_MAIN(tst_Config)

@@ -247,7 +247,7 @@ void tst_DataFile::fitsTheDesign()
     cores.back()->signals = {{"bus", {}, {{"a", {}, {}}, {"b", {}, {}}}}};
     const auto loaded = readDataFile(root(content));
     QVERIFY(loaded);
-    QTEST(fitsCores(*loaded, cores), "fits");
+    QTEST(fitsCores(*loaded, cores, TriggerPosition::AsDescribed), "fits");
 }
 
 void tst_DataFile::places()

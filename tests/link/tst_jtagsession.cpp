@@ -1,3 +1,5 @@
+// The session and its clients against two servers on real sockets.
+
 #include "wireserver.h"
 
 #include <link/jtagclient.h>
@@ -7,13 +9,14 @@
 #include <QLocalServer>
 #include <QTest>
 #include <QThread>
+#include <QTimer>
 
 #include <unistd.h>
 
 using namespace KEO;
 
-/// The session's rules against two servers on real sockets. There is one session for the whole
-/// program, so each test function ends by dropping its connections.
+/// There is one session for the whole program, so each test function ends by dropping its
+/// connections.
 class tst_JtagSession : public QuietTest
 {
     Q_OBJECT
@@ -24,33 +27,37 @@ private Q_SLOTS:
 
     void beforeAnyCableWasSelected(); // has to be the first
     void servers();
-    void lateServer();
+    void serversThatAreLateOrFull();
     void strangersServer();
     void selecting();
-
-    void requestIds();
-    void dataTaskStaysUntilDone();
-    void hostileIds_data();
+    void ids();
     void hostileIds();
-    void deadServer();
+    void lateReplies();
+    void tasksDoAnything();
 
-    void taskSends();
-    void taskDisconnects();
-    void doneAfterClearing();
-    void capturesThatCallBack();
+    void chunks();
+    void inputWithoutEnd_data();
+    void inputWithoutEnd();
+    void receiverRunsAnEventLoop();
+    void serverDies();
 
 private:
     void connectBoth();
     /// Sends a request and waits until the server has it; gives the id that it came with.
     unsigned int request(JtagTask task);
     unsigned int dataRequest(JtagDataTask task);
-    /// Sends \a packet from the first server and waits until the session must have seen it.
-    void replyAndWait(const Wire::Packet &packet);
+    unsigned int sentId(const QString &key);
+    /// A task that notes its name and its reply.
+    JtagTask noting(const QString &name);
+    JtagDataTask notingData(const QString &name, bool isDone = false);
+    /// Sends \a packets from the first server and waits until the session must have seen them.
+    void reply(const QList<Wire::Packet> &packets);
 
     JtagSession &m_session = *JtagSession::instance();
     std::unique_ptr<WireServer> m_first;
     std::unique_ptr<WireServer> m_second;
     QStringList m_calls;
+    int m_marker = 0; ///< of the latest request
 };
 
 namespace {
@@ -60,11 +67,21 @@ JtagConnection record(const QString &name, int cable = 0, int channel = 0)
     return {name, "server-" + name, 0, cable, channel};
 }
 
+Wire::Packet answer(unsigned int id, int number = 0)
+{
+    return {{"request_id", id}, {"N", number}};
+}
+
+Wire::Packet dataAnswer(unsigned int id, int number = 0)
+{
+    return {{"data_request_id", id}, {"N", number}};
+}
+
 } // namespace
 
 void tst_JtagSession::init()
 {
-    QTest::failOnWarning(QRegularExpression(".*")); // hides the init of QuietTest
+    QuietTest::init();
     m_calls.clear();
     m_first = std::make_unique<WireServer>("server-first");
     m_second = std::make_unique<WireServer>("server-second");
@@ -87,51 +104,63 @@ void tst_JtagSession::connectBoth()
 
 unsigned int tst_JtagSession::request(JtagTask task)
 {
-    const auto before = m_first->packets.size();
-    m_session.sendCommand({{"CMD", "OPEN"}}, std::move(task));
-    if (!QTest::qWaitFor([&] { return m_first->packets.size() > before; }))
-        return ~0u;
-    return m_first->packets.last().value("request_id", ~0u).toUInt();
+    m_session.sendCommand({{"CMD", "OPEN"}, {"SIZE", ++m_marker}}, std::move(task));
+    return sentId("request_id");
 }
 
 unsigned int tst_JtagSession::dataRequest(JtagDataTask task)
 {
-    const auto before = m_first->packets.size();
-    m_session.sendDataCommand({{"CMD", "READ"}}, std::move(task));
-    if (!QTest::qWaitFor([&] { return m_first->packets.size() > before; }))
-        return ~0u;
-    return m_first->packets.last().value("data_request_id", ~0u).toUInt();
+    m_session.sendDataCommand({{"CMD", "READ"}, {"SIZE", ++m_marker}}, std::move(task));
+    return sentId("data_request_id");
 }
 
-void tst_JtagSession::replyAndWait(const Wire::Packet &packet)
+unsigned int tst_JtagSession::sentId(const QString &key)
 {
-    // Frames keep their order, so once a marker behind the packet is there, so was the packet.
-    static int markers = 0;
-    const int marker = ++markers;
-    bool seen = false;
-    QList<QMetaObject::Connection> watches;
-    for (JtagClient *client : m_session.findChildren<JtagClient *>()) {
-        watches.append(connect(client, &JtagClient::cmdReceived, this, [&](const CmdPack &pack) {
-            seen = seen || pack.value("MARKER") == marker;
-        }));
-    }
-    m_first->reply(packet);
-    m_first->reply({{"MARKER", marker}});
-    QTRY_VERIFY(seen);
-    for (const QMetaObject::Connection &watch : watches)
-        disconnect(watch);
+    const auto isMarked = [marker = m_marker](const Wire::Packet &packet) {
+        return packet["SIZE"] == marker;
+    };
+    const auto &sent = m_first->packets;
+    (void)QTest::qWaitFor([&] { return std::ranges::any_of(sent, isMarked); });
+    const auto found = std::ranges::find_if(sent, isMarked);
+    return found == sent.end() ? ~0u : found->value(key, ~0u).toUInt();
+}
+
+JtagTask tst_JtagSession::noting(const QString &name)
+{
+    return [this, name](const CmdPack &pack) {
+        m_calls << name + (pack.contains("request_id") ? u'?' : u' ') + pack["N"].toString();
+    };
+}
+
+JtagDataTask tst_JtagSession::notingData(const QString &name, bool isDone)
+{
+    return [note = noting(name), isDone](const CmdPack &pack, bool *done) {
+        *done = isDone; // before all, a task may have more to do
+        note(pack);
+    };
+}
+
+void tst_JtagSession::reply(const QList<Wire::Packet> &packets)
+{
+    for (const Wire::Packet &packet : packets)
+        m_first->reply(packet);
+    // Frames keep their order, so once the answer to a last request is there, so were the others.
+    bool isSeen = false;
+    const unsigned int last = dataRequest(
+        [&](const CmdPack &pack, bool *done) { *done = isSeen = pack.contains("LAST"); });
+    m_first->reply({{"data_request_id", last}, {"LAST", 1}});
+    QTRY_VERIFY(isSeen);
 }
 
 void tst_JtagSession::beforeAnyCableWasSelected()
 {
-    QVERIFY(!m_session.hasConnection());
-    QVERIFY(!m_session.selectCable("first"));
-    m_session.sendCommand({{"CMD", "OPEN"}}, [this](const CmdPack &) { m_calls << "early"; });
-    m_session.sendDataCommand({{"CMD", "READ"}}, [](const CmdPack &, bool *) {});
+    QVERIFY(!m_session.hasConnection() && !m_session.selectCable("first"));
+    m_session.sendCommand({{"CMD", "OPEN"}}, noting("early"));
+    m_session.sendDataCommand({{"CMD", "READ"}}, {});
     connectBoth();
-    QCOMPARE(request([](const CmdPack &) {}), 1u); // the lost request waits on under 0
-    replyAndWait({{"request_id", 0u}});
-    QCOMPARE(m_calls, QStringList{"early"});
+    QCOMPARE(request(noting("late")), 1u); // the lost request waits on under 0
+    reply({answer(0)});
+    QCOMPARE(m_calls, QStringList{"early 0"});
 }
 
 void tst_JtagSession::servers()
@@ -139,16 +168,15 @@ void tst_JtagSession::servers()
     const QList<JtagConnection> failed =
         m_session.connectServers({record("second", 2, 1), record("nobody", 7), record("first", 1)});
     QCOMPARE(failed.size(), 1);
-    QCOMPARE(failed[0].name, "nobody");
-    QCOMPARE(failed[0].client, nullptr);
-    QVERIFY(m_session.hasConnection());
+    QVERIFY(failed[0].name == "nobody" && !failed[0].client);
     QCOMPARE(m_session.availableCables(),
              (QList<QPair<QString, int>>{{"second", 5}, {"first", 2}}));
 }
 
-void tst_JtagSession::lateServer()
+/// The attempts block this thread, so the late server comes up on another one. Where too many wait
+/// already, one attempt is enough, and none is sat out once nobody wants it any more.
+void tst_JtagSession::serversThatAreLateOrFull()
 {
-    // The attempts block this thread, so the server comes up on another one.
     m_first.reset();
     const std::unique_ptr<QThread> thread(QThread::create([] {
         QThread::msleep(150);
@@ -159,6 +187,19 @@ void tst_JtagSession::lateServer()
     thread->start();
     QVERIFY(m_session.connectServer(record("first"), 5000));
     QVERIFY(thread->wait());
+
+    QLocalServer full;
+    full.setListenBacklogSize(1);
+    QVERIFY(full.listen("server-full"));
+    std::vector<std::unique_ptr<QLocalSocket>> others;
+    do {
+        others.push_back(std::make_unique<QLocalSocket>());
+        others.back()->connectToServer("server-full");
+    } while (others.back()->state() == QLocalSocket::ConnectedState);
+    int asked = 0;
+    const auto isGivenUp = [&] { return ++asked > 3; };
+    QVERIFY(!m_session.connectServer(record("full"), 200));
+    QVERIFY(!m_session.connectServer(record("full"), 3'600'000, isGivenUp));
 }
 
 // Whoever runs first has the name of a cable, in a folder that all users share.
@@ -181,153 +222,77 @@ void tst_JtagSession::selecting()
 {
     connectBoth();
     QVERIFY(!m_session.selectCable("First")); // and the first one stays
-    QCOMPARE(request([this](const CmdPack &) { m_calls << "request"; }), 0u);
-    QVERIFY(m_session.selectCable("second"));
+    QCOMPARE(request(noting("request")), 0u);
+    reply({{{"RES", 0}}});
+    QVERIFY(m_session.selectCable("second") && m_session.selectCable("second"));
     m_session.sendCommand({{"CMD", "CLOSE"}});
-    QTRY_COMPARE(m_second->packets.size(), 1);
-    QCOMPARE(m_first->packets.size(), 1);
-    replyAndWait({{"request_id", 0u}}); // of the cable that was left
+    QTRY_COMPARE(m_second->packets, (QList<Wire::Packet>{{{"CMD", "CLOSE"}}}));
+    m_first->reply(answer(0)); // of the cable that was left
+    QTest::qWait(20);
     QCOMPARE(m_calls, QStringList());
-    m_second->reply({{"request_id", 0u}}); // whoever is current may answer
-    QTRY_COMPARE(m_calls, QStringList{"request"});
+    m_second->reply(answer(0, 7)); // whoever is current may answer
+    QTRY_COMPARE(m_calls, QStringList{"request 7"});
 }
 
-void tst_JtagSession::requestIds()
+/// Numbers are small, count apart for the two kinds, and are used again at once.
+void tst_JtagSession::ids()
 {
     connectBoth();
-    QList<CmdPack> replies;
-    const JtagTask task = [&](const CmdPack &pack) { replies.append(pack); };
-    QCOMPARE(request(task), 0u);
-    QCOMPARE(request(task), 1u);
-    QCOMPARE(request(task), 2u);
+    for (const unsigned int id : {0u, 1u, 2u})
+        QCOMPARE(request(noting(QString::number(id))), id);
     QCOMPARE(m_first->packets.last().value("request_id").typeId(), QMetaType::UInt);
-    QCOMPARE(dataRequest([](const CmdPack &, bool *) {}), 0u); // a table of its own
-
-    replyAndWait({{"request_id", 1u}, {"RES", -20}});
-    QCOMPARE(replies, (QList<CmdPack>{{{"RES", -20}}})); // the id is taken out
-    replyAndWait({{"request_id", 1u}, {"RES", 0}});      // a second reply
-    QCOMPARE(replies.size(), 1);
-    QCOMPARE(request(task), 1u);
-    QCOMPARE(request(task), 3u);
-    replyAndWait({{"request_id", 0}}); // the number counts, not its type
-    QCOMPARE(replies.size(), 2);
-    QCOMPARE(request(task), 0u);
-}
-
-void tst_JtagSession::dataTaskStaysUntilDone()
-{
-    connectBoth();
-    QList<CmdPack> replies;
-    const auto task = [&](const CmdPack &pack, bool *done) {
-        replies.append(pack);
-        *done = replies.size() == 2;
-    };
-    QCOMPARE(dataRequest(task), 0u);
-    replyAndWait({{"data_request_id", 0u}, {"WINDOW", 1}});
-    QCOMPARE(dataRequest([](const CmdPack &, bool *) {}), 1u);
-    replyAndWait({{"data_request_id", 0u}, {"WINDOW", 2}});
-    replyAndWait({{"data_request_id", 0u}, {"WINDOW", 3}});
-    QCOMPARE(replies, (QList<CmdPack>{{{"WINDOW", 1}}, {{"WINDOW", 2}}}));
-    QCOMPARE(dataRequest([](const CmdPack &, bool *) {}), 0u);
-}
-
-void tst_JtagSession::hostileIds_data()
-{
-    const auto row = addColumns<QVariant>({"id"});
-    row("nobody waits", QVariant(1u));
-    row("2^32 - 1", QVariant(0xFFFFFFFFu));
-    row("-1", QVariant(-1));
-    row("text", QVariant("zero"));
-    row("list", QVariant(QVariantList{0}));
+    QCOMPARE(dataRequest(notingData("data")), 0u);
+    reply({answer(1, 5), answer(1, 6), dataAnswer(0, 7), dataAnswer(0, 8)});
+    QCOMPARE(m_calls, (QStringList{"1 5", "data 7", "data 8"})); // until it is done
+    QCOMPARE(request(noting("new")), 1u);
+    QCOMPARE(request(noting("3")), 3u);
+    reply({{{"request_id", 0}, {"N", 9}}}); // the number counts, not its type
+    QCOMPARE(m_calls.last(), "0 9");
+    QCOMPARE(request(noting("again")), 0u);
+    QCOMPARE(dataRequest(notingData("done", true)), 1u);
+    const JtagDataRequest kept = m_session.sendDataCommand({{"CMD", "READ"}}, notingData("kept"));
+    reply({dataAnswer(1), dataAnswer(1)});
+    QCOMPARE(m_calls.last(), "done 0");
+    m_session.finishData(kept);
+    reply({dataAnswer(2)});
+    QCOMPARE(m_calls.last(), "done 0");
+    m_session.clearTasks();
+    m_session.finishData(kept);
+    QCOMPARE(dataRequest({}), ~0u); // without a task there is no id
 }
 
 void tst_JtagSession::hostileIds()
 {
-    QFETCH(QVariant, id);
-
     connectBoth();
-    QCOMPARE(request([this](const CmdPack &) { m_calls << "request"; }), 0u);
-    QCOMPARE(dataRequest([this](const CmdPack &, bool *) { m_calls << "data"; }), 0u);
-    replyAndWait({{"request_id", id}});
-    replyAndWait({{"data_request_id", id}});
-    replyAndWait({{"RES", 0}});
-    replyAndWait({});
+    request(noting("request"));
+    dataRequest(notingData("data"));
+    for (const QVariant &id : {QVariant(7u), QVariant(0xFFFFFFFFu), QVariant(-1), QVariant("zero"),
+                               QVariant(QVariantList{0})})
+        reply({{{"request_id", id}}, {{"data_request_id", id}}, {{"RES", 0}}, {}});
     QCOMPARE(m_calls, QStringList());
-    QCOMPARE(request([](const CmdPack &) {}), 1u);
-    replyAndWait({{"request_id", 0u}, {"data_request_id", 0u}}); // the request's alone
-    QCOMPARE(m_calls, QStringList{"request"});
-    replyAndWait({{"data_request_id", 0u}});
-    QCOMPARE(m_calls, (QStringList{"request", "data"}));
+    QCOMPARE(request(noting("next")), 1u);
+    reply({{{"request_id", 0u}, {"data_request_id", 0u}}}); // the request's alone
+    QCOMPARE(m_calls, QStringList{"request "});
 }
 
-void tst_JtagSession::deadServer()
+void tst_JtagSession::lateReplies()
 {
     connectBoth();
-    m_first->drop();
-    JtagClient *const client = m_session.findChildren<JtagClient *>().at(
-        m_session.findChildren<JtagClient *>().size() - 2);
-    QTRY_COMPARE(client->state(), QLocalSocket::UnconnectedState);
-    m_session.sendCommand({{"CMD", "OPEN"}}, [](const CmdPack &) {});
-    m_session.sendDataCommand({{"CMD", "READ"}}, {}); // nor does a missing task harm
-    QVERIFY(m_session.hasConnection());               // its cable stays in the list
-    QVERIFY(m_session.selectCable("first"));
+    m_session.setLateReplies({true, 1, 1});
+    m_session.selectCable("second");
+    QVERIFY(!m_session.lateReplies().areAwaited);
+    m_session.selectCable("first");
+    reply({answer(3), answer(3), dataAnswer(3)}); // nobody waits for them
+    QVERIFY(m_session.lateReplies().areAwaited);
+    QVERIFY(m_session.lateReplies().commands == 0 && m_session.lateReplies().data == 0);
+    request([this](const CmdPack &) { m_session.awaitReply(noting("second")); });
+    reply({answer(0, 1), answer(0, 2)});
+    QCOMPARE(m_calls, QStringList{"second 2"});
 }
 
-void tst_JtagSession::taskSends()
+/// Tasks send, clear and disconnect; what they captured calls back when it goes.
+void tst_JtagSession::tasksDoAnything()
 {
-    connectBoth();
-    unsigned int innerRequest = ~0u;
-    unsigned int innerData = ~0u;
-    request([&](const CmdPack &) {
-        innerRequest = request([this](const CmdPack &) { m_calls << "request"; });
-    });
-    dataRequest([&](const CmdPack &, bool *done) {
-        innerData = dataRequest([this](const CmdPack &, bool *) { m_calls << "data"; });
-        *done = true;
-    });
-    replyAndWait({{"request_id", 0u}});
-    replyAndWait({{"data_request_id", 0u}});
-    QCOMPARE(innerRequest, 0u); // a one-shot task has left its id before it runs,
-    QCOMPARE(innerData, 1u);    // a data task only when it is done
-    replyAndWait({{"request_id", 0u}});
-    replyAndWait({{"data_request_id", 1u}});
-    QCOMPARE(m_calls, (QStringList{"request", "data"}));
-}
-
-void tst_JtagSession::taskDisconnects()
-{
-    connectBoth();
-    dataRequest([this](const CmdPack &, bool *done) {
-        m_calls << "data";
-        m_session.disconnectAll();
-        *done = true;
-    });
-    m_first->reply({{"data_request_id", 0u}});
-    m_first->reply({{"data_request_id", 0u}});
-    QTRY_COMPARE(m_calls.size(), 1);
-    QVERIFY(!m_session.hasConnection());
-    QTest::qWait(20);
-    QCOMPARE(m_calls.size(), 1);
-    m_session.sendCommand({{"CMD", "CLOSE"}}); // goes nowhere
-}
-
-void tst_JtagSession::doneAfterClearing()
-{
-    connectBoth();
-    dataRequest([this](const CmdPack &, bool *done) {
-        m_session.clearTasks();
-        m_session.sendDataCommand({{"CMD", "READ"}},
-                                  [this](const CmdPack &, bool *) { m_calls << "new"; });
-        *done = true; // speaks for the old one alone
-    });
-    replyAndWait({{"data_request_id", 0u}});
-    replyAndWait({{"data_request_id", 0u}});
-    QCOMPARE(m_calls, QStringList{"new"});
-}
-
-void tst_JtagSession::capturesThatCallBack()
-{
-    // What a task captured may use the session when it goes.
     connectBoth();
     const auto farewell = [this] {
         return std::shared_ptr<void>(nullptr, [this](void *) {
@@ -340,9 +305,120 @@ void tst_JtagSession::capturesThatCallBack()
     m_session.clearTasks();
     QTRY_COMPARE(m_first->packets.size(), 2 + 4);
     m_session.clearTasks();
-    dataRequest([kept = farewell()](const CmdPack &, bool *done) { *done = true; });
-    replyAndWait({{"data_request_id", 0u}});
-    QTRY_COMPARE(m_first->packets.size(), 6 + 1 + 2);
+
+    unsigned int inner = ~0u;
+    request([&](const CmdPack &) { inner = request(noting("inner")); });
+    dataRequest([this](const CmdPack &, bool *done) {
+        m_session.clearTasks();
+        m_session.sendDataCommand({{"CMD", "READ"}}, notingData("new"));
+        *done = true; // speaks for the old one alone
+    });
+    m_first->reply(answer(0));
+    QTRY_COMPARE(inner, 0u); // a one-shot task has left its id before it runs
+    for (const Wire::Packet &packet : {answer(0, 1), dataAnswer(0), dataAnswer(0, 2)})
+        m_first->reply(packet);
+    QTRY_COMPARE(m_calls, (QStringList{"inner 1", "new 2"}));
+
+    m_session.clearTasks();
+    dataRequest([this](const CmdPack &, bool *) {
+        m_calls << "last";
+        m_session.disconnectAll();
+    });
+    m_first->reply(dataAnswer(0));
+    m_first->reply(dataAnswer(0));
+    QTRY_VERIFY(!m_session.hasConnection());
+    QTest::qWait(20);
+    QCOMPARE(m_calls.count("last"), 1);
+    m_session.sendCommand({{"CMD", "CLOSE"}}); // goes nowhere
+}
+
+/// Frames in pieces of every size, malformed and empty ones among them.
+void tst_JtagSession::chunks()
+{
+    connectBoth();
+    dataRequest(notingData("data"));
+    QByteArray wrong = Wire::frame(dataAnswer(0, 4));
+    wrong[wrong.indexOf('\x02') - 1] = 99; // no type
+    const QByteArray bytes = Wire::frame(dataAnswer(0, 1)) + QByteArray(4, '\0') + Wire::frame({}) +
+                             wrong + Wire::frame(dataAnswer(0, 2)) + Wire::frame(dataAnswer(0, 3));
+    for (const qsizetype size : {qsizetype(1), qsizetype(3), qsizetype(50), bytes.size()}) {
+        m_calls.clear();
+        for (qsizetype at = 0; at < bytes.size(); at += size) {
+            m_first->write(bytes.mid(at, size));
+            QCoreApplication::processEvents();
+        }
+        QTRY_COMPARE(m_calls, (QStringList{"data 1", "data 2", "data 3"}));
+    }
+    const QBitArray bits((16 * 1024 * 1024 - 1000) * 8, true); // nearly as much as a frame takes
+    Wire::Packet largest = dataAnswer(0, 4);
+    largest["DATA"] = bits;
+    reply({largest});
+    QCOMPARE(m_calls.last(), "data 4");
+}
+
+void tst_JtagSession::inputWithoutEnd_data()
+{
+    const auto row = addColumns<QByteArray>({"field"});
+    row("-1", QByteArray::fromHex("ffffffff"));
+    row("2^31 - 1", QByteArray::fromHex("7fffffff"));
+    row("16 MiB and one", QByteArray::fromHex("01000001"));
+    row("16 MiB", QByteArray::fromHex("01000000")); // the largest frame, and more behind it
+}
+
+/// Where the next frame starts is unknown, so all that follows is thrown away; sending goes on.
+void tst_JtagSession::inputWithoutEnd()
+{
+    QFETCH(QByteArray, field);
+    connectBoth();
+    auto *const client = m_session.findChildren<JtagClient *>().at(
+        m_session.findChildren<JtagClient *>().size() - 2);
+    bool isBounded = true;
+    connect(client, &QIODevice::readyRead, this,
+            [&] { isBounded = isBounded && client->bytesAvailable() <= 16 * 1024 * 1024 + 4; });
+    dataRequest(notingData("data"));
+    m_first->write(Wire::frame(dataAnswer(0, 1)) + field);
+    for (int i = 0; i < 3; ++i)
+        m_first->write(Wire::frame(dataAnswer(0, 2)) + QByteArray(10'000'000, '\0'));
+    QTRY_COMPARE(m_calls, QStringList{"data 1"});
+    if (field != QByteArray::fromHex("01000000")) {
+        QTRY_VERIFY(m_first->bytesPending() == 0 && client->bytesAvailable() == 0);
+        QCOMPARE(m_calls.size(), 1);
+    }
+    QVERIFY(isBounded);
+    QCOMPARE(dataRequest(notingData("next")), 1u);
+}
+
+void tst_JtagSession::receiverRunsAnEventLoop()
+{
+    connectBoth();
+    bool isInside = false;
+    request([&](const CmdPack &) {
+        // Later than any pass that was due when the first one came.
+        QTimer::singleShot(50, this, [this] { m_first->reply(dataAnswer(0)); });
+        isInside = QTest::qWaitFor([this] { return !m_calls.isEmpty(); });
+    });
+    dataRequest(notingData("data"));
+    m_first->reply(answer(0));
+    QTRY_VERIFY(isInside);
+}
+
+/// Its last words arrive; its cable stays in the list.
+void tst_JtagSession::serverDies()
+{
+    connectBoth();
+    request(noting("a"));
+    request(noting("b"));
+    QVERIFY(m_session.isCurrentConnected());
+    m_first->reply(answer(0));
+    m_first->reply(answer(1));
+    m_first->drop();
+    QTRY_COMPARE(m_calls, (QStringList{"a 0", "b 0"}));
+    QTRY_VERIFY(!m_session.isCurrentConnected());
+    m_session.sendCommand({{"CMD", "OPEN"}}, noting("c"));
+    QVERIFY(m_session.hasConnection() && m_session.selectCable("first"));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^packet not sent, .*SIZE"));
+    m_session.selectCable("second");
+    m_session.sendCommand({{"SIZE", qlonglong(5)}});
 }
 
 KEO_TEST_MAIN(tst_JtagSession)

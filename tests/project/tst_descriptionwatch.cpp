@@ -22,6 +22,7 @@ private Q_SLOTS:
     void buttonsWaitForTheRun();
     void changeDuringCapture_data();
     void changeDuringCapture();
+    void holdsBackWhatIsBeingWritten();
     void reloadOfNoDesign();
 };
 
@@ -61,7 +62,7 @@ struct Session : Desktop
         QTest::mouseClick(banners().first()->findChild<QPushButton *>("btnA"), Qt::LeftButton);
     }
     /// The tool flow has built the design anew, now with so many cores.
-    void rebuild(int cores)
+    void rebuild(int cores) const
     {
         TestDesign built = design;
         built.cores = cores;
@@ -172,7 +173,7 @@ void tst_DescriptionWatch::buttonsWaitForTheRun()
     TestDesign design;
     design.fires = false;
     for (const bool isRemoved : {false, true}) {
-        const Session s(design);
+        Session s(design);
         if (isRemoved)
             QVERIFY(QFile::remove(s.file()));
         else
@@ -230,6 +231,34 @@ void tst_DescriptionWatch::changeDuringCapture()
     QCOMPARE(s.titles().size(), 1);
     QTest::qWait(kQuiet);
     QCOMPARE(s.words(), QStringList()); // told once
+}
+
+// A Reload in the middle of a slow write would close everything.
+void tst_DescriptionWatch::holdsBackWhatIsBeingWritten()
+{
+    Session s({});
+    QFile file(s.file());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray whole = file.readAll();
+    const auto isMarked = [&] { return !s.tabs()->tabIcon(0).isNull(); };
+    s.write(whole.first(whole.size() / 2));
+    QTest::qWait(3 * kQuiet);
+    QCOMPARE(s.words(), QStringList());
+    QVERIFY(!isMarked());
+    s.write(whole);
+    QTRY_COMPARE(s.words(), QStringList(kChanged));
+    QVERIFY(isMarked());
+    // Once more, and the banner is pressed before the watch has seen it.
+    s.write(whole.first(whole.size() / 3));
+    s.pressTop();
+    QCOMPARE(s.tabs()->count(), 1);
+    QVERIFY(!isMarked());
+    s.rebuild(2);
+    QTRY_COMPARE(s.words(), QStringList(kChanged));
+    s.pressTop();
+    QCOMPARE(s.cores(), 2);
+    QVERIFY(!isMarked());
+    QVERIFY(s.boxes.seen.isEmpty());
 }
 
 // What takes the description's place has no cores. The user learns it and may open something else.

@@ -119,6 +119,18 @@ void tst_LiteRoad::fromCaptureToSessionAndBack()
     const auto crossed = readProjectFile(data);
     QVERIFY(crossed && *crossed == (ProjectFile{d.file(), project}));
 
+    // The name that the user knows still opens it, and the next save puts both files right.
+    d.open(project);
+    QCOMPARE(d.titles(), (QStringList{"Trigger", "Window 0"}));
+    d.click("Save...");
+    QVERIFY(bytesOf(data).contains("<WaveData>"));
+    const auto righted = readProjectFile(project);
+    QVERIFY(righted && righted->dataFile == data);
+    d.open(project);
+    QCOMPARE(d.titles(), (QStringList{"Trigger", "Window 0"}));
+    d.wave(1)->setZoom(0.5);
+    d.click("Save...");
+
     // Under a name that tells what it is, the file with the paths opens again.
     const QString renamed = d.directory.filePath("again.analyzer_prj");
     QVERIFY(QFile::rename(data, renamed));

@@ -7,12 +7,16 @@
 #include <QAction>
 #include <QDir>
 #include <QDockWidget>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFile>
 #include <QFileDialog>
 #include <QIcon>
 #include <QLineEdit>
 #include <QLocalServer>
+#include <QMimeData>
 #include <QToolBar>
+#include <QUrl>
 
 using namespace KEO;
 
@@ -28,6 +32,7 @@ private Q_SLOTS:
     void opensAndCloses();
     void goneWhileOpening();
     void opensByHand();
+    void takesDroppedFiles();
     void closes();
 };
 
@@ -166,6 +171,36 @@ void tst_Analyzer::goneWhileOpening()
         QCOMPARE(bench.log.take(),
                  (QStringList{"standard: setup", "standard: open " + bench.standard}));
     }
+}
+
+void tst_Analyzer::takesDroppedFiles()
+{
+    Bench bench;
+    Analyzer &window = *bench.window;
+    const auto drop = [&](const QList<QUrl> &urls) {
+        QMimeData data;
+        data.setUrls(urls);
+        QDragEnterEvent enter({9, 9}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        enter.ignore();
+        QCoreApplication::sendEvent(&window, &enter);
+        QDropEvent event({9, 9}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&window, &event);
+        QCoreApplication::processEvents();
+        return enter.isAccepted();
+    };
+    const QUrl standard = QUrl::fromLocalFile(bench.standard);
+    auto *open = window.findChild<QAction *>("openAction");
+    open->setEnabled(false); // as during a capture
+    QVERIFY(!drop({standard}));
+    open->setEnabled(true);
+    QVERIFY(!drop({QUrl::fromLocalFile(bench.write("notes.txt", "x"))}));
+    QVERIFY(!drop({QUrl::fromLocalFile(bench.dir.filePath("gone.keo"))}));
+    QVERIFY(!drop({standard, QUrl::fromLocalFile(bench.lite)}));
+    QVERIFY(!drop({QUrl("http://localhost/s.keo")}));
+    QVERIFY(bench.log.calls.isEmpty());
+    QVERIFY(drop({standard}));
+    QCOMPARE(bench.log.take().last(), "standard: device //");
+    QCOMPARE(window.startDir(), bench.standard);
 }
 
 void tst_Analyzer::opensByHand()

@@ -1,0 +1,86 @@
+#include "capturelimits.h"
+
+#include "coreconfig.h"
+#include "litecoreconfig.h"
+#include "poweroftwo.h"
+
+#include <QCoreApplication>
+
+namespace KEO {
+
+namespace {
+
+struct Text
+{
+    Q_DECLARE_TR_FUNCTIONS(KEO::CaptureLimits)
+};
+
+template <typename... Numbers>
+Error refusal(const QString &text, Numbers... numbers)
+{
+    return {Error::Format, text.arg(QString::number(numbers)...)};
+}
+
+/// A width of 0 is what a description without one gives; then only the register bounds the count.
+std::optional<Error> counterObstacle(const CoreConfig &core, const MatchUnit &unit)
+{
+    if (!unit.isInUse() || !unit.counter_enable)
+        return {};
+    if (unit.counter_width < 0 || unit.counter_width > kMaxCounterBits)
+        return refusal(Text::tr("Core %1: the counter of match unit %2 has %3 bits; 1 to %4 are "
+                                "possible."),
+                       core.index, unit.index, unit.counter_width, kMaxCounterBits);
+    const int most = 1 << (unit.counter_width > 0 ? unit.counter_width : kMaxCounterBits);
+    if (unit.counter < 1 || unit.counter > most)
+        return refusal(Text::tr("Core %1: match unit %2 counts %3 matches; 1 to %4 are possible."),
+                       core.index, unit.index, unit.counter, most);
+    return {};
+}
+
+} // namespace
+
+std::optional<Error> captureObstacle(const CoreConfig &core)
+{
+    const int amount = core.capture_amount;
+    if (core.index < 0 || core.index >= kMaxChipCores)
+        return refusal(Text::tr("Core %1: a chip has only cores 0 to %2."), core.index,
+                       kMaxChipCores - 1);
+    if (core.signals.isEmpty() || amount < 1 || core.window_num < 1)
+        return refusal(Text::tr("Core %1 captures %2 samples of %3 signals in %4 windows: nothing "
+                                "to read."),
+                       core.index, amount, signalBits(core.signals), core.window_num);
+    if (amount > kBlockRows && amount % kBlockRows != 0)
+        return refusal(Text::tr("Core %1 captures %2 samples; above %3 only multiples of %3 can be "
+                                "read."),
+                       core.index, amount, kBlockRows);
+    if (core.storage_depth < 1 || core.storage_depth > kMaxRows)
+        return refusal(Text::tr("Core %1 has room for %2 samples; 1 to %3 are possible."),
+                       core.index, core.storage_depth, kMaxRows);
+    const qint64 room = core.storage_depth / roundUpToPowerOfTwo(core.window_num);
+    if (amount > room)
+        return refusal(Text::tr("Core %1 captures %2 samples in each of %3 windows; its memory has "
+                                "room for %4."),
+                       core.index, amount, core.window_num, room);
+    if (core.trigger_pos < 0 || core.trigger_pos > amount - kMinRowsFromTrigger)
+        return refusal(Text::tr("Core %1 has its trigger at sample %2 of %3; it has to leave %4 to "
+                                "the end."),
+                       core.index, core.trigger_pos, amount, kMinRowsFromTrigger);
+    for (const auto &unit : core.matchUnits) {
+        if (std::optional<Error> obstacle = counterObstacle(core, *unit))
+            return obstacle;
+    }
+    return {};
+}
+
+std::optional<Error> captureObstacle(const LiteCoreConfig &core)
+{
+    if (core.capture_amount < 1 || core.signals.isEmpty())
+        return refusal(Text::tr("Core %1 captures %2 samples of %3 signals: nothing to read."),
+                       core.index, core.capture_amount, signalBits(core.signals));
+    if (core.capture_amount > kMaxRows)
+        return refusal(Text::tr("Core %1 captures %2 samples; 1 to %3 are possible."), core.index,
+                       core.capture_amount, kMaxRows);
+    return {};
+}
+
+} // namespace KEO

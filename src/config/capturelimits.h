@@ -1,0 +1,34 @@
+#pragma once
+
+#include <base/result.h>
+
+#include <QtGlobal>
+
+#include <optional>
+
+namespace KEO {
+
+struct CoreConfig;
+struct LiteCoreConfig;
+
+// What a core can be asked to capture. A description, or a user, may ask for more; the core would
+// take the low bits of it and give other samples than were meant.
+
+/// Cores that a select word tells apart.
+inline constexpr int kMaxChipCores = 16;
+/// Rows that 16-bit addresses reach.
+inline constexpr int kMaxRows = 65'536;
+/// Rows of a block; what is more is read in whole blocks.
+inline constexpr int kBlockRows = 128;
+/// Samples that a window has from the trigger on, at least.
+inline constexpr int kMinRowsFromTrigger = 9;
+/// Bits of a match counter.
+inline constexpr int kMaxCounterBits = 16;
+
+/// Why \a core can't be captured as it stands, as an error of kind Format; nothing if it can. Looks
+/// at the core's numbers alone: windows, amount, depth, trigger position, and the counters of the
+/// match units in use.
+[[nodiscard]] std::optional<Error> captureObstacle(const CoreConfig &core);
+[[nodiscard]] std::optional<Error> captureObstacle(const LiteCoreConfig &core);
+
+} // namespace KEO

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <base/result.h>
+
+#include <QByteArray>
+#include <QString>
+
+namespace KEO {
+
+class FileSet;
+
+/// Remembers what a text file that this program replaces held when it was last looked at, so that
+/// what another program has written since is not lost.
+class OwnedFile final
+{
+public:
+    /// What \a path holds now is known.
+    void know(const QString &path);
+    /// It was replaced with \a content.
+    void wrote(const QByteArray &content);
+    /// Before \a content takes the place of \a path: if that file was written since and holds
+    /// something else, a copy is put into \a files, to stand beside it. Gives the copy's path,
+    /// empty if none was needed, or why the file can't be kept.
+    [[nodiscard]] Result<QString> keepNews(FileSet &files, const QString &path,
+                                           const QByteArray &content) const;
+
+private:
+    QByteArray m_known; ///< the content's hash; null if there was no file
+};
+
+} // namespace KEO
