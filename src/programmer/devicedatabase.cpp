@@ -144,9 +144,8 @@ DeviceDatabase DeviceDatabase::fromJson(const QByteArray &json)
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (!document.isObject()) {
-        qCDebug(lcProgrammer).noquote()
-            << "device database: no JSON object:" << error.errorString() << "at byte"
-            << error.offset;
+        qCDebug(lcProgrammer).noquote() << "device database: no JSON object:" << error.errorString()
+                                        << "at byte" << error.offset;
         return database;
     }
     const QJsonObject root = document.object();

@@ -339,7 +339,7 @@ void tst_ProgrammerPage::editsBySelectorsAndFields()
 
     // A file by its dialog, then a wrong one by typing.
     const QString file = page.writeFile("<b>a.fs", "//UserCode:\n//CheckSum: 9\n"
-                                                "//UserCode:\n//Device-package: MR-1X-Q48\n");
+                                                   "//UserCode:\n//Device-package: MR-1X-Q48\n");
     OnModal<QFileDialog> dialog([&](QFileDialog *box) {
         QCOMPARE(box->windowTitle(), "Open Fs File...");
         QCOMPARE(box->nameFilters(), QStringList("TARNO Fs File (*.fs)"));

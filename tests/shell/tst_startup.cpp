@@ -184,7 +184,8 @@ void tst_Startup::program()
     // What the debug dock handles reaches standard error, reasons for silence among it.
     QByteArray messages;
     QTRY_VERIFY_WITH_TIMEOUT(
-        (messages += program.readAllStandardError()).contains("Core descriptions end in .keo"), 20'000);
+        (messages += program.readAllStandardError()).contains("Core descriptions end in .keo"),
+        20'000);
     QCOMPARE(program.state(), QProcess::Running);
     program.terminate();
     QVERIFY(program.waitForFinished());

@@ -195,7 +195,7 @@ void BusWaveItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *optio
     const qreal zoom = painter->transform().m11();
     const SampleRange range = exposedSamples(exposed, sampleCount(), kSpareSamples);
     qCDebug(KEO::lcWavePaint) << "dirty rectangle: " << exposed << "scale: " << zoom
-                         << "start: " << range.first << "data size: " << sampleCount();
+                              << "start: " << range.first << "data size: " << sampleCount();
     painter->save();
     paintRowGround(*painter, exposed, kSeparatorY, isRowSelected());
     painter->setPen(QPen(QBrush(color()), 0, Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin));
