@@ -10,10 +10,12 @@
 
 #include <QCheckBox>
 #include <QDockWidget>
+#include <QEvent>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QPointer>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QSplitter>
 #include <QTableView>
@@ -56,6 +58,10 @@ KeoProgrammerWidget::KeoProgrammerWidget(QWidget *parent)
     bodyLayout->addWidget(splitter);
     splitter->addWidget(buildTable());
     splitter->addWidget(buildLog());
+
+    fitToFont();
+    connect(m_tableView->horizontalScrollBar(), &QScrollBar::rangeChanged, this,
+            &KeoProgrammerWidget::fitToFont);
 
     auto *groupLayout = new QVBoxLayout(groupBox);
     groupLayout->setSpacing(kSpacing);
@@ -135,15 +141,10 @@ QWidget *KeoProgrammerWidget::buildTable()
     m_tableView->setTabKeyNavigation(false);
     m_tableView->setWordWrap(false);
     m_tableView->verticalHeader()->hide();
-    m_tableView->verticalHeader()->setDefaultSectionSize(m_tableView->fontMetrics().height() +
-                                                         2 * kCellMargin);
     QHeaderView *header = m_tableView->horizontalHeader();
     header->setHighlightSections(false);
     header->setSectionResizeMode(QHeaderView::ResizeToContents);
     header->setSectionResizeMode(KeoProgrammerModel::FsFile, QHeaderView::Stretch);
-    const int frame = 2 * m_tableView->frameWidth();
-    m_tableView->setMinimumHeight(header->sizeHint().height() + frame +
-                                  kTableRows * m_tableView->verticalHeader()->defaultSectionSize());
     connect(m_tableView, &QTableView::doubleClicked, this,
             &KeoProgrammerWidget::onTableViewDoubleClkiced);
     for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
@@ -158,13 +159,30 @@ QWidget *KeoProgrammerWidget::buildLog()
 {
     m_log = new ProgrammerLog;
     m_log->setObjectName(QStringLiteral("textBrowser"));
-    m_log->setMinimumHeight(kLogLines * m_log->fontMetrics().lineSpacing() +
-                            2 * int(m_log->document()->documentMargin()) + 2 * m_log->frameWidth());
     auto *dock = new QDockWidget(tr("Output"));
     dock->setObjectName(QStringLiteral("dockWidget"));
     dock->setFeatures(QDockWidget::NoDockWidgetFeatures);
     dock->setWidget(m_log);
     return dock;
+}
+
+void KeoProgrammerWidget::fitToFont()
+{
+    const int rowHeight = fontMetrics().height() + 2 * kCellMargin;
+    m_tableView->verticalHeader()->setDefaultSectionSize(rowHeight);
+    const QScrollBar *bar = m_tableView->horizontalScrollBar(); // which would cover the only row
+    const int barHeight = bar->maximum() > bar->minimum() ? bar->sizeHint().height() : 0;
+    m_tableView->setMinimumHeight(barHeight + m_tableView->horizontalHeader()->sizeHint().height() +
+                                  2 * m_tableView->frameWidth() + kTableRows * rowHeight);
+    m_log->setMinimumHeight(kLogLines * fontMetrics().lineSpacing() +
+                            2 * int(m_log->document()->documentMargin()) + 2 * m_log->frameWidth());
+}
+
+void KeoProgrammerWidget::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange && m_log)
+        fitToFont();
 }
 
 void KeoProgrammerWidget::setDevice(const QString &family, const QString &device,

@@ -83,10 +83,15 @@ Q_SIGNALS:
     /// A run of the tool begins or is over: the time for a waiting tip.
     void toolRunning(bool isRunning);
 
+protected:
+    void changeEvent(QEvent *event) override;
+
 private:
     [[nodiscard]] QWidget *buildTools();
     [[nodiscard]] QWidget *buildTable();
     [[nodiscard]] QWidget *buildLog();
+    /// Sets the least heights of table and log.
+    void fitToFont();
     QToolButton *addTool(QWidget *tools, const char *name, const char *icon, const QString &tip,
                          void (KeoProgrammerWidget::*slot)());
     void setRunning(bool isRunning);

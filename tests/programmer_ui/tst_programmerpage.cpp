@@ -17,6 +17,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTableView>
@@ -736,11 +737,12 @@ void tst_ProgrammerPage::fitsSmallScreens()
 {
     const QFont before = QApplication::font();
     for (const int points : {10, 15}) {
+        Page page;
         QFont font = before;
         font.setPointSize(points);
-        QApplication::setFont(font);
-        Page page;
+        QApplication::setFont(font); // as the desktop's settings do
         page.widget.setDevice("KR", "KR-C", {});
+        QVERIFY(page.table->rowHeight(0) > page.table->fontMetrics().height());
         const int height = page.widget.minimumSizeHint().height();
         page.widget.setEnabledByUser(false);
         QApplication::processEvents();
@@ -753,6 +755,10 @@ void tst_ProgrammerPage::fitsSmallScreens()
         });
         page.edit<QWidget>(0, Column::Operation);
         QVERIFY(dialog.seen());
+        page.widget.resize(400, 0); // too narrow for the columns, as low as it gets
+        QApplication::processEvents();
+        QVERIFY(page.table->horizontalScrollBar()->isVisible());
+        QVERIFY(page.table->viewport()->height() >= page.table->rowHeight(0));
     }
     QApplication::setFont(before);
 }
