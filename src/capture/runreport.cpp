@@ -9,20 +9,20 @@ namespace {
 
 constexpr qsizetype kMostNames = 8;
 
-QString tr(const char *text)
+struct Text
 {
-    return QCoreApplication::translate("RunReport", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(KEO::RunReport)
+};
 
 QString namesOf(const QList<RunReport::Window> &windows)
 {
     QStringList names;
     for (const RunReport::Window &window : windows.first(qMin(windows.size(), kMostNames))) {
-        names.append(tr("core %1 window %2")
+        names.append(Text::tr("core %1 window %2")
                          .arg(QString::number(window.core), QString::number(window.window)));
     }
     if (windows.size() > kMostNames)
-        names.append(tr("%1 more").arg(windows.size() - kMostNames));
+        names.append(Text::tr("%1 more").arg(windows.size() - kMostNames));
     return names.join(QStringLiteral(", "));
 }
 
@@ -32,13 +32,14 @@ QString RunReport::text() const
 {
     QStringList sentences;
     if (server == Server::Silent)
-        sentences.append(tr("The cable server does not answer; another program may be using it."));
+        sentences.append(
+            Text::tr("The cable server does not answer; another program may be using it."));
     if (server == Server::Gone)
-        sentences.append(tr("The cable server went away."));
+        sentences.append(Text::tr("The cable server went away."));
     if (!missing.isEmpty())
-        sentences.append(tr("Not delivered: %1.").arg(namesOf(missing)));
+        sentences.append(Text::tr("Not delivered: %1.").arg(namesOf(missing)));
     if (!doubtful.isEmpty())
-        sentences.append(tr("The samples may be wrong: %1.").arg(namesOf(doubtful)));
+        sentences.append(Text::tr("The samples may be wrong: %1.").arg(namesOf(doubtful)));
     return sentences.join(u' ');
 }
 

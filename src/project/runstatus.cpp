@@ -25,13 +25,26 @@ RunStatus::RunStatus(Design &design, StatusLine &line, QObject *parent)
     connect(&manager, &CaptureManager::statusChanged, this, &RunStatus::followState);
     connect(&manager, &CaptureManager::sectionRead, this, &RunStatus::showReading);
     connect(&manager, &CaptureManager::triggerComplete, this, &RunStatus::showEnd);
+    connect(&manager, &CaptureManager::reportChanged, this, [this] {
+        if (!m_text.isEmpty())
+            show(m_text);
+    });
     connect(&design, &Design::captured, this, [this] { ++m_windows; });
 }
 
 void RunStatus::clear()
 {
-    if (!m_isRunning)
-        m_line.showRun(tr("Ready"));
+    if (m_isRunning)
+        return;
+    m_text.clear();
+    m_line.showRun(tr("Ready"));
+}
+
+void RunStatus::show(const QString &text)
+{
+    m_text = text;
+    const QString report = m_design.manager().report().text();
+    m_line.showRun(report.isEmpty() ? text : tr("%1. %2").arg(text, report));
 }
 
 void RunStatus::followState(bool isBusy)
@@ -49,16 +62,16 @@ void RunStatus::followState(bool isBusy)
     const QString waitedFor = m_design.waitingFor();
     const CaptureState state = m_design.manager().state();
     if (state != CaptureState::Reading && state != CaptureState::ReadComplete)
-        m_line.showRun(withRound(
-            waitedFor.isEmpty() ? tr("Running since %1").arg(shown(m_since))
-                                : tr("Waiting for %1 since %2").arg(waitedFor, shown(m_since))));
+        show(withRound(waitedFor.isEmpty()
+                           ? tr("Running since %1").arg(shown(m_since))
+                           : tr("Waiting for %1 since %2").arg(waitedFor, shown(m_since))));
 }
 
 void RunStatus::showReading(int core, int window, int sectionsRead, int sections)
 {
-    m_line.showRun(withRound(tr("Reading core %1 window %2: %3 of %4 sections")
-                                 .arg(QString::number(core), QString::number(window),
-                                      QString::number(sectionsRead), QString::number(sections))));
+    show(withRound(tr("Reading core %1 window %2: %3 of %4 sections")
+                       .arg(QString::number(core), QString::number(window),
+                            QString::number(sectionsRead), QString::number(sections))));
 }
 
 void RunStatus::showEnd(int resultID)
@@ -68,8 +81,8 @@ void RunStatus::showEnd(int resultID)
         return; // closing a project ends what was no run
     m_isRunning = false;
     const QString end = tr("Run ended at %1").arg(shown(QTime::currentTime()));
-    m_line.showRun(reason.isEmpty() ? tr("%1, windows captured: %2").arg(end).arg(m_windows)
-                                    : tr("%1: %2").arg(end, reason));
+    show(reason.isEmpty() ? tr("%1, windows captured: %2").arg(end).arg(m_windows)
+                          : tr("%1: %2").arg(end, reason));
 }
 
 QString RunStatus::withRound(const QString &text) const

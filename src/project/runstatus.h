@@ -10,7 +10,8 @@ class Design;
 class StatusLine;
 
 /// Tells in the status line what a run does: which core waits for what and since when, how far the
-/// reading of a window is, how the run ended. Follows the design's data manager by itself.
+/// reading of a window is, how the run ended, and what the manager reports of the server and of
+/// windows that are missing or doubtful. Follows the design's data manager by itself.
 class RunStatus final : public QObject
 {
     Q_OBJECT
@@ -26,6 +27,8 @@ private:
     void followState(bool isBusy);
     void showReading(int core, int window, int sectionsRead, int sections);
     void showEnd(int resultID);
+    /// With what the run has to tell beside it, now and whenever that changes.
+    void show(const QString &text);
     [[nodiscard]] QString withRound(const QString &text) const;
 
     Design &m_design;
@@ -34,6 +37,7 @@ private:
     QTime m_since;     ///< when the run, or the round of an Auto run, began
     int m_round = -1;  ///< the one of m_since
     int m_windows = 0; ///< captured in this run
+    QString m_text;    ///< of the run that is shown; empty for none
 };
 
 } // namespace KEO

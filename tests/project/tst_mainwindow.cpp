@@ -156,6 +156,9 @@ void tst_MainWindow::tellsOfAServerThatIsGone()
                      qPrintable(s.status("deviceStatus")));
         QVERIFY(!s.cables()->itemIcon(0).isNull());
         QVERIFY(s.cables()->itemData(0, Qt::ToolTipRole).toString().contains("gone"));
+        if (isWaiting) // and the run that waits says so as well
+            QTRY_VERIFY2(s.status().endsWith("The cable server went away."),
+                         qPrintable(s.status()));
         QCOMPARE(s.isRunning(), isWaiting); // nothing but Stop ends a run
         QVERIFY(s.boxes.seen.isEmpty());
         if (isWaiting)
