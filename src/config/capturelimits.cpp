@@ -41,14 +41,19 @@ std::optional<Error> counterObstacle(const CoreConfig &core, const MatchUnit &un
 
 std::optional<Error> captureObstacle(const CoreConfig &core)
 {
-    const int amount = core.capture_amount;
+    return captureObstacle(core, {core.window_num, core.capture_amount, core.trigger_pos});
+}
+
+std::optional<Error> captureObstacle(const CoreConfig &core, const CaptureNumbers &asked)
+{
+    const auto [windows, amount, position] = asked;
     if (core.index < 0 || core.index >= kMaxChipCores)
         return refusal(Text::tr("Core %1: a chip has only cores 0 to %2."), core.index,
                        kMaxChipCores - 1);
-    if (core.signals.isEmpty() || amount < 1 || core.window_num < 1)
+    if (core.signals.isEmpty() || amount < 1 || windows < 1)
         return refusal(Text::tr("Core %1 captures %2 samples of %3 signals in %4 windows: nothing "
                                 "to read."),
-                       core.index, amount, signalBits(core.signals), core.window_num);
+                       core.index, amount, signalBits(core.signals), windows);
     if (amount > kBlockRows && amount % kBlockRows != 0)
         return refusal(Text::tr("Core %1 captures %2 samples; above %3 only multiples of %3 can be "
                                 "read."),
@@ -56,15 +61,15 @@ std::optional<Error> captureObstacle(const CoreConfig &core)
     if (core.storage_depth < 1 || core.storage_depth > kMaxRows)
         return refusal(Text::tr("Core %1 has room for %2 samples; 1 to %3 are possible."),
                        core.index, core.storage_depth, kMaxRows);
-    const qint64 room = core.storage_depth / roundUpToPowerOfTwo(core.window_num);
+    const qint64 room = core.storage_depth / roundUpToPowerOfTwo(windows);
     if (amount > room)
         return refusal(Text::tr("Core %1 captures %2 samples in each of %3 windows; its memory has "
                                 "room for %4."),
-                       core.index, amount, core.window_num, room);
-    if (core.trigger_pos < 0 || core.trigger_pos > amount - kMinRowsFromTrigger)
+                       core.index, amount, windows, room);
+    if (position < 0 || position > amount - kMinRowsFromTrigger)
         return refusal(Text::tr("Core %1 has its trigger at sample %2 of %3; it has to leave %4 to "
                                 "the end."),
-                       core.index, core.trigger_pos, amount, kMinRowsFromTrigger);
+                       core.index, position, amount, kMinRowsFromTrigger);
     for (const auto &unit : core.matchUnits) {
         if (std::optional<Error> obstacle = counterObstacle(core, *unit))
             return obstacle;

@@ -25,10 +25,21 @@ inline constexpr int kMinRowsFromTrigger = 9;
 /// Bits of a match counter.
 inline constexpr int kMaxCounterBits = 16;
 
+/// What is asked of a core, in samples a window, the position counted from the window's first.
+struct CaptureNumbers
+{
+    int windows = 0;
+    int amount = 0;
+    int position = 0;
+};
+
 /// Why \a core can't be captured as it stands, as an error of kind Format; nothing if it can. Looks
 /// at the core's numbers alone: windows, amount, depth, trigger position, and the counters of the
 /// match units in use.
 [[nodiscard]] std::optional<Error> captureObstacle(const CoreConfig &core);
+/// The same with other numbers than the record has, such as those that a page is about to save.
+[[nodiscard]] std::optional<Error> captureObstacle(const CoreConfig &core,
+                                                   const CaptureNumbers &asked);
 [[nodiscard]] std::optional<Error> captureObstacle(const LiteCoreConfig &core);
 
 } // namespace KEO

@@ -4,6 +4,7 @@
 #include "matchunitmodel.h"
 #include "muexpressiondialog.h"
 
+#include <config/capturelimits.h>
 #include <config/coreconfig.h>
 #include <config/poweroftwo.h>
 #include <widgets/formwidgets.h>
@@ -88,6 +89,11 @@ QGroupBox *DynamicConfigWidget::makeCaptureGroup()
     form->addRow(labelFor(m_comboBoxWindow, tr("Windows Number:")), m_comboBoxWindow);
     form->addRow(labelFor(m_comboBoxAmount, tr("Capture Amount:")), m_comboBoxAmount);
     form->addRow(labelFor(m_spinBoxTrPos, tr("Trigger Position:")), m_spinBoxTrPos);
+    m_obstacle = named(new QLabel, "captureObstacle");
+    m_obstacle->setTextFormat(Qt::PlainText);
+    m_obstacle->setWordWrap(true);
+    m_obstacle->hide();
+    form->addRow(m_obstacle);
     return m_groupBox;
 }
 
@@ -158,6 +164,8 @@ void DynamicConfigWidget::setCore(CoreConfig *core)
     m_model->setUnits(core->enabledUnits());
     redrawUnits();
     fillExpressions();
+    // As the description has it: the fields offer only what is possible.
+    showObstacle({core->window_num, core->capture_amount, core->trigger_pos});
 }
 
 void DynamicConfigWidget::clearPage()
@@ -173,6 +181,7 @@ void DynamicConfigWidget::clearPage()
     m_spinBoxTrPos->setValue(0);
     m_listExpressions->clear();
     m_model->clear();
+    m_obstacle->hide();
 }
 
 void DynamicConfigWidget::saveToCore()
@@ -182,6 +191,7 @@ void DynamicConfigWidget::saveToCore()
     m_core->window_num = m_comboBoxWindow->currentText().toInt();
     m_core->capture_amount = m_comboBoxAmount->currentText().toInt();
     m_core->trigger_pos = m_spinBoxTrPos->value();
+    showObstacleOfFields();
     m_core->expressionEnabled.clear();
     for (int row = 0; row < m_listExpressions->count(); ++row)
         m_core->expressionEnabled.append(m_listExpressions->item(row)->checkState() == Qt::Checked);
@@ -208,6 +218,7 @@ void DynamicConfigWidget::onWindowNumChanged()
 void DynamicConfigWidget::onCaptureAmountChanged()
 {
     limitTriggerPosition(m_comboBoxAmount->currentText().toInt());
+    showObstacleOfFields();
 }
 
 void DynamicConfigWidget::editMu()
@@ -221,8 +232,10 @@ void DynamicConfigWidget::editMu()
         new MatchUnitDialog(MatchUnitModel::unitOfIndex(rows.first()), true, this);
     dialog->exec();
     delete dialog;
-    if (page)
-        redrawUnits();
+    if (!page)
+        return;
+    redrawUnits();
+    showObstacleOfFields();
 }
 
 void DynamicConfigWidget::editExpression(QListWidgetItem *item)
@@ -294,6 +307,20 @@ void DynamicConfigWidget::fillExpressions()
 void DynamicConfigWidget::limitTriggerPosition(int amount)
 {
     m_spinBoxTrPos->setRange(0, std::max(0, amount - kTriggerMargin));
+}
+
+void DynamicConfigWidget::showObstacle(const CaptureNumbers &asked)
+{
+    const std::optional<Error> obstacle =
+        m_core ? captureObstacle(*m_core, asked) : std::optional<Error>();
+    m_obstacle->setText(obstacle ? obstacle->message : QString());
+    m_obstacle->setVisible(obstacle.has_value());
+}
+
+void DynamicConfigWidget::showObstacleOfFields()
+{
+    showObstacle({m_comboBoxWindow->currentText().toInt(), m_comboBoxAmount->currentText().toInt(),
+                  m_spinBoxTrPos->value()});
 }
 
 } // namespace KEO

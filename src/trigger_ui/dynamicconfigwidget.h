@@ -4,6 +4,7 @@
 
 class QComboBox;
 class QGroupBox;
+class QLabel;
 class QLineEdit;
 class QListWidget;
 class QListWidgetItem;
@@ -12,6 +13,7 @@ class QTableView;
 
 namespace KEO {
 
+struct CaptureNumbers;
 struct CoreConfig;
 class MatchUnitModel;
 
@@ -63,6 +65,9 @@ private:
     void fillAmounts();
     void fillExpressions();
     void limitTriggerPosition(int amount);
+    /// Tells why the core can't be captured with \a asked; nothing if it can.
+    void showObstacle(const CaptureNumbers &asked);
+    void showObstacleOfFields();
 
     CoreConfig *m_core = nullptr; // borrowed
     MatchUnitModel *m_model;      // owned by the object tree, as are the widgets
@@ -71,6 +76,7 @@ private:
     QComboBox *m_comboBoxWindow = nullptr;
     QComboBox *m_comboBoxAmount = nullptr;
     QSpinBox *m_spinBoxTrPos = nullptr;
+    QLabel *m_obstacle = nullptr;
     QListWidget *m_listExpressions = nullptr;
     QTableView *m_tableUnit = nullptr;
 };

@@ -5,6 +5,7 @@
 #include <trigger_ui/matchunitdialog.h>
 #include <trigger_ui/muexpressiondialog.h>
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -75,6 +76,7 @@ class tst_ConfigPage : public WidgetTest
 private Q_SLOTS:
     void amountsFollowStorageAndWindows();
     void settingsFallToWhatFits();
+    void tellsWhatTheCoreCantCapture();
     void settingsReachTheCoreWhenSaved();
     void showingACoreIsNoChange();
     void expressionsOfAStaticCore();
@@ -127,6 +129,31 @@ void tst_ConfigPage::settingsFallToWhatFits()
     QCOMPARE(page.position->maximum(), 0);
     page.widget.saveToCore();
     QCOMPARE(page.core.capture_amount, 0);
+}
+
+// As the description has it, although the fields show only what is possible.
+void tst_ConfigPage::tellsWhatTheCoreCantCapture()
+{
+    Page page;
+    page.core.signals = page.core.triggerByIndex(0)->signals;
+    page.core.storage_depth = 1024;
+    page.core.window_num = 1;
+    page.core.capture_amount = 1024;
+    page.core.trigger_pos = 2000;
+    page.show();
+    const auto *told = page.widget.findChild<QLabel *>("captureObstacle");
+    QVERIFY2(told->isVisible() && told->text().contains("2000 of 1024"), qPrintable(told->text()));
+    page.core.trigger_pos = 100;
+    page.core.capture_amount = 1000; // not offered
+    page.widget.setCore(&page.core);
+    QVERIFY2(told->isVisible() && told->text().contains("1000"), qPrintable(told->text()));
+    chooseByKeys(page.amount, "512");
+    QVERIFY2(!told->isVisible(), qPrintable(told->text()));
+    page.core.storage_depth = 1 << 20;
+    page.widget.saveToCore();
+    QVERIFY(told->isVisible());
+    page.widget.setCore(nullptr);
+    QVERIFY(!told->isVisible());
 }
 
 void tst_ConfigPage::settingsReachTheCoreWhenSaved()
