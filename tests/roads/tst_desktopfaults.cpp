@@ -79,7 +79,9 @@ void act(Act what, Desktop &d)
         d.servers.begin()->second->waitForFinished(3000);
         break;
     case Act::ServerHangs:
-        ::kill(pid_t(d.servers.begin()->second->processId()), SIGSTOP);
+        // No id means that it has ended; 0 would stop this program and its group.
+        if (const qint64 id = d.servers.begin()->second->processId(); id != 0)
+            ::kill(pid_t(id), SIGSTOP);
         break;
     }
 }
