@@ -15,6 +15,7 @@
 #include <QLineEdit>
 #include <QLocalServer>
 #include <QMimeData>
+#include <QPushButton>
 #include <QToolBar>
 #include <QUrl>
 
