@@ -1,5 +1,7 @@
 #include "wavemonitorwidget.h"
 
+#include "goto.h"
+
 #include <wave/common/viewergeometry.h>
 #include <wave/ruler/rulerview.h>
 #include <wave/tree/signaltreemodel.h>
@@ -71,6 +73,8 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
 
     joinScrollBars();
     layOutPanes();
+    m_goTo = new GoTo({m_model, m_treeView, m_waveView, m_rulerView}, this);
+    m_waveView->setFocus(); // when the viewer gets the focus for the first time
 }
 
 WaveMonitorWidget::~WaveMonitorWidget()

@@ -19,6 +19,7 @@ class QLabel;
 
 namespace WaveMonitor {
 
+class GoTo;
 class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
@@ -107,6 +108,7 @@ private:
     WaveView *m_waveView;       ///< child
     RulerView *m_rulerView;     ///< child
     QLabel *m_counterLabel;     ///< child
+    GoTo *m_goTo;               ///< child
     qreal m_zoomRate = 1.0;
     int m_core = 0;
     int m_window = 0;

@@ -263,7 +263,9 @@ bool WaveView::eventFilter(QObject *watched, QEvent *event)
 
 void WaveView::contextMenuEvent(QContextMenuEvent *event)
 {
-    runMenu(this, m_contextMenu->actions(), event->globalPos());
+    QList<QAction *> entries = m_contextMenu->actions();
+    entries.append(actions());
+    runMenu(this, entries, event->globalPos());
 }
 
 void WaveView::paintEvent(QPaintEvent *event)
