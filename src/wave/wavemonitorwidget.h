@@ -19,10 +19,12 @@ class QLabel;
 
 namespace WaveMonitor {
 
+class ClockPeriods;
 class GoTo;
 class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
+class ViewerStrips;
 class WaveView;
 class WindowContents;
 
@@ -46,6 +48,10 @@ public:
     void setTitle(int window, int core);
     [[nodiscard]] int coreNumber() const { return m_core; }
     [[nodiscard]] int windowNumber() const { return m_window; }
+
+    /// Adds overview, measurements and find bar below the waves. \a periods is borrowed and may go
+    /// first.
+    void showStrips(ClockPeriods *periods);
 
     /// Adds a row.
     void addSignal(const SignalElement &signal);
@@ -103,12 +109,13 @@ private:
     void followDataLength();
     void showLoaded();
 
-    SignalTreeModel *m_model;   ///< child, the data source of the wave view
-    SignalTreeView *m_treeView; ///< child
-    WaveView *m_waveView;       ///< child
-    RulerView *m_rulerView;     ///< child
-    QLabel *m_counterLabel;     ///< child
-    GoTo *m_goTo;               ///< child
+    SignalTreeModel *m_model;         ///< child, the data source of the wave view
+    SignalTreeView *m_treeView;       ///< child
+    WaveView *m_waveView;             ///< child
+    RulerView *m_rulerView;           ///< child
+    QLabel *m_counterLabel;           ///< child
+    GoTo *m_goTo;                     ///< child
+    ViewerStrips *m_strips = nullptr; ///< child, null until they are shown
     qreal m_zoomRate = 1.0;
     int m_core = 0;
     int m_window = 0;

@@ -95,6 +95,11 @@ void RulerView::setClocks(int clocks)
     m_scaleRuler->setClocks(clocks);
 }
 
+void RulerView::setHits(const SampleHits &hits, std::optional<int> current)
+{
+    m_scaleRuler->setHits(hits, current);
+}
+
 QList<TimeSliderData *> RulerView::timeMarkers() const
 {
     QList<TimeSliderData *> markers;
