@@ -39,6 +39,16 @@ std::optional<Error> counterObstacle(const CoreConfig &core, const MatchUnit &un
 
 } // namespace
 
+QList<int> offeredAmounts(int depth, int windows)
+{
+    constexpr int kLeast = 32;
+    const qint64 parts = roundUpToPowerOfTwo(windows);
+    QList<int> amounts;
+    for (qint64 amount = kLeast; parts > 0 && amount <= depth / parts; amount *= 2)
+        amounts.append(int(amount));
+    return amounts;
+}
+
 std::optional<Error> captureObstacle(const CoreConfig &core)
 {
     return captureObstacle(core, {core.window_num, core.capture_amount, core.trigger_pos});

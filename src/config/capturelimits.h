@@ -2,6 +2,7 @@
 
 #include <base/result.h>
 
+#include <QList>
 #include <QtGlobal>
 
 #include <optional>
@@ -24,6 +25,12 @@ inline constexpr int kBlockRows = 128;
 inline constexpr int kMinRowsFromTrigger = 9;
 /// Bits of a match counter.
 inline constexpr int kMaxCounterBits = 16;
+/// Windows that a user is offered.
+inline constexpr int kMaxOfferedWindows = 8;
+
+/// The samples a window that a user is offered for \a windows windows in a memory of \a depth
+/// samples: powers of two in ascending order, none if not even the least fits.
+[[nodiscard]] QList<int> offeredAmounts(int depth, int windows);
 
 /// What is asked of a core, in samples a window, the position counted from the window's first.
 struct CaptureNumbers
