@@ -7,6 +7,7 @@
 #include <config/capturelimits.h>
 #include <config/coreconfig.h>
 #include <config/poweroftwo.h>
+#include <trigger/expression.h>
 #include <widgets/formwidgets.h>
 
 #include <QComboBox>
@@ -36,13 +37,9 @@ constexpr int kLeastAmount = 32;       // samples
 constexpr int kTriggerMargin = 9;      // samples between the trigger position and the window's end
 constexpr int kValueColumnWidth = 300; // pixels
 
-/// The text of an item: descriptions may call unit 3 "match[3]".
 QString itemText(int row, const QString &expression)
 {
-    QString tokens = expression;
-    tokens.replace(QStringLiteral("match"), QStringLiteral("M"));
-    tokens.remove(u'[').remove(u']');
-    return QStringLiteral("exp%1:  %2").arg(QString::number(row), tokens);
+    return QStringLiteral("exp%1:  %2").arg(QString::number(row), withUnitNames(expression));
 }
 
 QShortcut *shortcutOf(QWidget *widget, Qt::Key key)

@@ -22,6 +22,7 @@ class tst_StandardProject : public WidgetTest
 private Q_SLOTS:
     void bothKindsInTurn();
     void coreSelection();
+    void oddAmountOutlivesAClick();
     void windowsOfACore();
     void keysReachAWaitingRun_data();
     void keysReachAWaitingRun();
@@ -113,6 +114,22 @@ void tst_StandardProject::coreSelection()
     QCOMPARE(state(), "-x| Core 1|1|OSA----P");
     QTest::keyClick(tree, Qt::Key_Space);
     QCOMPARE(state(), "--| Core 1|1|O------P");
+}
+
+// A click comes as several signals. What the fields can't show outlives all of them.
+void tst_StandardProject::oddAmountOutlivesAClick()
+{
+    TestDesign design;
+    design.cores = 2;
+    design.amount = 1000;
+    design.position = 500;
+    Desktop d(design);
+    d.open();
+    const auto *tree = d.find<QTreeWidget>("coreTree");
+    const QRect row = tree->visualItemRect(tree->topLevelItem(1));
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, row.center());
+    QCOMPARE(d.find<QDockWidget>("configDock")->windowTitle(), " Core 1");
+    QCOMPARE(d.find<QSpinBox>("spinBoxTrPos")->value(), 500);
 }
 
 void tst_StandardProject::windowsOfACore()

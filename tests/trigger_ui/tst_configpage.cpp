@@ -5,10 +5,13 @@
 #include <trigger_ui/matchunitdialog.h>
 #include <trigger_ui/muexpressiondialog.h>
 
+#include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTableView>
@@ -81,6 +84,7 @@ private Q_SLOTS:
     void showingACoreIsNoChange();
     void expressionsOfAStaticCore();
     void expressionIsEdited();
+    void typedExpressions();
     void unitIsEdited();
     void leavingTheCoreCancelsDialogs();
 };
@@ -226,6 +230,8 @@ void tst_ConfigPage::expressionIsEdited()
         {"M0 AND", "\r!1", "M0&!M1"}, // mended after it was refused
         {"M2 M0", "&M15\b", ""},      // units that are off
         {"M0", "2M15", ""},
+        {"", "0&!m12", ""},                    // off, and not M1
+        {"M10", " & (M0| 1 )", "M10&(M0|M1)"}, // a blank presses no button
         {"", "", ""}};
     for (const auto &[buttons, keys, result] : rows) {
         Page page;
@@ -253,6 +259,62 @@ void tst_ConfigPage::expressionIsEdited()
                  "exp1:  " + (result.isEmpty() ? "M1&M10" : result));
         QCOMPARE(page.expressions->item(1)->checkState(), Qt::Checked);
     }
+}
+
+// Random texts, typed or pasted, against the grammar as text replacement says it.
+void tst_ConfigPage::typedExpressions()
+{
+    QList<bool> flags(16);
+    for (const int unit : {0, 1, 3, 10})
+        flags[unit] = true;
+    const QStringList operands = {"M0", "m1 ", "10", " 3", "!M0", "(M 1)", "! (3|!0)"};
+    const QStringList others = {"2",  "!!", "x", "M", "11", "&&", "(", ")",  "M012",
+                                "M3", " ",  "!", "&", "|",  "^",  "",  "1 0"};
+    const auto stands = [](QString text) {
+        static const QRegularExpression blanks("(?<![0-9]) +| +(?![0-9])");
+        static const QRegularExpression units("(?<![0-9])M?(0|10|1|3)(?![0-9])");
+        static const QRegularExpression group("\\(!?u([&^|]!?u)*\\)");
+        static const QRegularExpression whole("^!?u([&^|]!?u)*$");
+        text = text.toUpper().remove(blanks).replace(units, "u");
+        while (text.contains(group))
+            text.replace(group, "u");
+        return text.contains(whole);
+    };
+    const auto unitsNamed = [](QString text) { // as stored
+        static const QRegularExpression bare("(?<![M0-9])([0-9]+)");
+        static const QRegularExpression split("M +");
+        return text.replace('m', 'M').replace(split, "M").replace(bare, "M\\1").remove(' ');
+    };
+    QRandomGenerator random(13);
+    const BoxWatcher boxes;
+    int accepted = 0;
+    for (int round = 0; round < 300; ++round) {
+        QString text;
+        for (int i = random.bounded(1, 5); i > 0; --i) {
+            text += text.isEmpty() ? QString() : QString("&|^ "[random.bounded(4)]);
+            text += operands[random.bounded(operands.size())];
+            text += random.bounded(4) ? QString() : others[random.bounded(others.size())];
+        }
+        MuExpressionDialog dialog;
+        dialog.setUnitButtons(flags);
+        dialog.show();
+        const auto *display = dialog.findChild<QLineEdit *>("editDisplay");
+        const auto *reason = dialog.findChild<QLabel *>("lbReason");
+        if (round % 2) {
+            QTest::keyClicks(dialog.focusWidget(), text);
+        } else {
+            QGuiApplication::clipboard()->setText(text);
+            QTest::keySequence(dialog.focusWidget(), QKeySequence::Paste);
+        }
+        const qsizetype refusals = boxes.seen.size();
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);
+        QVERIFY2(dialog.isVisible() == !stands(text), qPrintable(text));
+        QCOMPARE(boxes.seen.size() - refusals, dialog.isVisible() ? 1 : 0);
+        QVERIFY2(reason->text().isEmpty() != dialog.isVisible(), qPrintable(text));
+        QCOMPARE(display->text(), unitsNamed(text));
+        accepted += !dialog.isVisible();
+    }
+    QVERIFY2(accepted > 60, "too few of the random texts are expressions");
 }
 
 void tst_ConfigPage::unitIsEdited()
