@@ -15,10 +15,12 @@ namespace KEO {
 /// What the command line asks for.
 struct CaptureOptions
 {
-    enum class Task { Capture, ExportSaved, ListCables, ShowHelp, ShowVersion };
+    enum class Task { Capture, ExportSaved, Compare, ListCables, ShowHelp, ShowVersion };
 
     Task task = Task::Capture;
-    QString file;             ///< core description, or the project of ExportSaved; absolute path
+    /// Core description, or the project of ExportSaved or the first one of Compare; absolute path.
+    QString file;
+    QString otherFile;        ///< second project of Compare, absolute path
     QString project;          ///< project file to save, absolute path; empty: none
     QString device;           ///< device model; may be empty
     QString cable;            ///< cable name; empty means the first that answers

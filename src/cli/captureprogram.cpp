@@ -1,6 +1,7 @@
 #include "captureprogram.h"
 
 #include "interruption.h"
+#include "projectcomparison.h"
 
 #include <base/console.h>
 #include <link/jtagsession.h>
@@ -8,7 +9,6 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QTimer>
 
 #include <algorithm>
@@ -101,6 +101,9 @@ ExitStatus CaptureProgram::run()
     case CaptureOptions::Task::ExportSaved:
         m_status = exportSaved();
         break;
+    case CaptureOptions::Task::Compare:
+        m_status = compareSaved();
+        break;
     }
     m_report.finish();
     if (!m_message.isEmpty())
@@ -126,7 +129,8 @@ void CaptureProgram::printMessage() const
 /// A script that gets no result, or half of one, must not take the run for a good one.
 ExitStatus CaptureProgram::statusAfterPrinting()
 {
-    if (m_printFault.isEmpty() || m_status != ExitStatus::Captured)
+    const bool isResult = m_status == ExitStatus::Captured || m_status == ExitStatus::Different;
+    if (m_printFault.isEmpty() || !isResult)
         return m_status;
     m_message = tr("The result can not be printed: %1").arg(m_printFault);
     printMessage();
@@ -220,6 +224,29 @@ ExitStatus CaptureProgram::exportSaved()
         reportCapture(label, capture.core, samples, *written);
     }
     return ExitStatus::Captured;
+}
+
+ExitStatus CaptureProgram::compareSaved()
+{
+    const auto fail = [this](const Error &error) {
+        m_message = error.message;
+        return statusOf(error.kind);
+    };
+    const Result<SavedProject> a = openProject(m_options.file);
+    if (!a)
+        return fail(a.error());
+    const Result<SavedProject> b = openProject(m_options.otherFile);
+    if (!b)
+        return fail(b.error());
+    const ProjectComparison comparison(*a, *b, m_options.cores);
+    if (comparison.isEmpty())
+        return fail({Error::Usage, tr("The projects have no waves of these cores.")});
+    m_captures = comparison.json();
+    if (!m_options.json) {
+        for (const QString &line : comparison.lines())
+            print(line);
+    }
+    return comparison.isEqual() ? ExitStatus::Captured : ExitStatus::Different;
 }
 
 std::optional<Error> CaptureProgram::prepare()
@@ -444,12 +471,24 @@ void CaptureProgram::end(ExitStatus status, const QString &message)
 
 void CaptureProgram::printJson()
 {
+    if (m_options.task == CaptureOptions::Task::Compare) {
+        printDocument({{"status", int(m_status)},
+                       {"a", m_options.file},
+                       {"b", m_options.otherFile},
+                       {"windows", m_captures}});
+        return;
+    }
     QJsonObject document{
         {"status", int(m_status)}, {"file", m_options.file}, {"captures", m_captures}};
     if (m_options.task == CaptureOptions::Task::Capture)
         document.insert("cable", m_cable);
     if (m_projectSaved)
         document.insert("project", m_options.project);
+    printDocument(document);
+}
+
+void CaptureProgram::printDocument(QJsonObject document)
+{
     if (!m_message.isEmpty())
         document.insert("message", m_message);
     print(QString::fromUtf8(QJsonDocument(document).toJson()).trimmed());

@@ -7,7 +7,6 @@
 
 #include <capture/triggercheck.h>
 #include <config/coreconfig.h>
-#include <config/poweroftwo.h>
 #include <trigger/expression.h>
 #include <widgets/formwidgets.h>
 
@@ -35,7 +34,6 @@ namespace KEO {
 namespace {
 
 constexpr int kMaxWindows = 8;
-constexpr int kLeastAmount = 32;       // samples
 constexpr int kTriggerMargin = 9;      // samples between the trigger position and the window's end
 constexpr int kValueColumnWidth = 300; // pixels
 
@@ -286,11 +284,10 @@ void DynamicConfigWidget::fillWindowNumbers()
 void DynamicConfigWidget::fillAmounts()
 {
     m_comboBoxAmount->clear();
-    const qint64 parts = roundUpToPowerOfTwo(m_comboBoxWindow->currentText().toInt());
-    if (!m_core || parts == 0)
+    if (!m_core)
         return;
-    const qint64 largest = m_core->storage_depth / parts;
-    for (qint64 amount = kLeastAmount; amount <= largest; amount *= 2)
+    const int windows = m_comboBoxWindow->currentText().toInt();
+    for (const int amount : offeredAmounts(m_core->storage_depth, windows))
         m_comboBoxAmount->addItem(QString::number(amount));
 }
 

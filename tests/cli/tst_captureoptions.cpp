@@ -45,6 +45,12 @@ void tst_CaptureOptions::refuses_data()
     addRow("open and a file", "--open a.analyzer_prj b.keo", "FILE");
     addRow("open and save", "--open a.analyzer_prj --save b.analyzer_prj", "--save");
     addRow("open and a cable", "--open a.analyzer_prj --cable LK7", "--cable");
+    addRow("compare with nothing", "--compare a.analyzer_prj", "two projects");
+    addRow("compare three", "--compare a.analyzer_prj b.analyzer_prj c.analyzer_prj", "two");
+    addRow("compare no project", "--compare a.analyzer_prj b.keo", "b.keo");
+    addRow("compare and export", "--compare a.analyzer_prj --format vcd b.analyzer_prj",
+           "--format");
+    addRow("compare and open", "--compare a.analyzer_prj --open b.analyzer_prj", "--open");
     addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
 }
 
@@ -105,6 +111,12 @@ void tst_CaptureOptions::readsWhatIsLeftOut()
     QCOMPARE(open->file, QDir::current().absoluteFilePath("a b.1.analyzer_prj"));
     QCOMPARE(open->baseName, "a_b_1");
     QCOMPARE(open->formats, QList<ExportFormat>{ExportFormat::Vcd});
+    const auto compare = parseCaptureOptions(
+        {"program", "--json", "--compare", "a.analyzer_prj", "dir/b.analyzer_prj", "--core", "2"});
+    QVERIFY(compare && compare->task == Compare && compare->json);
+    QCOMPARE(compare->file, QDir::current().absoluteFilePath("a.analyzer_prj"));
+    QCOMPARE(compare->otherFile, QDir::current().absoluteFilePath("dir/b.analyzer_prj"));
+    QCOMPARE(compare->cores, QList<int>{2});
     QCOMPARE((ClockPeriod{3, "us"}).picoseconds(), 3000000);
 }
 

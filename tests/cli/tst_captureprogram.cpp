@@ -88,6 +88,8 @@ private Q_SLOTS:
     void savesWhatItCanNotExport();
     void exportsProjects_data();
     void exportsProjects();
+    void comparesProjects_data();
+    void comparesProjects();
     void refusesProjects_data();
     void refusesProjects();
     void endsWithItsStatus_data();
@@ -297,6 +299,80 @@ void tst_CaptureProgram::exportsProjects()
     QVERIFY(!QImage(file("shot_core1_window0.png")).isNull());
     QCOMPARE(QDir(file("one")).entryList(QDir::Files, QDir::Name),
              (QStringList{"p_core1_window0.vcd", "p_core1_window1.vcd"}));
+}
+
+void tst_CaptureProgram::comparesProjects_data()
+{
+    addColumns<bool, int, int>({"lite", "signal", "sample"});
+    addRow("first bit", false, 0, 0);
+    addRow("trigger", false, 15, 16);
+    addRow("end of a word", false, 7, 63);
+    addRow("last bit", false, 23, 255);
+    addRow("lite core", true, 20, 128);
+}
+
+// One flipped bit in the second window, or the only one, of a copy is found and nothing else is.
+void tst_CaptureProgram::comparesProjects()
+{
+    QFETCH(const bool, lite);
+    QFETCH(const int, signal);
+    QFETCH(const int, sample);
+    TestDesign design;
+    design.lite = lite;
+    design.windows = 2;
+    board(design);
+    const QString delay = lite ? " --delay 5" : "";
+    const Outcome saved = run("--device KR-A --save a.analyzer_prj design.keo" + delay);
+    QVERIFY2(saved.status == 0, qPrintable(saved.errors));
+    const QString data = lines(file("a.xml")).join(u'\n');
+    const QString name = design.name(signal);
+    const auto saveCopy = [&](const QString &text) {
+        write("b.xml", text.toUtf8());
+        write("b.analyzer_prj", "[General]\nKEO_FILE=" + file("design.keo").toUtf8() +
+                                    "\nDATA_FILE=" + file("b.xml").toUtf8() + "\n");
+    };
+    saveCopy(data);
+    const QString lonely = copyWithoutServers();
+    const QString compare = "--compare a.analyzer_prj b.analyzer_prj";
+    const Outcome equal = run(compare, lonely);
+    QVERIFY2(equal.status == 0, qPrintable(equal.errors));
+    QCOMPARE(equal.output.count("equal, samples compared: 256\n"), lite ? 1 : 2);
+
+    QString changed = data;
+    const qsizetype element =
+        changed.indexOf("name=\"" + name + u'"', changed.lastIndexOf("<Window"));
+    const qsizetype bit = changed.indexOf(u'>', element) + 1 + sample;
+    QVERIFY(element > 0 && (changed.at(bit) == u'0' || changed.at(bit) == u'1'));
+    changed[bit] = changed.at(bit) == u'0' ? u'1' : u'0';
+    saveCopy(changed);
+    const Outcome found = run(compare, lonely);
+    QCOMPARE(found.status, 1);
+    QCOMPARE(found.output.count(u'\n'), lite ? 2 : 3);
+    QVERIFY2(found.output.contains("\n  " + name + ": first at sample " + QString::number(sample)),
+             qPrintable(found.output));
+    const QJsonDocument json =
+        QJsonDocument::fromJson(run(compare + " --json --core 0", lonely).output.toUtf8());
+    QCOMPARE(json["status"].toInt(), 1);
+    const QJsonValue window = json["windows"].toArray().last();
+    QCOMPARE(window["equal"].toBool(true), false);
+    QCOMPARE(window["differences"].toArray().size(), 1);
+    const QJsonValue difference = window["differences"][0];
+    QCOMPARE(difference["name"].toString(), name);
+    QCOMPARE(difference["first"].toInt(-1), sample);
+    QCOMPARE(difference["from_trigger"].toInt(999), sample - (lite ? 0 : design.position));
+    QCOMPARE(difference["samples"].toInt(), 1);
+    QCOMPARE(run(compare + " --core 7", lonely).status, 2);
+
+    // A window that one of them lacks is a difference too.
+    if (!lite) {
+        const qsizetype last = data.lastIndexOf("<Window");
+        saveCopy(data.left(last) + "</WaveData>");
+        const Outcome lacking = run(compare, lonely);
+        QCOMPARE(lacking.status, 1);
+        QVERIFY(lacking.output.contains("core 0 window 1: only in A"));
+    }
+    QVERIFY(QFile::remove(file("b.xml")));
+    QCOMPARE(run(compare, lonely).status, 6);
 }
 
 void tst_CaptureProgram::refusesProjects_data()

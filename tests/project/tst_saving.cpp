@@ -287,7 +287,7 @@ void tst_Saving::killedWhileSaving()
         seen.insert(generation.captured);
     }
     qInfo("%d of %d kills fell between two renames", mixed, rounds);
-    QVERIFY(rounds < 100 || mixed <= 2 + rounds / 30);
+    QVERIFY(rounds < 100 || mixed <= 1 + rounds / 100);
     QVERIFY(seen.size() > 2); // it was at work
 }
 

@@ -48,19 +48,8 @@ public:
 
     void moved(QMouseEvent *event) override
     {
-        const int clocks = m_view->m_scaleRuler->clocks();
-        if (!m_marker || clocks < 1)
-            return;
-        const int clock =
-            std::clamp(m_view->nearestClock(event->position().toPoint()), 0, clocks - 1);
-        const QPointF target(clock * CLOCK_PITCH, m_marker->y());
-        const QPointF distance = target - m_marker->pos();
-        if (std::abs(distance.x()) <= 1e-12 && std::abs(distance.y()) <= 1e-12)
-            return;
-        raiseNow(m_view, EvBeforeMarkerChange);
-        m_marker->setPos(target);
-        m_marker->setClock(clock);
-        raiseLater(m_view, EvAfterMarkerChange);
+        if (m_marker)
+            m_view->moveMarker(m_marker, m_view->nearestClock(event->position().toPoint()));
     }
 
 private:
@@ -221,6 +210,37 @@ void RulerView::activateMarker(TimeSliderItem *item)
     raiseNow(this, EvBeforeMarkerChange);
     std::rotate(m_timeMarkers.begin(), entry, entry + 1);
     raiseLater(this, EvAfterMarkerChange);
+}
+
+/// \a clock is brought within the scale.
+void RulerView::moveMarker(TimeSliderItem *item, int clock)
+{
+    const int clocks = m_scaleRuler->clocks();
+    if (clocks < 1)
+        return;
+    const int bounded = std::clamp(clock, 0, clocks - 1);
+    const QPointF target(bounded * CLOCK_PITCH, item->y());
+    const QPointF distance = target - item->pos();
+    if (std::abs(distance.x()) <= 1e-12 && std::abs(distance.y()) <= 1e-12)
+        return;
+    raiseNow(this, EvBeforeMarkerChange);
+    item->setPos(target);
+    item->setClock(bounded);
+    raiseLater(this, EvAfterMarkerChange);
+}
+
+void RulerView::moveActiveMarker(int clock)
+{
+    if (TimeSliderData *marker = timeMarker())
+        moveMarker(marker->item(), clock);
+}
+
+void RulerView::activateMarkerAt(int clock)
+{
+    const auto found = std::find_if(m_timeMarkers.begin(), m_timeMarkers.end(),
+                                    [clock](const auto &each) { return each->clock() == clock; });
+    if (found != m_timeMarkers.end())
+        activateMarker((*found)->item());
 }
 
 void RulerView::applyZoomRate(qreal rate)

@@ -43,6 +43,10 @@ public:
     [[nodiscard]] QList<TimeSliderData *> timeMarkers() const;
     /// The active marker, or null.
     [[nodiscard]] TimeSliderData *timeMarker() const;
+    /// Puts the active marker on a sample; nothing happens without a marker or without samples.
+    void moveActiveMarker(int clock);
+    /// Makes the marker on a sample the active one; nothing happens if none stands there.
+    void activateMarkerAt(int clock);
 
     Q_INVOKABLE void handleEvents(Notification *e);
 
@@ -58,6 +62,7 @@ private:
     void createMarker(int clock);
     void removeMarker(QGraphicsItem *item);
     void activateMarker(TimeSliderItem *item);
+    void moveMarker(TimeSliderItem *item, int clock);
     void applyZoomRate(qreal rate);
     [[nodiscard]] int nearestClock(const QPoint &position) const;
 
