@@ -90,6 +90,16 @@ QList<QBitArray> StandardDesign::startWords() const
     return m_manager.startWords(chosenPositions());
 }
 
+QList<Design::CoreFinding> StandardDesign::findings() const
+{
+    QList<CoreFinding> all;
+    for (const CoreConfig *core : m_manager.activeCores()) {
+        for (const TriggerFinding &finding : checkTrigger(*core))
+            all.append({core->index, finding});
+    }
+    return all;
+}
+
 void StandardDesign::forceTrigger()
 {
     m_manager.forceTrigger();

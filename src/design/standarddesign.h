@@ -27,6 +27,7 @@ public:
     [[nodiscard]] int windowCount() const override;
     void start() override;
     [[nodiscard]] QList<QBitArray> startWords() const override;
+    [[nodiscard]] QList<CoreFinding> findings() const override;
     void forceTrigger() override;
     [[nodiscard]] QString waitingFor() const override;
     [[nodiscard]] std::optional<CapturedWindow> take(int core, int window,
