@@ -106,6 +106,7 @@ private Q_SLOTS:
     void usesAServerThatRuns();
     void stopsOnASignal_data();
     void stopsOnASignal();
+    void tellsWhatItWouldSend();
     void findsNoServer();
 
 private:
@@ -753,6 +754,54 @@ void tst_CaptureProgram::findsNoServer()
     for (const char *line : {"design.keo", "--list-cables"})
         QCOMPARE(run(line, copy).status, 3);
     QCOMPARE(run("--list-cables").output, "Tarno USB Cable(FT2CH)\nParallel Port(LPT)\nLK7\n");
+}
+
+/// Where no server is.
+void tst_CaptureProgram::tellsWhatItWouldSend()
+{
+    TestDesign design;
+    design.dynamic = true;
+    design.cores = 2;
+    board(design);
+    const QString program = copyWithoutServers();
+    const QStringList before = QDir(m_directory->path()).entryList();
+    const Outcome text = run("--dry-run --device KR-A --core 1 design.keo", program);
+    QCOMPARE(text.status, 0);
+    QVERIFY2(text.output.startsWith("select         core 1\n"
+                                    "write  0x0020  expression count = 1\n"
+                                    "write  0x0021  capture amount = 256\n"
+                                    "write  0x0022  trigger offset = 235\n"
+                                    "write  0x0023  window count = 1\n"
+                                    "write  0x0100  M0 compare = "),
+             qPrintable(text.output));
+    QVERIFY2(text.output.endsWith("M1 control = in range 100000000 to 111011111111\n"
+                                  "write  0xAB00  truth table 0, 4 words = 1 at 3\n"
+                                  "write  0x0000  start = arm\n"
+                                  "select         core 1\n"
+                                  "read   0x0000  start\n"),
+             qPrintable(text.output));
+    QCOMPARE(run("--dry-run --core 2 design.keo", program).status, 2);
+
+    QString description = lines(file("design.keo")).join(u'\n');
+    QVERIFY(description.contains("M0&amp;M1"));
+    write("never.keo", description.replace("M0&amp;M1", "M0&amp;M9").toUtf8());
+    const Outcome json = run("--dry-run --json --quiet never.keo", program);
+    QCOMPARE(json.status, 0);
+    const QJsonObject document = QJsonDocument::fromJson(json.output.toUtf8()).object();
+    QCOMPARE(document["words"].toInt(), 5 + 8 + 4 + 1 + 2);
+    QCOMPARE(document["registers"].toArray().size(), 5 + 8 + 1 + 1 + 2);
+    const QJsonObject finding = document["findings"].toArray().first().toObject();
+    QCOMPARE(finding["expression"], 0);
+    QVERIFY(finding["text"].toString().contains("M9, which is off"));
+    QVERIFY(QFile::remove(file("never.keo")));
+
+    design.lite = true;
+    design.write(m_directory->path());
+    const Outcome lite = run("--dry-run --quiet design.keo", program);
+    QCOMPARE(lite.output, "read   0x0002  capture init\n"
+                          "write  0x0000  start = arm\n"
+                          "read   0x0000  start\n");
+    QCOMPARE(QDir(m_directory->path()).entryList(), before);
 }
 
 KEO_TEST_MAIN(tst_CaptureProgram)
