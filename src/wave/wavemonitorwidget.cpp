@@ -60,6 +60,7 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
         new SignalTreeView(this, saved ? saved->nameWidth + saved->valueWidth : kTreeWidth);
     m_treeView->setModel(m_model);
     m_treeView->setDomain(domain);
+    addActions(m_treeView->actions()); // their keys work in all panes
     m_waveView = new WaveView(this);
     m_waveView->setDomain(domain);
     m_waveView->setDataSource(m_model);
