@@ -1,5 +1,8 @@
 #include "wavemonitorwidget.h"
 
+#include "markeractions.h"
+#include "zoomhistory.h"
+
 #include <wave/common/viewergeometry.h>
 #include <wave/ruler/rulerview.h>
 #include <wave/tree/signaltreemodel.h>
@@ -72,6 +75,11 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
 
     joinScrollBars();
     layOutPanes();
+    m_markerActions = std::make_unique<MarkerActions>(m_rulerView, m_waveView);
+    m_zoomHistory = std::make_unique<ZoomHistory>(m_waveView);
+    addActions(m_markerActions->actions());
+    addAction(m_zoomHistory->action());
+    m_waveView->addActions({m_markerActions->zoomAction(), m_zoomHistory->action()});
 }
 
 WaveMonitorWidget::~WaveMonitorWidget()
@@ -91,6 +99,9 @@ void WaveMonitorWidget::joinScrollBars()
     // receiver: a range still changes while the panes go, one after the other.
     connect(tree, &QScrollBar::rangeChanged, waves, [=] { tree->setValue(waves->value()); });
     connect(waves, &QScrollBar::rangeChanged, tree, [=] { waves->setValue(tree->value()); });
+    QScrollBar *samples = m_waveView->horizontalScrollBar();
+    connect(m_rulerView, &RulerView::scrollAsked, samples,
+            [samples](int pixels) { samples->setValue(samples->value() + pixels); });
 }
 
 void WaveMonitorWidget::layOutPanes()

@@ -19,11 +19,13 @@ class QLabel;
 
 namespace WaveMonitor {
 
+class MarkerActions;
 class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
 class WaveView;
 class WindowContents;
+class ZoomHistory;
 
 /// The whole viewer of one capture window: signal tree, wave view and ruler side by side, with
 /// equal rows. The only class of the viewer that a project uses. All data comes in through the
@@ -103,6 +105,8 @@ private:
     WaveView *m_waveView;       ///< child
     RulerView *m_rulerView;     ///< child
     QLabel *m_counterLabel;     ///< child
+    std::unique_ptr<MarkerActions> m_markerActions;
+    std::unique_ptr<ZoomHistory> m_zoomHistory;
     qreal m_zoomRate = 1.0;
     int m_core = 0;
     int m_window = 0;
