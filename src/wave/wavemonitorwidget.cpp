@@ -202,7 +202,35 @@ void WaveMonitorWidget::restoreState(const WindowState *state)
     if (!state->layout.isNull()) // else every row would go
         m_model->setLayout(state->layout);
     m_model->setDefaultFormat(state->format);
+    for (const int row : state->openBuses)
+        m_treeView->expand(m_model->index(row, SignalTreeModel::NameColumn));
     setZoom(state->zoomRate);
+    m_keptPlace = state->scroll;
+    if (isVisible())
+        QMetaObject::invokeMethod(this, &WaveMonitorWidget::scrollToKept, Qt::QueuedConnection);
+}
+
+void WaveMonitorWidget::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // Behind the zoom and the rows, which are queued as well.
+    QMetaObject::invokeMethod(this, &WaveMonitorWidget::scrollToKept, Qt::QueuedConnection);
+}
+
+ScrollPlace WaveMonitorWidget::scrollPlace() const
+{
+    return {m_waveView->horizontalScrollBar()->value() / (CLOCK_PITCH * m_waveView->zoomRate()),
+            m_waveView->verticalScrollBar()->value()};
+}
+
+void WaveMonitorWidget::scrollToKept()
+{
+    const auto place = std::exchange(m_keptPlace, std::nullopt);
+    if (!place)
+        return;
+    const qreal left = place->sample * CLOCK_PITCH * m_waveView->zoomRate();
+    m_waveView->horizontalScrollBar()->setValue(qRound(left));
+    m_waveView->verticalScrollBar()->setValue(place->top);
 }
 
 std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
@@ -218,6 +246,12 @@ std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
     document.appendChild(state->layout);
     state->format = m_model->defaultFormat();
     state->zoomRate = m_zoomRate;
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        const QModelIndex index = m_model->index(row, SignalTreeModel::NameColumn);
+        if (m_model->hasChildren(index) && m_treeView->isExpanded(index))
+            state->openBuses.append(row);
+    }
+    state->scroll = m_keptPlace.value_or(scrollPlace()); // one that nobody has looked at keeps it
     return state;
 }
 

@@ -12,6 +12,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class QDomDocument;
 class QDomElement;
@@ -93,8 +94,11 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
+    [[nodiscard]] ScrollPlace scrollPlace() const;
+    void scrollToKept();
     void layOutPanes();
     void joinScrollBars();
     void followDataLength();
@@ -110,6 +114,7 @@ private:
     qreal m_zoomRate = 1.0;
     int m_core = 0;
     int m_window = 0;
+    std::optional<ScrollPlace> m_keptPlace; ///< until the viewer has been seen
 };
 
 } // namespace WaveMonitor
