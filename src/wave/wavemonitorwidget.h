@@ -12,6 +12,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class QDomDocument;
 class QDomElement;
@@ -19,11 +20,13 @@ class QLabel;
 
 namespace WaveMonitor {
 
+class MarkerActions;
 class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
 class WaveView;
 class WindowContents;
+class ZoomHistory;
 
 /// The whole viewer of one capture window: signal tree, wave view and ruler side by side, with
 /// equal rows. The only class of the viewer that a project uses. All data comes in through the
@@ -95,8 +98,11 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
+    [[nodiscard]] ScrollPlace scrollPlace() const;
+    void scrollToKept();
     void layOutPanes();
     void joinScrollBars();
     void followDataLength();
@@ -107,9 +113,12 @@ private:
     WaveView *m_waveView;       ///< child
     RulerView *m_rulerView;     ///< child
     QLabel *m_counterLabel;     ///< child
+    std::unique_ptr<MarkerActions> m_markerActions;
+    std::unique_ptr<ZoomHistory> m_zoomHistory;
     qreal m_zoomRate = 1.0;
     int m_core = 0;
     int m_window = 0;
+    std::optional<ScrollPlace> m_keptPlace; ///< until the viewer has been seen
 };
 
 } // namespace WaveMonitor

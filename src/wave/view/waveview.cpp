@@ -6,6 +6,7 @@
 #include <wave/common/timesliderdata.h>
 #include <wave/common/viewergeometry.h>
 
+#include <QAction>
 #include <QContextMenuEvent>
 #include <QCursor>
 #include <QGraphicsItem>
@@ -50,6 +51,8 @@ WaveView::WaveView(QWidget *parent)
     : QGraphicsView(parent), m_contextMenu(std::make_unique<ContextMenuDelegate>(this))
 {
     setFrameShape(NoFrame);
+    setAccessibleName(tr("Waves"));
+    setAccessibleDescription(tr("Samples of the rows beside"));
     setTransformationAnchor(AnchorUnderMouse);
     // The overlays are drawn over the whole viewport after the scene.
     setViewportUpdateMode(FullViewportUpdate);
@@ -263,7 +266,14 @@ bool WaveView::eventFilter(QObject *watched, QEvent *event)
 
 void WaveView::contextMenuEvent(QContextMenuEvent *event)
 {
-    runMenu(this, m_contextMenu->actions(), event->globalPos());
+    // What others have added to the view, as far as it applies now.
+    QList<QAction *> added = actions();
+    added.removeIf([](const QAction *action) { return !action->isVisible(); });
+    QAction separator;
+    separator.setSeparator(true);
+    if (!added.isEmpty())
+        added.prepend(&separator);
+    runMenu(this, m_contextMenu->actions() + added, event->globalPos());
 }
 
 void WaveView::paintEvent(QPaintEvent *event)
