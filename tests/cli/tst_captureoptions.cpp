@@ -2,11 +2,11 @@
 #include <cli/captureoptions.h>
 #include <config/capturelimits.h>
 #include <design/capturecommand.h>
+#include <support/files.h>
 #include <support/testmain.h>
 #include <trigger/randomunit.h>
 
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 
 using namespace KEO;
@@ -327,10 +327,9 @@ void tst_CaptureOptions::pagesNameEveryOption()
     for (const auto &[page, entry] :
          {std::pair("packaging/signalscope-capture.1", R"(^\.TP\n\.BI? (.*)$)"),
           std::pair("README.md", R"(^\| (`--(?:[^|\\]|\\.)*)\|)")}) {
-        QFile file(QStringLiteral(KEO_SOURCE_DIR "/") + QLatin1String(page));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString text = QString::fromUtf8(file.readAll()).replace("\\-", "-");
-        QCOMPARE(optionsIn(text, entry).join(u' '), known.join(u' '));
+        const QByteArray text = contentOf(QStringLiteral(KEO_SOURCE_DIR "/") + QLatin1String(page));
+        QCOMPARE(optionsIn(QString::fromUtf8(text).replace("\\-", "-"), entry).join(u' '),
+                 known.join(u' '));
     }
 }
 
