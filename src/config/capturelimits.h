@@ -11,6 +11,7 @@ namespace KEO {
 
 struct CoreConfig;
 struct LiteCoreConfig;
+struct MatchUnit;
 
 // What a core can be asked to capture. A description, or a user, may ask for more; the core would
 // take the low bits of it and give other samples than were meant.
@@ -48,5 +49,8 @@ struct CaptureNumbers
 [[nodiscard]] std::optional<Error> captureObstacle(const CoreConfig &core,
                                                    const CaptureNumbers &asked);
 [[nodiscard]] std::optional<Error> captureObstacle(const LiteCoreConfig &core);
+/// Why a core can't be captured with the counter of \a unit, which belongs to a core; nothing if it
+/// can.
+[[nodiscard]] std::optional<Error> counterObstacle(const MatchUnit &unit);
 
 } // namespace KEO

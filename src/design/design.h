@@ -7,8 +7,10 @@
 
 #include <base/result.h>
 #include <capture/capturemanager.h>
+#include <capture/triggercheck.h>
 #include <config/signalentry.h>
 
+#include <QBitArray>
 #include <QList>
 #include <QMap>
 #include <QObject>
@@ -68,6 +70,16 @@ public:
     /// has a delay.
     void setDelay(int delay) { m_delay = delay; }
     virtual void start() = 0;
+    /// The shift words that start would send as the cores are now, as far as they are known
+    /// beforehand. Changes nothing.
+    [[nodiscard]] virtual QList<QBitArray> startWords() const = 0;
+    struct CoreFinding
+    {
+        int core = 0; ///< its number in the description
+        TriggerFinding finding;
+    };
+    /// What there is to say of the trigger set-ups that start would send.
+    [[nodiscard]] virtual QList<CoreFinding> findings() const { return {}; }
     virtual void forceTrigger() = 0;
     /// What a run waits for, such as "the trigger of core 1"; empty once everything has triggered.
     [[nodiscard]] virtual QString waitingFor() const = 0;

@@ -72,6 +72,11 @@ void LiteDesign::start()
     m_manager.start(delay());
 }
 
+QList<QBitArray> LiteDesign::startWords() const
+{
+    return m_manager.startWords();
+}
+
 void LiteDesign::forceTrigger()
 {
     m_manager.onDelay();

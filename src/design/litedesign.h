@@ -28,6 +28,7 @@ public:
     [[nodiscard]] bool canAuto() const override { return canStart(); }
     [[nodiscard]] int windowCount() const override { return 1; }
     void start() override;
+    [[nodiscard]] QList<QBitArray> startWords() const override;
     void forceTrigger() override;
     [[nodiscard]] QString waitingFor() const override;
     [[nodiscard]] std::optional<CapturedWindow> take(int core, int window,

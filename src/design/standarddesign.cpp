@@ -98,14 +98,34 @@ int StandardDesign::windowCount() const
     return windows;
 }
 
-void StandardDesign::start()
+QList<int> StandardDesign::chosenPositions() const
 {
     QList<int> positions;
     for (size_t position = 0; position < cores().size(); ++position) {
         if (cores()[position]->active != 0)
             positions.append(int(position));
     }
-    m_manager.start(positions);
+    return positions;
+}
+
+void StandardDesign::start()
+{
+    m_manager.start(chosenPositions());
+}
+
+QList<QBitArray> StandardDesign::startWords() const
+{
+    return m_manager.startWords(chosenPositions());
+}
+
+QList<Design::CoreFinding> StandardDesign::findings() const
+{
+    QList<CoreFinding> all;
+    for (const CoreConfig *core : m_manager.activeCores()) {
+        for (const TriggerFinding &finding : checkTrigger(*core))
+            all.append({core->index, finding});
+    }
+    return all;
 }
 
 void StandardDesign::forceTrigger()

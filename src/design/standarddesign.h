@@ -28,6 +28,8 @@ public:
     [[nodiscard]] bool canAuto() const override;
     [[nodiscard]] int windowCount() const override;
     void start() override;
+    [[nodiscard]] QList<QBitArray> startWords() const override;
+    [[nodiscard]] QList<CoreFinding> findings() const override;
     void forceTrigger() override;
     [[nodiscard]] QString waitingFor() const override;
     [[nodiscard]] std::optional<CapturedWindow> take(int core, int window,
@@ -41,6 +43,8 @@ protected:
     [[nodiscard]] std::optional<WindowPlace> placeOf(const LoadedWindow &window) const override;
 
 private:
+    [[nodiscard]] QList<int> chosenPositions() const;
+
     KeoStandardDataManager m_manager;
 };
 

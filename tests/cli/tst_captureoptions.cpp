@@ -2,11 +2,11 @@
 #include <cli/captureoptions.h>
 #include <config/capturelimits.h>
 #include <design/capturecommand.h>
+#include <support/files.h>
 #include <support/testmain.h>
 #include <trigger/randomunit.h>
 
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 
 using namespace KEO;
@@ -56,6 +56,12 @@ void tst_CaptureOptions::refuses_data()
     addRow("setting before its core", "--amount 32 --core 1 a.keo", "--amount");
     addRow("amount in words", "--core 1 --amount many a.keo", "\"many\"");
     addRow("open and a cable", "--open a.analyzer_prj --cable LK7", "--cable");
+    addRow("compare with nothing", "--compare a.analyzer_prj", "two projects");
+    addRow("compare three", "--compare a.analyzer_prj b.analyzer_prj c.analyzer_prj", "two");
+    addRow("compare no project", "--compare a.analyzer_prj b.keo", "b.keo");
+    addRow("compare and export", "--compare a.analyzer_prj --format vcd b.analyzer_prj",
+           "--format");
+    addRow("compare and open", "--compare a.analyzer_prj --open b.analyzer_prj", "--open");
     addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
 }
 
@@ -116,6 +122,12 @@ void tst_CaptureOptions::readsWhatIsLeftOut()
     QCOMPARE(open->file, QDir::current().absoluteFilePath("a b.1.analyzer_prj"));
     QCOMPARE(open->baseName, "a_b_1");
     QCOMPARE(open->formats, QList<ExportFormat>{ExportFormat::Vcd});
+    const auto compare = parseCaptureOptions(
+        {"program", "--json", "--compare", "a.analyzer_prj", "dir/b.analyzer_prj", "--core", "2"});
+    QVERIFY(compare && compare->task == Compare && compare->json);
+    QCOMPARE(compare->file, QDir::current().absoluteFilePath("a.analyzer_prj"));
+    QCOMPARE(compare->otherFile, QDir::current().absoluteFilePath("dir/b.analyzer_prj"));
+    QCOMPARE(compare->cores, QList<int>{2});
     QCOMPARE((ClockPeriod{3, "us"}).picoseconds(), 3000000);
 }
 
@@ -315,10 +327,9 @@ void tst_CaptureOptions::pagesNameEveryOption()
     for (const auto &[page, entry] :
          {std::pair("packaging/signalscope-capture.1", R"(^\.TP\n\.BI? (.*)$)"),
           std::pair("README.md", R"(^\| (`--(?:[^|\\]|\\.)*)\|)")}) {
-        QFile file(QStringLiteral(KEO_SOURCE_DIR "/") + QLatin1String(page));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString text = QString::fromUtf8(file.readAll()).replace("\\-", "-");
-        QCOMPARE(optionsIn(text, entry).join(u' '), known.join(u' '));
+        const QByteArray text = contentOf(QStringLiteral(KEO_SOURCE_DIR "/") + QLatin1String(page));
+        QCOMPARE(optionsIn(QString::fromUtf8(text).replace("\\-", "-"), entry).join(u' '),
+                 known.join(u' '));
     }
 }
 
