@@ -294,6 +294,8 @@ std::optional<Error> CaptureProgram::prepare()
             tr("%1 can not be used: its mode is neither Standard nor Lite.").arg(m_options.file)};
     m_manager.setDeviceName(m_options.device);
     m_design->setDelay(m_options.delay.value_or(0));
+    if (const std::optional<Error> error = m_design->apply(m_options.triggers))
+        return error;
     if (const std::optional<Error> error = m_design->choose(m_options.cores))
         return error;
     if (isAuto() && !m_design->canAuto())

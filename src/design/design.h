@@ -3,6 +3,7 @@
 #include "capturedisplay.h"
 #include "datafilecheck.h"
 #include "kindtraits.h"
+#include "triggeroptions.h"
 
 #include <base/result.h>
 #include <capture/capturemanager.h>
@@ -54,6 +55,12 @@ public:
     /// description has them. An error of kind Usage if there is no such core, of kind Format if
     /// one can't be captured as it stands, see captureObstacle.
     [[nodiscard]] virtual std::optional<Error> choose(const QList<int> &cores) = 0;
+    /// Changes the settings of cores as a command line asks, see applyTriggerOptions; to be called
+    /// before choose. An error of kind Usage if there is no such core, or nothing to set on it.
+    [[nodiscard]] virtual std::optional<Error> apply(const QList<TriggerOptions> &options) = 0;
+    /// What would make another run on the same description the same as the next one here. An error
+    /// of kind Usage or Format tells why that one can't be. \a deviceModel is as in take.
+    [[nodiscard]] virtual Result<RunSettings> runSettings(const QString &deviceModel) const = 0;
     /// Is there anything that a run, or an Auto run, could read?
     [[nodiscard]] virtual bool canStart() const = 0;
     [[nodiscard]] virtual bool canAuto() const = 0;

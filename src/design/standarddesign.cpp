@@ -51,6 +51,34 @@ std::optional<Error> StandardDesign::choose(const QList<int> &cores)
     return {};
 }
 
+std::optional<Error> StandardDesign::apply(const QList<TriggerOptions> &options)
+{
+    for (const TriggerOptions &entry : options) {
+        CoreConfig *core = entry.core ? m_manager.coreByIndex(*entry.core) : cores().front().get();
+        if (!core)
+            return unknownCore(*entry.core);
+        if (std::optional<Error> error = applyTriggerOptions(entry, *core))
+            return error;
+    }
+    return {};
+}
+
+Result<RunSettings> StandardDesign::runSettings(const QString &) const
+{
+    RunSettings settings;
+    settings.device = m_manager.deviceName();
+    for (const CoreConfig *core : m_manager.activeCores()) {
+        if (const std::optional<Error> obstacle = captureObstacle(*core))
+            return *obstacle;
+        const WrittenOptions written = triggerOptionsOf(*core);
+        settings.cores.append(written.options);
+        settings.remarks += written.remarks;
+    }
+    if (settings.cores.isEmpty())
+        return Error{Error::Usage, tr("No core is checked.")};
+    return settings;
+}
+
 bool StandardDesign::canStart() const
 {
     return !m_manager.activeCores().isEmpty();

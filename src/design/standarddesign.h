@@ -21,6 +21,8 @@ public:
     /// Stops a run and lets the cores go.
     void leave() override;
     [[nodiscard]] std::optional<Error> choose(const QList<int> &cores) override;
+    [[nodiscard]] std::optional<Error> apply(const QList<TriggerOptions> &options) override;
+    [[nodiscard]] Result<RunSettings> runSettings(const QString &deviceModel) const override;
     [[nodiscard]] bool canStart() const override;
     /// An Auto run reads one window of one core.
     [[nodiscard]] bool canAuto() const override;
