@@ -1,5 +1,7 @@
 #include "captureoptions.h"
 
+#include <design/recoverystore.h>
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
@@ -277,8 +279,12 @@ const QList<OptionRow> &optionTable()
                            "Save the capture as a project, of rounds the last one."),
          kCapture},
         {"open", "FILE.analyzer_prj",
-         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Export a saved project instead of capturing."),
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Export a saved project instead of capturing; or recovery, the last "
+                           "capture that the window did not save, recovery:2 the one before."),
          kExport},
+        {"list-recovery", nullptr,
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the captures that were not saved."), kList},
         {"list-cables", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the cables that answer."), kList},
         {"json", nullptr,
@@ -333,16 +339,28 @@ Result<QString> openedProject(const QCommandLineParser &parser)
         if (row.tasks & kCapture && !(row.tasks & kExport) && parser.isSet(row.name()))
             return usage(Text::tr("--%1 does not go with --open.").arg(row.name()));
     }
-    return projectPath(QStringLiteral("open"), parser.value("open"));
+    const QString opened = parser.value("open");
+    static const QRegularExpression recovery(QStringLiteral("^recovery(?::([0-9]{1,4}))?$"));
+    const QRegularExpressionMatch match = recovery.match(opened);
+    if (!match.hasMatch())
+        return projectPath(QStringLiteral("open"), opened);
+    const QList<Recovery> entries = RecoveryStore().entries();
+    const int number = match.captured(1).isEmpty() ? 1 : match.captured(1).toInt();
+    if (number < 1 || number > entries.size())
+        return usage(Text::tr("There is no %1; --list-recovery tells what there is.").arg(opened));
+    return entries[number - 1].project;
 }
 
 /// What there is to do, and with which files.
 std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &options)
 {
-    if (parser.isSet("list-cables")) {
-        options.task = Task::ListCables;
+    for (const auto &[name, task] : {std::pair("list-cables", Task::ListCables),
+                                     std::pair("list-recovery", Task::ListRecovery)}) {
+        if (!parser.isSet(name))
+            continue;
+        options.task = task;
         if (!parser.positionalArguments().isEmpty() || parser.isSet("open"))
-            return usage(Text::tr("--list-cables takes no FILE."));
+            return usage(Text::tr("--%1 takes no FILE.").arg(QLatin1String(name)));
         return {};
     }
     if (parser.isSet("open")) {
@@ -389,7 +407,7 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         return *error;
     if (const auto error = readOptions(parser, options))
         return *error;
-    if (options.task == Task::ListCables)
+    if (bitOf(options.task) == kList)
         return options;
     options.directory = QDir(options.directory).absolutePath();
     if (!parser.isSet("name"))

@@ -15,7 +15,7 @@ namespace KEO {
 /// What the command line asks for.
 struct CaptureOptions
 {
-    enum class Task { Capture, ExportSaved, ListCables, ShowHelp, ShowVersion };
+    enum class Task { Capture, ExportSaved, ListCables, ListRecovery, ShowHelp, ShowVersion };
 
     Task task = Task::Capture;
     QString file;             ///< core description, or the project of ExportSaved; absolute path

@@ -44,6 +44,7 @@ public:
 
 private:
     ExitStatus listCables();
+    ExitStatus listRecovery();
     ExitStatus capture();
     ExitStatus exportSaved();
     /// Loads the description and checks what the options ask of it.

@@ -18,6 +18,7 @@ class JtagSession;
 class ProgrammerLink;
 class ProjectBoxes;
 class ProjectFiles;
+class RecoveryKeeper;
 class RunControl;
 class RunStatus;
 class RunToolBar;
@@ -42,6 +43,7 @@ public:
     /// capture, for any other extension (letter case counts), and after an error, which it has then
     /// shown.
     bool openFile(const QString &path) final;
+    [[nodiscard]] QString refusal() const final;
     void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
     void stopReading() final;
 
@@ -105,6 +107,8 @@ private:
     void updateActions();
     /// Tells which device and cable a run would use, and which servers are gone.
     void updateConnections();
+    /// The open file has a name: tells of it and watches the description.
+    void followFile();
 
     std::unique_ptr<Design> m_design;
     std::unique_ptr<ConfigPage> m_page;
@@ -116,6 +120,7 @@ private:
     DescriptionWatch *m_descriptionWatch; // child
     RunControl *m_run;                    // child
     ProjectFiles *m_files;                // child
+    RecoveryKeeper *m_recovery;           // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };
