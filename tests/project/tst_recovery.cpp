@@ -37,6 +37,7 @@ private Q_SLOTS:
     void recoveredIsSavedElsewhere_data();
     void recoveredIsSavedElsewhere();
     void writesInIdleTime();
+    void writesWhileTheRunWaits();
     void autoRunWritesSeldom();
     void commandLine();
     void severalProgramsAndKills();
@@ -224,6 +225,27 @@ void tst_Recovery::writesInIdleTime()
     QTRY_COMPARE(entries().size(), 2);
     d.saveAs(d.directory.filePath("run.analyzer_prj"));
     QCOMPARE(entries().size(), 1);
+}
+
+// The next window may take for ever.
+void tst_Recovery::writesWhileTheRunWaits()
+{
+    TestDesign design;
+    design.windows = 2;
+    design.faults = R"([{"at": "READ_RAM", "nth": 3, "do": "hang"}])";
+    Desktop d(design);
+    d.open();
+    d.press(Qt::Key_F1);
+    QTRY_COMPARE_WITH_TIMEOUT(d.tabs()->count(), 2, kCaptureTime);
+    QTRY_COMPARE(entries().size(), 1);
+    QVERIFY(d.isBusy());
+    QCOMPARE(entries()[0].windowText(), "core 0 window 0");
+    d.press(Qt::Key_F4);
+    const QList<QBitArray> samples = samplesOf(d);
+    QVERIFY(d.window->closeCurrentProject());
+    clickFirst(list(d, "recoveryList"));
+    QTRY_COMPARE(d.tabs()->count(), 2);
+    QCOMPARE(samplesOf(d), samples);
 }
 
 void tst_Recovery::autoRunWritesSeldom()
