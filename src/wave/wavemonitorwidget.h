@@ -20,6 +20,7 @@ class QLabel;
 
 namespace WaveMonitor {
 
+class GoTo;
 class MarkerActions;
 class RulerView;
 class SignalTreeModel;
@@ -113,6 +114,7 @@ private:
     WaveView *m_waveView;       ///< child
     RulerView *m_rulerView;     ///< child
     QLabel *m_counterLabel;     ///< child
+    GoTo *m_goTo;               ///< child
     std::unique_ptr<MarkerActions> m_markerActions;
     std::unique_ptr<ZoomHistory> m_zoomHistory;
     qreal m_zoomRate = 1.0;
