@@ -241,6 +241,10 @@ void tst_WaveMonitorWidget::restoresItsState()
     viewer.settle();
     QCOMPARE(viewer.tree->sizeHint().width(), 240);
     QCOMPARE(viewer.tree->header()->sectionSize(0), 150);
+    QCOMPARE(viewer.tree->header()->sectionSize(1), viewer.tree->viewport()->width() - 150);
+    viewer.tree->header()->resizeSection(0, 500); // the values stay as wide as they were set
+    QCOMPARE(viewer.tree->header()->sectionSize(1), 90);
+    viewer.tree->header()->resizeSection(0, 150);
     QVERIFY(rowsOf(*viewer.model).startsWith("group_0[1:0](a b) c "));
     QCOMPARE(viewer.waves->zoomRate(), 0.25);
     QCOMPARE(viewer.model->defaultFormat(), int(DataFormat::Octal));
