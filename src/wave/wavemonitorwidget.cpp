@@ -274,7 +274,16 @@ void WaveMonitorWidget::zoomFit()
 {
     const int samples = m_model->maxDataLength();
     const int width = m_waveView->width() - m_waveView->verticalScrollBar()->width();
-    setZoom(samples > 0 ? width / (samples * CLOCK_PITCH) : kMaximumZoom);
+    const qreal rate = samples > 0 ? width / (samples * CLOCK_PITCH) : kMaximumZoom;
+    setZoom(rate);
+    // The samples that don't fit are those far from the trigger. Queued behind the zoom.
+    if (rate < kMinimumZoom)
+        QMetaObject::invokeMethod(this, &WaveMonitorWidget::showTrigger, Qt::QueuedConnection);
+}
+
+void WaveMonitorWidget::showTrigger()
+{
+    m_waveView->centreOn(m_model->triggerPosition());
 }
 
 void WaveMonitorWidget::setZoom(double rate)

@@ -88,7 +88,11 @@ public:
 public Q_SLOTS:
     void zoomIn();
     void zoomOut();
-    void zoomFit(); ///< the longest signal fills the wave view
+    /// The longest signal fills the wave view. If it is too long for that, the trigger is in the
+    /// middle.
+    void zoomFit();
+    /// Brings the trigger to the middle. Holds over changes of size until the view is moved.
+    void showTrigger();
 
 protected:
     void wheelEvent(QWheelEvent *event) override;

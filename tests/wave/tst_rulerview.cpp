@@ -2,6 +2,7 @@
 
 #include <wave/common/timesliderdata.h>
 #include <wave/common/timeslideritem.h>
+#include <wave/ruler/scaleruler.h>
 #include <wave/view/waveview.h>
 
 #include <QImage>
@@ -56,6 +57,7 @@ class tst_RulerView final : public WidgetTest
 private Q_SLOTS:
     void ticks_data();
     void ticks();
+    void numbersStandApart();
     void markersLikeAList();
     void offersTheNearestSample();
     void markersByKeysAndDoubleClicks();
@@ -103,6 +105,47 @@ void tst_RulerView::ticks()
     };
     verify(kTop + 14, [&](int i) { return i % major == 0; });
     verify(kTop + 17, [&](int i) { return i % major == 0 || i % minor == 1; });
+}
+
+// Before each tick with a number the scale is free, at every zoom and size of letters.
+void tst_RulerView::numbersStandApart()
+{
+    const QFont before = QApplication::font();
+    for (const int points : {8, 12, 16}) {
+        for (int halvings = 0; halvings <= 8; ++halvings) {
+            QFont font = before;
+            font.setPointSize(points);
+            QApplication::setFont(font);
+            const qreal zoom = std::exp2(-halvings);
+            Viewer viewer("a", 1'200'000);
+            viewer.zoomTo(zoom);
+            viewer.waves->horizontalScrollBar()->setValue(halvings < 4 ? 10'000'000 : 100'000);
+            viewer.settle();
+            const int scroll = viewer.ruler->horizontalScrollBar()->value();
+            const QImage picture = viewer.ruler->viewport()->grab().toImage();
+            const auto lightRows = [&](int x) {
+                int light = 0;
+                for (int y = kTop + 2; y < kTop + 15; ++y)
+                    light += picture.pixelColor(x, y).lightness() > 140;
+                return light;
+            };
+            const int major = tickSpacing(zoom).major;
+            int numbers = 0;
+            for (int i = 0; i < 1'200'000; i += major) {
+                int x = int(std::lround(50 * i * zoom)) - scroll;
+                if (x < 4 || x > picture.width() - 30)
+                    continue;
+                x -= lightRows(x) != 13; // a line between two pixels is on either
+                if (lightRows(x) != 13)
+                    continue;
+                ++numbers;
+                QVERIFY2(lightRows(x - 1) + lightRows(x - 2) == 0,
+                         qPrintable(QStringLiteral("%1 pt at %2").arg(points).arg(i)));
+            }
+            QVERIFY(numbers >= 3);
+        }
+    }
+    QApplication::setFont(before);
 }
 
 // Planting, dragging, pressing and removing at random: the active marker stands first.

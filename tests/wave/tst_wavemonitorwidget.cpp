@@ -178,6 +178,17 @@ void tst_WaveMonitorWidget::zoomFits()
         QCOMPARE(viewer.waves->zoomRate(), rate);
         QCOMPARE(viewer.ruler->zoomRate(), rate);
         QCOMPARE(viewer.waves->horizontalScrollBar()->maximum() == 0, samples != 10'000'000);
+        if (samples != 10'000'000)
+            continue;
+        // What does not fit lies far from the trigger.
+        viewer.widget->setTriggerPosition(samples / 3);
+        for (int again = 0; again < 2; ++again) {
+            viewer.widget->zoomFit();
+            viewer.settle();
+            const int x = viewer.waves->mapFromScene(samples / 3 * CLOCK_PITCH, 0).x();
+            QVERIFY(std::abs(x - viewer.waves->viewport()->width() / 2) <= 1);
+            viewer.waves->horizontalScrollBar()->setValue(0);
+        }
     }
 }
 
