@@ -242,7 +242,7 @@ std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
     state->core = m_core;
     state->window = m_window;
     state->nameWidth = m_treeView->header()->sectionSize(SignalTreeModel::NameColumn);
-    state->valueWidth = m_treeView->header()->sectionSize(SignalTreeModel::ValueColumn);
+    state->valueWidth = m_treeView->valueWidth();
     // A node that hangs in its document outlives it, a loose one keeps pointing at it.
     QDomDocument document;
     state->layout = m_model->writeLayout(document);
