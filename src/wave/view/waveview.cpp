@@ -6,6 +6,7 @@
 #include <wave/common/timesliderdata.h>
 #include <wave/common/viewergeometry.h>
 
+#include <QAction>
 #include <QContextMenuEvent>
 #include <QGraphicsItem>
 #include <QGraphicsScene>
@@ -81,6 +82,11 @@ void WaveView::setDataSource(DataSourceProtocol *source)
 int WaveView::horizontalScrollBarValue() const
 {
     return horizontalScrollBar()->value();
+}
+
+int WaveView::left() const
+{
+    return -qRound(viewportTransform().dx());
 }
 
 void WaveView::setZoomRate(qreal rate)
@@ -187,7 +193,12 @@ bool WaveView::eventFilter(QObject *watched, QEvent *event)
 
 void WaveView::contextMenuEvent(QContextMenuEvent *event)
 {
-    runMenu(this, m_contextMenu->actions(), event->globalPos());
+    QList<QAction *> entries = m_contextMenu->actions();
+    QAction separator;
+    separator.setSeparator(true);
+    if (!m_menuActions.isEmpty())
+        entries.append(&separator);
+    runMenu(this, entries + m_menuActions, event->globalPos());
 }
 
 void WaveView::paintEvent(QPaintEvent *event)
@@ -195,7 +206,41 @@ void WaveView::paintEvent(QPaintEvent *event)
     QGraphicsView::paintEvent(event);
     drawTrigger();
     drawMarkers();
+    drawOverlay();
     drawMasks();
+}
+
+void WaveView::drawOverlay() const
+{
+    if (!m_overlay)
+        return;
+    const QPointF origin = viewportTransform().map(QPointF());
+    QPainter painter(viewport());
+    m_overlay->paint(painter, {m_zoomRate * CLOCK_PITCH, origin.x(), origin.y(), viewport()->size(),
+                               m_dataSource->shownRows()});
+}
+
+void WaveView::setOverlay(const WaveOverlay *overlay)
+{
+    m_overlay = overlay;
+    viewport()->update();
+}
+
+void WaveView::addMenuAction(QAction *action)
+{
+    m_menuActions.append(action);
+}
+
+void WaveView::removeMenuAction(QAction *action)
+{
+    m_menuActions.removeAll(action);
+}
+
+void WaveView::setRoom(int before, int after)
+{
+    m_roomBefore = before;
+    m_roomAfter = after;
+    setSceneExtent(scene()->sceneRect().height());
 }
 
 void WaveView::drawTrigger() const
@@ -265,7 +310,16 @@ void WaveView::fitScene(const QList<QGraphicsItem *> &items)
             height += ROW_HEIGHT;
     }
     // As wide as the first rows; a longer capture later does not widen it.
-    scene()->setSceneRect(0.0, 0.0, scene()->sceneRect().width(), height);
+    if (m_dataWidth <= 0.0)
+        m_dataWidth = scene()->sceneRect().width();
+    setSceneExtent(height);
+}
+
+void WaveView::setSceneExtent(qreal height)
+{
+    const qreal before = m_dataWidth > 0.0 ? m_roomBefore * CLOCK_PITCH : 0.0;
+    const qreal after = m_dataWidth > 0.0 ? m_roomAfter * CLOCK_PITCH : 0.0;
+    scene()->setSceneRect(-before, 0.0, before + m_dataWidth + after, height);
 }
 
 // Rows come and go in bursts, one event each. The first event of a burst finds the rows as the last
