@@ -114,18 +114,6 @@ std::optional<qsizetype> stackDepth(QStringView postfix)
     return deepest;
 }
 
-/// Table entries 64 at a time: entry i is bit i % 64 of word i / 64. The word of a variable that is
-/// bit \a bit of the entry's position.
-quint64 variableWord(int bit, qsizetype word)
-{
-    static constexpr std::array<quint64, kWordInputs> kInsideWord = {
-        0xAAAAAAAAAAAAAAAA, 0xCCCCCCCCCCCCCCCC, 0xF0F0F0F0F0F0F0F0,
-        0xFF00FF00FF00FF00, 0xFFFF0000FFFF0000, 0xFFFFFFFF00000000};
-    if (bit < kWordInputs)
-        return kInsideWord[size_t(bit)];
-    return (word >> (bit - kWordInputs)) & 1 ? ~quint64(0) : 0;
-}
-
 /// A stack of values, each of which is a run of words of the table.
 class ValueStack final
 {
@@ -168,7 +156,7 @@ void evaluate(QStringView postfix, int variables, qsizetype firstWord, ValueStac
             const int bit = variables - 1 - (c.unicode() - u'A');
             qsizetype word = firstWord;
             for (quint64 &entries : stack.push())
-                entries = variableWord(bit, word++);
+                entries = TruthTable::inputWord(bit, size_t(word++));
         } else if (c == u'0' || c == u'1') {
             std::ranges::fill(stack.push(), c == u'1' ? ~quint64(0) : 0);
         } else if (c == u'!') {
@@ -228,7 +216,7 @@ quint64 doubledRuns(quint64 word, int bit)
 {
     word &= 0xffffffff;
     for (int level = 4; level >= bit; --level)
-        word = (word | word << (1 << level)) & ~variableWord(level, 0);
+        word = (word | word << (1 << level)) & ~TruthTable::inputWord(level, 0);
     return word | word << (1 << bit);
 }
 
@@ -272,6 +260,16 @@ TruthTable TruthTable::constant(int inputs, bool answer)
     table.inputs = inputs;
     table.words.assign((size_t(table.size()) + 63) / 64, answer ? ~quint64(0) : 0);
     return table;
+}
+
+quint64 TruthTable::inputWord(int input, size_t word)
+{
+    static constexpr std::array<quint64, kWordInputs> kInsideWord = {
+        0xAAAAAAAAAAAAAAAA, 0xCCCCCCCCCCCCCCCC, 0xF0F0F0F0F0F0F0F0,
+        0xFF00FF00FF00FF00, 0xFFFF0000FFFF0000, 0xFFFFFFFF00000000};
+    if (input < kWordInputs)
+        return kInsideWord[size_t(input)];
+    return (word >> (input - kWordInputs)) & 1 ? ~quint64(0) : 0;
 }
 
 TruthTable TruthTable::spreadOver(quint32 places, int newInputs) const

@@ -20,6 +20,8 @@ struct TruthTable
 
     /// A table in which every entry has the same answer.
     [[nodiscard]] static TruthTable constant(int inputs, bool answer);
+    /// Word \a word of the table whose answer is the state of its input \a input.
+    [[nodiscard]] static quint64 inputWord(int input, size_t word);
     [[nodiscard]] quint32 size() const { return quint32(1) << inputs; }
     [[nodiscard]] bool at(quint32 entry) const { return (words[entry / 64] >> (entry % 64)) & 1; }
     /// The same condition with further inputs, none of which makes a difference: \a places has a

@@ -13,6 +13,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class QDomDocument;
 class QDomElement;
@@ -22,12 +23,14 @@ class QSplitter;
 
 namespace WaveMonitor {
 
+class MarkerActions;
 class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
 class WaveOverlay;
 class WaveView;
 class WindowContents;
+class ZoomHistory;
 
 /// The whole viewer of one capture window: signal tree, wave view and ruler side by side, with
 /// equal rows. The only class of the viewer that a project uses. All data comes in through the
@@ -125,7 +128,11 @@ public:
 public Q_SLOTS:
     void zoomIn();
     void zoomOut();
-    void zoomFit(); ///< the longest signal fills the wave view
+    /// The longest signal fills the wave view. If it is too long for that, the trigger is in the
+    /// middle.
+    void zoomFit();
+    /// Brings the trigger to the middle. Holds over changes of size until the view is moved.
+    void showTrigger();
 
 Q_SIGNALS:
     void treeWidthChanged();
@@ -136,8 +143,11 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
+    [[nodiscard]] ScrollPlace scrollPlace() const;
+    void scrollToKept();
     void layOutPanes();
     void joinScrollBars();
     void followDataLength();
@@ -149,9 +159,12 @@ private:
     RulerView *m_rulerView;     ///< child
     QLabel *m_counterLabel;     ///< child
     QSplitter *m_splitter;      ///< child; tree and waves
+    std::unique_ptr<MarkerActions> m_markerActions;
+    std::unique_ptr<ZoomHistory> m_zoomHistory;
     qreal m_zoomRate = 1.0;
     int m_core = 0;
     int m_window = 0;
+    std::optional<ScrollPlace> m_keptPlace; ///< until the viewer has been seen
 };
 
 } // namespace WaveMonitor

@@ -43,6 +43,11 @@ ComparedPage::ComparedPage(WaveMonitorWidget *upper, QWidget *parent)
       m_close(newAction(tr("Close Comparison"), Qt::Key_Escape, "closeComparison")),
       m_line(new ComparisonLine(m_previous, m_next, m_close))
 {
+    for (auto [action, key] : {std::pair(m_previous, Qt::Key_Left), {m_next, Qt::Key_Right}}) {
+        action->setShortcut(Qt::ALT | key);
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        addAction(action);
+    }
     connect(m_previous, &QAction::triggered, this, &ComparedPage::previousDifference);
     connect(m_next, &QAction::triggered, this, &ComparedPage::nextDifference);
     connect(m_close, &QAction::triggered, this, &ComparedPage::closeAsked, Qt::QueuedConnection);
@@ -55,7 +60,6 @@ ComparedPage::ComparedPage(WaveMonitorWidget *upper, QWidget *parent)
     m_splitter->setChildrenCollapsible(false);
     m_splitter->addWidget(upper);
     upper->show();
-    upper->installEventFilter(this);
     upper->addWaveAction(m_previous);
     upper->addWaveAction(m_next);
     upper->addWaveAction(m_close);
@@ -68,8 +72,6 @@ ComparedPage::ComparedPage(WaveMonitorWidget *upper, QWidget *parent)
     m_splitter->addWidget(below);
     m_splitter->setStretchFactor(0, 1);
     m_splitter->setStretchFactor(1, 1);
-    // Escape above may have another use, so the shortcut works below alone; see eventFilter.
-    below->addAction(m_close);
 }
 
 ComparedPage::~ComparedPage()
@@ -83,11 +85,7 @@ QAction *ComparedPage::newAction(const QString &text, const QKeySequence &key, c
 {
     auto *action = new QAction(text, this);
     action->setObjectName(QLatin1String(name));
-    action->setShortcut(key);
-    action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     action->setToolTip(QStringLiteral("%1 (%2)").arg(text, key.toString(QKeySequence::NativeText)));
-    if (key != QKeySequence(Qt::Key_Escape))
-        addAction(action);
     return action;
 }
 
@@ -141,6 +139,7 @@ void ComparedPage::newBelow(const WindowSamples &other)
         contents.addSignal(element);
     contents.setTriggerPosition(other.triggerPosition);
     const std::unique_ptr<WindowState> state = m_upper->saveState();
+    state->scroll.reset(); // the place below is told in other numbers
     // The next viewer's numbers begin further on.
     m_lower = new WaveMonitorWidget(m_upper->domain() + 1, this, state.get());
     m_lower->setTitle(m_upper->windowNumber(), m_upper->coreNumber());
@@ -201,7 +200,6 @@ WaveMonitorWidget *ComparedPage::takeUpper()
     clearMarks();
     delete m_lower;
     m_upper->setRoom(0, 0);
-    m_upper->removeEventFilter(this);
     for (QAction *action : {m_previous, m_next, m_close})
         m_upper->removeWaveAction(action);
     m_upper->setParent(nullptr);
@@ -221,14 +219,12 @@ void ComparedPage::showValues()
         m_lower->showValuesAt(asSample(m_upper->contents().shownSample() + m_comparison->offset()));
 }
 
-bool ComparedPage::eventFilter(QObject *watched, QEvent *event)
+void ComparedPage::keyPressEvent(QKeyEvent *event)
 {
-    if (watched == m_upper && event->type() == QEvent::KeyPress &&
-        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+    if (event->key() == Qt::Key_Escape)
         m_close->trigger();
-        return true;
-    }
-    return QWidget::eventFilter(watched, event);
+    else
+        QWidget::keyPressEvent(event);
 }
 
 bool ComparedPage::isCurrentShown() const

@@ -55,9 +55,6 @@ public:
 
     Q_INVOKABLE void handleEvents(Notification *e);
 
-    /// Escape in the upper viewer, when nothing there has a use for it.
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 public Q_SLOTS:
     /// These go on from the difference gone to last, or from the edge of what shows if that has
     /// been scrolled away.
@@ -66,6 +63,10 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void closeAsked();
+
+protected:
+    /// Escape, when nothing in the page has another use for it.
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     QAction *newAction(const QString &text, const QKeySequence &key, const char *name);

@@ -77,6 +77,10 @@ public:
     void itemPressed(QGraphicsItem *item) override;
     QList<const LayoutNode *> shownRows() override;
 
+Q_SIGNALS:
+    /// Rows were added or loaded from outside: what was done to rows before means nothing now.
+    void rowsReplaced();
+
 private:
     QList<QGraphicsItem *> recalculateWaveItems();
     void showMarkerSample(const QObject &ruler);
