@@ -37,6 +37,10 @@ public:
     /// Takes over the device that the command line named; each may be empty.
     virtual void setDevice(const QString &family, const QString &device, const QString &fsFile) = 0;
 
+    /// What Start would send to the cores with the settings that show, for people to read; empty if
+    /// there is nothing to run.
+    [[nodiscard]] virtual QString startPreview() { return {}; }
+
     /// Ends a capture whose samples are being read; any other goes on. Reading runs inside the
     /// event loop that it began in, so it would hold up the question before closeProject until its
     /// end.

@@ -12,6 +12,7 @@
 #include "statusline.h"
 #include "waitingtip.h"
 
+#include <capture/registerpreview.h>
 #include <design/design.h>
 #include <export_ui/exportdialog.h>
 #include <link/jtagsession.h>
@@ -194,6 +195,21 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
     m_design->manager().setDeviceName(device);
     updateConnections();
     m_programmer->setDevice(family, device, fsFile);
+}
+
+QString CaptureProject::startPreview()
+{
+    QStringList lines;
+    m_page->withSettings([&] {
+        const QList<QBitArray> words = m_design->startWords();
+        if (words.isEmpty())
+            return;
+        lines.append(tr("Start would send %1 words:").arg(words.size()));
+        lines.append(previewText(previewOf(words)));
+        for (const auto &[core, finding] : m_design->findings())
+            lines.append(tr("Core %1: %2").arg(QString::number(core), finding.text));
+    });
+    return lines.join(u'\n');
 }
 
 void CaptureProject::stopReading()

@@ -44,6 +44,7 @@ public:
     /// shown.
     bool openFile(const QString &path) final;
     void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
+    [[nodiscard]] QString startPreview() final;
     void stopReading() final;
 
     /// F3 forces the trigger and F4 stops, and both take the waiting tip away.

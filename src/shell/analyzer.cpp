@@ -227,6 +227,7 @@ void Analyzer::buildDebugDock()
     m_d->debugDock = new DebugDock(this);
     addDockWidget(Qt::RightDockWidgetArea, m_d->debugDock);
     m_d->debugDock->listen();
+    m_d->debugDock->setPreview([this] { return m_d->projectManager->startPreview(); });
 
     // The way back for a dock that was closed.
     QAction *toggle = m_d->debugDock->toggleViewAction();

@@ -106,6 +106,11 @@ bool ProjectManager::closeCurrent(QWidget *parent, const std::function<bool()> &
     return true;
 }
 
+QString ProjectManager::startPreview() const
+{
+    return m_current ? m_current->startPreview() : QString();
+}
+
 void ProjectManager::stopReading() const
 {
     if (m_current)
