@@ -40,7 +40,8 @@ void overview(benchmark::State &state, Draw draw)
     for (auto _ : state) {
         if (draw == Draw::First)
             strip.setRow(members, int(state.range(1)), Qt::green);
-        strip.setView(100 * (++step % 100), 100 * (step % 100) + 400);
+        ++step;
+        strip.setView(100 * (step % 100), 100 * (step % 100) + 400);
         strip.render(&target);
     }
     if (target.toImage().pixelColor(1900, 15) != QColor(Qt::green))

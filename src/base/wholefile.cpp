@@ -10,8 +10,10 @@
 #include <filesystem>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #ifdef Q_OS_UNIX
+#include <fcntl.h>
 #include <unistd.h>
 #else
 #include <io.h>
@@ -70,6 +72,52 @@ QString placeOf(const QFileInfo &file)
         return file.filePath();
     return file.exists() ? file.canonicalFilePath() : file.symLinkTarget();
 }
+
+/// A rename of which all but the system's own call is done beforehand.
+class NativeRename final
+{
+public:
+    NativeRename(const QString &from, const QString &to)
+        : m_from(QFileInfo(from).filesystemFilePath()), m_to(QFileInfo(to).filesystemFilePath())
+    {
+#ifdef Q_OS_UNIX
+        // While it is open, the file that is replaced is not taken apart within the call.
+        m_replaced = open(m_to.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+#endif
+    }
+    NativeRename(NativeRename &&other) noexcept
+        : m_from(std::move(other.m_from)),
+          m_to(std::move(other.m_to)),
+          m_replaced(std::exchange(other.m_replaced, -1))
+    {
+    }
+    NativeRename(const NativeRename &) = delete;
+    NativeRename &operator=(const NativeRename &) = delete;
+    NativeRename &operator=(NativeRename &&) = delete;
+    ~NativeRename()
+    {
+#ifdef Q_OS_UNIX
+        if (m_replaced >= 0)
+            close(m_replaced);
+#endif
+    }
+
+    void run()
+    {
+        std::filesystem::rename(m_from, m_to, m_error);
+    }
+    /// The system's number for what went wrong, 0 for nothing.
+    [[nodiscard]] int reason() const
+    {
+        return m_error.value();
+    }
+
+private:
+    std::filesystem::path m_from;
+    std::filesystem::path m_to;
+    std::error_code m_error;
+    int m_replaced = -1; // a descriptor
+};
 
 } // namespace
 
@@ -142,21 +190,28 @@ std::optional<Error> FileSet::add(const QString &path, LineEnds lineEnds,
     return std::nullopt;
 }
 
+/// Whoever kills the program between two of these calls leaves files of two generations, so all
+/// that can be done before or after them is not done between them.
 QList<FileSet::Fault> FileSet::commit()
 {
+    std::vector<NativeRename> renames;
+    for (const Entry &entry : std::as_const(m_files))
+        renames.emplace_back(entry.written, entry.place);
+    for (NativeRename &rename : renames)
+        rename.run();
+
     QList<Fault> faults;
-    for (const Entry &entry : std::as_const(m_files)) {
-        std::error_code error;
-        std::filesystem::rename(QFileInfo(entry.written).filesystemFilePath(),
-                                QFileInfo(entry.place).filesystemFilePath(), error);
-        if (!error)
+    int reason = 0;
+    for (size_t i = 0; i < renames.size(); ++i) {
+        if (renames[i].reason() == 0)
             continue;
-        errno = error.value();
-        faults.append({entry.path, failure(entry.path, {})});
+        const Entry &entry = m_files[qsizetype(i)];
         QFile::remove(entry.written);
-        errno = error.value();
+        reason = errno = renames[i].reason();
+        faults.append({entry.path, failure(entry.path, {})});
     }
     m_files.clear();
+    errno = reason;
     return faults;
 }
 

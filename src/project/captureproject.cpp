@@ -1,16 +1,19 @@
 #include "captureproject.h"
 
+#include "commandcopy.h"
 #include "configpage.h"
 #include "descriptionwatch.h"
 #include "programmerlink.h"
 #include "projectboxes.h"
 #include "projectfiles.h"
+#include "recoverykeeper.h"
 #include "runcontrol.h"
 #include "runstatus.h"
 #include "runtoolbar.h"
 #include "statusline.h"
 #include "waitingtip.h"
 
+#include <capture/registerpreview.h>
 #include <design/design.h>
 #include <export_ui/exportdialog.h>
 #include <link/jtagsession.h>
@@ -46,8 +49,16 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     const ProjectParts parts{*m_design, *m_page, *m_programmer, m_waveTabs, *m_boxes, *m_status};
     m_run = new RunControl(parts, this);
     m_files = new ProjectFiles(parts, this);
+    m_command = new CommandCopy(parts, this);
+    m_recovery = new RecoveryKeeper(parts, *m_files, this);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
+    connect(m_files, &ProjectFiles::saved, m_recovery, &RecoveryKeeper::saved);
+    connect(m_recovery, &RecoveryKeeper::told, this, &CaptureProject::told);
+    connect(m_run, &RunControl::shown, m_recovery, &RecoveryKeeper::captured);
+    connect(m_run, &RunControl::wavesGoing, m_recovery, &RecoveryKeeper::finish);
+    connect(m_run, &RunControl::shown, m_runStatus, &RunStatus::countWindow);
     connect(this, &CaptureProject::told, m_status, &StatusLine::tell);
+    connect(m_command->action(), &QAction::triggered, this, &CaptureProject::onCopyCommand);
     connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
     connect(m_page.get(), &ConfigPage::changed, this, &CaptureProject::updateActions);
     connect(&m_design->manager(), &CaptureManager::triggerComplete, this,
@@ -123,6 +134,7 @@ void CaptureProject::setupProject(QWidget *mainWindow)
         mainWindow->installEventFilter(this);
     if (!m_tab)
         m_tab = m_page->build(m_programmer->makePage());
+    m_command->enter(*m_tab, mainWindow);
     m_programmer->reset();
     m_page->reset();
     if (toolBarGetter) {
@@ -147,6 +159,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     if (self && !m_programmer->mayEndRun(parent))
         return false;
     if (self) {
+        m_recovery->finish();
         m_page->leaveDesign();
         m_design->leave();
     }
@@ -164,6 +177,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
         tabs->removeTab(tabs->indexOf(m_tab));
     if (QWidget *window = m_boxes->window())
         window->removeEventFilter(this);
+    m_command->leave();
     tabWidgetGetter = nullptr;
     toolBarGetter = nullptr;
     openActionGetter = nullptr;
@@ -180,10 +194,27 @@ bool CaptureProject::openFile(const QString &path)
         if (std::exchange(m_clockedDescription, m_files->description()) != m_files->description())
             m_waveTabs.clockPeriods().clear(); // cores of another design
         updateActions();
-        m_descriptionWatch->start(m_files->description(), m_tab);
-        Q_EMIT fileNamed(m_files->file());
+        if (m_files->recovered())
+            m_recovery->opened(*m_files->recovered());
+        followFile();
     }
     return isOpened;
+}
+
+QString CaptureProject::refusal() const
+{
+    return m_files->fault();
+}
+
+/// What was recovered keeps its description, whatever becomes of the file that it came from.
+void CaptureProject::followFile()
+{
+    if (m_files->recovered()) {
+        Q_EMIT fileNamed(m_files->file(), tr("recovered"));
+        return;
+    }
+    m_descriptionWatch->start(m_files->description(), m_tab);
+    Q_EMIT fileNamed(m_files->file());
 }
 
 void CaptureProject::setDevice(const QString &family, const QString &device, const QString &fsFile)
@@ -191,6 +222,21 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
     m_design->manager().setDeviceName(device);
     updateConnections();
     m_programmer->setDevice(family, device, fsFile);
+}
+
+QString CaptureProject::startPreview()
+{
+    QStringList lines;
+    m_page->withSettings([&] {
+        const QList<QBitArray> words = m_design->startWords();
+        if (words.isEmpty())
+            return;
+        lines.append(tr("Start would send %1 words:").arg(words.size()));
+        lines.append(previewText(previewOf(words)));
+        for (const auto &[core, finding] : m_design->findings())
+            lines.append(tr("Core %1: %2").arg(QString::number(core), finding.text));
+    });
+    return lines.join(u'\n');
 }
 
 void CaptureProject::stopReading()
@@ -306,9 +352,19 @@ void CaptureProject::onExport()
 void CaptureProject::onSave()
 {
     const QPointer<CaptureProject> self(this);
+    const bool wasRecovered = m_files->recovered().has_value();
     m_files->save(parent());
-    if (self && !m_files->file().isEmpty()) // not closed in a box
+    if (!self || m_files->file().isEmpty()) // closed in a box
+        return;
+    if (wasRecovered)
+        followFile();
+    else
         Q_EMIT fileNamed(m_files->file());
+}
+
+void CaptureProject::onCopyCommand()
+{
+    m_command->copy(m_files->description(), m_runToolBar->cableName());
 }
 
 void CaptureProject::cabelChanged(int index)
@@ -351,6 +407,7 @@ void CaptureProject::updateActions()
     a.forceTriggerAction->setEnabled(!isIdle && m_design->manager().autorun() == -1);
     a.saveAction->setEnabled(hasResult);
     a.exportAction->setEnabled(hasResult);
+    m_command->action()->setEnabled(isIdle);
     m_runToolBar->setCablesEnabled(isIdle);
     m_descriptionWatch->setButtonsEnabled(isIdle);
     m_page->setEnabled(isIdle);

@@ -11,6 +11,7 @@
 
 namespace KEO {
 
+class CommandCopy;
 class ConfigPage;
 class Design;
 class DescriptionWatch;
@@ -18,6 +19,7 @@ class JtagSession;
 class ProgrammerLink;
 class ProjectBoxes;
 class ProjectFiles;
+class RecoveryKeeper;
 class RunControl;
 class RunStatus;
 class RunToolBar;
@@ -42,7 +44,9 @@ public:
     /// capture, for any other extension (letter case counts), and after an error, which it has then
     /// shown.
     bool openFile(const QString &path) final;
+    [[nodiscard]] QString refusal() const final;
     void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
+    [[nodiscard]] QString startPreview() final;
     void stopReading() final;
 
     /// F3 forces the trigger and F4 stops, and both take the waiting tip away.
@@ -63,6 +67,8 @@ public Q_SLOTS:
     void onComplete(int resultID);
     /// Writes data file, description and project file. The first time it asks where to.
     void onSave();
+    /// Puts the command line on the clipboard that captures as Start would.
+    void onCopyCommand();
     /// Another cable is chosen: the one at \a index of the list.
     void cabelChanged(int index);
     void onProgrammerChanged(bool succ, const QString &text);
@@ -105,6 +111,8 @@ private:
     void updateActions();
     /// Tells which device and cable a run would use, and which servers are gone.
     void updateConnections();
+    /// The open file has a name: tells of it and watches the description.
+    void followFile();
 
     std::unique_ptr<Design> m_design;
     std::unique_ptr<ConfigPage> m_page;
@@ -117,6 +125,8 @@ private:
     DescriptionWatch *m_descriptionWatch; // child
     RunControl *m_run;                    // child
     ProjectFiles *m_files;                // child
+    CommandCopy *m_command;               // child
+    RecoveryKeeper *m_recovery;           // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

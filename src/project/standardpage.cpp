@@ -13,6 +13,8 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <tuple>
+
 namespace KEO {
 
 namespace {
@@ -101,6 +103,22 @@ void StandardPage::saveSettings()
         m_dynamicConfigWidget->saveToCore();
 }
 
+void StandardPage::withSettings(const std::function<void()> &use)
+{
+    CoreConfig *core = m_dynamicConfigWidget ? m_dynamicConfigWidget->core() : nullptr;
+    if (!core) {
+        use();
+        return;
+    }
+    // The dialogs of the page write into the record at once, the fields only here.
+    const auto before = std::tuple(core->window_num, core->capture_amount, core->trigger_pos,
+                                   core->expressionEnabled);
+    m_dynamicConfigWidget->saveToCore();
+    use();
+    std::tie(core->window_num, core->capture_amount, core->trigger_pos, core->expressionEnabled) =
+        before;
+}
+
 void StandardPage::showDesign()
 {
     if (!m_coreTree)
@@ -140,8 +158,12 @@ void StandardPage::onKoChanged(QTreeWidgetItem *item)
     }
     const int position = m_coreTree->indexOfTopLevelItem(item);
     if (CoreConfig *core = coreAt(position)) {
-        m_dynamicConfigWidget->saveToCore();
-        showCore(position);
+        // One click comes as two or three signals. Shown again, the page would put into the core
+        // what its fields could take of it.
+        if (m_dynamicConfigWidget->core() != core) {
+            m_dynamicConfigWidget->saveToCore();
+            showCore(position);
+        }
         core->active = item->checkState(0) == Qt::Checked ? 1 : 0;
     }
     Q_EMIT changed();

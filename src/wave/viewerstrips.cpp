@@ -205,7 +205,7 @@ void ViewerStrips::refreshView()
 {
     const WaveView &waves = *m_panes.waves;
     const qreal pixels = CLOCK_PITCH * waves.transform().m11();
-    const qreal first = waves.horizontalScrollBar()->value() / pixels;
+    const qreal first = waves.left() / pixels;
     m_overview->setView(first, first + waves.viewport()->width() / pixels);
     refreshReadings();
 }

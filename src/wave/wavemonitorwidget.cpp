@@ -1,7 +1,9 @@
 #include "wavemonitorwidget.h"
 
 #include "goto.h"
+#include "markeractions.h"
 #include "viewerstrips.h"
+#include "zoomhistory.h"
 
 #include <wave/common/viewergeometry.h>
 #include <wave/ruler/rulerview.h>
@@ -63,6 +65,7 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
         new SignalTreeView(this, saved ? saved->nameWidth + saved->valueWidth : kTreeWidth);
     m_treeView->setModel(m_model);
     m_treeView->setDomain(domain);
+    addActions(m_treeView->actions()); // their keys work in all panes
     m_waveView = new WaveView(this);
     m_waveView->setDomain(domain);
     m_waveView->setDataSource(m_model);
@@ -74,6 +77,11 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
 
     joinScrollBars();
     layOutPanes();
+    m_markerActions = std::make_unique<MarkerActions>(m_rulerView, m_waveView);
+    m_zoomHistory = std::make_unique<ZoomHistory>(m_waveView);
+    addActions(m_markerActions->actions());
+    addAction(m_zoomHistory->action());
+    m_waveView->addActions({m_markerActions->zoomAction(), m_zoomHistory->action()});
     m_goTo = new GoTo({m_model, m_treeView, m_waveView, m_rulerView}, this);
     m_waveView->setFocus(); // when the viewer gets the focus for the first time
 }
@@ -95,6 +103,9 @@ void WaveMonitorWidget::joinScrollBars()
     // receiver: a range still changes while the panes go, one after the other.
     connect(tree, &QScrollBar::rangeChanged, waves, [=] { tree->setValue(waves->value()); });
     connect(waves, &QScrollBar::rangeChanged, tree, [=] { waves->setValue(tree->value()); });
+    QScrollBar *samples = m_waveView->horizontalScrollBar();
+    connect(m_rulerView, &RulerView::scrollAsked, samples,
+            [samples](int pixels) { samples->setValue(samples->value() + pixels); });
 }
 
 void WaveMonitorWidget::layOutPanes()
@@ -105,17 +116,20 @@ void WaveMonitorWidget::layOutPanes()
     panelLayout->setContentsMargins(0, 0, 9, 0);
     panelLayout->addWidget(m_counterLabel, 0, Qt::AlignRight);
 
-    auto *splitter = new QSplitter(Qt::Horizontal);
-    splitter->setChildrenCollapsible(false);
-    splitter->addWidget(newPane(panel, m_treeView));
-    splitter->addWidget(newPane(m_rulerView, m_waveView));
-    splitter->setStretchFactor(1, 1);
+    m_splitter = new QSplitter(Qt::Horizontal);
+    m_splitter->setChildrenCollapsible(false);
+    m_splitter->addWidget(newPane(panel, m_treeView));
+    m_splitter->addWidget(newPane(m_rulerView, m_waveView));
+    m_splitter->setStretchFactor(1, 1);
+    connect(m_splitter, &QSplitter::splitterMoved, this, &WaveMonitorWidget::treeWidthChanged);
+    connect(m_waveView->horizontalScrollBar(), &QScrollBar::rangeChanged, this,
+            &WaveMonitorWidget::scrollRangeChanged);
 
     auto *outer = new QHBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     auto *column = new QVBoxLayout;
     column->setSpacing(0);
-    column->addWidget(splitter, 1);
+    column->addWidget(m_splitter, 1);
     outer->addLayout(column);
 }
 
@@ -212,7 +226,35 @@ void WaveMonitorWidget::restoreState(const WindowState *state)
     if (!state->layout.isNull()) // else every row would go
         m_model->setLayout(state->layout);
     m_model->setDefaultFormat(state->format);
+    for (const int row : state->openBuses)
+        m_treeView->expand(m_model->index(row, SignalTreeModel::NameColumn));
     setZoom(state->zoomRate);
+    m_keptPlace = state->scroll;
+    if (isVisible())
+        QMetaObject::invokeMethod(this, &WaveMonitorWidget::scrollToKept, Qt::QueuedConnection);
+}
+
+void WaveMonitorWidget::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // Behind the zoom and the rows, which are queued as well.
+    QMetaObject::invokeMethod(this, &WaveMonitorWidget::scrollToKept, Qt::QueuedConnection);
+}
+
+ScrollPlace WaveMonitorWidget::scrollPlace() const
+{
+    return {m_waveView->horizontalScrollBar()->value() / (CLOCK_PITCH * m_waveView->zoomRate()),
+            m_waveView->verticalScrollBar()->value()};
+}
+
+void WaveMonitorWidget::scrollToKept()
+{
+    const auto place = std::exchange(m_keptPlace, std::nullopt);
+    if (!place)
+        return;
+    const qreal left = place->sample * CLOCK_PITCH * m_waveView->zoomRate();
+    m_waveView->horizontalScrollBar()->setValue(qRound(left));
+    m_waveView->verticalScrollBar()->setValue(place->top);
 }
 
 std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
@@ -221,14 +263,95 @@ std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
     state->core = m_core;
     state->window = m_window;
     state->nameWidth = m_treeView->header()->sectionSize(SignalTreeModel::NameColumn);
-    state->valueWidth = m_treeView->header()->sectionSize(SignalTreeModel::ValueColumn);
+    state->valueWidth = m_treeView->valueWidth();
     // A node that hangs in its document outlives it, a loose one keeps pointing at it.
     QDomDocument document;
     state->layout = m_model->writeLayout(document);
     document.appendChild(state->layout);
     state->format = m_model->defaultFormat();
     state->zoomRate = m_zoomRate;
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        const QModelIndex index = m_model->index(row, SignalTreeModel::NameColumn);
+        if (m_model->hasChildren(index) && m_treeView->isExpanded(index))
+            state->openBuses.append(row);
+    }
+    state->scroll = m_keptPlace.value_or(scrollPlace()); // one that nobody has looked at keeps it
     return state;
+}
+
+WaveMonitorWidget::Span WaveMonitorWidget::shownSpan() const
+{
+    return {m_waveView->zoomRate(), m_waveView->left()};
+}
+
+void WaveMonitorWidget::showSpan(const Span &span)
+{
+    m_waveView->setZoomRate(boundedZoom(span.zoomRate)); // at once, unlike setZoom
+    m_waveView->horizontalScrollBar()->setValue(span.left);
+}
+
+qreal WaveMonitorWidget::firstShownSample() const
+{
+    return m_waveView->left() / (m_waveView->zoomRate() * CLOCK_PITCH);
+}
+
+qreal WaveMonitorWidget::lastShownSample() const
+{
+    return firstShownSample() +
+           m_waveView->viewport()->width() / (m_waveView->zoomRate() * CLOCK_PITCH);
+}
+
+void WaveMonitorWidget::showSample(int sample)
+{
+    m_rulerView->moveActiveMarker(sample);
+    m_waveView->centreOn(sample);
+}
+
+void WaveMonitorWidget::setRoom(int before, int after)
+{
+    m_waveView->setRoom(before, after);
+    m_rulerView->setRoom(before, after);
+}
+
+void WaveMonitorWidget::showValuesAt(int sample)
+{
+    m_model->showValuesAt(sample);
+}
+
+int WaveMonitorWidget::treeWidth() const
+{
+    return m_splitter->sizes().first();
+}
+
+void WaveMonitorWidget::setTreeWidth(int width)
+{
+    const QList<int> sizes = m_splitter->sizes();
+    m_splitter->setSizes({width, sizes.first() + sizes.last() - width});
+}
+
+void WaveMonitorWidget::setMarkedSignals(const QSet<int> &ids)
+{
+    m_model->setMarkedSignals(ids);
+}
+
+void WaveMonitorWidget::setOverlay(const WaveOverlay *overlay)
+{
+    m_waveView->setOverlay(overlay);
+}
+
+void WaveMonitorWidget::updateOverlay()
+{
+    m_waveView->viewport()->update();
+}
+
+void WaveMonitorWidget::addWaveAction(QAction *action)
+{
+    m_waveView->addAction(action);
+}
+
+void WaveMonitorWidget::removeWaveAction(QAction *action)
+{
+    m_waveView->removeAction(action);
 }
 
 void WaveMonitorWidget::setAutorunCounter(int count)

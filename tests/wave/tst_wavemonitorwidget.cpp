@@ -3,6 +3,7 @@
 #include <wave/common/timesliderdata.h>
 #include <wave/view/waveview.h>
 
+#include <QAccessible>
 #include <QDomDocument>
 #include <QHeaderView>
 #include <QImage>
@@ -73,6 +74,7 @@ private Q_SLOTS:
     void zoomFits();
     void autorunSwapsSamplesAlone();
     void restoresItsState();
+    void isReachedWithoutAMouse();
     void diesWithEventsQueued();
     void diesWithADragLeftOver();
     void isEmptyWithoutData();
@@ -228,7 +230,11 @@ void tst_WaveMonitorWidget::restoresItsState()
         viewer.tree->header()->resizeSection(1, 90);
         viewer.tree->selectOnly({viewer.model->index(0, 0), viewer.model->index(1, 0)});
         driveContextMenu(viewer.tree->viewport(), {20, 20}, "Group");
-        viewer.widget->setZoom(0.25);
+        viewer.tree->expand(viewer.model->index(0, 0));
+        viewer.tree->expand(viewer.model->index(kBus - 1, 0));
+        viewer.zoomTo(0.25);
+        viewer.waves->horizontalScrollBar()->setValue(1733);
+        viewer.waves->verticalScrollBar()->setValue(350);
         viewer.model->setDefaultFormat(DataFormat::Octal);
         viewer.widget->setTitle(2, -1);
         QCOMPARE(viewer.widget->windowTitle(), "window 2");
@@ -248,10 +254,40 @@ void tst_WaveMonitorWidget::restoresItsState()
     viewer.settle();
     QCOMPARE(viewer.tree->sizeHint().width(), 240);
     QCOMPARE(viewer.tree->header()->sectionSize(0), 150);
+    QCOMPARE(viewer.tree->header()->sectionSize(1), viewer.tree->viewport()->width() - 150);
+    viewer.tree->header()->resizeSection(0, 500); // the values stay as wide as they were set
+    QCOMPARE(viewer.tree->header()->sectionSize(1), 90);
+    viewer.tree->header()->resizeSection(0, 150);
     QVERIFY(rowsOf(*viewer.model).startsWith("group_0[1:0](a b) c "));
     QCOMPARE(viewer.waves->zoomRate(), 0.25);
     QCOMPARE(viewer.model->defaultFormat(), int(DataFormat::Octal));
     QCOMPARE(treeRows(viewer), waveRows(viewer));
+    QCOMPARE(treeRows(viewer).size(), 25 + 2 + 4);
+    const auto place = [](const Viewer &shown) {
+        return QPoint(shown.waves->horizontalScrollBar()->value(),
+                      shown.waves->verticalScrollBar()->value());
+    };
+    QCOMPARE(place(viewer), QPoint(1733, 350));
+    viewer.waves->verticalScrollBar()->setValue(30);
+    viewer.zoomTo(1); // the place was for once
+    QCOMPARE(place(viewer).y(), 30);
+
+    // A tab in the background, seen only after the capture after the next.
+    for (int round = 0; round < 2; ++round) {
+        WaveMonitorWidget unseen(64, nullptr, state.get());
+        addRows(unseen, kRows, kSamples);
+        unseen.restoreState(state.get());
+        Viewer::settle();
+        state = unseen.saveState();
+    }
+    Viewer seen({}, 0, 80, state.get());
+    seen.widget->hide();
+    addRows(*seen.widget, kRows, kSamples);
+    seen.widget->restoreState(state.get());
+    seen.settle();
+    seen.widget->show();
+    seen.settle();
+    QCOMPARE(place(seen), QPoint(1733, 350));
 
     QDomDocument document;
     Viewer other({}, 0, 48);
@@ -261,6 +297,30 @@ void tst_WaveMonitorWidget::restoresItsState()
     QCOMPARE(sample(other), sample(viewer));
     QCOMPARE(other.waves->sceneRect(), QRectF(0, 0, kSamples * 50, 25 * 30));
     QCOMPARE(other.ruler->sceneRect().width(), kSamples * 50.0);
+}
+
+void tst_WaveMonitorWidget::isReachedWithoutAMouse()
+{
+    Viewer viewer(kRows, kSamples);
+    QApplication::setActiveWindow(viewer.widget.get());
+    viewer.tree->setFocus();
+    QTest::keyClick(viewer.tree, Qt::Key_Tab);
+    QCOMPARE(viewer.widget->focusWidget(), viewer.waves);
+    QTest::keyClick(viewer.waves, Qt::Key_Right);
+    QVERIFY(viewer.waves->horizontalScrollBar()->value() > 0);
+    QTest::keyClick(viewer.waves, Qt::Key_Backtab, Qt::ShiftModifier);
+    QCOMPARE(viewer.widget->focusWidget(), viewer.tree);
+    // A step is taken back from the waves as well.
+    viewer.tree->selectOnly({viewer.model->index(0, 0)});
+    viewer.waves->setFocus();
+    QTest::keyClick(viewer.waves, Qt::Key_Delete);
+    QCOMPARE(viewer.model->rowCount(), 25);
+    QTest::keyClick(viewer.waves, Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(viewer.model->rowCount(), 26);
+    const std::pair<QWidget *, QString> names[] = {
+        {viewer.tree, "Signals"}, {viewer.waves, "Waves"}, {viewer.ruler, "Ruler"}};
+    for (const auto &[pane, name] : names)
+        QCOMPARE(QAccessible::queryAccessibleInterface(pane)->text(QAccessible::Name), name);
 }
 
 void tst_WaveMonitorWidget::diesWithEventsQueued()

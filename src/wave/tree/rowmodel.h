@@ -4,6 +4,7 @@
 
 #include <QAbstractItemModel>
 #include <QList>
+#include <QSet>
 
 namespace WaveMonitor {
 
@@ -32,6 +33,9 @@ public:
     void groupRows(const QModelIndexList &indexes);
     /// Puts the members of a bus into its place.
     void ungroupBus(const QModelIndex &index);
+    /// The rows of these signals, and buses of them, bear a sign that they differ.
+    void setMarkedSignals(const QSet<int> &ids);
+    [[nodiscard]] bool isMarked(const LayoutNode &row) const;
     void restoreOriginalName(const QModelIndex &index);
     /// Turns the member order of a bus round, so that its values read mirrored.
     void reverse(const QModelIndex &bus);
@@ -43,6 +47,12 @@ public:
     QModelIndexList moveBelow(const QModelIndex &target, const QModelIndexList &moved);
     QModelIndexList movePrepend(const QModelIndex &parent, const QModelIndexList &moved);
     QModelIndexList moveAppend(const QModelIndex &parent, const QModelIndexList &moved);
+
+    /// Makes rows and users' names those of \a snapshot. The model is reset if rows come, go or
+    /// change places.
+    void restoreLayout(const LayoutSnapshot &snapshot);
+    /// The rows of those keys that exist, from the top down.
+    [[nodiscard]] QModelIndexList indexesOf(const QSet<LayoutNode::Key> &keys) const;
 
     // The item model. Column 1 can be neither selected nor edited.
     [[nodiscard]] QModelIndex index(int row, int column,
@@ -60,8 +70,8 @@ public:
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 Q_SIGNALS:
-    /// \a bus has left the rows and is freed when the receivers return.
-    void busDissolved(const LayoutNode *bus);
+    /// \a row has left the rows and is freed when the receivers return.
+    void rowFreed(const LayoutNode *row);
     /// Other rows are shown, or the members of a bus in another order.
     void structureChanged();
     /// Rows were told to move, and stand where they belong.
@@ -82,6 +92,8 @@ private:
     QModelIndexList moveBefore(LayoutNode *anchor, LayoutNode *parent, const QModelIndexList &moved,
                                EmptyBus emptyBus);
     void moveNode(LayoutNode *node, LayoutNode *parent, const LayoutNode *anchor);
+
+    QSet<int> m_markedSignals; ///< ids
 };
 
 } // namespace WaveMonitor

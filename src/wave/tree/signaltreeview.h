@@ -2,6 +2,8 @@
 
 #include <wave/common/localized.h>
 
+#include <QElapsedTimer>
+#include <QItemSelectionModel>
 #include <QModelIndex>
 #include <QTreeView>
 
@@ -9,11 +11,13 @@
 
 namespace WaveMonitor {
 
+class RowHistory;
 class SignalTreeModel;
 
 /// The left-hand pane: names and values of the rows, each exactly as high as its wave row. The user
-/// selects, groups, renames, recolours and drags rows here. It has a domain but hears no
-/// notifications: the model tells it when to repaint.
+/// selects, groups, renames, recolours, hides and drags rows here, and takes each step back.
+/// Letters typed find a row by its name. It has a domain but hears no notifications: the model
+/// tells it when to repaint.
 class SignalTreeView final : public QTreeView, public Localized
 {
     Q_OBJECT
@@ -31,6 +35,8 @@ public:
     void setModel(QAbstractItemModel *model) override;
     void setDomain(const quint64 &domain) override;
     [[nodiscard]] QSize sizeHint() const override;
+    /// Width of the Value column as it was set, in pixels. It shows wider where the pane has room.
+    [[nodiscard]] int valueWidth() const { return m_valueWidth; }
 
     /// The name cells of the selected rows, ascending by row (rows of several parents mixed).
     [[nodiscard]] QModelIndexList selectedRows() const;
@@ -38,8 +44,16 @@ public:
     void selectOnly(const QModelIndexList &indexes);
     /// Makes the row of \a index current and the only selected one; the view does not scroll.
     void pickOnly(const QModelIndex &index);
+    /// Makes the row of \a index current; the view does not scroll.
+    void makeCurrent(const QModelIndex &index, QItemSelectionModel::SelectionFlags command);
+    /// Makes the next row that shows current whose name holds what was typed last, as far as the
+    /// keys followed one another; capital letters are no different.
+    void keyboardSearch(const QString &typed) override;
 
 protected:
+    void resizeEvent(QResizeEvent *event) override;
+    bool event(QEvent *event) override;
+    void commitData(QWidget *editor) override;
     void selectionChanged(const QItemSelection &selected,
                           const QItemSelection &deselected) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
@@ -59,14 +73,31 @@ private Q_SLOTS:
     void onReverse();
     void onDataFormatSetted(int format); ///< DataFormat::Type
     void onWaveColorSetted(int color);   ///< 0xRRGGBB
+    void onHide();
+    void onShowAll();
+    void onMoveUp();
+    void onMoveDown();
 
 private:
     [[nodiscard]] SignalTreeModel *signalModel() const;
+    [[nodiscard]] QPixmap dragPicture(const QModelIndexList &rows) const;
     [[nodiscard]] bool isOwnDrag(const QDropEvent &event) const;
 
+    enum class Direction { Up, Down };
+
+    [[nodiscard]] static bool haveOneParent(const QModelIndexList &rows);
+    void moveSelected(Direction direction);
+    void onSectionResized(int section, int width);
+    void fillWidth();
+
+    std::unique_ptr<RowHistory> m_history;
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present drag, null when idle
     std::unique_ptr<ContextMenuDelegate> m_contextMenu;
     int m_preferredWidth;
+    int m_valueWidth = 0;
+    bool m_isFilling = false; ///< the Value column is given the free width
+    QString m_typed;          ///< of keys that followed one another
+    QElapsedTimer m_sinceTyped;
 };
 
 /// What drag events do while it lives; one object a drag.

@@ -55,12 +55,11 @@ class WaveView::ContextMenuDelegate final
 {
 public:
     explicit ContextMenuDelegate(WaveView *view);
-    [[nodiscard]] QList<QAction *> actions() const { return {m_zoomIn, m_zoomOut, m_separator}; }
+    [[nodiscard]] QList<QAction *> actions() const { return {m_zoomIn, m_zoomOut}; }
 
 private:
-    QAction *m_zoomIn;    ///< child of the view
-    QAction *m_zoomOut;   ///< child of the view
-    QAction *m_separator; ///< child of the view; before what others add as the view's actions
+    QAction *m_zoomIn;  ///< child of the view
+    QAction *m_zoomOut; ///< child of the view
 };
 
 } // namespace WaveMonitor
