@@ -4,16 +4,22 @@
 #include "matchunitmodel.h"
 #include "muexpressiondialog.h"
 #include "triggercheckstrip.h"
+#include "unitdelegate.h"
 
 #include <capture/triggercheck.h>
+#include <config/capturelimits.h>
 #include <config/coreconfig.h>
 #include <trigger/expression.h>
+#include <trigger/valuetext.h>
 #include <widgets/formwidgets.h>
 
+#include <QAction>
+#include <QClipboard>
 #include <QComboBox>
 #include <QDialog>
 #include <QFormLayout>
 #include <QGroupBox>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -28,6 +34,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace KEO {
 
@@ -35,11 +42,33 @@ namespace {
 
 constexpr int kMaxWindows = 8;
 constexpr int kTriggerMargin = 9;      // samples between the trigger position and the window's end
-constexpr int kValueColumnWidth = 300; // pixels
+constexpr int kValueColumnWidth = 300; // pixels, at least
 
 QString itemText(int row, const QString &expression)
 {
     return QStringLiteral("exp%1:  %2").arg(QString::number(row), withUnitNames(expression));
+}
+
+/// In the order of the rows.
+QList<MatchUnit *> selectedUnits(const QTableView &table)
+{
+    QModelIndexList rows = table.selectionModel()->selectedRows();
+    std::ranges::sort(rows, {}, &QModelIndex::row);
+    QList<MatchUnit *> units;
+    for (const QModelIndex &row : std::as_const(rows))
+        units.append(MatchUnitModel::unitOfIndex(row));
+    return units;
+}
+
+/// An entry of \a view's context menu, whose key works in the view alone.
+QAction *addEntry(QWidget *view, const QString &text, QKeySequence::StandardKey key)
+{
+    auto *action = new QAction(text, view);
+    action->setShortcut(key);
+    action->setShortcutContext(Qt::WidgetShortcut);
+    view->addAction(action);
+    view->setContextMenuPolicy(Qt::ActionsContextMenu);
+    return action;
 }
 
 QShortcut *shortcutOf(QWidget *widget, Qt::Key key)
@@ -72,6 +101,7 @@ DynamicConfigWidget::DynamicConfigWidget(QWidget *parent)
                                0);
     m_checkTimer.setSingleShot(true);
     connectSlots();
+    addClipboardActions();
     clearPage();
     setEnabled(false);
 }
@@ -117,6 +147,8 @@ QGroupBox *DynamicConfigWidget::makeUnitGroup()
     m_tableUnit->setColumnWidth(MatchUnitModel::Value, kValueColumnWidth);
     m_tableUnit->horizontalHeader()->setHighlightSections(false);
     m_tableUnit->verticalHeader()->hide();
+    m_tableUnit->setItemDelegate(new UnitDelegate(m_tableUnit));
+    m_tableUnit->viewport()->installEventFilter(this);
     auto *group = new QGroupBox(tr("Match Units"));
     auto *layout = new QVBoxLayout(group);
     layout->addWidget(m_tableUnit);
@@ -243,23 +275,132 @@ void DynamicConfigWidget::editExpression(QListWidgetItem *item)
     if (!m_core || m_core->dynamic == 0 || !item || hasOpenDialog())
         return;
     const int row = m_listExpressions->currentRow();
+    // A page that leaves the core meanwhile cancels the dialog: then nothing is touched any more.
+    const QString expression = MuExpressionDialog::editExpressionText(unitFlags(), this);
+    if (expression.isEmpty())
+        return;
+    setExpression(row, expression);
+}
+
+QList<bool> DynamicConfigWidget::unitFlags() const
+{
     QList<bool> flags;
     for (const auto &unit : m_core->matchUnits)
         flags.append(unit->enabled);
-    // A page that leaves the core meanwhile cancels the dialog: then nothing is touched any more.
-    const QString expression = MuExpressionDialog::editExpressionText(flags, this);
-    if (expression.isEmpty())
-        return;
-    item->setText(itemText(row, expression));
+    return flags;
+}
+
+void DynamicConfigWidget::setExpression(int row, const QString &expression)
+{
+    m_listExpressions->item(row)->setText(itemText(row, expression));
     m_core->setExpression(expression, row);
     scheduleCheck();
+}
+
+void DynamicConfigWidget::addClipboardActions()
+{
+    connect(addEntry(m_tableUnit, tr("&Copy"), QKeySequence::Copy), &QAction::triggered, this,
+            &DynamicConfigWidget::copyValues);
+    connect(addEntry(m_tableUnit, tr("&Paste"), QKeySequence::Paste), &QAction::triggered, this,
+            &DynamicConfigWidget::pasteValues);
+    connect(addEntry(m_listExpressions, tr("&Copy"), QKeySequence::Copy), &QAction::triggered, this,
+            &DynamicConfigWidget::copyExpression);
+    connect(addEntry(m_listExpressions, tr("&Paste"), QKeySequence::Paste), &QAction::triggered,
+            this, &DynamicConfigWidget::pasteExpression);
+}
+
+void DynamicConfigWidget::copyValues() const
+{
+    QStringList lines;
+    for (const MatchUnit *unit : selectedUnits(*m_tableUnit))
+        lines.append(valueText(*unit));
+    if (!lines.isEmpty())
+        QGuiApplication::clipboard()->setText(lines.join(u'\n'));
+}
+
+void DynamicConfigWidget::pasteValues()
+{
+    const QList<MatchUnit *> units = selectedUnits(*m_tableUnit);
+    const QStringList lines = QGuiApplication::clipboard()->text().split(u'\n', Qt::SkipEmptyParts);
+    if (units.isEmpty() || hasOpenDialog())
+        return;
+    const auto refuse = [this, &units](int unit, const QString &reason) {
+        m_strip->refuse({TriggerFinding::Subject::Unit, units[unit]->index,
+                         TriggerFinding::Weight::Obstacle, tr("Not pasted: %1").arg(reason)});
+    };
+    if (lines.isEmpty() || (lines.size() != 1 && lines.size() != units.size())) {
+        refuse(0, tr("the clipboard holds %1 values for %2 rows.")
+                      .arg(QString::number(lines.size()), QString::number(units.size())));
+        return;
+    }
+    // All or none.
+    QList<UnitValues> values;
+    for (int i = 0; i < units.size(); ++i) {
+        Result<UnitValues> value = valuesFor(*units[i], lines.size() == 1 ? lines[0] : lines[i]);
+        if (!value) {
+            refuse(i, value.error().message);
+            return;
+        }
+        values.append(*std::move(value));
+    }
+    for (int i = 0; i < units.size(); ++i) {
+        units[i]->value0 = values[i].value0;
+        units[i]->value1 = values[i].value1;
+    }
+    redrawUnits();
+    scheduleCheck();
+}
+
+void DynamicConfigWidget::copyExpression() const
+{
+    const int row = m_listExpressions->currentRow();
+    if (m_core && row >= 0)
+        QGuiApplication::clipboard()->setText(withUnitNames(m_core->expressions.value(row)));
+}
+
+void DynamicConfigWidget::pasteExpression()
+{
+    const int row = m_listExpressions->currentRow();
+    if (!m_core || row < 0 || hasOpenDialog())
+        return;
+    ExpressionInput input;
+    const QString text = QGuiApplication::clipboard()->text();
+    input.type(withUnitNames(text.left(ExpressionInput::kMaxPasted)));
+    QString fault = expressionFault(input.tokens(), unitFlags());
+    if (m_core->dynamic == 0)
+        fault = tr("the expressions of this core are built into the design.");
+    else if (text.size() > ExpressionInput::kMaxPasted)
+        fault = tr("%1 characters are too many for an expression.").arg(text.size());
+    if (fault.isEmpty())
+        setExpression(row, input.tokens().join(QString()));
+    else
+        m_strip->refuse({TriggerFinding::Subject::Expression, row, TriggerFinding::Weight::Obstacle,
+                         tr("Not pasted: %1").arg(fault)});
 }
 
 void DynamicConfigWidget::redrawUnits()
 {
     for (int column = MatchUnitModel::Unit; column < MatchUnitModel::Value; ++column)
         m_tableUnit->resizeColumnToContents(column);
+    fitValueColumn();
     m_tableUnit->viewport()->update();
+}
+
+void DynamicConfigWidget::fitValueColumn()
+{
+    int others = 0;
+    for (int column = MatchUnitModel::Unit; column < MatchUnitModel::Value; ++column)
+        others += m_tableUnit->columnWidth(column);
+    m_tableUnit->setColumnWidth(
+        MatchUnitModel::Value,
+        std::max(kValueColumnWidth, m_tableUnit->viewport()->width() - others));
+}
+
+bool DynamicConfigWidget::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_tableUnit->viewport() && event->type() == QEvent::Resize)
+        fitValueColumn();
+    return QWidget::eventFilter(watched, event);
 }
 
 bool DynamicConfigWidget::hasOpenDialog() const

@@ -1,7 +1,11 @@
 #include "matchunitdialog.h"
 
+#include "valuefield.h"
+#include "valuereadout.h"
+
 #include <config/coreconfig.h>
 #include <trigger/matchvalue.h>
+#include <trigger/valuetext.h>
 #include <widgets/messagebox.h>
 #include <widgets/plaintip.h>
 
@@ -46,6 +50,29 @@ void showValue(QLineEdit *field, const QString &value)
     field->setCursorPosition(0);
 }
 
+/// For a sentence: a port may have thousands of bits.
+QString shortened(const QString &value)
+{
+    constexpr int kShown = 24;
+    return value.size() <= kShown ? value : value.left(kShown) + QStringLiteral("…");
+}
+
+bool isOfDigits(const QString &value)
+{
+    return std::all_of(value.cbegin(), value.cend(), [](QChar c) {
+        return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'F');
+    });
+}
+
+/// Place after the last digit that is no "0".
+int endOfDigits(const QString &value)
+{
+    qsizetype end = value.size();
+    while (end > 0 && value[end - 1] == u'0')
+        --end;
+    return int(end);
+}
+
 /// Width in pixels of a field that shows \a digits digits of its font at once.
 int widthForDigits(const QLineEdit *field, int digits)
 {
@@ -74,6 +101,7 @@ MatchUnitDialog::MatchUnitDialog(MatchUnit *unit, bool readOnlyMode, QWidget *pa
     connectSlots();
     if (m_readOnlyMode)
         freezeStructure();
+    updateReadout();
 }
 
 void MatchUnitDialog::showUnit()
@@ -104,6 +132,8 @@ void MatchUnitDialog::showUnit()
         // A shorter value from a file means its number: that is how the core gets it.
         showValue(m_form.lineEditValue0, m_unit->value0.rightJustified(portWidth(), u'0'));
         showValue(m_form.lineEditValue1, m_unit->value1.rightJustified(portWidth(), u'0'));
+        m_stories[0].stored = m_unit->value0;
+        m_stories[1].stored = m_unit->value1;
     }
     toolTipValueChanged(calculatedBitwidth());
 }
@@ -139,6 +169,18 @@ void MatchUnitDialog::connectSlots()
         connect(button, &QRadioButton::toggled, this, &MatchUnitDialog::onBaseChanged);
     connect(m_form.spinBoxCounterWidth, &QSpinBox::valueChanged, this,
             &MatchUnitDialog::onCounterWidthChanged);
+    connect(m_form.spinBoxCounter, &QSpinBox::valueChanged, this, &MatchUnitDialog::updateReadout);
+    for (const int field : {0, 1}) {
+        auto *edit = static_cast<ValueField *>(fields()[field]);
+        connect(edit, &QLineEdit::textEdited, this, [this, field] { noteEdit(field); });
+        connect(edit, &QLineEdit::textChanged, this, &MatchUnitDialog::updateReadout);
+        connect(edit, &QLineEdit::cursorPositionChanged, this, [this, field] {
+            m_cursorField = field;
+            m_form.readout->showSignal(signalAtCursor());
+        });
+        connect(edit, &ValueField::pasteAsked, this,
+                [this, field](const QString &text) { paste(field, text); });
+    }
 }
 
 void MatchUnitDialog::onTriggerChanged()
@@ -155,6 +197,8 @@ void MatchUnitDialog::onTriggerChanged()
     showValue(m_form.lineEditValue0, fitDigits(saved.value0, digits));
     showValue(m_form.lineEditValue1, fitDigits(saved.value1, digits));
     toolTipValueChanged(digits);
+    m_stories = {};
+    updateReadout();
 }
 
 void MatchUnitDialog::onTypeChanged()
@@ -176,6 +220,17 @@ void MatchUnitDialog::onFuncChanged()
     const FieldTexts saved = fieldTexts();
     applyRadixAndFunction();
     restoreMatching(saved);
+    const FieldTexts kept = fieldTexts();
+    const auto tell = [this](FieldStory &story, const QString &before, const QString &now) {
+        if (before != now)
+            story = {{},
+                     tr("“%1” has letters that this function does not take: zeros.").arg(before),
+                     -1,
+                     now};
+    };
+    tell(m_stories[0], saved.value0, kept.value0);
+    tell(m_stories[1], saved.value1, kept.value1);
+    updateReadout();
 }
 
 void MatchUnitDialog::onBaseChanged()
@@ -199,11 +254,28 @@ void MatchUnitDialog::onBaseChanged()
     applyRadixAndFunction();
     restoreMatching(texts);
     toolTipValueChanged(digits);
+    const auto tell = [this, oldBase](FieldStory &story, const QString &before) {
+        if (isConvertible(before, oldBase)) {
+            story = {{}, story.lost, -1, {}};
+            return;
+        }
+        const QString reason =
+            isOfDigits(before)
+                ? tr("“%1” has more than 64 bits, and no radix takes it over: zeros.")
+                : tr("“%1” has letters, which only BIN has: zeros.");
+        story = {{}, reason.arg(shortened(before)), -1, {}};
+    };
+    if (oldBase != m_base) {
+        tell(m_stories[0], old.value0);
+        tell(m_stories[1], old.value1);
+    }
+    updateReadout();
 }
 
 void MatchUnitDialog::onCounterWidthChanged()
 {
     m_form.spinBoxCounter->setMaximum(countsOf(m_form.spinBoxCounterWidth->value()));
+    updateReadout();
 }
 
 int MatchUnitDialog::calculatedBitwidth() const
@@ -333,6 +405,177 @@ void MatchUnitDialog::store(const QString &value0, const QString &value1)
     m_unit->countinuous = m_form.checkBoxContinuous->isChecked();
     m_unit->value0 = value0;
     m_unit->value1 = value1;
+}
+
+std::array<QLineEdit *, 2> MatchUnitDialog::fields() const
+{
+    return {m_form.lineEditValue0, m_form.lineEditValue1};
+}
+
+int MatchUnitDialog::shownFields() const
+{
+    return isRangeFunction(m_func) ? 2 : 1;
+}
+
+void MatchUnitDialog::noteEdit(int field)
+{
+    const QString text = fields()[field]->displayText();
+    const int cursor = fields()[field]->cursorPosition();
+    FieldStory &story = m_stories[field];
+    const bool wasEmpty = endOfDigits(story.before) == 0 && !story.before.isEmpty();
+    int typed = -1;
+    if (wasEmpty && story.typedDigits < 0)
+        typed = cursor;
+    else if (story.typedDigits >= 0) // the cursor goes back when digits are taken away
+        typed = cursor < story.typedDigits ? std::max(cursor, endOfDigits(text))
+                                           : std::max(cursor, story.typedDigits);
+    story = {{}, {}, typed, text};
+    updateReadout();
+}
+
+void MatchUnitDialog::paste(int field, const QString &text)
+{
+    const auto *edit = static_cast<ValueField *>(fields()[field]);
+    static const QRegularExpression prefix(QStringLiteral("^\\s*(0[xbo]|[0-9]*'|[xXbBoO]\")"));
+    const bool isHex = m_base == 16 && !text.trimmed().startsWith(QStringLiteral("0x"));
+    const auto match = prefix.match(text);
+    if (edit->takesWhole() || (match.hasMatch() && (!isHex || match.captured(1) != u"0b")))
+        pasteWhole(field, text);
+    else
+        pasteDigits(field, text);
+}
+
+void MatchUnitDialog::pasteWhole(int field, const QString &text)
+{
+    FieldStory &story = m_stories[field];
+    const QString before = fields()[field]->displayText();
+    const Result<QString> binary = binaryOfText(text, m_base);
+    const QRegularExpression allowed(
+        QRegularExpression::anchoredPattern(valuePattern(2, m_func, m_type)));
+    const int bits = portWidth();
+    const QString value = binary ? fitDigits(*binary, bits) : QString();
+    const QString shown = fieldText(value, m_base);
+    if (!binary || !allowed.match(value).hasMatch() || shown.isEmpty()) {
+        const QString reason = !binary           ? binary.error().message
+                               : shown.isEmpty() ? tr("Letters go with BIN only.")
+                                                 : tr("The function does not take these letters.");
+        story.lost = tr("Not pasted: %1").arg(reason);
+    } else {
+        showValue(fields()[field], shown);
+        story = {{}, {}, -1, shown};
+        if (binary->size() > bits)
+            story.lost = tr("What was pasted has %1 bits, the port %2: the leading ones are cut.")
+                             .arg(QString::number(binary->size()), QString::number(bits));
+    }
+    updateReadout();
+}
+
+void MatchUnitDialog::pasteDigits(int field, const QString &text)
+{
+    QLineEdit *edit = fields()[field];
+    QString digits = text.toUpper();
+    digits.remove(QRegularExpression(QStringLiteral("[_\\s]")));
+    const qsizetype start =
+        edit->hasSelectedText() ? edit->selectionStart() : edit->cursorPosition();
+    const qsizetype room = edit->displayText().size() - start;
+    QString test = digits;
+    int cursor = 0;
+    FieldStory &story = m_stories[field];
+    if (m_validator->validate(test, cursor) != QValidator::Acceptable) {
+        story.lost =
+            tr("Not pasted: “%1” has characters that do not belong here.").arg(shortened(text));
+    } else {
+        edit->deselect();
+        edit->setCursorPosition(int(start));
+        edit->insert(digits.left(room));
+        story = {{}, {}, -1, edit->displayText()};
+        if (digits.size() > room)
+            story.lost = tr("There was room for %1 of %2 digits pasted: the rest is cut.")
+                             .arg(QString::number(room), QString::number(digits.size()));
+    }
+    updateReadout();
+}
+
+void MatchUnitDialog::updateReadout()
+{
+    if (!m_port) {
+        m_form.readout->showValues({});
+        m_form.readout->showSignal({});
+        m_form.readout->showFaults({});
+        return;
+    }
+    const FieldTexts texts = fieldTexts();
+    const BinaryValues values =
+        binaryValues(texts.value0, texts.value1, m_base, portWidth(), m_func);
+    QStringList stored{values.value0, values.value1};
+    stored.resize(shownFields());
+    m_form.readout->showValues(stored);
+    m_form.readout->showSignal(signalAtCursor());
+
+    QStringList faults = faultsOf(0, texts.value0, values.value0);
+    if (shownFields() == 2)
+        faults += faultsOf(1, texts.value1, values.value1);
+    if (values.problem == ValueProblem::TooWide)
+        faults += tr("More than the port's %n bit(s): OK will refuse it.", nullptr, portWidth());
+    if (values.problem == ValueProblem::MaximumBelowMinimum)
+        faults += tr("The maximum is less than the minimum: OK will refuse it.");
+    if (const QString fault = counterFault(); !fault.isEmpty())
+        faults += fault;
+    faults.removeDuplicates();
+    m_form.readout->showFaults(faults);
+    for (const int field : {0, 1})
+        m_stories[field].before = fields()[field]->displayText();
+}
+
+QStringList MatchUnitDialog::faultsOf(int field, const QString &text, const QString &stored) const
+{
+    const FieldStory &story = m_stories[field];
+    const int bits = portWidth();
+    QStringList faults;
+    if (!story.lost.isEmpty())
+        faults += story.lost;
+    if (!story.stored.isEmpty() && valueInCore(story.stored, bits) != stored)
+        faults += tr("The description's “%1” counts as %2 in the core.")
+                      .arg(shortened(story.stored), shortened(valueInCore(story.stored, bits)));
+    if (m_base != 2 && !isConvertible(text, m_base))
+        faults += tr("More than 64 bits can only be said in BIN: OK stores zeros.");
+    else if (valueInCore(stored, bits) != stored)
+        faults += tr("“%1” has letters that count as X.").arg(shortened(stored));
+    if (story.typedDigits > 0 && story.typedDigits < text.size() && endOfDigits(text) > 0 &&
+        endOfDigits(text) <= story.typedDigits)
+        faults += tr("“%1” was typed; the zeros behind it only fill the field.")
+                      .arg(shortened(text.left(story.typedDigits)));
+    return faults;
+}
+
+QString MatchUnitDialog::counterFault() const
+{
+    // The register has 16 bits and counts from zero.
+    const int counted = ((m_unit->counter - 1) & 0xffff) + 1;
+    const int count = m_form.spinBoxCounter->value();
+    if (!m_unit->counter_enable || m_unit->counter == counted)
+        return {};
+    return tr("The description's count of %1 counts %2 in the core; OK stores %3.")
+        .arg(QString::number(m_unit->counter), QString::number(counted), QString::number(count));
+}
+
+QString MatchUnitDialog::signalAtCursor() const
+{
+    const QLineEdit *edit = fields()[shownFields() == 2 ? m_cursorField : 0];
+    const int digits = int(edit->displayText().size());
+    const int digit = edit->cursorPosition();
+    if (!m_port || digit >= digits)
+        return {};
+    if (m_base == 10)
+        return tr("no single signal in DEC");
+    const int bitsPerDigit = m_base == 16 ? 4 : m_base == 8 ? 3 : 1;
+    const int end = portWidth() - bitsPerDigit * (digits - 1 - digit);
+    const int begin = std::max(0, end - bitsPerDigit);
+    const auto nameAt = [this](int position) {
+        const SignalEntry entry = signalAtPosition(m_port->signals, position);
+        return entry.text.isEmpty() ? entry.name : entry.text;
+    };
+    return end - begin == 1 ? nameAt(begin) : tr("%1 to %2").arg(nameAt(begin), nameAt(end - 1));
 }
 
 } // namespace KEO
