@@ -140,10 +140,14 @@ void CaptureManager::noteExtension(const QString &path)
         m_isZeo = true;
 }
 
+QBitArray CaptureManager::startWord(int value, int registerWidth)
+{
+    return writeRegisterWord(Registers::kStart, alignBits(bitsOfInt32(value), registerWidth));
+}
+
 void CaptureManager::writeStartRegister(int value, int registerWidth)
 {
-    const QBitArray data = alignBits(bitsOfInt32(value), registerWidth);
-    m_session.sendCommand(writeStartPacket(writeRegisterWord(Registers::kStart, data)));
+    m_session.sendCommand(writeStartPacket(startWord(value, registerWidth)));
 }
 
 void CaptureManager::beginRound()

@@ -91,6 +91,14 @@ void KeoLiteDataManager::start(int delay)
         m_delayTimer->start(delay);
 }
 
+QList<QBitArray> KeoLiteDataManager::startWords() const
+{
+    if (!m_core)
+        return {};
+    return {readRegisterWord(Registers::kCaptureInit), startWord(Arm, registerWidth()),
+            readRegisterWord(Registers::kStart)};
+}
+
 void KeoLiteDataManager::onDelay()
 {
     // In the state Started the core may also have been read already; then there is nothing to arm.

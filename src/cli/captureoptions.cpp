@@ -1,5 +1,7 @@
 #include "captureoptions.h"
 
+#include "triggeroptionreader.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
@@ -210,7 +212,7 @@ struct OptionRow
     const char *text = nullptr;  ///< the help, not yet translated
     int tasks = 0;               ///< that take the option
     /// Reads the option if it is given to such a task, after the rows above. Null: it says what the
-    /// task is.
+    /// task is, or counts for the core named before it.
     std::optional<Error> (*read)(CaptureOptions &options, Values values) = nullptr;
 
     [[nodiscard]] QString name() const { return names.section(u' ', -1); }
@@ -231,6 +233,27 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Core to capture, repeatable; default the first."),
          kCapture | kExport | kCompare, readCores},
+        {"set", "UNIT=SETTING",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Set a match unit of the core named last, repeatable: M0='==RX01', "
+                           "M1='in 0x10..0x2F', M2='>0d9,count=5,continuous'."),
+         kCapture},
+        {"expression", "TEXT",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Put only this expression of the core named last in force, or none, "
+                           "repeatable: 'M0&!M1'."),
+         kCapture},
+        {"windows", "N",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Windows of the core named last, 1 to 8."),
+         kCapture},
+        {"amount", "N",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Samples in a window of the core named last: 32, 64, 128 and so on."),
+         kCapture},
+        {"position", "N",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Samples before the trigger of the core named last."),
+         kCapture},
         {"chain", "LIST",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Instruction codes of the JTAG chain, 0 for the target; default 0."),
@@ -293,6 +316,10 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Compare a saved project with another one, the FILE."),
          kCompare},
+        {"dry-run", nullptr,
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Print what would be sent to the cores, without a server."),
+         kCapture, setFlag<&O::dryRun>},
         {"list-cables", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the cables that answer."), kList},
         {"json", nullptr,
@@ -432,6 +459,10 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         return *error;
     if (options.task == Task::ListCables || options.task == Task::Compare)
         return options;
+    if (options.task == Task::Capture) {
+        if (const auto error = store(options.triggers, readTriggerOptions(parser)))
+            return *error;
+    }
     options.directory = QDir(options.directory).absolutePath();
     if (!parser.isSet("name"))
         options.baseName = asExportName(QFileInfo(options.file).completeBaseName());

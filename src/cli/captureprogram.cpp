@@ -4,6 +4,7 @@
 #include "projectcomparison.h"
 
 #include <base/console.h>
+#include <capture/registerpreview.h>
 #include <link/jtagsession.h>
 
 #include <QCoreApplication>
@@ -48,6 +49,18 @@ DescriptionKind kindOf(const CaptureOptions &options)
 const KindTraits &words()
 {
     return kindTraits(DescriptionKind::Standard);
+}
+
+QJsonObject jsonOf(int core, const TriggerFinding &finding)
+{
+    QJsonObject object{{"core", core},
+                       {"obstacle", finding.weight == TriggerFinding::Weight::Obstacle},
+                       {"text", finding.text}};
+    if (finding.subject == TriggerFinding::Subject::Unit)
+        object.insert("unit", finding.index);
+    else if (finding.subject == TriggerFinding::Subject::Expression)
+        object.insert("expression", finding.index);
+    return object;
 }
 
 } // namespace
@@ -162,6 +175,10 @@ ExitStatus CaptureProgram::capture()
     if (const std::optional<Error> error = prepare())
         return fail(*error);
     warnOfMissingDevice();
+    if (m_options.dryRun) {
+        previewRun();
+        return ExitStatus::Captured;
+    }
     if (!m_options.formats.isEmpty()) {
         const Result<QString> directory = prepareDirectory(m_options.directory);
         if (!directory)
@@ -191,6 +208,22 @@ ExitStatus CaptureProgram::capture()
     QTimer::singleShot(0, this, &CaptureProgram::startCapture);
     QCoreApplication::exec();
     return m_status;
+}
+
+void CaptureProgram::previewRun()
+{
+    const QList<QBitArray> words = m_design->startWords();
+    const QList<RegisterPreviewLine> lines = previewOf(words);
+    QJsonArray findings;
+    for (const auto &[core, finding] : m_design->findings()) {
+        m_report.say(tr("Core %1: %2").arg(QString::number(core), finding.text));
+        findings.append(jsonOf(core, finding));
+    }
+    if (m_options.json)
+        m_preview = {
+            {"words", words.size()}, {"registers", previewJson(lines)}, {"findings", findings}};
+    else
+        print(previewText(lines));
 }
 
 ExitStatus CaptureProgram::exportSaved()
@@ -261,6 +294,8 @@ std::optional<Error> CaptureProgram::prepare()
             tr("%1 can not be used: its mode is neither Standard nor Lite.").arg(m_options.file)};
     m_manager.setDeviceName(m_options.device);
     m_design->setDelay(m_options.delay.value_or(0));
+    if (const std::optional<Error> error = m_design->apply(m_options.triggers))
+        return error;
     if (const std::optional<Error> error = m_design->choose(m_options.cores))
         return error;
     if (isAuto() && !m_design->canAuto())
@@ -476,6 +511,12 @@ void CaptureProgram::printJson()
                        {"a", m_options.file},
                        {"b", m_options.otherFile},
                        {"windows", m_captures}});
+        return;
+    }
+    if (!m_preview.isEmpty()) {
+        m_preview.insert("status", int(m_status));
+        m_preview.insert("file", m_options.file);
+        printDocument(m_preview);
         return;
     }
     QJsonObject document{

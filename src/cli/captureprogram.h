@@ -47,6 +47,7 @@ public:
 private:
     ExitStatus listCables();
     ExitStatus capture();
+    void previewRun();
     ExitStatus exportSaved();
     ExitStatus compareSaved();
     /// Loads the description and checks what the options ask of it.
@@ -100,6 +101,7 @@ private:
     QString m_message;
     QString m_printFault;  ///< why standard output did not take everything; else empty
     QJsonArray m_captures; ///< or compared windows
+    QJsonObject m_preview; // of a dry run
     SavedProject m_kept;   // the latest round
     bool m_projectSaved = false;
     QString m_exportFault; ///< why the first export failed; else empty

@@ -1,5 +1,6 @@
 #include "captureproject.h"
 
+#include "commandcopy.h"
 #include "configpage.h"
 #include "descriptionwatch.h"
 #include "programmerlink.h"
@@ -46,8 +47,10 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     const ProjectParts parts{*m_design, *m_page, *m_programmer, m_waveTabs, *m_boxes, *m_status};
     m_run = new RunControl(parts, this);
     m_files = new ProjectFiles(parts, this);
+    m_command = new CommandCopy(parts, this);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
     connect(this, &CaptureProject::told, m_status, &StatusLine::tell);
+    connect(m_command->action(), &QAction::triggered, this, &CaptureProject::onCopyCommand);
     connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
     connect(m_page.get(), &ConfigPage::changed, this, &CaptureProject::updateActions);
     connect(&m_design->manager(), &CaptureManager::triggerComplete, this,
@@ -123,6 +126,7 @@ void CaptureProject::setupProject(QWidget *mainWindow)
         mainWindow->installEventFilter(this);
     if (!m_tab)
         m_tab = m_page->build(m_programmer->makePage());
+    m_command->enter(*m_tab, mainWindow);
     m_programmer->reset();
     m_page->reset();
     if (toolBarGetter) {
@@ -164,6 +168,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
         tabs->removeTab(tabs->indexOf(m_tab));
     if (QWidget *window = m_boxes->window())
         window->removeEventFilter(this);
+    m_command->leave();
     tabWidgetGetter = nullptr;
     toolBarGetter = nullptr;
     openActionGetter = nullptr;
@@ -308,6 +313,11 @@ void CaptureProject::onSave()
         Q_EMIT fileNamed(m_files->file());
 }
 
+void CaptureProject::onCopyCommand()
+{
+    m_command->copy(m_files->description(), m_runToolBar->cableName());
+}
+
 void CaptureProject::cabelChanged(int index)
 {
     if (index < 0)
@@ -348,6 +358,7 @@ void CaptureProject::updateActions()
     a.forceTriggerAction->setEnabled(!isIdle && m_design->manager().autorun() == -1);
     a.saveAction->setEnabled(hasResult);
     a.exportAction->setEnabled(hasResult);
+    m_command->action()->setEnabled(isIdle);
     m_runToolBar->setCablesEnabled(isIdle);
     m_descriptionWatch->setButtonsEnabled(isIdle);
     m_page->setEnabled(isIdle);

@@ -9,6 +9,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QColor>
+#include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -65,11 +66,7 @@ struct Opened
 
     QString shown(const char *field = "lineEditValue0") const { return find(field)->displayText(); }
 
-    void chooseRadix(const QString &radix) const
-    {
-        auto *button = find<QRadioButton>(radix);
-        QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
-    }
+    void chooseRadix(const QString &radix) const { clickMark(find<QRadioButton>(radix)); }
 
     void choose(const char *combo, const QString &text) const
     {
@@ -350,7 +347,6 @@ void tst_MatchUnits::valuesFromAFile()
     }
 }
 
-// The box belongs to the dialog, and both go with the window below them.
 // Markup could name a pipe for a picture, and the window would wait for it.
 void tst_MatchUnits::namesAreNoMarkup()
 {
@@ -494,6 +490,7 @@ void tst_MatchUnits::pastedValues()
     QVERIFY2(told.isEmpty() ? faults.isEmpty() : faults.contains(told), qPrintable(faults));
 }
 
+// The box belongs to the dialog, and both go with the window below them.
 void tst_MatchUnits::goneInsideABox()
 {
     Opened opened(10, 0, 0, QString(10, u'0'));

@@ -12,6 +12,7 @@
 #include <QGraphicsScene>
 #include <QMouseEvent>
 #include <QScrollBar>
+#include <QTimer>
 #include <QVariant>
 
 #include <algorithm>
@@ -23,6 +24,11 @@ namespace {
 
 // A press from this height (viewport pixels) down is on the scale.
 constexpr int kScaleTop = 29;
+
+// A dragged marker takes the view along.
+constexpr int kEdge = 20;           // pixels
+constexpr int kFastest = 120;       // pixels a step
+constexpr int kScrollInterval = 30; // milliseconds
 
 TimeSliderItem *markerOf(QGraphicsItem *item)
 {
@@ -36,7 +42,8 @@ class RulerView::ActionDelegate : public MouseAction<RulerView>
     using MouseAction::MouseAction;
 };
 
-/// Drags a marker from sample to sample.
+/// Drags a marker from sample to sample. While the mouse is at an edge of the view or beyond, the
+/// view goes on below it.
 class RulerView::MoveTimeSliderDelegate final : public ActionDelegate
 {
 public:
@@ -44,16 +51,41 @@ public:
         : ActionDelegate(view), m_marker(marker)
     {
         view->activateMarker(marker);
+        m_timer.setInterval(kScrollInterval);
+        QObject::connect(&m_timer, &QTimer::timeout, view, [this] { scroll(); });
     }
 
     void moved(QMouseEvent *event) override
     {
-        if (m_marker)
-            m_view->moveMarker(m_marker, m_view->nearestClock(event->position().toPoint()));
+        m_place = event->position().toPoint();
+        follow();
+        if (edgeDistance() == 0)
+            m_timer.stop();
+        else if (!m_timer.isActive())
+            m_timer.start();
     }
 
 private:
+    void follow()
+    {
+        if (m_marker)
+            m_view->moveMarker(m_marker, m_view->nearestClock(m_place));
+    }
+    void scroll()
+    {
+        follow(); // the ruler has come along since
+        Q_EMIT m_view->scrollAsked(std::clamp(2 * edgeDistance(), -kFastest, kFastest));
+    }
+    /// How far beyond the borders that scroll the mouse is; negative on the left.
+    [[nodiscard]] int edgeDistance() const
+    {
+        const int last = m_view->viewport()->width() - kEdge;
+        return std::min(m_place.x() - kEdge, 0) + std::max(m_place.x() - last, 0);
+    }
+
     QPointer<TimeSliderItem> m_marker;
+    QPoint m_place; ///< viewport pixels
+    QTimer m_timer;
 };
 
 RulerView::RulerView(QWidget *parent)
@@ -63,6 +95,8 @@ RulerView::RulerView(QWidget *parent)
       m_removeAction(new QAction(tr("Remove Marker"), this))
 {
     setFrameShape(NoFrame);
+    setAccessibleName(tr("Ruler"));
+    setAccessibleDescription(tr("Sample numbers and markers"));
     setAlignment(Qt::AlignLeft | Qt::AlignBottom);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     // An arrow key would scroll the ruler away from the wave view.
@@ -127,6 +161,14 @@ void RulerView::mousePressEvent(QMouseEvent *event)
             m_actionDelegate = std::make_unique<MoveTimeSliderDelegate>(this, marker);
     }
     QGraphicsView::mousePressEvent(event);
+}
+
+void RulerView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    const QPoint position = event->position().toPoint();
+    if (event->button() == Qt::LeftButton && !markerOf(itemAt(position)))
+        plantMarker(nearestClock(position));
+    QGraphicsView::mouseDoubleClickEvent(event);
 }
 
 void RulerView::mouseMoveEvent(QMouseEvent *event)
@@ -210,6 +252,26 @@ void RulerView::activateMarker(TimeSliderItem *item)
     raiseNow(this, EvBeforeMarkerChange);
     std::rotate(m_timeMarkers.begin(), entry, entry + 1);
     raiseLater(this, EvAfterMarkerChange);
+}
+
+void RulerView::plantMarker(int clock)
+{
+    const int clocks = m_scaleRuler->clocks();
+    if (clocks < 1)
+        return;
+    const int bounded = std::clamp(clock, 0, clocks - 1);
+    const bool stands = std::ranges::any_of(
+        m_timeMarkers, [bounded](const auto &marker) { return marker->clock() == bounded; });
+    if (stands)
+        activateMarkerAt(bounded);
+    else
+        createMarker(bounded);
+}
+
+void RulerView::removeActiveMarker()
+{
+    if (TimeSliderData *marker = timeMarker())
+        removeMarker(marker->item());
 }
 
 /// \a clock is brought within the scale.
