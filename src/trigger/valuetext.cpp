@@ -100,6 +100,7 @@ struct Written
 {
     QString digits; // capitals
     int base = 2;
+    bool hasPrefix = false;
 };
 
 Written withoutPrefix(const QString &text, int base)
@@ -119,9 +120,9 @@ Written withoutPrefix(const QString &text, int base)
         if (!match.hasMatch() || isDigits)
             continue;
         const int named = letter == u"b" ? 2 : letter == u"o" ? 8 : letter == u"d" ? 10 : 16;
-        return {match.captured(2).toUpper(), named};
+        return {match.captured(2).toUpper(), named, true};
     }
-    return {plain.toUpper(), base};
+    return {plain.toUpper(), base, false};
 }
 
 } // namespace
@@ -165,6 +166,11 @@ QString fieldText(const QString &binary, int base)
     const int digits = valueDigits(int(binary.size()), base);
     return fitDigits(base == 10 ? decimalText(binary) : digitText(binary, base == 8 ? 3 : 4),
                      digits);
+}
+
+bool hasRadixPrefix(const QString &text, int base)
+{
+    return withoutPrefix(text.left(kMaxWritten), base).hasPrefix;
 }
 
 Result<QString> binaryOfText(const QString &text, int base)

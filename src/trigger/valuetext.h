@@ -25,6 +25,8 @@ struct MatchUnit;
 /// the first two are taken in small letters only, for "0X1" is a value. As long as written, without
 /// the leading zeros.
 [[nodiscard]] Result<QString> binaryOfText(const QString &text, int base);
+/// \a text has such a prefix.
+[[nodiscard]] bool hasRadixPrefix(const QString &text, int base);
 
 /// The unit's value as tables show it; "minimum : maximum" of a range.
 [[nodiscard]] QString valueText(const MatchUnit &unit);

@@ -4,22 +4,20 @@
 #include "matchunitmodel.h"
 #include "muexpressiondialog.h"
 #include "triggercheckstrip.h"
+#include "triggerclipboard.h"
 #include "unitdelegate.h"
 
 #include <capture/triggercheck.h>
 #include <config/capturelimits.h>
 #include <config/coreconfig.h>
 #include <trigger/expression.h>
-#include <trigger/valuetext.h>
 #include <widgets/formwidgets.h>
 
 #include <QAction>
-#include <QClipboard>
 #include <QComboBox>
 #include <QDialog>
 #include <QFormLayout>
 #include <QGroupBox>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -276,18 +274,10 @@ void DynamicConfigWidget::editExpression(QListWidgetItem *item)
         return;
     const int row = m_listExpressions->currentRow();
     // A page that leaves the core meanwhile cancels the dialog: then nothing is touched any more.
-    const QString expression = MuExpressionDialog::editExpressionText(unitFlags(), this);
+    const QString expression = MuExpressionDialog::editExpressionText(unitFlags(*m_core), this);
     if (expression.isEmpty())
         return;
     setExpression(row, expression);
-}
-
-QList<bool> DynamicConfigWidget::unitFlags() const
-{
-    QList<bool> flags;
-    for (const auto &unit : m_core->matchUnits)
-        flags.append(unit->enabled);
-    return flags;
 }
 
 void DynamicConfigWidget::setExpression(int row, const QString &expression)
@@ -300,82 +290,40 @@ void DynamicConfigWidget::setExpression(int row, const QString &expression)
 void DynamicConfigWidget::addClipboardActions()
 {
     connect(addEntry(m_tableUnit, tr("&Copy"), QKeySequence::Copy), &QAction::triggered, this,
-            &DynamicConfigWidget::copyValues);
+            [this] { copyValues(selectedUnits(*m_tableUnit)); });
     connect(addEntry(m_tableUnit, tr("&Paste"), QKeySequence::Paste), &QAction::triggered, this,
-            &DynamicConfigWidget::pasteValues);
+            &DynamicConfigWidget::pasteIntoUnits);
     connect(addEntry(m_listExpressions, tr("&Copy"), QKeySequence::Copy), &QAction::triggered, this,
-            &DynamicConfigWidget::copyExpression);
+            [this] {
+                if (m_core && m_listExpressions->currentRow() >= 0)
+                    copyExpression(m_core->expressions.value(m_listExpressions->currentRow()));
+            });
     connect(addEntry(m_listExpressions, tr("&Paste"), QKeySequence::Paste), &QAction::triggered,
-            this, &DynamicConfigWidget::pasteExpression);
+            this, &DynamicConfigWidget::pasteIntoExpression);
 }
 
-void DynamicConfigWidget::copyValues() const
+void DynamicConfigWidget::pasteIntoUnits()
 {
-    QStringList lines;
-    for (const MatchUnit *unit : selectedUnits(*m_tableUnit))
-        lines.append(valueText(*unit));
-    if (!lines.isEmpty())
-        QGuiApplication::clipboard()->setText(lines.join(u'\n'));
-}
-
-void DynamicConfigWidget::pasteValues()
-{
-    const QList<MatchUnit *> units = selectedUnits(*m_tableUnit);
-    const QStringList lines = QGuiApplication::clipboard()->text().split(u'\n', Qt::SkipEmptyParts);
-    if (units.isEmpty() || hasOpenDialog())
+    if (hasOpenDialog())
         return;
-    const auto refuse = [this, &units](int unit, const QString &reason) {
-        m_strip->refuse({TriggerFinding::Subject::Unit, units[unit]->index,
-                         TriggerFinding::Weight::Obstacle, tr("Not pasted: %1").arg(reason)});
-    };
-    if (lines.isEmpty() || (lines.size() != 1 && lines.size() != units.size())) {
-        refuse(0, tr("the clipboard holds %1 values for %2 rows.")
-                      .arg(QString::number(lines.size()), QString::number(units.size())));
+    if (const auto refusal = pasteValues(selectedUnits(*m_tableUnit))) {
+        m_strip->refuse(*refusal);
         return;
-    }
-    // All or none.
-    QList<UnitValues> values;
-    for (int i = 0; i < units.size(); ++i) {
-        Result<UnitValues> value = valuesFor(*units[i], lines.size() == 1 ? lines[0] : lines[i]);
-        if (!value) {
-            refuse(i, value.error().message);
-            return;
-        }
-        values.append(*std::move(value));
-    }
-    for (int i = 0; i < units.size(); ++i) {
-        units[i]->value0 = values[i].value0;
-        units[i]->value1 = values[i].value1;
     }
     redrawUnits();
     scheduleCheck();
 }
 
-void DynamicConfigWidget::copyExpression() const
-{
-    const int row = m_listExpressions->currentRow();
-    if (m_core && row >= 0)
-        QGuiApplication::clipboard()->setText(withUnitNames(m_core->expressions.value(row)));
-}
-
-void DynamicConfigWidget::pasteExpression()
+void DynamicConfigWidget::pasteIntoExpression()
 {
     const int row = m_listExpressions->currentRow();
     if (!m_core || row < 0 || hasOpenDialog())
         return;
-    ExpressionInput input;
-    const QString text = QGuiApplication::clipboard()->text();
-    input.type(withUnitNames(text.left(ExpressionInput::kMaxPasted)));
-    QString fault = expressionFault(input.tokens(), unitFlags());
-    if (m_core->dynamic == 0)
-        fault = tr("the expressions of this core are built into the design.");
-    else if (text.size() > ExpressionInput::kMaxPasted)
-        fault = tr("%1 characters are too many for an expression.").arg(text.size());
-    if (fault.isEmpty())
-        setExpression(row, input.tokens().join(QString()));
+    if (const Result<QString> expression = pastedExpression(*m_core))
+        setExpression(row, *expression);
     else
         m_strip->refuse({TriggerFinding::Subject::Expression, row, TriggerFinding::Weight::Obstacle,
-                         tr("Not pasted: %1").arg(fault)});
+                         expression.error().message});
 }
 
 void DynamicConfigWidget::redrawUnits()

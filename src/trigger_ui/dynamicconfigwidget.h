@@ -65,11 +65,8 @@ private:
     [[nodiscard]] QGroupBox *makeUnitGroup();
     void connectSlots();
     void addClipboardActions();
-    void copyValues() const;
-    void pasteValues();
-    void copyExpression() const;
-    void pasteExpression();
-    [[nodiscard]] QList<bool> unitFlags() const;
+    void pasteIntoUnits();
+    void pasteIntoExpression();
     /// Puts \a expression, in tokens, into the core's list and the page's.
     void setExpression(int row, const QString &expression);
     [[nodiscard]] bool hasOpenDialog() const;

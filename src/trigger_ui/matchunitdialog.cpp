@@ -50,27 +50,11 @@ void showValue(QLineEdit *field, const QString &value)
     field->setCursorPosition(0);
 }
 
-/// For a sentence: a port may have thousands of bits.
-QString shortened(const QString &value)
-{
-    constexpr int kShown = 24;
-    return value.size() <= kShown ? value : value.left(kShown) + QStringLiteral("…");
-}
-
 bool isOfDigits(const QString &value)
 {
     return std::all_of(value.cbegin(), value.cend(), [](QChar c) {
         return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'F');
     });
-}
-
-/// Place after the last digit that is no "0".
-int endOfDigits(const QString &value)
-{
-    qsizetype end = value.size();
-    while (end > 0 && value[end - 1] == u'0')
-        --end;
-    return int(end);
 }
 
 /// Width in pixels of a field that shows \a digits digits of its font at once.
@@ -132,8 +116,8 @@ void MatchUnitDialog::showUnit()
         // A shorter value from a file means its number: that is how the core gets it.
         showValue(m_form.lineEditValue0, m_unit->value0.rightJustified(portWidth(), u'0'));
         showValue(m_form.lineEditValue1, m_unit->value1.rightJustified(portWidth(), u'0'));
-        m_stories[0].stored = m_unit->value0;
-        m_stories[1].stored = m_unit->value1;
+        m_stories[0].begin(m_unit->value0);
+        m_stories[1].begin(m_unit->value1);
     }
     toolTipValueChanged(calculatedBitwidth());
 }
@@ -172,7 +156,10 @@ void MatchUnitDialog::connectSlots()
     connect(m_form.spinBoxCounter, &QSpinBox::valueChanged, this, &MatchUnitDialog::updateReadout);
     for (const int field : {0, 1}) {
         auto *edit = static_cast<ValueField *>(fields()[field]);
-        connect(edit, &QLineEdit::textEdited, this, [this, field] { noteEdit(field); });
+        connect(edit, &QLineEdit::textEdited, this, [this, field, edit] {
+            m_stories[field].typed(edit->displayText(), edit->cursorPosition());
+            updateReadout();
+        });
         connect(edit, &QLineEdit::textChanged, this, &MatchUnitDialog::updateReadout);
         connect(edit, &QLineEdit::cursorPositionChanged, this, [this, field] {
             m_cursorField = field;
@@ -221,12 +208,10 @@ void MatchUnitDialog::onFuncChanged()
     applyRadixAndFunction();
     restoreMatching(saved);
     const FieldTexts kept = fieldTexts();
-    const auto tell = [this](FieldStory &story, const QString &before, const QString &now) {
+    const auto tell = [](ValueStory &story, const QString &before, const QString &now) {
         if (before != now)
-            story = {{},
-                     tr("“%1” has letters that this function does not take: zeros.").arg(before),
-                     -1,
-                     now};
+            story.replaced(
+                tr("“%1” has what this function does not take: zeros.").arg(shortened(before)));
     };
     tell(m_stories[0], saved.value0, kept.value0);
     tell(m_stories[1], saved.value1, kept.value1);
@@ -254,16 +239,14 @@ void MatchUnitDialog::onBaseChanged()
     applyRadixAndFunction();
     restoreMatching(texts);
     toolTipValueChanged(digits);
-    const auto tell = [this, oldBase](FieldStory &story, const QString &before) {
-        if (isConvertible(before, oldBase)) {
-            story = {{}, story.lost, -1, {}};
-            return;
-        }
+    const auto tell = [oldBase](ValueStory &story, const QString &before) {
         const QString reason =
-            isOfDigits(before)
-                ? tr("“%1” has more than 64 bits, and no radix takes it over: zeros.")
-                : tr("“%1” has letters, which only BIN has: zeros.");
-        story = {{}, reason.arg(shortened(before)), -1, {}};
+            isConvertible(before, oldBase) ? story.told()
+            : isOfDigits(before)
+                ? tr("“%1” has more than 64 bits, which no radix takes over: zeros.")
+                      .arg(shortened(before))
+                : tr("“%1” has letters, which only BIN has: zeros.").arg(shortened(before));
+        story.replaced(reason);
     };
     if (oldBase != m_base) {
         tell(m_stories[0], old.value0);
@@ -417,29 +400,10 @@ int MatchUnitDialog::shownFields() const
     return isRangeFunction(m_func) ? 2 : 1;
 }
 
-void MatchUnitDialog::noteEdit(int field)
-{
-    const QString text = fields()[field]->displayText();
-    const int cursor = fields()[field]->cursorPosition();
-    FieldStory &story = m_stories[field];
-    const bool wasEmpty = endOfDigits(story.before) == 0 && !story.before.isEmpty();
-    int typed = -1;
-    if (wasEmpty && story.typedDigits < 0)
-        typed = cursor;
-    else if (story.typedDigits >= 0) // the cursor goes back when digits are taken away
-        typed = cursor < story.typedDigits ? std::max(cursor, endOfDigits(text))
-                                           : std::max(cursor, story.typedDigits);
-    story = {{}, {}, typed, text};
-    updateReadout();
-}
-
 void MatchUnitDialog::paste(int field, const QString &text)
 {
     const auto *edit = static_cast<ValueField *>(fields()[field]);
-    static const QRegularExpression prefix(QStringLiteral("^\\s*(0[xbo]|[0-9]*'|[xXbBoO]\")"));
-    const bool isHex = m_base == 16 && !text.trimmed().startsWith(QStringLiteral("0x"));
-    const auto match = prefix.match(text);
-    if (edit->takesWhole() || (match.hasMatch() && (!isHex || match.captured(1) != u"0b")))
+    if (edit->takesWhole() || hasRadixPrefix(text, m_base))
         pasteWhole(field, text);
     else
         pasteDigits(field, text);
@@ -447,7 +411,7 @@ void MatchUnitDialog::paste(int field, const QString &text)
 
 void MatchUnitDialog::pasteWhole(int field, const QString &text)
 {
-    FieldStory &story = m_stories[field];
+    ValueStory &story = m_stories[field];
     const QString before = fields()[field]->displayText();
     const Result<QString> binary = binaryOfText(text, m_base);
     const QRegularExpression allowed(
@@ -459,13 +423,13 @@ void MatchUnitDialog::pasteWhole(int field, const QString &text)
         const QString reason = !binary           ? binary.error().message
                                : shown.isEmpty() ? tr("Letters go with BIN only.")
                                                  : tr("The function does not take these letters.");
-        story.lost = tr("Not pasted: %1").arg(reason);
+        story.tell(tr("Not pasted: %1").arg(reason));
     } else {
         showValue(fields()[field], shown);
-        story = {{}, {}, -1, shown};
+        story.replaced();
         if (binary->size() > bits)
-            story.lost = tr("What was pasted has %1 bits, the port %2: the leading ones are cut.")
-                             .arg(QString::number(binary->size()), QString::number(bits));
+            story.tell(tr("What was pasted has %1 bits, the port %2: the leading ones are cut.")
+                           .arg(QString::number(binary->size()), QString::number(bits)));
     }
     updateReadout();
 }
@@ -480,18 +444,18 @@ void MatchUnitDialog::pasteDigits(int field, const QString &text)
     const qsizetype room = edit->displayText().size() - start;
     QString test = digits;
     int cursor = 0;
-    FieldStory &story = m_stories[field];
+    ValueStory &story = m_stories[field];
     if (m_validator->validate(test, cursor) != QValidator::Acceptable) {
-        story.lost =
-            tr("Not pasted: “%1” has characters that do not belong here.").arg(shortened(text));
+        story.tell(
+            tr("Not pasted: “%1” has characters that do not belong here.").arg(shortened(text)));
     } else {
         edit->deselect();
         edit->setCursorPosition(int(start));
         edit->insert(digits.left(room));
-        story = {{}, {}, -1, edit->displayText()};
+        story.replaced();
         if (digits.size() > room)
-            story.lost = tr("There was room for %1 of %2 digits pasted: the rest is cut.")
-                             .arg(QString::number(room), QString::number(digits.size()));
+            story.tell(tr("There was room for %1 of %2 digits pasted: the rest is cut.")
+                           .arg(QString::number(room), QString::number(digits.size())));
     }
     updateReadout();
 }
@@ -512,9 +476,9 @@ void MatchUnitDialog::updateReadout()
     m_form.readout->showValues(stored);
     m_form.readout->showSignal(signalAtCursor());
 
-    QStringList faults = faultsOf(0, texts.value0, values.value0);
+    QStringList faults = m_stories[0].faults(texts.value0, values.value0, m_base, portWidth());
     if (shownFields() == 2)
-        faults += faultsOf(1, texts.value1, values.value1);
+        faults += m_stories[1].faults(texts.value1, values.value1, m_base, portWidth());
     if (values.problem == ValueProblem::TooWide)
         faults += tr("More than the port's %n bit(s): OK will refuse it.", nullptr, portWidth());
     if (values.problem == ValueProblem::MaximumBelowMinimum)
@@ -524,39 +488,24 @@ void MatchUnitDialog::updateReadout()
     faults.removeDuplicates();
     m_form.readout->showFaults(faults);
     for (const int field : {0, 1})
-        m_stories[field].before = fields()[field]->displayText();
-}
-
-QStringList MatchUnitDialog::faultsOf(int field, const QString &text, const QString &stored) const
-{
-    const FieldStory &story = m_stories[field];
-    const int bits = portWidth();
-    QStringList faults;
-    if (!story.lost.isEmpty())
-        faults += story.lost;
-    if (!story.stored.isEmpty() && valueInCore(story.stored, bits) != stored)
-        faults += tr("The description's “%1” counts as %2 in the core.")
-                      .arg(shortened(story.stored), shortened(valueInCore(story.stored, bits)));
-    if (m_base != 2 && !isConvertible(text, m_base))
-        faults += tr("More than 64 bits can only be said in BIN: OK stores zeros.");
-    else if (valueInCore(stored, bits) != stored)
-        faults += tr("“%1” has letters that count as X.").arg(shortened(stored));
-    if (story.typedDigits > 0 && story.typedDigits < text.size() && endOfDigits(text) > 0 &&
-        endOfDigits(text) <= story.typedDigits)
-        faults += tr("“%1” was typed; the zeros behind it only fill the field.")
-                      .arg(shortened(text.left(story.typedDigits)));
-    return faults;
+        m_stories[field].settle(fields()[field]->displayText());
 }
 
 QString MatchUnitDialog::counterFault() const
 {
     // The register has 16 bits and counts from zero.
-    const int counted = ((m_unit->counter - 1) & 0xffff) + 1;
+    const auto counted = [](qint64 count) { return int((count - 1) & 0xffff) + 1; };
     const int count = m_form.spinBoxCounter->value();
-    if (!m_unit->counter_enable || m_unit->counter == counted)
+    if (!m_unit->counter_enable)
         return {};
-    return tr("The description's count of %1 counts %2 in the core; OK stores %3.")
-        .arg(QString::number(m_unit->counter), QString::number(counted), QString::number(count));
+    if (m_unit->counter != count && counted(m_unit->counter) != m_unit->counter)
+        return tr("The description's count of %1 counts %2 in the core; OK stores %3.")
+            .arg(QString::number(m_unit->counter), QString::number(counted(m_unit->counter)),
+                 QString::number(count));
+    if (counted(count) != count)
+        return tr("A count of %1 counts %2 in the core.")
+            .arg(QString::number(count), QString::number(counted(count)));
+    return {};
 }
 
 QString MatchUnitDialog::signalAtCursor() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "matchunitform.h"
+#include "valuestory.h"
 
 #include <config/matchtype.h>
 
@@ -58,16 +59,6 @@ private:
         QString value1;
     };
 
-    /// What has become of a field's value that its digits don't tell.
-    struct FieldStory
-    {
-        QString stored; ///< the unit's, as long as the field shows it
-        QString lost;   ///< a sentence about a radix or paste that changed the value
-        int typedDigits =
-            -1;         ///< typed into an empty field, from its beginning; -1: not empty before
-        QString before; ///< the field before the next edit
-    };
-
     void showUnit();
     void showCounter();
     void freezeStructure();
@@ -81,12 +72,10 @@ private:
     void widenFields();
     [[nodiscard]] std::array<QLineEdit *, 2> fields() const;
     [[nodiscard]] int shownFields() const;
-    void noteEdit(int field);
     void paste(int field, const QString &text);
     void pasteWhole(int field, const QString &text);
     void pasteDigits(int field, const QString &text);
     void updateReadout();
-    [[nodiscard]] QStringList faultsOf(int field, const QString &text, const QString &stored) const;
     [[nodiscard]] QString counterFault() const;
     /// The signals whose levels the digit at the text cursor holds.
     [[nodiscard]] QString signalAtCursor() const;
@@ -103,7 +92,7 @@ private:
     MatchType m_type = MatchType::Basic;
     MatchFunction m_func = MatchFunction::Equal;
     int m_base = 2;
-    std::array<FieldStory, 2> m_stories;
+    std::array<ValueStory, 2> m_stories;
     int m_cursorField = 0; // where the text cursor is, or was last
     MatchUnitForm m_form;
 };

@@ -17,6 +17,8 @@
 #include <QSpinBox>
 #include <QTreeWidget>
 
+#include <utility>
+
 namespace KEO {
 
 namespace {
@@ -118,14 +120,15 @@ QGroupBox *MatchUnitForm::makeValueGroup()
     rbtnDec = named(new QRadioButton(tr("DEC")), "rbtnDec");
     rbtnHex = named(new QRadioButton(tr("HEX")), "rbtnHex");
     auto *radixes = new QHBoxLayout;
-    for (QRadioButton *button : {rbtnBin, rbtnOct, rbtnDec, rbtnHex}) {
+    for (const auto &[button, mnemonic] :
+         {std::pair(rbtnBin, "&BIN"), std::pair(rbtnOct, "OC&T"), std::pair(rbtnDec, "&DEC"),
+          std::pair(rbtnHex, "&HEX")}) {
         radixes->addWidget(button);
-        // Alt and the first letter, which leaves the cursor in the value. The letter is not marked
-        // in the text: the radixes are known by these three.
-        const QKeySequence key = QKeySequence::mnemonic(u'&' + button->text());
+        // Leaves the cursor in the value, which a mnemonic in the button's text would not.
+        const QKeySequence key = QKeySequence::mnemonic(QLatin1String(mnemonic));
         auto *shortcut = new QShortcut(key, button);
         QObject::connect(shortcut, &QShortcut::activated, button,
-                         [button] { button->setChecked(true); });
+                         [radix = button] { radix->setChecked(true); });
         button->setToolTip(key.toString(QKeySequence::NativeText));
     }
     radixes->addStretch();

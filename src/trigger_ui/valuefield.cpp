@@ -31,7 +31,7 @@ void ValueField::contextMenuEvent(QContextMenuEvent *event)
 {
     const std::unique_ptr<QMenu> menu(createStandardContextMenu());
     if (auto *paste = menu->findChild<QAction *>(QStringLiteral("edit-paste"))) {
-        paste->disconnect(SIGNAL(triggered(bool)));
+        disconnect(paste, &QAction::triggered, nullptr, nullptr);
         connect(paste, &QAction::triggered, this,
                 [this] { Q_EMIT pasteAsked(QGuiApplication::clipboard()->text()); });
     }
