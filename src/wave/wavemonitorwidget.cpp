@@ -1,5 +1,6 @@
 #include "wavemonitorwidget.h"
 
+#include "goto.h"
 #include "markeractions.h"
 #include "zoomhistory.h"
 
@@ -80,6 +81,8 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
     addActions(m_markerActions->actions());
     addAction(m_zoomHistory->action());
     m_waveView->addActions({m_markerActions->zoomAction(), m_zoomHistory->action()});
+    m_goTo = new GoTo({m_model, m_treeView, m_waveView, m_rulerView}, this);
+    m_waveView->setFocus(); // when the viewer gets the focus for the first time
 }
 
 WaveMonitorWidget::~WaveMonitorWidget()
@@ -242,7 +245,7 @@ std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
     state->core = m_core;
     state->window = m_window;
     state->nameWidth = m_treeView->header()->sectionSize(SignalTreeModel::NameColumn);
-    state->valueWidth = m_treeView->header()->sectionSize(SignalTreeModel::ValueColumn);
+    state->valueWidth = m_treeView->valueWidth();
     // A node that hangs in its document outlives it, a loose one keeps pointing at it.
     QDomDocument document;
     state->layout = m_model->writeLayout(document);

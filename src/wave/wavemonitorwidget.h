@@ -23,6 +23,7 @@ class QSplitter;
 
 namespace WaveMonitor {
 
+class GoTo;
 class MarkerActions;
 class RulerView;
 class SignalTreeModel;
@@ -158,6 +159,7 @@ private:
     WaveView *m_waveView;       ///< child
     RulerView *m_rulerView;     ///< child
     QLabel *m_counterLabel;     ///< child
+    GoTo *m_goTo;               ///< child
     QSplitter *m_splitter;      ///< child; tree and waves
     std::unique_ptr<MarkerActions> m_markerActions;
     std::unique_ptr<ZoomHistory> m_zoomHistory;

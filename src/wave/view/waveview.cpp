@@ -11,6 +11,7 @@
 #include <QCursor>
 #include <QGraphicsItem>
 #include <QGraphicsScene>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPen>
@@ -237,6 +238,16 @@ void WaveView::mouseReleaseEvent(QMouseEvent *event)
         return;
     }
     QGraphicsView::mouseReleaseEvent(event);
+}
+
+void WaveView::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() != Qt::Key_Escape || !m_actionDelegate) {
+        QGraphicsView::keyPressEvent(event);
+        return;
+    }
+    m_actionDelegate.reset(); // the drag that goes on means nothing any more
+    setCursor(Qt::ArrowCursor);
 }
 
 void WaveView::wheelEvent(QWheelEvent *event)
