@@ -6,6 +6,7 @@
 #include "triggercheckstrip.h"
 
 #include <capture/triggercheck.h>
+#include <config/capturelimits.h>
 #include <config/coreconfig.h>
 #include <trigger/expression.h>
 #include <widgets/formwidgets.h>
