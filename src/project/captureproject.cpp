@@ -6,6 +6,7 @@
 #include "programmerlink.h"
 #include "projectboxes.h"
 #include "projectfiles.h"
+#include "recoverykeeper.h"
 #include "runcontrol.h"
 #include "runstatus.h"
 #include "runtoolbar.h"
@@ -49,7 +50,13 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     m_run = new RunControl(parts, this);
     m_files = new ProjectFiles(parts, this);
     m_command = new CommandCopy(parts, this);
+    m_recovery = new RecoveryKeeper(parts, *m_files, this);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
+    connect(m_files, &ProjectFiles::saved, m_recovery, &RecoveryKeeper::saved);
+    connect(m_recovery, &RecoveryKeeper::told, this, &CaptureProject::told);
+    connect(m_run, &RunControl::shown, m_recovery, &RecoveryKeeper::captured);
+    connect(m_run, &RunControl::wavesGoing, m_recovery, &RecoveryKeeper::finish);
+    connect(m_run, &RunControl::shown, m_runStatus, &RunStatus::countWindow);
     connect(this, &CaptureProject::told, m_status, &StatusLine::tell);
     connect(m_command->action(), &QAction::triggered, this, &CaptureProject::onCopyCommand);
     connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
@@ -152,6 +159,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     if (self && !m_programmer->mayEndRun(parent))
         return false;
     if (self) {
+        m_recovery->finish();
         m_page->leaveDesign();
         m_design->leave();
     }
@@ -184,10 +192,27 @@ bool CaptureProject::openFile(const QString &path)
     const bool isOpened = m_files->open(path);
     if (isOpened && self) {
         updateActions();
-        m_descriptionWatch->start(m_files->description(), m_tab);
-        Q_EMIT fileNamed(m_files->file());
+        if (m_files->recovered())
+            m_recovery->opened(*m_files->recovered());
+        followFile();
     }
     return isOpened;
+}
+
+QString CaptureProject::refusal() const
+{
+    return m_files->fault();
+}
+
+/// What was recovered keeps its description, whatever becomes of the file that it came from.
+void CaptureProject::followFile()
+{
+    if (m_files->recovered()) {
+        Q_EMIT fileNamed(m_files->file(), tr("recovered"));
+        return;
+    }
+    m_descriptionWatch->start(m_files->description(), m_tab);
+    Q_EMIT fileNamed(m_files->file());
 }
 
 void CaptureProject::setDevice(const QString &family, const QString &device, const QString &fsFile)
@@ -324,8 +349,13 @@ void CaptureProject::onExport()
 void CaptureProject::onSave()
 {
     const QPointer<CaptureProject> self(this);
+    const bool wasRecovered = m_files->recovered().has_value();
     m_files->save(parent());
-    if (self && !m_files->file().isEmpty()) // not closed in a box
+    if (!self || m_files->file().isEmpty()) // closed in a box
+        return;
+    if (wasRecovered)
+        followFile();
+    else
         Q_EMIT fileNamed(m_files->file());
 }
 

@@ -89,8 +89,10 @@ bool ProjectManager::openFile(QWidget *parent, const QString &family, const QStr
         project->closeProject(parent, {});
     project->setDevice(family, device, fsFile);
     clearGetters();
-    if (!isOpened)
-        Q_EMIT fileRefused(file, tr("It can't be loaded."));
+    if (!isOpened) {
+        const QString reason = project->refusal();
+        Q_EMIT fileRefused(file, reason.isEmpty() ? tr("It can't be loaded.") : reason);
+    }
     return true;
 }
 

@@ -75,8 +75,9 @@ public:
     std::function<QAction *()> openActionGetter;
 
 Q_SIGNALS:
-    /// What is open has this path from now on; empty when nothing is open any more.
-    void fileNamed(const QString &path);
+    /// What is open has this path from now on; empty when nothing is open any more. See
+    /// AnalyzerProject.
+    void fileNamed(const QString &path, const QString &remark = {});
     /// \a file was to be opened, and nothing is open now, for that reason: whole sentences.
     void fileRefused(const QString &file, const QString &reason);
 
