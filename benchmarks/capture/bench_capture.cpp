@@ -1,6 +1,7 @@
 #include <capture/bits.h>
 #include <capture/registerimage.h>
 #include <capture/samplecutter.h>
+#include <capture/triggercheck.h>
 #include <trigger/truthtable.h>
 
 #include <benchmark/benchmark.h>
@@ -74,6 +75,34 @@ void hugeExpression(benchmark::State &state)
         state.SkipWithError("wrong table");
 }
 BENCHMARK(hugeExpression)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
+/// The check of 16 units and 16 expressions over all of them, as after each edit on the page. The
+/// units compare ports of 64 bits, each one of its own, or, range(0), all the same one with
+/// patterns that have little in common.
+void triggerCheck(benchmark::State &state)
+{
+    CoreConfig core;
+    useAllUnits(core);
+    core.signals = {{QStringLiteral("s"), {}, {}}};
+    std::mt19937 random(7);
+    for (size_t i = 0; i < CoreConfig::kUnits; ++i) {
+        core.triggers[i]->signals = QList<SignalEntry>(64, {QStringLiteral("s"), {}, {}});
+        MatchUnit &unit = *core.matchUnits[i];
+        if (state.range(0) == 1)
+            unit.trigger = core.triggers[0].get();
+        unit.match_type = MatchType::RangeWithEdges;
+        for (int bit = 0; bit < 64; ++bit)
+            unit.value0 += QStringLiteral("01XR")[random() % 4];
+    }
+    core.expressions = QStringList(16, core.expressions.first());
+    core.expressionEnabled = QList<bool>(16, true);
+    QList<TriggerFinding> findings;
+    for (auto _ : state)
+        findings = checkTrigger(core);
+    if (!findings.isEmpty())
+        state.SkipWithError("found what is not there");
+}
+BENCHMARK(triggerCheck)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 constexpr qsizetype kRows = 65'536;
 

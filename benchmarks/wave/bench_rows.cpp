@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QGraphicsItem>
 #include <QGraphicsScene>
@@ -114,6 +115,25 @@ void BM_GroupAndUngroup(benchmark::State &state)
     }
 }
 BENCHMARK(BM_GroupAndUngroup)->Unit(benchmark::kMillisecond);
+
+/// Undo of a group of all signals, as the user sees it: rows, waves and tree.
+void BM_UndoGroup(benchmark::State &state)
+{
+    Viewer viewer;
+    QAction *undo = viewer.view.actions().first();
+    for (auto _ : state) {
+        state.PauseTiming();
+        viewer.view.selectOnly(viewer.rows(0, kSignals));
+        QMetaObject::invokeMethod(&viewer.view, "onGroupBus");
+        viewer.showItems();
+        check(state, viewer.model.rowCount() == 1 + kBuses);
+        state.ResumeTiming();
+        undo->trigger();
+        viewer.showItems();
+        check(state, viewer.model.rowCount() == kSignals + kBuses);
+    }
+}
+BENCHMARK(BM_UndoGroup)->Unit(benchmark::kMillisecond);
 
 /// Every other signal to the end, as the worst selection is for a move.
 void BM_MoveScatteredRows(benchmark::State &state)

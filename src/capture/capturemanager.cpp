@@ -3,6 +3,7 @@
 #include "bits.h"
 #include "capturepackets.h"
 #include "capturerequests.h"
+#include "registermap.h"
 #include "shiftword.h"
 
 #include <base/logging.h>
@@ -20,9 +21,8 @@ namespace KEO {
 
 namespace {
 
-constexpr int kSectionPause = 50; // ms
-constexpr int kTrailingBits = 1;  // that a memory read shifts out behind the rows
-constexpr qint64 kStartRegister = 0;
+constexpr int kSectionPause = 50;   // ms
+constexpr int kTrailingBits = 1;    // that a memory read shifts out behind the rows
 constexpr int kWatchInterval = 500; // ms
 constexpr int kPatience = 3000;     // ms without an answer until the user is told
 
@@ -140,10 +140,14 @@ void CaptureManager::noteExtension(const QString &path)
         m_isZeo = true;
 }
 
+QBitArray CaptureManager::startWord(int value, int registerWidth)
+{
+    return writeRegisterWord(Registers::kStart, alignBits(bitsOfInt32(value), registerWidth));
+}
+
 void CaptureManager::writeStartRegister(int value, int registerWidth)
 {
-    const QBitArray data = alignBits(bitsOfInt32(value), registerWidth);
-    m_session.sendCommand(writeStartPacket(writeRegisterWord(kStartRegister, data)));
+    m_session.sendCommand(writeStartPacket(startWord(value, registerWidth)));
 }
 
 void CaptureManager::beginRound()
@@ -207,7 +211,7 @@ void CaptureManager::readRegister(const CmdPack &pack, int width, EmptyAnswer em
 void CaptureManager::readStartRegister(int width, EmptyAnswer empty,
                                        std::function<void(RegisterAnswer)> answered)
 {
-    m_session.sendCommand(writeStartPacket(readRegisterWord(kStartRegister)));
+    m_session.sendCommand(writeStartPacket(readRegisterWord(Registers::kStart)));
     readRegister(readStartPacket(width), width, empty, std::move(answered));
 }
 

@@ -155,6 +155,7 @@ protected:
     void finish();
     /// A description's extension tells the form of the design; another one tells nothing.
     void noteExtension(const QString &path);
+    [[nodiscard]] static QBitArray startWord(int value, int registerWidth);
     void writeStartRegister(int value, int registerWidth);
     /// Sends \a pack, which reads a register of \a width bits. \a answered gets what comes of it;
     /// it has to look itself whether the run has moved on. A zero makes the memory be read, so if

@@ -2,6 +2,7 @@
 
 #include "bits.h"
 #include "capturepackets.h"
+#include "registermap.h"
 #include "shiftword.h"
 
 #include <base/logging.h>
@@ -17,8 +18,6 @@
 namespace KEO {
 
 namespace {
-
-constexpr qint64 kCaptureInitRegister = 2;
 
 /// Polls that may wait for their answers. Enough to keep any server busy, and few enough that what
 /// comes after them, a Stop above all, does not wait long behind them.
@@ -92,6 +91,14 @@ void KeoLiteDataManager::start(int delay)
         m_delayTimer->start(delay);
 }
 
+QList<QBitArray> KeoLiteDataManager::startWords() const
+{
+    if (!m_core)
+        return {};
+    return {readRegisterWord(Registers::kCaptureInit), startWord(Arm, registerWidth()),
+            readRegisterWord(Registers::kStart)};
+}
+
 void KeoLiteDataManager::onDelay()
 {
     // In the state Started the core may also have been read already; then there is nothing to arm.
@@ -105,7 +112,7 @@ void KeoLiteDataManager::onDelay()
 /// Asked again when no answer comes, like the polls: one lost reply must not hold up the run.
 void KeoLiteDataManager::readInitRegister()
 {
-    session().sendCommand(selectCaptureInitPacket(readRegisterWord(kCaptureInitRegister)));
+    session().sendCommand(selectCaptureInitPacket(readRegisterWord(Registers::kCaptureInit)));
     readRegister(readCaptureInitPacket(registerWidth()), registerWidth(), EmptyAnswer::MeansZero,
                  [this, step = currentStep()](RegisterAnswer answer) {
                      if (step.isCurrent())

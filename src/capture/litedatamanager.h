@@ -46,6 +46,10 @@ public:
     /// Begins a capture \a delay ms from now; at once with 0; not before onDelay with a negative
     /// delay. Does nothing unless idle and there is a core.
     void start(int delay);
+    /// The shift words of a capture that begins now and whose core has no samples of its first
+    /// moments: it is asked for them, armed, and polled; all that follows depends on the answers.
+    /// None without a core. Changes nothing.
+    [[nodiscard]] QList<QBitArray> startWords() const;
     /// The sections of the capture, to be joined in list order; row order is told at
     /// cutPlainSamples. Takes the run on, so it must be called exactly once for each
     /// readRamComplete. Empty, and without effect, at any other time.

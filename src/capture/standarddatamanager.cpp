@@ -3,6 +3,7 @@
 #include "bits.h"
 #include "capturepackets.h"
 #include "registerimage.h"
+#include "registermap.h"
 #include "shiftword.h"
 
 #include <base/logging.h>
@@ -93,13 +94,26 @@ void KeoStandardDataManager::start(const QList<int> &positions)
         return;
     if (!beginRun(CaptureState::Armed))
         return;
-    for (const int position : positions) {
-        if (position < 0 || size_t(position) >= m_cores.size() || !m_cores[size_t(position)])
-            continue;
-        CoreConfig &core = *m_cores[size_t(position)];
-        arm(core, buildRegisterImage(core, deviceName(), isZeo()) + buildExpressionImage(core));
-    }
+    for (CoreConfig *core : coresAt(positions))
+        arm(*core, wholeImage(*core));
     m_timer->start();
+}
+
+QList<QBitArray> KeoStandardDataManager::startWords(const QList<int> &positions) const
+{
+    QList<QBitArray> words;
+    const QList<CoreConfig *> cores = coresAt(positions);
+    for (const CoreConfig *core : cores) {
+        words += wholeImage(*core);
+        words.append(startWord(Arm, core->requiredRegisterWidth()));
+    }
+    if (!cores.isEmpty()) {
+        // Cores are polled in the order of the description.
+        const auto first = std::ranges::find_if(
+            m_cores, [&](const auto &core) { return cores.contains(core.get()); });
+        words += {coreSelectWord((*first)->index), readRegisterWord(Registers::kStart)};
+    }
+    return words;
 }
 
 void KeoStandardDataManager::forceTrigger()
@@ -200,6 +214,21 @@ QBitArray KeoStandardDataManager::sectionWord(const ReadPlan &plan, qint64 row) 
 void KeoStandardDataManager::windowComplete(const ReadPlan &plan, int window)
 {
     Q_EMIT readRamComplete(plan.core, window);
+}
+
+QList<CoreConfig *> KeoStandardDataManager::coresAt(const QList<int> &positions) const
+{
+    QList<CoreConfig *> cores;
+    for (const int position : positions) {
+        if (position >= 0 && size_t(position) < m_cores.size() && m_cores[size_t(position)])
+            cores.append(m_cores[size_t(position)].get());
+    }
+    return cores;
+}
+
+QList<QBitArray> KeoStandardDataManager::wholeImage(const CoreConfig &core) const
+{
+    return buildRegisterImage(core, deviceName(), isZeo()) + buildExpressionImage(core);
 }
 
 CoreConfig *KeoStandardDataManager::firstArmedCore() const

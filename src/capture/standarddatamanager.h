@@ -44,6 +44,9 @@ public:
     /// Programs the cores at these positions in cores() and starts polling. Positions without a
     /// core are skipped. Does nothing unless idle.
     void start(const QList<int> &positions);
+    /// The shift words that start would send for these positions, and then those of the first poll;
+    /// all that follows depends on the answers. Changes nothing.
+    [[nodiscard]] QList<QBitArray> startWords(const QList<int> &positions) const;
     /// Asks the armed cores to trigger now. Does nothing while reading.
     void forceTrigger();
     /// The sections of a window, to be joined in list order; row order is told at cutSamples. Takes
@@ -79,6 +82,8 @@ protected:
 
 private:
     [[nodiscard]] static ReadPlan readPlan(const CoreConfig &core);
+    [[nodiscard]] QList<CoreConfig *> coresAt(const QList<int> &positions) const;
+    [[nodiscard]] QList<QBitArray> wholeImage(const CoreConfig &core) const;
     CoreConfig *firstArmedCore() const;
     void selectCore(CoreConfig &core);
     void arm(CoreConfig &core, const QList<QBitArray> &image);

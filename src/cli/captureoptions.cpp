@@ -1,5 +1,7 @@
 #include "captureoptions.h"
 
+#include "triggeroptionreader.h"
+
 #include <design/recoverystore.h>
 
 #include <QCommandLineParser>
@@ -117,10 +119,20 @@ using Values = const QStringList &; // of one option, in the order given; at lea
 constexpr int kCapture = 1;
 constexpr int kExport = 2; // of a saved capture
 constexpr int kList = 4;
+constexpr int kCompare = 8; // of two saved captures
 
 int bitOf(Task task)
 {
-    return task == Task::Capture ? kCapture : task == Task::ExportSaved ? kExport : kList;
+    switch (task) {
+    case Task::Capture:
+        return kCapture;
+    case Task::ExportSaved:
+        return kExport;
+    case Task::Compare:
+        return kCompare;
+    default:
+        return kList;
+    }
 }
 
 /// Stores \a value in \a target, or tells why there is none.
@@ -202,7 +214,7 @@ struct OptionRow
     const char *text = nullptr;  ///< the help, not yet translated
     int tasks = 0;               ///< that take the option
     /// Reads the option if it is given to such a task, after the rows above. Null: it says what the
-    /// task is.
+    /// task is, or counts for the core named before it.
     std::optional<Error> (*read)(CaptureOptions &options, Values values) = nullptr;
 
     [[nodiscard]] QString name() const { return names.section(u' ', -1); }
@@ -222,7 +234,28 @@ const QList<OptionRow> &optionTable()
         {"core", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Core to capture, repeatable; default the first."),
-         kCapture | kExport, readCores},
+         kCapture | kExport | kCompare, readCores},
+        {"set", "UNIT=SETTING",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Set a match unit of the core named last, repeatable: M0='==RX01', "
+                           "M1='in 0x10..0x2F', M2='>0d9,count=5,continuous'."),
+         kCapture},
+        {"expression", "TEXT",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Put only this expression of the core named last in force, or none, "
+                           "repeatable: 'M0&!M1'."),
+         kCapture},
+        {"windows", "N",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Windows of the core named last, 1 to 8."),
+         kCapture},
+        {"amount", "N",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Samples in a window of the core named last: 32, 64, 128 and so on."),
+         kCapture},
+        {"position", "N",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Samples before the trigger of the core named last."),
+         kCapture},
         {"chain", "LIST",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Instruction codes of the JTAG chain, 0 for the target; default 0."),
@@ -285,14 +318,22 @@ const QList<OptionRow> &optionTable()
          kExport},
         {"list-recovery", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the captures that were not saved."), kList},
+        {"compare", "A.analyzer_prj",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Compare a saved project with another one, the FILE."),
+         kCompare},
+        {"dry-run", nullptr,
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Print what would be sent to the cores, without a server."),
+         kCapture, setFlag<&O::dryRun>},
         {"list-cables", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the cables that answer."), kList},
         {"json", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Print one JSON document on standard output."),
-         kCapture | kExport | kList, setFlag<&O::json>},
+         kCapture | kExport | kCompare | kList, setFlag<&O::json>},
         {"quiet", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "No progress on standard error."),
-         kCapture | kExport | kList, setFlag<&O::quiet>},
+         kCapture | kExport | kCompare | kList, setFlag<&O::quiet>},
         {"h help", nullptr, QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Show this help.")},
         {"v version", nullptr, QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Show the version.")},
     };
@@ -304,7 +345,8 @@ void addOptions(QCommandLineParser &parser)
     for (const OptionRow &row : optionTable())
         parser.addOption(
             {row.names.split(u' '), Text::tr(row.text), QString::fromLatin1(row.value)});
-    parser.addPositionalArgument("FILE", Text::tr("Core description to capture with."));
+    parser.addPositionalArgument(
+        "FILE", Text::tr("Core description to capture with; with --compare the second project."));
 }
 
 /// Reads all options but those that say what the task is.
@@ -330,25 +372,51 @@ Result<QString> descriptionPath(const QStringList &files)
     return QFileInfo(files.first()).absoluteFilePath();
 }
 
+/// Options that the task of the option \a name has no use for.
+std::optional<Error> refuseOthers(const QCommandLineParser &parser, const QString &name, Task task)
+{
+    for (const OptionRow &row : optionTable()) {
+        if (row.tasks && !(row.tasks & bitOf(task)) && parser.isSet(row.name()))
+            return usage(Text::tr("--%1 does not go with --%2.").arg(row.name(), name));
+    }
+    return {};
+}
+
+/// A project file that the option \a name reads, or one of the recovery store by its number there.
+Result<QString> savedProject(const QString &name, const QString &path)
+{
+    static const QRegularExpression recovery(QStringLiteral("^recovery(?::([0-9]{1,4}))?$"));
+    const QRegularExpressionMatch match = recovery.match(path);
+    if (!match.hasMatch())
+        return projectPath(name, path);
+    const QList<Recovery> entries = RecoveryStore().entries();
+    const int number = match.captured(1).isEmpty() ? 1 : match.captured(1).toInt();
+    if (number < 1 || number > entries.size())
+        return usage(Text::tr("There is no %1; --list-recovery tells what there is.").arg(path));
+    return entries[number - 1].project;
+}
+
 /// The project of --open.
 Result<QString> openedProject(const QCommandLineParser &parser)
 {
     if (!parser.positionalArguments().isEmpty())
         return usage(Text::tr("--open takes no FILE."));
-    for (const OptionRow &row : optionTable()) {
-        if (row.tasks & kCapture && !(row.tasks & kExport) && parser.isSet(row.name()))
-            return usage(Text::tr("--%1 does not go with --open.").arg(row.name()));
-    }
-    const QString opened = parser.value("open");
-    static const QRegularExpression recovery(QStringLiteral("^recovery(?::([0-9]{1,4}))?$"));
-    const QRegularExpressionMatch match = recovery.match(opened);
-    if (!match.hasMatch())
-        return projectPath(QStringLiteral("open"), opened);
-    const QList<Recovery> entries = RecoveryStore().entries();
-    const int number = match.captured(1).isEmpty() ? 1 : match.captured(1).toInt();
-    if (number < 1 || number > entries.size())
-        return usage(Text::tr("There is no %1; --list-recovery tells what there is.").arg(opened));
-    return entries[number - 1].project;
+    if (const auto error = refuseOthers(parser, QStringLiteral("open"), Task::ExportSaved))
+        return *error;
+    return savedProject(QStringLiteral("open"), parser.value("open"));
+}
+
+/// The two projects of --compare.
+std::optional<Error> readCompared(const QCommandLineParser &parser, CaptureOptions &options)
+{
+    const QString name = QStringLiteral("compare");
+    if (const auto error = refuseOthers(parser, name, Task::Compare))
+        return error;
+    if (parser.values(name).size() != 1 || parser.positionalArguments().size() != 1)
+        return usage(Text::tr("--compare takes two projects."));
+    if (const auto error = store(options.file, savedProject(name, parser.value(name))))
+        return error;
+    return store(options.otherFile, savedProject(name, parser.positionalArguments().first()));
 }
 
 /// What there is to do, and with which files.
@@ -359,9 +427,14 @@ std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &
         if (!parser.isSet(name))
             continue;
         options.task = task;
-        if (!parser.positionalArguments().isEmpty() || parser.isSet("open"))
+        if (!parser.positionalArguments().isEmpty() || parser.isSet("open") ||
+            parser.isSet("compare"))
             return usage(Text::tr("--%1 takes no FILE.").arg(QLatin1String(name)));
         return {};
+    }
+    if (parser.isSet("compare")) {
+        options.task = Task::Compare;
+        return readCompared(parser, options);
     }
     if (parser.isSet("open")) {
         options.task = Task::ExportSaved;
@@ -384,8 +457,8 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         "Captures from an on-chip logic analyzer without a window: loads the core description "
         "FILE (.keo or .zeo), arms its cores through a cable server, waits for the trigger (a "
         "lite core has none and starts after the delay), reads the samples and exports them. "
-        "Or exports what was saved as a project before.\n\n"
-        "Exit status: 0 captured, 2 usage, 3 no server, "
+        "Or exports what was saved as a project before, or compares two such projects.\n\n"
+        "Exit status: 0 captured, or equal, 1 different, 2 usage, 3 no server, "
         "4 timed out, 5 the device refused, 6 a file could not be read or written, 130 stopped "
         "by Ctrl-C."));
     addOptions(parser);
@@ -407,8 +480,12 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         return *error;
     if (const auto error = readOptions(parser, options))
         return *error;
-    if (bitOf(options.task) == kList)
+    if (bitOf(options.task) == kList || options.task == Task::Compare)
         return options;
+    if (options.task == Task::Capture) {
+        if (const auto error = store(options.triggers, readTriggerOptions(parser)))
+            return *error;
+    }
     options.directory = QDir(options.directory).absolutePath();
     if (!parser.isSet("name"))
         options.baseName = asExportName(QFileInfo(options.file).completeBaseName());

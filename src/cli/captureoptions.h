@@ -1,6 +1,7 @@
 #pragma once
 
 #include <base/result.h>
+#include <design/triggeroptions.h>
 #include <export/exportfiles.h>
 
 #include <QList>
@@ -15,16 +16,27 @@ namespace KEO {
 /// What the command line asks for.
 struct CaptureOptions
 {
-    enum class Task { Capture, ExportSaved, ListCables, ListRecovery, ShowHelp, ShowVersion };
+    enum class Task {
+        Capture,
+        ExportSaved,
+        Compare,
+        ListCables,
+        ListRecovery,
+        ShowHelp,
+        ShowVersion
+    };
 
     Task task = Task::Capture;
-    QString file;             ///< core description, or the project of ExportSaved; absolute path
-    QString project;          ///< project file to save, absolute path; empty: none
-    QString device;           ///< device model; may be empty
-    QString cable;            ///< cable name; empty means the first that answers
-    QList<int> cores;         ///< core numbers as the description gives them; empty means the first
-    QList<int> chain{0};      ///< instruction codes, 0 for the target
-    std::optional<int> delay; ///< ms before a lite core starts
+    /// Core description, or the project of ExportSaved or the first one of Compare; absolute path.
+    QString file;
+    QString otherFile; ///< second project of Compare, absolute path
+    QString project;   ///< project file to save, absolute path; empty: none
+    QString device;    ///< device model; may be empty
+    QString cable;     ///< cable name; empty means the first that answers
+    QList<int> cores;  ///< core numbers as the description gives them; empty means the first
+    QList<TriggerOptions> triggers;   ///< of cores named once each; none with --open
+    QList<int> chain{0};              ///< instruction codes, 0 for the target
+    std::optional<int> delay;         ///< ms before a lite core starts
     std::optional<qint64> forceAfter; ///< ms
     std::optional<qint64> timeout;    ///< ms
     std::optional<int> autoRounds;
@@ -35,6 +47,7 @@ struct CaptureOptions
     ClockPeriod period;
     QString picture;              ///< PNG file, absolute path; empty: none
     QSize pictureSize{1280, 720}; ///< pixels
+    bool dryRun = false;          ///< of Capture: tell what would be sent, and stop there
     bool json = false;
     bool quiet = false;
     QString helpText; ///< set for ShowHelp

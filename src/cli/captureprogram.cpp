@@ -1,15 +1,16 @@
 #include "captureprogram.h"
 
 #include "interruption.h"
+#include "projectcomparison.h"
 
 #include <base/console.h>
+#include <capture/registerpreview.h>
 #include <design/recoverystore.h>
 #include <link/jtagsession.h>
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QTimer>
 
 #include <algorithm>
@@ -49,6 +50,18 @@ DescriptionKind kindOf(const CaptureOptions &options)
 const KindTraits &words()
 {
     return kindTraits(DescriptionKind::Standard);
+}
+
+QJsonObject jsonOf(int core, const TriggerFinding &finding)
+{
+    QJsonObject object{{"core", core},
+                       {"obstacle", finding.weight == TriggerFinding::Weight::Obstacle},
+                       {"text", finding.text}};
+    if (finding.subject == TriggerFinding::Subject::Unit)
+        object.insert("unit", finding.index);
+    else if (finding.subject == TriggerFinding::Subject::Expression)
+        object.insert("expression", finding.index);
+    return object;
 }
 
 } // namespace
@@ -105,6 +118,9 @@ ExitStatus CaptureProgram::run()
     case CaptureOptions::Task::ExportSaved:
         m_status = exportSaved();
         break;
+    case CaptureOptions::Task::Compare:
+        m_status = compareSaved();
+        break;
     }
     m_report.finish();
     if (!m_message.isEmpty())
@@ -131,7 +147,8 @@ void CaptureProgram::printMessage() const
 /// A script that gets no result, or half of one, must not take the run for a good one.
 ExitStatus CaptureProgram::statusAfterPrinting()
 {
-    if (m_printFault.isEmpty() || m_status != ExitStatus::Captured)
+    const bool isResult = m_status == ExitStatus::Captured || m_status == ExitStatus::Different;
+    if (m_printFault.isEmpty() || !isResult)
         return m_status;
     m_message = tr("The result can not be printed: %1").arg(m_printFault);
     printMessage();
@@ -189,6 +206,10 @@ ExitStatus CaptureProgram::capture()
     if (const std::optional<Error> error = prepare())
         return fail(*error);
     warnOfMissingDevice();
+    if (m_options.dryRun) {
+        previewRun();
+        return ExitStatus::Captured;
+    }
     if (!m_options.formats.isEmpty()) {
         const Result<QString> directory = prepareDirectory(m_options.directory);
         if (!directory)
@@ -218,6 +239,22 @@ ExitStatus CaptureProgram::capture()
     QTimer::singleShot(0, this, &CaptureProgram::startCapture);
     QCoreApplication::exec();
     return m_status;
+}
+
+void CaptureProgram::previewRun()
+{
+    const QList<QBitArray> words = m_design->startWords();
+    const QList<RegisterPreviewLine> lines = previewOf(words);
+    QJsonArray findings;
+    for (const auto &[core, finding] : m_design->findings()) {
+        m_report.say(tr("Core %1: %2").arg(QString::number(core), finding.text));
+        findings.append(jsonOf(core, finding));
+    }
+    if (m_options.json)
+        m_preview = {
+            {"words", words.size()}, {"registers", previewJson(lines)}, {"findings", findings}};
+    else
+        print(previewText(lines));
 }
 
 ExitStatus CaptureProgram::exportSaved()
@@ -253,6 +290,29 @@ ExitStatus CaptureProgram::exportSaved()
     return ExitStatus::Captured;
 }
 
+ExitStatus CaptureProgram::compareSaved()
+{
+    const auto fail = [this](const Error &error) {
+        m_message = error.message;
+        return statusOf(error.kind);
+    };
+    const Result<SavedProject> a = openProject(m_options.file);
+    if (!a)
+        return fail(a.error());
+    const Result<SavedProject> b = openProject(m_options.otherFile);
+    if (!b)
+        return fail(b.error());
+    const ProjectComparison comparison(*a, *b, m_options.cores);
+    if (comparison.isEmpty())
+        return fail({Error::Usage, tr("The projects have no waves of these cores.")});
+    m_captures = comparison.json();
+    if (!m_options.json) {
+        for (const QString &line : comparison.lines())
+            print(line);
+    }
+    return comparison.isEqual() ? ExitStatus::Captured : ExitStatus::Different;
+}
+
 std::optional<Error> CaptureProgram::prepare()
 {
     if (m_options.delay && !m_design->traits().hasDelay)
@@ -265,6 +325,8 @@ std::optional<Error> CaptureProgram::prepare()
             tr("%1 can not be used: its mode is neither Standard nor Lite.").arg(m_options.file)};
     m_manager.setDeviceName(m_options.device);
     m_design->setDelay(m_options.delay.value_or(0));
+    if (const std::optional<Error> error = m_design->apply(m_options.triggers))
+        return error;
     if (const std::optional<Error> error = m_design->choose(m_options.cores))
         return error;
     if (isAuto() && !m_design->canAuto())
@@ -475,12 +537,30 @@ void CaptureProgram::end(ExitStatus status, const QString &message)
 
 void CaptureProgram::printJson()
 {
+    if (m_options.task == CaptureOptions::Task::Compare) {
+        printDocument({{"status", int(m_status)},
+                       {"a", m_options.file},
+                       {"b", m_options.otherFile},
+                       {"windows", m_captures}});
+        return;
+    }
+    if (!m_preview.isEmpty()) {
+        m_preview.insert("status", int(m_status));
+        m_preview.insert("file", m_options.file);
+        printDocument(m_preview);
+        return;
+    }
     QJsonObject document{
         {"status", int(m_status)}, {"file", m_options.file}, {"captures", m_captures}};
     if (m_options.task == CaptureOptions::Task::Capture)
         document.insert("cable", m_cable);
     if (m_projectSaved)
         document.insert("project", m_options.project);
+    printDocument(document);
+}
+
+void CaptureProgram::printDocument(QJsonObject document)
+{
     if (!m_message.isEmpty())
         document.insert("message", m_message);
     print(QString::fromUtf8(QJsonDocument(document).toJson()).trimmed());

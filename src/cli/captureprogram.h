@@ -12,6 +12,7 @@
 #include <wave_data/windowcontents.h>
 
 #include <QJsonArray>
+#include <QJsonObject>
 #include <QObject>
 #include <QSize>
 
@@ -23,8 +24,9 @@ class QTimer;
 namespace KEO {
 
 /// One run of the capture program: reaches a cable, arms the cores, exports what arrives; or
-/// exports what a project holds. Exported paths go to standard output as they are written, or all
-/// together as one JSON document; progress and errors go to standard error.
+/// exports what a project holds; or compares two projects. Exported paths go to standard output as
+/// they are written, or all together as one JSON document; progress and errors go to standard
+/// error.
 class CaptureProgram final : public QObject
 {
     Q_OBJECT
@@ -46,7 +48,9 @@ private:
     ExitStatus listCables();
     ExitStatus listRecovery();
     ExitStatus capture();
+    void previewRun();
     ExitStatus exportSaved();
+    ExitStatus compareSaved();
     /// Loads the description and checks what the options ask of it.
     std::optional<Error> prepare();
 
@@ -70,6 +74,8 @@ private:
     [[nodiscard]] QString waitingFor() const;
     [[nodiscard]] bool isAuto() const { return m_options.autoRounds.has_value(); }
     void printJson();
+    /// One JSON document, with the message if there is one.
+    void printDocument(QJsonObject document);
     /// A line to standard output; a fault is kept for the end.
     void print(const QString &line);
     void printMessage() const;
@@ -94,9 +100,10 @@ private:
     bool m_ended = false;
     ExitStatus m_status = ExitStatus::Captured;
     QString m_message;
-    QString m_printFault; ///< why standard output did not take everything; else empty
-    QJsonArray m_captures;
-    SavedProject m_kept; // the latest round
+    QString m_printFault;  ///< why standard output did not take everything; else empty
+    QJsonArray m_captures; ///< or compared windows
+    QJsonObject m_preview; // of a dry run
+    SavedProject m_kept;   // the latest round
     bool m_projectSaved = false;
     QString m_exportFault; ///< why the first export failed; else empty
 };

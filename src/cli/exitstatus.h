@@ -4,7 +4,8 @@ namespace KEO {
 
 /// Exit status of the capture program; scripts rely on the numbers.
 enum class ExitStatus {
-    Captured = 0,
+    Captured = 0,      ///< or exported, or compared and equal
+    Different = 1,     ///< compared
     Usage = 2,         ///< the command line asks for something that cannot be done
     NoServer = 3,      ///< no cable server could be started or reached, or it went away
     TimedOut = 4,      ///< --timeout ran out

@@ -21,23 +21,17 @@ Error refusal(const QString &text, Numbers... numbers)
     return {Error::Format, text.arg(QString::number(numbers)...)};
 }
 
-/// A width of 0 is what a description without one gives; then only the register bounds the count.
-std::optional<Error> counterObstacle(const CoreConfig &core, const MatchUnit &unit)
-{
-    if (!unit.isInUse() || !unit.counter_enable)
-        return {};
-    if (unit.counter_width < 0 || unit.counter_width > kMaxCounterBits)
-        return refusal(Text::tr("Core %1: the counter of match unit %2 has %3 bits; 1 to %4 are "
-                                "possible."),
-                       core.index, unit.index, unit.counter_width, kMaxCounterBits);
-    const int most = 1 << (unit.counter_width > 0 ? unit.counter_width : kMaxCounterBits);
-    if (unit.counter < 1 || unit.counter > most)
-        return refusal(Text::tr("Core %1: match unit %2 counts %3 matches; 1 to %4 are possible."),
-                       core.index, unit.index, unit.counter, most);
-    return {};
-}
-
 } // namespace
+
+QList<int> offeredAmounts(int depth, int windows)
+{
+    constexpr int kLeast = 32;
+    const qint64 parts = roundUpToPowerOfTwo(windows);
+    QList<int> amounts;
+    for (qint64 amount = kLeast; parts > 0 && amount <= depth / parts; amount *= 2)
+        amounts.append(int(amount));
+    return amounts;
+}
 
 std::optional<Error> captureObstacle(const CoreConfig &core)
 {
@@ -71,7 +65,7 @@ std::optional<Error> captureObstacle(const CoreConfig &core, const CaptureNumber
                                 "the end."),
                        core.index, position, amount, kMinRowsFromTrigger);
     for (const auto &unit : core.matchUnits) {
-        if (std::optional<Error> obstacle = counterObstacle(core, *unit))
+        if (std::optional<Error> obstacle = counterObstacle(*unit))
             return obstacle;
     }
     return {};
@@ -85,6 +79,22 @@ std::optional<Error> captureObstacle(const LiteCoreConfig &core)
     if (core.capture_amount > kMaxRows)
         return refusal(Text::tr("Core %1 captures %2 samples; 1 to %3 are possible."), core.index,
                        core.capture_amount, kMaxRows);
+    return {};
+}
+
+/// A width of 0 is what a description without one gives; then only the register bounds the count.
+std::optional<Error> counterObstacle(const MatchUnit &unit)
+{
+    if (!unit.isInUse() || !unit.counter_enable)
+        return {};
+    if (unit.counter_width < 0 || unit.counter_width > kMaxCounterBits)
+        return refusal(Text::tr("Core %1: the counter of match unit %2 has %3 bits; 1 to %4 are "
+                                "possible."),
+                       unit.core->index, unit.index, unit.counter_width, kMaxCounterBits);
+    const int most = 1 << (unit.counter_width > 0 ? unit.counter_width : kMaxCounterBits);
+    if (unit.counter < 1 || unit.counter > most)
+        return refusal(Text::tr("Core %1: match unit %2 counts %3 matches; 1 to %4 are possible."),
+                       unit.core->index, unit.index, unit.counter, most);
     return {};
 }
 

@@ -2,6 +2,7 @@
 
 #include <base/result.h>
 
+#include <QList>
 #include <QtGlobal>
 
 #include <optional>
@@ -10,6 +11,7 @@ namespace KEO {
 
 struct CoreConfig;
 struct LiteCoreConfig;
+struct MatchUnit;
 
 // What a core can be asked to capture. A description, or a user, may ask for more; the core would
 // take the low bits of it and give other samples than were meant.
@@ -24,6 +26,12 @@ inline constexpr int kBlockRows = 128;
 inline constexpr int kMinRowsFromTrigger = 9;
 /// Bits of a match counter.
 inline constexpr int kMaxCounterBits = 16;
+/// Windows that a user is offered.
+inline constexpr int kMaxOfferedWindows = 8;
+
+/// The samples a window that a user is offered for \a windows windows in a memory of \a depth
+/// samples: powers of two in ascending order, none if not even the least fits.
+[[nodiscard]] QList<int> offeredAmounts(int depth, int windows);
 
 /// What is asked of a core, in samples a window, the position counted from the window's first.
 struct CaptureNumbers
@@ -41,5 +49,8 @@ struct CaptureNumbers
 [[nodiscard]] std::optional<Error> captureObstacle(const CoreConfig &core,
                                                    const CaptureNumbers &asked);
 [[nodiscard]] std::optional<Error> captureObstacle(const LiteCoreConfig &core);
+/// Why a core can't be captured with the counter of \a unit, which belongs to a core; nothing if it
+/// can.
+[[nodiscard]] std::optional<Error> counterObstacle(const MatchUnit &unit);
 
 } // namespace KEO

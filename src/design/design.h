@@ -3,11 +3,14 @@
 #include "capturedisplay.h"
 #include "datafilecheck.h"
 #include "kindtraits.h"
+#include "triggeroptions.h"
 
 #include <base/result.h>
 #include <capture/capturemanager.h>
+#include <capture/triggercheck.h>
 #include <config/signalentry.h>
 
+#include <QBitArray>
 #include <QList>
 #include <QMap>
 #include <QObject>
@@ -52,6 +55,12 @@ public:
     /// description has them. An error of kind Usage if there is no such core, of kind Format if
     /// one can't be captured as it stands, see captureObstacle.
     [[nodiscard]] virtual std::optional<Error> choose(const QList<int> &cores) = 0;
+    /// Changes the settings of cores as a command line asks, see applyTriggerOptions; to be called
+    /// before choose. An error of kind Usage if there is no such core, or nothing to set on it.
+    [[nodiscard]] virtual std::optional<Error> apply(const QList<TriggerOptions> &options) = 0;
+    /// What would make another run on the same description the same as the next one here. An error
+    /// of kind Usage or Format tells why that one can't be. \a deviceModel is as in take.
+    [[nodiscard]] virtual Result<RunSettings> runSettings(const QString &deviceModel) const = 0;
     /// Is there anything that a run, or an Auto run, could read?
     [[nodiscard]] virtual bool canStart() const = 0;
     [[nodiscard]] virtual bool canAuto() const = 0;
@@ -61,6 +70,16 @@ public:
     /// has a delay.
     void setDelay(int delay) { m_delay = delay; }
     virtual void start() = 0;
+    /// The shift words that start would send as the cores are now, as far as they are known
+    /// beforehand. Changes nothing.
+    [[nodiscard]] virtual QList<QBitArray> startWords() const = 0;
+    struct CoreFinding
+    {
+        int core = 0; ///< its number in the description
+        TriggerFinding finding;
+    };
+    /// What there is to say of the trigger set-ups that start would send.
+    [[nodiscard]] virtual QList<CoreFinding> findings() const { return {}; }
     virtual void forceTrigger() = 0;
     /// What a run waits for, such as "the trigger of core 1"; empty once everything has triggered.
     [[nodiscard]] virtual QString waitingFor() const = 0;

@@ -7,6 +7,8 @@
 
 #include <QPointer>
 
+#include <algorithm>
+
 namespace KEO {
 
 LiteDesign::LiteDesign(JtagSession &session)
@@ -37,9 +39,42 @@ std::optional<Error> LiteDesign::choose(const QList<int> &cores)
     return captureObstacle(core);
 }
 
+std::optional<Error> LiteDesign::apply(const QList<TriggerOptions> &options)
+{
+    for (const TriggerOptions &entry : options) {
+        if (entry.core && *entry.core != m_manager.core()->index)
+            return unknownCore(*entry.core);
+        if (!(entry == TriggerOptions{.core = entry.core}))
+            return Error{Error::Usage,
+                         tr("--set, --expression, --windows, --amount and --position go with "
+                            "standard cores; a lite core has no trigger and captures one window "
+                            "as the design has it.")};
+    }
+    return {};
+}
+
+Result<RunSettings> LiteDesign::runSettings(const QString &deviceModel) const
+{
+    if (!m_manager.core())
+        return Error{Error::Usage, tr("There is no core.")};
+    if (const std::optional<Error> obstacle = captureObstacle(*m_manager.core()))
+        return *obstacle;
+    RunSettings settings{.cores = {TriggerOptions{.core = m_manager.core()->index}},
+                         .delay = std::max(delay(), 0),
+                         .device = deviceModel};
+    if (delay() < 0)
+        settings.remarks.append(tr("It captures at once, and not on Force Trigger."));
+    return settings;
+}
+
 void LiteDesign::start()
 {
     m_manager.start(delay());
+}
+
+QList<QBitArray> LiteDesign::startWords() const
+{
+    return m_manager.startWords();
 }
 
 void LiteDesign::forceTrigger()

@@ -22,10 +22,13 @@ public:
     /// core that is not in use costs nothing, and the next file replaces it.
     void leave() override {}
     [[nodiscard]] std::optional<Error> choose(const QList<int> &cores) override;
+    [[nodiscard]] std::optional<Error> apply(const QList<TriggerOptions> &options) override;
+    [[nodiscard]] Result<RunSettings> runSettings(const QString &deviceModel) const override;
     [[nodiscard]] bool canStart() const override { return m_manager.core() != nullptr; }
     [[nodiscard]] bool canAuto() const override { return canStart(); }
     [[nodiscard]] int windowCount() const override { return 1; }
     void start() override;
+    [[nodiscard]] QList<QBitArray> startWords() const override;
     void forceTrigger() override;
     [[nodiscard]] QString waitingFor() const override;
     [[nodiscard]] std::optional<CapturedWindow> take(int core, int window,

@@ -51,6 +51,34 @@ std::optional<Error> StandardDesign::choose(const QList<int> &cores)
     return {};
 }
 
+std::optional<Error> StandardDesign::apply(const QList<TriggerOptions> &options)
+{
+    for (const TriggerOptions &entry : options) {
+        CoreConfig *core = entry.core ? m_manager.coreByIndex(*entry.core) : cores().front().get();
+        if (!core)
+            return unknownCore(*entry.core);
+        if (std::optional<Error> error = applyTriggerOptions(entry, *core))
+            return error;
+    }
+    return {};
+}
+
+Result<RunSettings> StandardDesign::runSettings(const QString &) const
+{
+    RunSettings settings;
+    settings.device = m_manager.deviceName();
+    for (const CoreConfig *core : m_manager.activeCores()) {
+        if (const std::optional<Error> obstacle = captureObstacle(*core))
+            return *obstacle;
+        const WrittenOptions written = triggerOptionsOf(*core);
+        settings.cores.append(written.options);
+        settings.remarks += written.remarks;
+    }
+    if (settings.cores.isEmpty())
+        return Error{Error::Usage, tr("No core is checked.")};
+    return settings;
+}
+
 bool StandardDesign::canStart() const
 {
     return !m_manager.activeCores().isEmpty();
@@ -70,14 +98,34 @@ int StandardDesign::windowCount() const
     return windows;
 }
 
-void StandardDesign::start()
+QList<int> StandardDesign::chosenPositions() const
 {
     QList<int> positions;
     for (size_t position = 0; position < cores().size(); ++position) {
         if (cores()[position]->active != 0)
             positions.append(int(position));
     }
-    m_manager.start(positions);
+    return positions;
+}
+
+void StandardDesign::start()
+{
+    m_manager.start(chosenPositions());
+}
+
+QList<QBitArray> StandardDesign::startWords() const
+{
+    return m_manager.startWords(chosenPositions());
+}
+
+QList<Design::CoreFinding> StandardDesign::findings() const
+{
+    QList<CoreFinding> all;
+    for (const CoreConfig *core : m_manager.activeCores()) {
+        for (const TriggerFinding &finding : checkTrigger(*core))
+            all.append({core->index, finding});
+    }
+    return all;
 }
 
 void StandardDesign::forceTrigger()

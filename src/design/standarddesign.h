@@ -21,11 +21,15 @@ public:
     /// Stops a run and lets the cores go.
     void leave() override;
     [[nodiscard]] std::optional<Error> choose(const QList<int> &cores) override;
+    [[nodiscard]] std::optional<Error> apply(const QList<TriggerOptions> &options) override;
+    [[nodiscard]] Result<RunSettings> runSettings(const QString &deviceModel) const override;
     [[nodiscard]] bool canStart() const override;
     /// An Auto run reads one window of one core.
     [[nodiscard]] bool canAuto() const override;
     [[nodiscard]] int windowCount() const override;
     void start() override;
+    [[nodiscard]] QList<QBitArray> startWords() const override;
+    [[nodiscard]] QList<CoreFinding> findings() const override;
     void forceTrigger() override;
     [[nodiscard]] QString waitingFor() const override;
     [[nodiscard]] std::optional<CapturedWindow> take(int core, int window,
@@ -39,6 +43,8 @@ protected:
     [[nodiscard]] std::optional<WindowPlace> placeOf(const LoadedWindow &window) const override;
 
 private:
+    [[nodiscard]] QList<int> chosenPositions() const;
+
     KeoStandardDataManager m_manager;
 };
 

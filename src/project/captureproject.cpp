@@ -1,5 +1,6 @@
 #include "captureproject.h"
 
+#include "commandcopy.h"
 #include "configpage.h"
 #include "descriptionwatch.h"
 #include "programmerlink.h"
@@ -48,6 +49,7 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     m_run = new RunControl(parts, this);
     m_files = new ProjectFiles(parts, this);
     m_recovery = new RecoveryKeeper(parts, *m_files, this);
+    m_command = new CommandCopy(parts, this);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
     connect(m_files, &ProjectFiles::saved, m_recovery, &RecoveryKeeper::saved);
     connect(m_recovery, &RecoveryKeeper::told, this, &CaptureProject::told);
@@ -55,6 +57,7 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     connect(m_run, &RunControl::wavesGoing, m_recovery, &RecoveryKeeper::finish);
     connect(m_run, &RunControl::shown, m_runStatus, &RunStatus::countWindow);
     connect(this, &CaptureProject::told, m_status, &StatusLine::tell);
+    connect(m_command->action(), &QAction::triggered, this, &CaptureProject::onCopyCommand);
     connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
     connect(m_page.get(), &ConfigPage::changed, this, &CaptureProject::updateActions);
     connect(&m_design->manager(), &CaptureManager::triggerComplete, this,
@@ -130,6 +133,7 @@ void CaptureProject::setupProject(QWidget *mainWindow)
         mainWindow->installEventFilter(this);
     if (!m_tab)
         m_tab = m_page->build(m_programmer->makePage());
+    m_command->enter(*m_tab, mainWindow);
     m_programmer->reset();
     m_page->reset();
     if (toolBarGetter) {
@@ -172,6 +176,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
         tabs->removeTab(tabs->indexOf(m_tab));
     if (QWidget *window = m_boxes->window())
         window->removeEventFilter(this);
+    m_command->leave();
     tabWidgetGetter = nullptr;
     toolBarGetter = nullptr;
     openActionGetter = nullptr;
@@ -338,6 +343,11 @@ void CaptureProject::onSave()
         Q_EMIT fileNamed(m_files->file());
 }
 
+void CaptureProject::onCopyCommand()
+{
+    m_command->copy(m_files->description(), m_runToolBar->cableName());
+}
+
 void CaptureProject::cabelChanged(int index)
 {
     if (index < 0)
@@ -378,6 +388,7 @@ void CaptureProject::updateActions()
     a.forceTriggerAction->setEnabled(!isIdle && m_design->manager().autorun() == -1);
     a.saveAction->setEnabled(hasResult);
     a.exportAction->setEnabled(hasResult);
+    m_command->action()->setEnabled(isIdle);
     m_runToolBar->setCablesEnabled(isIdle);
     m_descriptionWatch->setButtonsEnabled(isIdle);
     m_page->setEnabled(isIdle);

@@ -11,6 +11,7 @@
 
 namespace KEO {
 
+class CommandCopy;
 class ConfigPage;
 class Design;
 class DescriptionWatch;
@@ -65,6 +66,8 @@ public Q_SLOTS:
     void onComplete(int resultID);
     /// Writes data file, description and project file. The first time it asks where to.
     void onSave();
+    /// Puts the command line on the clipboard that captures as Start would.
+    void onCopyCommand();
     /// Another cable is chosen: the one at \a index of the list.
     void cabelChanged(int index);
     void onProgrammerChanged(bool succ, const QString &text);
@@ -121,6 +124,7 @@ private:
     RunControl *m_run;                    // child
     ProjectFiles *m_files;                // child
     RecoveryKeeper *m_recovery;           // child
+    CommandCopy *m_command;               // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

@@ -140,8 +140,12 @@ void StandardPage::onKoChanged(QTreeWidgetItem *item)
     }
     const int position = m_coreTree->indexOfTopLevelItem(item);
     if (CoreConfig *core = coreAt(position)) {
-        m_dynamicConfigWidget->saveToCore();
-        showCore(position);
+        // One click comes as two or three signals. Shown again, the page would put into the core
+        // what its fields could take of it.
+        if (m_dynamicConfigWidget->core() != core) {
+            m_dynamicConfigWidget->saveToCore();
+            showCore(position);
+        }
         core->active = item->checkState(0) == Qt::Checked ? 1 : 0;
     }
     Q_EMIT changed();

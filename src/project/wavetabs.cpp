@@ -107,6 +107,8 @@ WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured)
     monitor->setTriggerPosition(captured.core.triggerSample);
     monitor->setTitle(captured.window, captured.core.index);
     monitor->restoreState(layout);
+    if (!layout)
+        monitor->showTrigger();
     return monitor;
 }
 
@@ -117,6 +119,7 @@ void WaveTabs::showSaved(WindowPlace place, const QString &title, WindowContents
     m_waveMonitors.append(monitor);
     monitor->setTitle(place.window, place.core);
     monitor->loadWindow(std::move(contents));
+    monitor->showTrigger();
     if (m_tabs)
         m_tabs->insertTab(int(m_waveMonitors.size()), monitor, title);
 }

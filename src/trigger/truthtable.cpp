@@ -17,7 +17,8 @@ namespace KEO {
 
 namespace {
 
-constexpr int kMaxVariables = 16; // as many as a core has match units
+constexpr int kMaxVariables = TruthTable::kMaxInputs; // as many as a core has match units
+constexpr int kWordInputs = 6;                        // whose states one word holds
 
 /// Words of 64 table entries that all values on the stack may take together. It bounds the memory
 /// for a text that piles up values by the hundred thousand.
@@ -113,18 +114,6 @@ std::optional<qsizetype> stackDepth(QStringView postfix)
     return deepest;
 }
 
-/// Table entries 64 at a time: entry i is bit i % 64 of word i / 64. The word of a variable that is
-/// bit \a bit of the entry's position.
-quint64 variableWord(int bit, qsizetype word)
-{
-    static constexpr std::array<quint64, 6> kInsideWord = {0xAAAAAAAAAAAAAAAA, 0xCCCCCCCCCCCCCCCC,
-                                                           0xF0F0F0F0F0F0F0F0, 0xFF00FF00FF00FF00,
-                                                           0xFFFF0000FFFF0000, 0xFFFFFFFF00000000};
-    if (bit < int(kInsideWord.size()))
-        return kInsideWord[size_t(bit)];
-    return (word >> (bit - int(kInsideWord.size()))) & 1 ? ~quint64(0) : 0;
-}
-
 /// A stack of values, each of which is a run of words of the table.
 class ValueStack final
 {
@@ -167,7 +156,7 @@ void evaluate(QStringView postfix, int variables, qsizetype firstWord, ValueStac
             const int bit = variables - 1 - (c.unicode() - u'A');
             qsizetype word = firstWord;
             for (quint64 &entries : stack.push())
-                entries = variableWord(bit, word++);
+                entries = TruthTable::inputWord(bit, size_t(word++));
         } else if (c == u'0' || c == u'1') {
             std::ranges::fill(stack.push(), c == u'1' ? ~quint64(0) : 0);
         } else if (c == u'!') {
@@ -183,46 +172,137 @@ void evaluate(QStringView postfix, int variables, qsizetype firstWord, ValueStac
     }
 }
 
-QString tableOf(QStringView postfix, int variables, qsizetype depth)
+TruthTable tableOf(QStringView postfix, int variables, qsizetype depth)
 {
-    const qsizetype entries = qsizetype(1) << variables;
-    const qsizetype words = (entries + 63) / 64;
+    TruthTable table = TruthTable::constant(variables, false);
+    const qsizetype words = qsizetype(table.words.size());
     const qsizetype block =
         std::bit_floor(size_t(std::clamp<qsizetype>(kStackWords / depth, 1, words)));
     ValueStack stack(depth, block);
-    QString table(entries, Qt::Uninitialized);
-    QChar *out = table.data();
     for (qsizetype first = 0; first < words; first += block) {
         evaluate(postfix, variables, first, stack);
-        const std::span<quint64> result = stack.top();
-        const qsizetype end = std::min(entries, (first + block) * 64);
-        for (qsizetype i = first * 64; i < end; ++i)
-            out[i] = (result[size_t(i / 64 - first)] >> (i % 64)) & 1 ? u'1' : u'0';
+        std::ranges::copy(stack.top(), table.words.begin() + first);
     }
     return table;
 }
 
-} // namespace
-
-QString expressionTruthTable(const QString &text)
+/// Which of the letters a text holds; bit k: the letter 'A' + k.
+quint32 lettersIn(const QString &letters)
 {
-    const QString letters = unitsToLetters(text);
-    quint32 named = 0; // bit k: the letter 'A' + k
+    quint32 named = 0;
     for (const QChar c : letters) {
         if (isVariable(c))
             named |= quint32(1) << (c.unicode() - u'A');
     }
+    return named;
+}
+
+std::optional<TruthTable> evaluateLetters(const QString &letters, quint32 named)
+{
     const int variables = std::popcount(named);
-    if (variables > kMaxVariables)
-        return QString(qsizetype(1) << kMaxVariables, u'x');
-    const QString impossible(qsizetype(1) << variables, u'x');
-    if (named != (quint32(1) << variables) - 1)
-        return impossible;
+    if (variables > kMaxVariables || named != (quint32(1) << variables) - 1)
+        return std::nullopt;
     const std::optional<QString> postfix = toPostfix(letters);
     if (!postfix)
-        return impossible;
+        return std::nullopt;
     const std::optional<qsizetype> depth = stackDepth(*postfix);
-    return depth ? tableOf(*postfix, variables, *depth) : impossible;
+    if (!depth)
+        return std::nullopt;
+    return tableOf(*postfix, variables, *depth);
+}
+
+/// The first half of the entries of \a word, in runs of 2^\a bit, each run twice.
+quint64 doubledRuns(quint64 word, int bit)
+{
+    word &= 0xffffffff;
+    for (int level = 4; level >= bit; --level)
+        word = (word | word << (1 << level)) & ~TruthTable::inputWord(level, 0);
+    return word | word << (1 << bit);
+}
+
+/// The table with one more input, number \a place, that makes no difference.
+TruthTable withIdleInput(const TruthTable &table, int place)
+{
+    TruthTable wider = TruthTable::constant(table.inputs + 1, false);
+    const size_t words = wider.words.size();
+    if (place >= kWordInputs) {
+        const size_t run = size_t(1) << (place - kWordInputs);
+        for (size_t i = 0; i < words; ++i)
+            wider.words[i] = table.words[i / (2 * run) * run + i % run];
+        return wider;
+    }
+    for (size_t i = 0; i < words; ++i) {
+        const quint64 half = table.words[i / 2] >> (i % 2 * 32);
+        wider.words[i] = doubledRuns(half, place);
+    }
+    return wider;
+}
+
+/// The first 2^\a inputs entries; those that the table lacks are off.
+TruthTable cutTo(const TruthTable &table, int inputs)
+{
+    TruthTable cut = TruthTable::constant(inputs, false);
+    const quint32 entries = std::min(table.size(), cut.size());
+    for (quint32 i = 0; i < entries; ++i) {
+        if (table.at(i))
+            cut.words[i / 64] |= quint64(1) << (i % 64);
+    }
+    for (int known = inputs; known < kWordInputs; ++known)
+        cut.words[0] |= cut.words[0] << (1 << known);
+    return cut;
+}
+
+} // namespace
+
+TruthTable TruthTable::constant(int inputs, bool answer)
+{
+    TruthTable table;
+    table.inputs = inputs;
+    table.words.assign((size_t(table.size()) + 63) / 64, answer ? ~quint64(0) : 0);
+    return table;
+}
+
+quint64 TruthTable::inputWord(int input, size_t word)
+{
+    static constexpr std::array<quint64, kWordInputs> kInsideWord = {
+        0xAAAAAAAAAAAAAAAA, 0xCCCCCCCCCCCCCCCC, 0xF0F0F0F0F0F0F0F0,
+        0xFF00FF00FF00FF00, 0xFFFF0000FFFF0000, 0xFFFFFFFF00000000};
+    if (input < kWordInputs)
+        return kInsideWord[size_t(input)];
+    return (word >> (input - kWordInputs)) & 1 ? ~quint64(0) : 0;
+}
+
+TruthTable TruthTable::spreadOver(quint32 places, int newInputs) const
+{
+    const int placed = std::popcount(places);
+    TruthTable table = placed == inputs ? *this : cutTo(*this, placed);
+    for (int input = 0; input < newInputs; ++input) {
+        if (!((places >> input) & 1))
+            table = withIdleInput(table, input);
+    }
+    return table;
+}
+
+std::optional<TruthTable> evaluateExpression(const QString &text)
+{
+    const QString letters = unitsToLetters(text);
+    return evaluateLetters(letters, lettersIn(letters));
+}
+
+QString expressionTruthTable(const QString &text)
+{
+    const QString letters = unitsToLetters(text);
+    const quint32 named = lettersIn(letters);
+    const std::optional<TruthTable> table = evaluateLetters(letters, named);
+    if (!table) {
+        const int variables = std::min(std::popcount(named), kMaxVariables);
+        return QString(qsizetype(1) << variables, u'x');
+    }
+    QString characters(qsizetype(table->size()), Qt::Uninitialized);
+    QChar *out = characters.data();
+    for (quint32 i = 0; i < table->size(); ++i)
+        out[i] = table->at(i) ? u'1' : u'0';
+    return characters;
 }
 
 } // namespace KEO

@@ -1,8 +1,40 @@
 #pragma once
 
 #include <QString>
+#include <QtGlobal>
+
+#include <optional>
+#include <vector>
 
 namespace KEO {
+
+/// The answers of a condition for every state of its inputs. Bit k of an entry's number is the
+/// state of input k.
+struct TruthTable
+{
+    static constexpr int kMaxInputs = 16;
+
+    int inputs = 0;
+    /// 64 entries each, entry i in bit i % 64. A table of fewer repeats them throughout the word.
+    std::vector<quint64> words{0};
+
+    /// A table in which every entry has the same answer.
+    [[nodiscard]] static TruthTable constant(int inputs, bool answer);
+    /// Word \a word of the table whose answer is the state of its input \a input.
+    [[nodiscard]] static quint64 inputWord(int input, size_t word);
+    [[nodiscard]] quint32 size() const { return quint32(1) << inputs; }
+    [[nodiscard]] bool at(quint32 entry) const { return (words[entry / 64] >> (entry % 64)) & 1; }
+    /// The same condition with further inputs, none of which makes a difference: \a places has a
+    /// bit for each input of the new table, of \a newInputs, that is one of the old, lowest first.
+    /// Old inputs that find no place are off.
+    [[nodiscard]] TruthTable spreadOver(quint32 places, int newInputs) const;
+
+    bool operator==(const TruthTable &) const = default;
+};
+
+/// The truth table of an expression text over the units that it names, the lowest-numbered one
+/// first; nothing if the text can't be evaluated, see expressionTruthTable.
+std::optional<TruthTable> evaluateExpression(const QString &text);
 
 /// The truth table of an expression text over the n units that it names: 2^n characters "0", "1",
 /// or "x" where the text cannot be evaluated. Bit k of an entry's position is the state of the k-th

@@ -3,10 +3,12 @@
 #include "matchunitdialog.h"
 #include "matchunitmodel.h"
 #include "muexpressiondialog.h"
+#include "triggercheckstrip.h"
 
+#include <capture/triggercheck.h>
 #include <config/capturelimits.h>
 #include <config/coreconfig.h>
-#include <config/poweroftwo.h>
+#include <trigger/expression.h>
 #include <widgets/formwidgets.h>
 
 #include <QComboBox>
@@ -19,6 +21,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPointer>
+#include <QScrollArea>
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QSpinBox>
@@ -32,17 +35,12 @@ namespace KEO {
 namespace {
 
 constexpr int kMaxWindows = 8;
-constexpr int kLeastAmount = 32;       // samples
 constexpr int kTriggerMargin = 9;      // samples between the trigger position and the window's end
 constexpr int kValueColumnWidth = 300; // pixels
 
-/// The text of an item: descriptions may call unit 3 "match[3]".
 QString itemText(int row, const QString &expression)
 {
-    QString tokens = expression;
-    tokens.replace(QStringLiteral("match"), QStringLiteral("M"));
-    tokens.remove(u'[').remove(u']');
-    return QStringLiteral("exp%1:  %2").arg(QString::number(row), tokens);
+    return QStringLiteral("exp%1:  %2").arg(QString::number(row), withUnitNames(expression));
 }
 
 QShortcut *shortcutOf(QWidget *widget, Qt::Key key)
@@ -62,13 +60,18 @@ DynamicConfigWidget::DynamicConfigWidget(QWidget *parent)
     auto *left = new QVBoxLayout;
     left->addWidget(makeCaptureGroup());
     left->addWidget(makeExpressionGroup(), 1);
-    auto *layout = new QHBoxLayout(this);
+    auto *sides = new QHBoxLayout;
     // The table needs the room: its last column must not fall off in a middling window.
-    layout->addLayout(left, 1);
-    layout->addWidget(makeUnitGroup(), 3);
+    sides->addLayout(left, 1);
+    sides->addWidget(makeUnitGroup(), 3);
+    m_strip = named(new TriggerCheckStrip, "triggerCheck");
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(sides, 1);
+    layout->addWidget(m_strip); // in its whole sentences, it needs the whole width
     // Flush with what stands beside the page, above and below.
     layout->setContentsMargins(layout->contentsMargins().left(), layout->contentsMargins().top(), 0,
                                0);
+    m_checkTimer.setSingleShot(true);
     connectSlots();
     clearPage();
     setEnabled(false);
@@ -89,11 +92,6 @@ QGroupBox *DynamicConfigWidget::makeCaptureGroup()
     form->addRow(labelFor(m_comboBoxWindow, tr("Windows Number:")), m_comboBoxWindow);
     form->addRow(labelFor(m_comboBoxAmount, tr("Capture Amount:")), m_comboBoxAmount);
     form->addRow(labelFor(m_spinBoxTrPos, tr("Trigger Position:")), m_spinBoxTrPos);
-    m_obstacle = named(new QLabel, "captureObstacle");
-    m_obstacle->setTextFormat(Qt::PlainText);
-    m_obstacle->setWordWrap(true);
-    m_obstacle->hide();
-    form->addRow(m_obstacle);
     return m_groupBox;
 }
 
@@ -135,6 +133,11 @@ void DynamicConfigWidget::connectSlots()
     connect(m_tableUnit, &QTableView::doubleClicked, this, &DynamicConfigWidget::editMu);
     connect(m_listExpressions, &QListWidget::itemDoubleClicked, this,
             &DynamicConfigWidget::editExpression);
+    connect(m_spinBoxTrPos, &QSpinBox::valueChanged, this, &DynamicConfigWidget::fieldsEdited);
+    connect(m_listExpressions, &QListWidget::itemChanged, this, &DynamicConfigWidget::fieldsEdited);
+    connect(m_model, &MatchUnitModel::modified, this, &DynamicConfigWidget::scheduleCheck);
+    connect(&m_checkTimer, &QTimer::timeout, this, &DynamicConfigWidget::checkSettings);
+    connect(m_strip, &TriggerCheckStrip::chosen, this, &DynamicConfigWidget::lead);
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
         connect(shortcutOf(m_tableUnit, key), &QShortcut::activated, this,
                 &DynamicConfigWidget::editMu);
@@ -153,6 +156,8 @@ void DynamicConfigWidget::setCore(CoreConfig *core)
     m_core = core;
     const QSignalBlocker windowBlocker(m_comboBoxWindow);
     const QSignalBlocker amountBlocker(m_comboBoxAmount);
+    const QSignalBlocker positionBlocker(m_spinBoxTrPos);
+    const QSignalBlocker expressionsBlocker(m_listExpressions);
     m_lineEditStorage->setText(QString::number(core->storage_depth));
     m_comboBoxWindow->setCurrentIndex(
         m_comboBoxWindow->findText(QString::number(core->window_num), Qt::MatchFixedString));
@@ -164,8 +169,8 @@ void DynamicConfigWidget::setCore(CoreConfig *core)
     m_model->setUnits(core->enabledUnits());
     redrawUnits();
     fillExpressions();
-    // As the description has it: the fields offer only what is possible.
-    showObstacle({core->window_num, core->capture_amount, core->trigger_pos});
+    m_fieldsCount = false;
+    checkSettings();
 }
 
 void DynamicConfigWidget::clearPage()
@@ -181,20 +186,15 @@ void DynamicConfigWidget::clearPage()
     m_spinBoxTrPos->setValue(0);
     m_listExpressions->clear();
     m_model->clear();
-    m_obstacle->hide();
+    checkSettings();
 }
 
 void DynamicConfigWidget::saveToCore()
 {
     if (!m_core)
         return;
-    m_core->window_num = m_comboBoxWindow->currentText().toInt();
-    m_core->capture_amount = m_comboBoxAmount->currentText().toInt();
-    m_core->trigger_pos = m_spinBoxTrPos->value();
-    showObstacleOfFields();
-    m_core->expressionEnabled.clear();
-    for (int row = 0; row < m_listExpressions->count(); ++row)
-        m_core->expressionEnabled.append(m_listExpressions->item(row)->checkState() == Qt::Checked);
+    put(settingsOfFields(), *m_core);
+    fieldsEdited();
 }
 
 void DynamicConfigWidget::onWindowNumChanged()
@@ -212,13 +212,14 @@ void DynamicConfigWidget::onWindowNumChanged()
         }
         onCaptureAmountChanged();
     }
+    fieldsEdited();
     Q_EMIT windowNumChanged();
 }
 
 void DynamicConfigWidget::onCaptureAmountChanged()
 {
     limitTriggerPosition(m_comboBoxAmount->currentText().toInt());
-    showObstacleOfFields();
+    fieldsEdited();
 }
 
 void DynamicConfigWidget::editMu()
@@ -235,7 +236,7 @@ void DynamicConfigWidget::editMu()
     if (!page)
         return;
     redrawUnits();
-    showObstacleOfFields();
+    scheduleCheck();
 }
 
 void DynamicConfigWidget::editExpression(QListWidgetItem *item)
@@ -252,6 +253,7 @@ void DynamicConfigWidget::editExpression(QListWidgetItem *item)
         return;
     item->setText(itemText(row, expression));
     m_core->setExpression(expression, row);
+    scheduleCheck();
 }
 
 void DynamicConfigWidget::redrawUnits()
@@ -283,11 +285,10 @@ void DynamicConfigWidget::fillWindowNumbers()
 void DynamicConfigWidget::fillAmounts()
 {
     m_comboBoxAmount->clear();
-    const qint64 parts = roundUpToPowerOfTwo(m_comboBoxWindow->currentText().toInt());
-    if (!m_core || parts == 0)
+    if (!m_core)
         return;
-    const qint64 largest = m_core->storage_depth / parts;
-    for (qint64 amount = kLeastAmount; amount <= largest; amount *= 2)
+    const int windows = m_comboBoxWindow->currentText().toInt();
+    for (const int amount : offeredAmounts(m_core->storage_depth, windows))
         m_comboBoxAmount->addItem(QString::number(amount));
 }
 
@@ -309,18 +310,86 @@ void DynamicConfigWidget::limitTriggerPosition(int amount)
     m_spinBoxTrPos->setRange(0, std::max(0, amount - kTriggerMargin));
 }
 
-void DynamicConfigWidget::showObstacle(const CaptureNumbers &asked)
+DynamicConfigWidget::Settings DynamicConfigWidget::settingsOf(const CoreConfig &core)
 {
-    const std::optional<Error> obstacle =
-        m_core ? captureObstacle(*m_core, asked) : std::optional<Error>();
-    m_obstacle->setText(obstacle ? obstacle->message : QString());
-    m_obstacle->setVisible(obstacle.has_value());
+    return {core.window_num, core.capture_amount, core.trigger_pos, core.expressionEnabled};
 }
 
-void DynamicConfigWidget::showObstacleOfFields()
+void DynamicConfigWidget::put(const Settings &settings, CoreConfig &core)
 {
-    showObstacle({m_comboBoxWindow->currentText().toInt(), m_comboBoxAmount->currentText().toInt(),
-                  m_spinBoxTrPos->value()});
+    core.window_num = settings.windows;
+    core.capture_amount = settings.amount;
+    core.trigger_pos = settings.position;
+    core.expressionEnabled = settings.expressions;
+}
+
+DynamicConfigWidget::Settings DynamicConfigWidget::settingsOfFields() const
+{
+    Settings settings{m_comboBoxWindow->currentText().toInt(),
+                      m_comboBoxAmount->currentText().toInt(),
+                      m_spinBoxTrPos->value(),
+                      {}};
+    for (int row = 0; row < m_listExpressions->count(); ++row)
+        settings.expressions.append(m_listExpressions->item(row)->checkState() == Qt::Checked);
+    return settings;
+}
+
+void DynamicConfigWidget::fieldsEdited()
+{
+    m_fieldsCount = true;
+    scheduleCheck();
+}
+
+void DynamicConfigWidget::scheduleCheck()
+{
+    m_checkTimer.start(0);
+}
+
+void DynamicConfigWidget::checkSettings()
+{
+    m_checkTimer.stop();
+    if (!m_core) {
+        m_strip->tell({});
+        return;
+    }
+    // The check takes a core, and a core can't be copied: it is lent what the fields hold.
+    const Settings stored = settingsOf(*m_core);
+    if (m_fieldsCount) {
+        Settings asked = settingsOfFields();
+        // An empty field is a number that it does not offer. To name that one tells more.
+        if (m_comboBoxWindow->currentIndex() < 0)
+            asked.windows = stored.windows;
+        if (m_comboBoxAmount->currentIndex() < 0)
+            asked.amount = stored.amount;
+        put(asked, *m_core);
+    }
+    const QList<TriggerFinding> findings = checkTrigger(*m_core);
+    put(stored, *m_core);
+    m_strip->tell(findings);
+}
+
+void DynamicConfigWidget::lead(const TriggerFinding &finding)
+{
+    using Subject = TriggerFinding::Subject;
+    QWidget *place = m_comboBoxAmount;
+    if (finding.subject == Subject::Unit) {
+        place = m_tableUnit;
+        for (int row = 0; row < m_model->rowCount(); ++row) {
+            if (MatchUnitModel::unitOfIndex(m_model->index(row, MatchUnitModel::Unit))->index ==
+                finding.index)
+                m_tableUnit->selectRow(row);
+        }
+    } else if (finding.subject == Subject::Expression) {
+        place = m_listExpressions;
+        m_listExpressions->setCurrentRow(finding.index);
+    } else if (finding.subject == Subject::Core && finding.weight == TriggerFinding::Weight::Note) {
+        place = m_listExpressions; // nothing is wrong with the numbers: it is about what triggers
+    }
+    place->setFocus(Qt::OtherFocusReason);
+    for (QWidget *ancestor = parentWidget(); ancestor; ancestor = ancestor->parentWidget()) {
+        if (auto *page = qobject_cast<QScrollArea *>(ancestor))
+            page->ensureWidgetVisible(place);
+    }
 }
 
 } // namespace KEO

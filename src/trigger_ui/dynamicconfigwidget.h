@@ -1,10 +1,11 @@
 #pragma once
 
+#include <QList>
+#include <QTimer>
 #include <QWidget>
 
 class QComboBox;
 class QGroupBox;
-class QLabel;
 class QLineEdit;
 class QListWidget;
 class QListWidgetItem;
@@ -13,15 +14,17 @@ class QTableView;
 
 namespace KEO {
 
-struct CaptureNumbers;
 struct CoreConfig;
 class MatchUnitModel;
+class TriggerCheckStrip;
+struct TriggerFinding;
 
 /// The page on which the user sets the capture of one standard core: windows, amount, trigger
 /// position, trigger expressions and match units.
 ///
 /// What stands in its fields reaches the core with saveToCore only; the two dialogs that it opens
-/// write an expression or a match unit into the core when they are accepted. The page is disabled
+/// write an expression or a match unit into the core when they are accepted. A strip at the bottom
+/// tells what is odd about the trigger as it stands, the fields included. The page is disabled
 /// until its owner enables it.
 class DynamicConfigWidget final : public QWidget
 {
@@ -65,9 +68,23 @@ private:
     void fillAmounts();
     void fillExpressions();
     void limitTriggerPosition(int amount);
-    /// Tells why the core can't be captured with \a asked; nothing if it can.
-    void showObstacle(const CaptureNumbers &asked);
-    void showObstacleOfFields();
+
+    /// What saveToCore writes.
+    struct Settings
+    {
+        int windows = 0;
+        int amount = 0;
+        int position = 0;
+        QList<bool> expressions;
+    };
+    [[nodiscard]] static Settings settingsOf(const CoreConfig &core);
+    static void put(const Settings &settings, CoreConfig &core);
+    [[nodiscard]] Settings settingsOfFields() const;
+    void fieldsEdited();
+    void scheduleCheck();
+    void checkSettings();
+    /// Selects what \a finding speaks of.
+    void lead(const TriggerFinding &finding);
 
     CoreConfig *m_core = nullptr; // borrowed
     MatchUnitModel *m_model;      // owned by the object tree, as are the widgets
@@ -76,9 +93,13 @@ private:
     QComboBox *m_comboBoxWindow = nullptr;
     QComboBox *m_comboBoxAmount = nullptr;
     QSpinBox *m_spinBoxTrPos = nullptr;
-    QLabel *m_obstacle = nullptr;
     QListWidget *m_listExpressions = nullptr;
     QTableView *m_tableUnit = nullptr;
+    TriggerCheckStrip *m_strip = nullptr;
+    QTimer m_checkTimer; // one check for all edits of a turn of the event loop
+    /// What the fields hold counts. Until the user has touched one, the description does: the
+    /// fields offer only what is possible.
+    bool m_fieldsCount = false;
 };
 
 } // namespace KEO

@@ -1,11 +1,14 @@
 #include "muexpressiondialog.h"
 
-#include <trigger/expression.h>
 #include <widgets/formwidgets.h>
 #include <widgets/messagebox.h>
 
+#include <QAction>
+#include <QClipboard>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
@@ -17,7 +20,8 @@ namespace KEO {
 
 namespace {
 
-constexpr int kUnitColumns = 4; // of the pad; the operators stand to their right
+constexpr int kUnitColumns = 4;  // of the pad; the operators stand to their right
+constexpr int kMaxPasted = 4096; // characters; a clipboard may hold a book
 
 QString unitToken(int unit)
 {
@@ -31,24 +35,56 @@ QFont displayFont()
     return font;
 }
 
+/// What a key types, if it is no command.
+QString typedText(const QKeyEvent &event)
+{
+    if (event.key() == Qt::Key_Dead_Circumflex) // how many keyboards write "^"
+        return QStringLiteral("^");
+    const QString text = event.text();
+    const bool isPrintable =
+        std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.isPrint(); });
+    const bool isOperator = text.size() == 1 && QStringLiteral("!&^|()").contains(text);
+    const bool isCommand = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier);
+    return isPrintable && (isOperator || !isCommand) ? text : QString();
+}
+
 } // namespace
 
 MuExpressionDialog::MuExpressionDialog(QWidget *parent)
-    : QDialog(parent), m_editDisplay(new QLineEdit(this))
+    : QDialog(parent), m_editDisplay(new QLineEdit(this)), m_reason(new QLabel(this))
 {
     setWindowTitle(tr("Expression"));
     m_editDisplay->setObjectName(QStringLiteral("editDisplay"));
     m_editDisplay->setReadOnly(true);
-    m_editDisplay->setFocusPolicy(Qt::NoFocus); // keys are for the pad
     m_editDisplay->setFont(displayFont());
     m_editDisplay->setAccessibleName(tr("Expression"));
     m_editDisplay->setToolTip(tr("Press the buttons, or type: M0 to M15 ! & ^ | ( )"));
 
+    m_editDisplay->installEventFilter(this);
+    addClipboardActions();
+
+    m_reason->setObjectName(QStringLiteral("lbReason"));
+    m_reason->setTextFormat(Qt::PlainText);
+    m_reason->setWordWrap(true);
+    m_reason->setMinimumHeight(2 * m_reason->fontMetrics().lineSpacing()); // or the pad would jump
+
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_editDisplay);
+    layout->addWidget(m_reason);
     layout->addLayout(makePad());
     layout->addStretch();
     addOkAndCancel(*this, *layout);
+    m_editDisplay->setFocus();
+}
+
+void MuExpressionDialog::addClipboardActions()
+{
+    auto *copyAction = new QAction(tr("&Copy"), m_editDisplay);
+    auto *pasteAction = new QAction(tr("&Paste"), m_editDisplay);
+    connect(copyAction, &QAction::triggered, this, &MuExpressionDialog::copy);
+    connect(pasteAction, &QAction::triggered, this, &MuExpressionDialog::paste);
+    m_editDisplay->addActions({copyAction, pasteAction});
+    m_editDisplay->setContextMenuPolicy(Qt::ActionsContextMenu);
 }
 
 QGridLayout *MuExpressionDialog::makePad()
@@ -83,7 +119,8 @@ QPushButton *MuExpressionDialog::addTokenButton(const QString &objectName, const
     QString text = token;
     auto *button = new QPushButton(text.replace(u'&', QStringLiteral("&&")), this);
     button->setObjectName(objectName);
-    button->setAutoDefault(false); // Enter means OK wherever the focus is
+    button->setAutoDefault(false);       // Enter means OK wherever the focus is
+    button->setFocusPolicy(Qt::NoFocus); // or a typed blank would press it
     connect(button, &QPushButton::clicked, this, [this, token] { expBtnClicked(token); });
     return button;
 }
@@ -94,6 +131,7 @@ QPushButton *MuExpressionDialog::addEditButton(const QString &objectName, const 
     auto *button = new QPushButton(text, this);
     button->setObjectName(objectName);
     button->setAutoDefault(false);
+    button->setFocusPolicy(Qt::NoFocus);
     button->setToolTip(tip);
     button->setAccessibleName(tip);
     return button;
@@ -101,14 +139,16 @@ QPushButton *MuExpressionDialog::addEditButton(const QString &objectName, const 
 
 void MuExpressionDialog::setUnitButtons(const QList<bool> &flags)
 {
-    const int count = std::min(int(flags.size()), kUnits);
+    m_flags = flags.first(std::min(int(flags.size()), kUnits));
+    const int count = int(m_flags.size());
     for (int unit = 0; unit < count; ++unit)
         m_unitButtons[unit]->setEnabled(flags[unit]);
 }
 
 bool MuExpressionDialog::isExpressionValid() const
 {
-    return KEO::isExpressionValid(m_tokens);
+    return expressionFault(m_input.tokens(), m_flags).isEmpty() &&
+           KEO::isExpressionValid(m_input.tokens());
 }
 
 QString MuExpressionDialog::editExpressionText(const QList<bool> &flags, QWidget *parent)
@@ -126,67 +166,100 @@ QString MuExpressionDialog::editExpressionText(const QList<bool> &flags, QWidget
 
 void MuExpressionDialog::accept()
 {
-    if (isExpressionValid())
+    if (isExpressionValid()) {
         QDialog::accept();
-    else
-        showBox(QMessageBox::Critical, this, tr("Error"), tr("Please input the right expression"));
+        return;
+    }
+    showTokens(Tell::All);
+    showBox(QMessageBox::Critical, this, tr("Error"), tr("Please input the right expression"));
+}
+
+bool MuExpressionDialog::eventFilter(QObject *watched, QEvent *event)
+{
+    // A line to be read would swallow some keys, such as those for Paste.
+    if (watched == m_editDisplay && event->type() == QEvent::KeyPress &&
+        takeKey(*static_cast<QKeyEvent *>(event)))
+        return true;
+    return QDialog::eventFilter(watched, event);
 }
 
 void MuExpressionDialog::keyPressEvent(QKeyEvent *event)
 {
-    const QString text = event->text();
-    const QChar key = text.size() == 1 ? text[0] : QChar();
-    if (event->key() == Qt::Key_Backspace)
-        backspaceClicked();
-    else if (event->key() == Qt::Key_Delete)
-        clearAllClicked();
-    else if (!key.isNull() && QStringLiteral("!&^|()").contains(key))
-        expBtnClicked(key);
-    else if (key >= u'0' && key <= u'9')
-        typeDigit(key.digitValue());
-    else if (key == u'M' || key == u'm')
-        m_unitOneTyped = false; // the name of another unit begins
-    else
+    if (!takeKey(*event))
         QDialog::keyPressEvent(event);
 }
 
-void MuExpressionDialog::typeDigit(int digit)
+bool MuExpressionDialog::takeKey(const QKeyEvent &event)
 {
-    // "1" may be M1 or the beginning of M10 to M15: it is taken as M1 until the next digit comes.
-    int unit = digit;
-    if (m_unitOneTyped && 10 + digit < kUnits && m_unitButtons[10 + digit]->isEnabled()) {
-        unit = 10 + digit;
-        if (m_unitButtons[1]->isEnabled())
-            backspaceClicked();
+    if (event.matches(QKeySequence::Paste)) {
+        paste();
+    } else if (event.matches(QKeySequence::Copy)) {
+        copy();
+    } else if (event.key() == Qt::Key_Backspace) {
+        backspaceClicked();
+    } else if (event.key() == Qt::Key_Delete) {
+        clearAllClicked();
+    } else if (const QString text = typedText(event); !text.isEmpty()) {
+        m_input.type(text);
+        showTokens();
+    } else {
+        return false;
     }
-    if (m_unitButtons[unit]->isEnabled())
-        expBtnClicked(unitToken(unit));
-    m_unitOneTyped = unit == 1;
+    return true;
+}
+
+void MuExpressionDialog::copy() const
+{
+    const QString text =
+        m_editDisplay->hasSelectedText() ? m_editDisplay->selectedText() : m_editDisplay->text();
+    if (!text.isEmpty())
+        QGuiApplication::clipboard()->setText(text);
+}
+
+void MuExpressionDialog::paste()
+{
+    const QString text = QGuiApplication::clipboard()->text();
+    if (text.size() > kMaxPasted) {
+        m_reason->setText(
+            tr("The clipboard holds %1 characters, too many for an expression.").arg(text.size()));
+        return;
+    }
+    // What was typed before ends here: "M1" and a pasted "2" are two units.
+    m_input.type(u' ');
+    m_input.type(withUnitNames(text));
+    m_input.type(u' ');
+    showTokens();
 }
 
 void MuExpressionDialog::expBtnClicked(QString exp)
 {
-    m_tokens.append(exp);
+    m_input.append(exp);
     showTokens();
 }
 
 void MuExpressionDialog::backspaceClicked()
 {
-    if (!m_tokens.isEmpty())
-        m_tokens.removeLast();
+    m_input.removeLast();
     showTokens();
 }
 
 void MuExpressionDialog::clearAllClicked()
 {
-    m_tokens.clear();
+    m_input.clear();
     showTokens();
 }
 
-void MuExpressionDialog::showTokens()
+void MuExpressionDialog::showTokens(Tell tell)
 {
-    m_unitOneTyped = false;
-    m_editDisplay->setText(m_tokens.join(QString()));
+    m_editDisplay->setText(m_input.tokens().join(QString()));
+    QStringList told = m_input.tokens();
+    if (tell == Tell::Names) {
+        if (m_input.isNameBegun())
+            told.removeLast();
+        m_reason->setText(tokenFault(told, m_flags));
+    } else {
+        m_reason->setText(expressionFault(told, m_flags));
+    }
 }
 
 } // namespace KEO

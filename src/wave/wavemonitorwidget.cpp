@@ -1,5 +1,8 @@
 #include "wavemonitorwidget.h"
 
+#include "markeractions.h"
+#include "zoomhistory.h"
+
 #include <wave/common/viewergeometry.h>
 #include <wave/ruler/rulerview.h>
 #include <wave/tree/signaltreemodel.h>
@@ -60,6 +63,7 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
         new SignalTreeView(this, saved ? saved->nameWidth + saved->valueWidth : kTreeWidth);
     m_treeView->setModel(m_model);
     m_treeView->setDomain(domain);
+    addActions(m_treeView->actions()); // their keys work in all panes
     m_waveView = new WaveView(this);
     m_waveView->setDomain(domain);
     m_waveView->setDataSource(m_model);
@@ -71,6 +75,11 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
 
     joinScrollBars();
     layOutPanes();
+    m_markerActions = std::make_unique<MarkerActions>(m_rulerView, m_waveView);
+    m_zoomHistory = std::make_unique<ZoomHistory>(m_waveView);
+    addActions(m_markerActions->actions());
+    addAction(m_zoomHistory->action());
+    m_waveView->addActions({m_markerActions->zoomAction(), m_zoomHistory->action()});
 }
 
 WaveMonitorWidget::~WaveMonitorWidget()
@@ -90,6 +99,9 @@ void WaveMonitorWidget::joinScrollBars()
     // receiver: a range still changes while the panes go, one after the other.
     connect(tree, &QScrollBar::rangeChanged, waves, [=] { tree->setValue(waves->value()); });
     connect(waves, &QScrollBar::rangeChanged, tree, [=] { waves->setValue(tree->value()); });
+    QScrollBar *samples = m_waveView->horizontalScrollBar();
+    connect(m_rulerView, &RulerView::scrollAsked, samples,
+            [samples](int pixels) { samples->setValue(samples->value() + pixels); });
 }
 
 void WaveMonitorWidget::layOutPanes()
@@ -190,7 +202,35 @@ void WaveMonitorWidget::restoreState(const WindowState *state)
     if (!state->layout.isNull()) // else every row would go
         m_model->setLayout(state->layout);
     m_model->setDefaultFormat(state->format);
+    for (const int row : state->openBuses)
+        m_treeView->expand(m_model->index(row, SignalTreeModel::NameColumn));
     setZoom(state->zoomRate);
+    m_keptPlace = state->scroll;
+    if (isVisible())
+        QMetaObject::invokeMethod(this, &WaveMonitorWidget::scrollToKept, Qt::QueuedConnection);
+}
+
+void WaveMonitorWidget::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // Behind the zoom and the rows, which are queued as well.
+    QMetaObject::invokeMethod(this, &WaveMonitorWidget::scrollToKept, Qt::QueuedConnection);
+}
+
+ScrollPlace WaveMonitorWidget::scrollPlace() const
+{
+    return {m_waveView->horizontalScrollBar()->value() / (CLOCK_PITCH * m_waveView->zoomRate()),
+            m_waveView->verticalScrollBar()->value()};
+}
+
+void WaveMonitorWidget::scrollToKept()
+{
+    const auto place = std::exchange(m_keptPlace, std::nullopt);
+    if (!place)
+        return;
+    const qreal left = place->sample * CLOCK_PITCH * m_waveView->zoomRate();
+    m_waveView->horizontalScrollBar()->setValue(qRound(left));
+    m_waveView->verticalScrollBar()->setValue(place->top);
 }
 
 std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
@@ -206,6 +246,12 @@ std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
     document.appendChild(state->layout);
     state->format = m_model->defaultFormat();
     state->zoomRate = m_zoomRate;
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        const QModelIndex index = m_model->index(row, SignalTreeModel::NameColumn);
+        if (m_model->hasChildren(index) && m_treeView->isExpanded(index))
+            state->openBuses.append(row);
+    }
+    state->scroll = m_keptPlace.value_or(scrollPlace()); // one that nobody has looked at keeps it
     return state;
 }
 
@@ -228,7 +274,16 @@ void WaveMonitorWidget::zoomFit()
 {
     const int samples = m_model->maxDataLength();
     const int width = m_waveView->width() - m_waveView->verticalScrollBar()->width();
-    setZoom(samples > 0 ? width / (samples * CLOCK_PITCH) : kMaximumZoom);
+    const qreal rate = samples > 0 ? width / (samples * CLOCK_PITCH) : kMaximumZoom;
+    setZoom(rate);
+    // The samples that don't fit are those far from the trigger. Queued behind the zoom.
+    if (rate < kMinimumZoom)
+        QMetaObject::invokeMethod(this, &WaveMonitorWidget::showTrigger, Qt::QueuedConnection);
+}
+
+void WaveMonitorWidget::showTrigger()
+{
+    m_waveView->centreOn(m_model->triggerPosition());
 }
 
 void WaveMonitorWidget::setZoom(double rate)

@@ -12,6 +12,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class QDomDocument;
 class QDomElement;
@@ -19,11 +20,13 @@ class QLabel;
 
 namespace WaveMonitor {
 
+class MarkerActions;
 class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
 class WaveView;
 class WindowContents;
+class ZoomHistory;
 
 /// The whole viewer of one capture window: signal tree, wave view and ruler side by side, with
 /// equal rows. The only class of the viewer that a project uses. All data comes in through the
@@ -85,14 +88,21 @@ public:
 public Q_SLOTS:
     void zoomIn();
     void zoomOut();
-    void zoomFit(); ///< the longest signal fills the wave view
+    /// The longest signal fills the wave view. If it is too long for that, the trigger is in the
+    /// middle.
+    void zoomFit();
+    /// Brings the trigger to the middle. Holds over changes of size until the view is moved.
+    void showTrigger();
 
 protected:
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
+    [[nodiscard]] ScrollPlace scrollPlace() const;
+    void scrollToKept();
     void layOutPanes();
     void joinScrollBars();
     void followDataLength();
@@ -103,9 +113,12 @@ private:
     WaveView *m_waveView;       ///< child
     RulerView *m_rulerView;     ///< child
     QLabel *m_counterLabel;     ///< child
+    std::unique_ptr<MarkerActions> m_markerActions;
+    std::unique_ptr<ZoomHistory> m_zoomHistory;
     qreal m_zoomRate = 1.0;
     int m_core = 0;
     int m_window = 0;
+    std::optional<ScrollPlace> m_keptPlace; ///< until the viewer has been seen
 };
 
 } // namespace WaveMonitor

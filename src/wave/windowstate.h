@@ -3,8 +3,18 @@
 #include <wave_data/dataformat.h>
 
 #include <QDomElement>
+#include <QList>
+
+#include <optional>
 
 namespace WaveMonitor {
+
+/// What stands in the upper left corner of the waves.
+struct ScrollPlace
+{
+    qreal sample = 0; ///< with its fraction
+    int top = 0;      ///< pixels above it
+};
 
 /// The view settings of one core and window, kept in memory over a new capture.
 struct WindowState
@@ -16,6 +26,8 @@ struct WindowState
     QDomElement layout;                   ///< `Layout`, see WindowContents; null when absent
     int format = DataFormat::Hexadecimal; ///< the default radix, a DataFormat::Type
     double zoomRate = 1.0;
+    QList<int> openBuses;              ///< rows of the layout
+    std::optional<ScrollPlace> scroll; ///< nothing: as the viewer comes up
 };
 
 } // namespace WaveMonitor

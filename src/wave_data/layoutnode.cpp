@@ -6,11 +6,23 @@
 #include <QDomElement>
 
 #include <algorithm>
+#include <atomic>
 #include <iterator>
 
 namespace WaveMonitor {
 
-LayoutNode::LayoutNode(Type nodeType) : type(nodeType), format(std::make_unique<DataFormat>())
+namespace {
+
+LayoutNode::Key nextKey()
+{
+    static std::atomic<LayoutNode::Key> last = 0;
+    return ++last;
+}
+
+} // namespace
+
+LayoutNode::LayoutNode(Type nodeType)
+    : key(nextKey()), type(nodeType), format(std::make_unique<DataFormat>())
 {
 }
 

@@ -24,6 +24,10 @@ public:
     enum Type : int { Root = 0, Signal = 1, Bus = 2 };
     static constexpr int kDefaultColor = 0x00FF00;
 
+    /// Names a row for as long as the program runs, also over a removal that was taken back. Never
+    /// 0.
+    using Key = quint64;
+
     explicit LayoutNode(Type nodeType = Root);
     LayoutNode(const LayoutNode &) = delete;
     LayoutNode &operator=(const LayoutNode &) = delete;
@@ -31,6 +35,7 @@ public:
     /// The node as XML, without its children. The root gives an empty element `Layout`.
     virtual QDomElement toElement(QDomDocument &document) const;
 
+    Key key;                   ///< a new one, unless somebody sets that of a row that is gone
     int color = kDefaultColor; ///< of the wave, 0xRRGGBB
     const Type type;
     LayoutNode *parent = nullptr;       ///< null at the root and in detached nodes

@@ -6,6 +6,9 @@
 
 namespace WaveMonitor {
 
+/// Samples \a base, a multiple of 64, to \a base + 63 at which a row changes, a bit each.
+[[nodiscard]] quint64 changesFrom(std::span<const QBitArray> members, qsizetype base);
+
 /// Walks the samples at which a row changes its value, 64 samples at a step. The row's value at a
 /// sample is made of one bit of each member; a member without that sample reads as 0 there. The
 /// members are borrowed.
@@ -20,8 +23,6 @@ public:
     qsizetype next();
 
 private:
-    [[nodiscard]] quint64 changesFrom(qsizetype base) const;
-
     std::span<const QBitArray> m_members;
     qsizetype m_limit;
     qsizetype m_base;  ///< first sample of the word at hand, a multiple of 64

@@ -6,6 +6,7 @@
 
 #include <QDomDocument>
 #include <QDomElement>
+#include <QSet>
 
 #include <algorithm>
 
@@ -117,6 +118,41 @@ void WindowContents::clear()
 void WindowContents::clearLayout()
 {
     m_layout->children.clear();
+    m_hidden.clear();
+}
+
+LayoutSnapshot WindowContents::snapshot() const
+{
+    LayoutSnapshot snapshot;
+    snapshot.rows = recordRow(*m_layout).members;
+    snapshot.hidden = m_hidden;
+    for (const SignalElement &signal : m_signals) {
+        if (!signal.text.isEmpty())
+            snapshot.signalTexts.insert(signal.id, signal.text);
+    }
+    return snapshot;
+}
+
+LayoutNode::List WindowContents::restore(const LayoutSnapshot &snapshot)
+{
+    m_hidden = snapshot.hidden;
+    for (SignalElement &signal : m_signals)
+        signal.text = snapshot.signalTexts.value(signal.id);
+    return restoreRows(*m_layout, snapshot.rows);
+}
+
+bool WindowContents::hasHidden() const
+{
+    if (!m_hidden.empty())
+        return true;
+    const QSet<int> shown = shownSignals(snapshot());
+    return std::ranges::any_of(m_signals.keyBegin(), m_signals.keyEnd(),
+                               [&](int id) { return !shown.contains(id); });
+}
+
+LayoutSnapshot WindowContents::withAllShown() const
+{
+    return withRowsShown(snapshot(), m_signals.keys());
 }
 
 QString WindowContents::newBusName(const QList<const LayoutNode *> &selected) const

@@ -1,12 +1,16 @@
 #pragma once
 
 #include "layoutnode.h"
+#include "layoutsnapshot.h"
 #include "signalelement.h"
 
 #include <QBitArray>
 #include <QList>
 #include <QMap>
 #include <QString>
+
+#include <memory>
+#include <vector>
 
 class QDomDocument;
 class QDomElement;
@@ -65,8 +69,19 @@ public:
     bool updateData(const QList<QBitArray> &data);
     /// Drops all signals and rows. The trigger stays.
     void clear();
-    /// Drops all rows.
+    /// Drops all rows, the hidden ones as well.
     void clearLayout();
+
+    /// The rows as they are, the hidden ones, and the users' names of the signals.
+    [[nodiscard]] LayoutSnapshot snapshot() const;
+    /// Puts rows and names back. A row that still exists, by its key, stays the same node. Gives
+    /// those that have no place any more, each without members.
+    [[nodiscard]] LayoutNode::List restore(const LayoutSnapshot &snapshot);
+    /// Are there signals without a row?
+    [[nodiscard]] bool hasHidden() const;
+    /// The snapshot with the rows that were hidden in their places again, and a row for every
+    /// signal that has none.
+    [[nodiscard]] LayoutSnapshot withAllShown() const;
 
     /// The name for a new bus over top-level rows \a selected, given in row order: made of the
     /// signals' names if no bus is among them and they follow one another (see
@@ -86,6 +101,7 @@ public:
 private:
     QMap<int, SignalElement> m_signals;
     std::unique_ptr<LayoutNode> m_layout;
+    std::vector<HiddenRow> m_hidden; ///< the last hidden one last; in no file
     int m_triggerPosition = 0;
     int m_shownSample = 0;
 };

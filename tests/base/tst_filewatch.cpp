@@ -2,6 +2,7 @@
 
 #include <base/filesetwatch.h>
 #include <base/wholefile.h>
+#include <support/files.h>
 #include <support/testmain.h>
 
 #include <QDir>
@@ -17,13 +18,6 @@ using namespace KEO;
 
 namespace {
 
-void write(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), content.size());
-}
-
 /// Takes the place of a file that has that name.
 void renameOver(const QString &from, const QString &to)
 {
@@ -35,7 +29,7 @@ struct Watched
 {
     Watched() : path(directory.filePath("design.keo"))
     {
-        write(path, "old");
+        putFile(path, "old");
         watch.watch(path);
     }
 
@@ -70,8 +64,8 @@ void tst_FileWatch::changes_data()
 {
     QTest::addColumn<Change>("change");
     const auto row = [](const char *name, const Change &change) { QTest::newRow(name) << change; };
-    row("in place", [](const QString &path) { write(path, "new"); });
-    row("in place, same size", [](const QString &path) { write(path, "OLD"); });
+    row("in place", [](const QString &path) { putFile(path, "new"); });
+    row("in place, same size", [](const QString &path) { putFile(path, "OLD"); });
     row("cut in place and written later", [](const QString &path) {
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
@@ -83,13 +77,13 @@ void tst_FileWatch::changes_data()
             << Change([ms](const QString &path) {
                    renameOver(path, path + ".bak");
                    QTest::qWait(ms);
-                   write(path, "new");
+                   putFile(path, "new");
                });
         QTest::addRow("deleted and made again after %d ms", ms)
             << Change([ms](const QString &path) {
                    QVERIFY(QFile::remove(path));
                    QTest::qWait(ms);
-                   write(path, "new");
+                   putFile(path, "new");
                });
     }
     row("with its folder", [](const QString &path) {
@@ -97,7 +91,7 @@ void tst_FileWatch::changes_data()
         QVERIFY(QDir(folder).removeRecursively());
         QTest::qWait(100);
         QVERIFY(QDir().mkpath(folder));
-        write(path, "new");
+        putFile(path, "new");
     });
     // Neither raises an event of the file.
     for (const bool isLink : {false, true}) {
@@ -106,7 +100,7 @@ void tst_FileWatch::changes_data()
                    const QString folder = QFileInfo(path).path();
                    const QString fresh = folder + QUuid::createUuid().toString(QUuid::Id128);
                    QVERIFY(QDir().mkpath(fresh));
-                   write(fresh + u'/' + QFileInfo(path).fileName(), "old"); // as long as before
+                   putFile(fresh + u'/' + QFileInfo(path).fileName(), "old"); // as long as before
                    renameOver(folder, fresh + ".before");
                    if (isLink)
                        QVERIFY(QFile::link(fresh, folder));
@@ -125,7 +119,7 @@ void tst_FileWatch::changes()
     const QTemporaryDir directory;
     QVERIFY(QDir(directory.path()).mkdir("impl"));
     const QString path = directory.filePath("impl/design 100% \u00e4'.keo");
-    write(path, "old");
+    putFile(path, "old");
     FileWatch watch;
     bool existed = true;
     connect(&watch, &FileWatch::fileChanged, this,
@@ -138,7 +132,7 @@ void tst_FileWatch::changes()
         QTest::qWait(kQuiet); // a slow write may be told twice
         spy.clear();
     }
-    write(path, "again");
+    putFile(path, "again");
     QTRY_VERIFY(!spy.isEmpty());
     QVERIFY(existed);
 }
@@ -153,7 +147,7 @@ void tst_FileWatch::severalWithinASecond()
     for (int i = 0; i < 20; ++i) {
         if (i % 3 == 0)
             QVERIFY(QFile::remove(path));
-        write(path, QByteArray::number(i));
+        putFile(path, QByteArray::number(i));
         QTest::qWait(i % 2 ? 20 : 0);
     }
     QTRY_VERIFY(!spy.isEmpty());
@@ -162,7 +156,7 @@ void tst_FileWatch::severalWithinASecond()
     spy.clear();
     QTest::qWait(kQuiet);
     QCOMPARE(spy.size(), 0);
-    write(path, "last");
+    putFile(path, "last");
     QTRY_COMPARE(spy.size(), 1);
 }
 
@@ -177,9 +171,9 @@ void tst_FileWatch::removedAndBack()
     QTRY_COMPARE(spy.size(), 1);
     QTest::qWait(kGone);
     QCOMPARE(spy.size(), 1); // gone is told once
-    write(path, "back");
+    putFile(path, "back");
     QTRY_COMPARE(spy.size(), 2);
-    write(path, "written");
+    putFile(path, "written");
     QTRY_COMPARE(spy.size(), 3);
 }
 
@@ -198,23 +192,23 @@ void tst_FileWatch::otherEvents()
     QVERIFY(QFile::setPermissions(file.path, QFile::ReadOwner | QFile::WriteOwner));
     QVERIFY(QFile(file.path).link(file.directory.filePath("link.keo")));
     const QString second = file.directory.filePath("second.keo");
-    write(second, "new");
+    putFile(second, "new");
     QTest::qWait(kQuiet);
     QCOMPARE(spy.size(), 0);
-    write(file.path, "new");
+    putFile(file.path, "new");
     QTRY_COMPARE(spy.size(), 1);
 
     QVERIFY(QFile::remove(second));
     file.watch.watch(second); // does not exist yet
-    write(file.path, "newer");
+    putFile(file.path, "newer");
     QTest::qWait(kQuiet);
     QCOMPARE(spy.size(), 1);
-    write(second, "new");
+    putFile(second, "new");
     QTRY_COMPARE(spy.size(), 2);
     QCOMPARE(spy.last().first().toString(), second);
-    write(second, "newer"); // not told any more, though seen
+    putFile(second, "newer"); // not told any more, though seen
     file.watch.stop();
-    write(second, "newest");
+    putFile(second, "newest");
     QTest::qWait(kQuiet);
     QCOMPARE(spy.size(), 2);
 }
@@ -225,8 +219,8 @@ void tst_FileWatch::severalFiles()
     QTemporaryDir directory;
     const QString a = directory.filePath("a.fs");
     const QString b = directory.filePath("b.fs");
-    write(a, "1");
-    write(b, "1");
+    putFile(a, "1");
+    putFile(b, "1");
     FileSetWatch watch;
     QStringList told;
     connect(&watch, &FileSetWatch::fileChanged, this, [&](const QString &path) {
@@ -235,12 +229,12 @@ void tst_FileWatch::severalFiles()
             watch.setFiles({a});
     });
     watch.setFiles({a, b, a, {}, directory.filePath("missing.fs")});
-    write(a, "22");
+    putFile(a, "22");
     QTRY_COMPARE(told, QStringList(a));
-    write(b, "22");
+    putFile(b, "22");
     QTRY_COMPARE(told, QStringList({a, b}));
-    write(b, "333");
-    write(a, "333");
+    putFile(b, "333");
+    putFile(a, "333");
     QTRY_COMPARE(told, QStringList({a, b, a}));
 }
 

@@ -7,6 +7,7 @@
 #include <capture/standarddatamanager.h>
 #include <link/jtagsession.h>
 
+#include <support/files.h>
 #include <support/testmain.h>
 
 #include <QTemporaryDir>
@@ -678,13 +679,11 @@ void tst_DataManagers::delays()
         Rig rig(Kind::Lite, 8);
         rig.lite->start(delay);
         QTest::qWait(50);
-        QCOMPARE(rig.state(), CaptureState::Started);
-        QVERIFY(rig.server.log.isEmpty());
+        QVERIFY(rig.state() == CaptureState::Started && rig.server.log.isEmpty());
         rig.lite->onDelay(); // Force Trigger
         rig.lite->onDelay(); // and once more, before the answer
         QTRY_VERIFY(rig.isOver());
-        QCOMPARE(rig.sent("READ_RAM"), 1);
-        QCOMPARE(rig.windows.size(), 1);
+        QVERIFY(rig.sent("READ_RAM") == 1 && rig.windows.size() == 1);
     }
     // The timer fires once; a lost answer is asked for again.
     Rig rig(Kind::Lite, 8);
@@ -748,13 +747,11 @@ void tst_DataManagers::load()
     KeoStandardDataManager manager;
     QString id;
     const auto loads = [&](const QString &name, const QByteArray &cores) {
-        QFile file(directory.filePath(name));
-        const QByteArray content =
-            "<KEO_CONFIG><Version>3.0</Version>" + cores + "<KEO_ID>1A2B</KEO_ID></KEO_CONFIG>";
-        if (!cores.isNull() && (!file.open(QIODevice::WriteOnly) || file.write(content) < 0))
-            return false;
-        file.close();
-        return manager.load(file.fileName(), id);
+        const QString path = directory.filePath(name);
+        if (!cores.isNull())
+            putFile(path, "<KEO_CONFIG><Version>3.0</Version>" + cores +
+                              "<KEO_ID>1A2B</KEO_ID></KEO_CONFIG>");
+        return manager.load(path, id);
     };
     const QByteArray core = "<KoCore index=\"2\"/>";
     QVERIFY(loads("a.zeo", core) && manager.isZeo() && manager.coreByIndex(2));

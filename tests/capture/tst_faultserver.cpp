@@ -11,11 +11,11 @@
 #include <capture/standarddatamanager.h>
 #include <link/jtagsession.h>
 
+#include <support/files.h>
 #include <support/testdesign.h>
 #include <support/testmain.h>
 
 #include <QDir>
-#include <QFile>
 #include <QProcess>
 #include <QTimer>
 
@@ -227,11 +227,10 @@ void tst_FaultServer::initTestCase()
                                  "\"%2/design.keo\", \"stimulus\": \"%2/design.vcd\"}]}")
                       .arg(cables.isEmpty() ? "" : ", ", setup.socket);
     }
-    QFile board(m_directory.filePath("board.json"));
-    QVERIFY(board.open(QIODevice::WriteOnly));
-    board.write("{\"samples_per_second\": 4000, \"cables\": {" + cables.toUtf8() + "}}");
-    board.close();
-    qputenv("SIGNALSCOPE_BOARD", board.fileName().toLocal8Bit());
+    const QString board =
+        putFile(m_directory.filePath("board.json"),
+                "{\"samples_per_second\": 4000, \"cables\": {" + cables.toUtf8() + "}}");
+    qputenv("SIGNALSCOPE_BOARD", board.toLocal8Bit());
     for (const Setup &setup : kSetups) {
         m_servers.push_back(std::make_unique<QProcess>());
         m_servers.back()->setProcessChannelMode(QProcess::ForwardedErrorChannel);

@@ -1,8 +1,12 @@
+#include <capture/registerimage.h>
 #include <cli/captureoptions.h>
+#include <config/capturelimits.h>
+#include <design/capturecommand.h>
+#include <support/files.h>
 #include <support/testmain.h>
+#include <trigger/randomunit.h>
 
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 
 using namespace KEO;
@@ -16,6 +20,10 @@ private Q_SLOTS:
     void refuses();
     void reads();
     void readsWhatIsLeftOut();
+    void keepsTheOrderOfCores();
+    void takesWhatIsWritten();
+    void triggerRules_data();
+    void triggerRules();
     void pagesNameEveryOption();
 };
 
@@ -44,7 +52,16 @@ void tst_CaptureOptions::refuses_data()
     addRow("project of another kind", "--save a.prj b.keo", "a.prj");
     addRow("open and a file", "--open a.analyzer_prj b.keo", "FILE");
     addRow("open and save", "--open a.analyzer_prj --save b.analyzer_prj", "--save");
+    addRow("open and a match unit", "--open a.analyzer_prj --set M0===1", "--set");
+    addRow("setting before its core", "--amount 32 --core 1 a.keo", "--amount");
+    addRow("amount in words", "--core 1 --amount many a.keo", "\"many\"");
     addRow("open and a cable", "--open a.analyzer_prj --cable LK7", "--cable");
+    addRow("compare with nothing", "--compare a.analyzer_prj", "two projects");
+    addRow("compare three", "--compare a.analyzer_prj b.analyzer_prj c.analyzer_prj", "two");
+    addRow("compare no project", "--compare a.analyzer_prj b.keo", "b.keo");
+    addRow("compare and export", "--compare a.analyzer_prj --format vcd b.analyzer_prj",
+           "--format");
+    addRow("compare and open", "--compare a.analyzer_prj --open b.analyzer_prj", "--open");
     addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
 }
 
@@ -105,7 +122,183 @@ void tst_CaptureOptions::readsWhatIsLeftOut()
     QCOMPARE(open->file, QDir::current().absoluteFilePath("a b.1.analyzer_prj"));
     QCOMPARE(open->baseName, "a_b_1");
     QCOMPARE(open->formats, QList<ExportFormat>{ExportFormat::Vcd});
+    const auto compare = parseCaptureOptions(
+        {"program", "--json", "--compare", "a.analyzer_prj", "dir/b.analyzer_prj", "--core", "2"});
+    QVERIFY(compare && compare->task == Compare && compare->json);
+    QCOMPARE(compare->file, QDir::current().absoluteFilePath("a.analyzer_prj"));
+    QCOMPARE(compare->otherFile, QDir::current().absoluteFilePath("dir/b.analyzer_prj"));
+    QCOMPARE(compare->cores, QList<int>{2});
     QCOMPARE((ClockPeriod{3, "us"}).picoseconds(), 3000000);
+}
+
+void tst_CaptureOptions::keepsTheOrderOfCores()
+{
+    const auto first = parseCaptureOptions({"program", "--windows", "2", "a.keo"});
+    QVERIFY(first && first->triggers == QList{TriggerOptions{.windows = 2}});
+    const auto both = parseCaptureOptions({"program", "--core", "1", "--set", "M0===1", "--core=0",
+                                           "--amount=64", "--set", "M2=>0", "--core", "1", "a.keo",
+                                           "--expression", "M0", "--set=M1===X"});
+    QVERIFY(both);
+    QCOMPARE(both->cores, (QList<int>{1, 0}));
+    QCOMPARE(both->triggers,
+             (QList{TriggerOptions{.core = 1, .units = {"M0===1", "M1===X"}, .expressions = {"M0"}},
+                    TriggerOptions{.core = 0, .amount = 64, .units = {"M2=>0"}}}));
+}
+
+namespace {
+
+constexpr int kUnitsOn = 5;
+
+/// A core as a tool flow describes it, the same for the same seed.
+std::unique_ptr<CoreConfig> describedCore(int index, quint32 seed)
+{
+    QRandomGenerator random(seed);
+    auto core = std::make_unique<CoreConfig>(index);
+    core->storage_depth = 32 << random.bounded(8);
+    core->capture_amount = 32;
+    core->signals = {{"s", {}, {}}};
+    core->dynamic = random.bounded(2);
+    for (int unit = 0; unit < kUnitsOn; ++unit) {
+        TriggerPort &port = *core->triggers[unit];
+        for (int bit = random.bounded(1, 70); bit > 0; --bit)
+            port.signals.append({QString::number(bit), {}, {}});
+        MatchUnit &record = *core->matchUnits[2 * unit];
+        record.enabled = true;
+        record.trigger = &port;
+        record.match_type = MatchType(random.bounded(6));
+        record.counter_enable = random.bounded(2);
+        record.counter_width = random.bounded(1, 17);
+        setRandomly(record, random);
+    }
+    core->expressions = {"M0&M2", "M4", "!M6|M8^M0", "M4"};
+    core->ensureExpressionFlags();
+    return core;
+}
+
+/// Whatever a user may do on the page.
+void changeAsOnThePage(CoreConfig &core, QRandomGenerator &random)
+{
+    const auto any = [&](int count) { return random.bounded(count); };
+    QList<int> amounts;
+    while (amounts.isEmpty()) {
+        core.window_num = any(kMaxOfferedWindows) + 1;
+        amounts = offeredAmounts(core.storage_depth, core.window_num);
+    }
+    core.capture_amount = amounts[any(int(amounts.size()))];
+    core.trigger_pos = any(core.capture_amount - kMinRowsFromTrigger + 1);
+    for (MatchUnit *unit : core.enabledUnits()) {
+        if (any(2))
+            setRandomly(*unit, random);
+    }
+    if (core.dynamic == 0)
+        return;
+    for (qsizetype row = 0; row < core.expressions.size(); ++row) {
+        core.expressionEnabled[row] = any(2);
+        if (any(2))
+            core.setExpression(QStringList{"M8", "!(M0^!M2)", "M4", "(M6)"}[any(4)], int(row));
+    }
+}
+
+QStringList inForce(const CoreConfig &core)
+{
+    QStringList texts;
+    for (qsizetype row = 0; row < core.expressions.size(); ++row) {
+        if (core.expressionEnabled[row])
+            texts.append(core.expressions[row]);
+    }
+    texts.sort();
+    return texts;
+}
+
+} // namespace
+
+// A command that was written for one set-up gives it to a description with any other.
+void tst_CaptureOptions::takesWhatIsWritten()
+{
+    for (quint32 seed = 0; seed < 300; ++seed) {
+        QRandomGenerator random(seed);
+        std::vector<std::unique_ptr<CoreConfig>> cores;
+        RunSettings settings{.delay = int(seed % 3), .device = seed % 2 ? "KR-A" : ""};
+        for (int index = 0; index < 2; ++index) {
+            cores.push_back(describedCore(index, seed + index));
+            changeAsOnThePage(*cores.back(), random);
+            const WrittenOptions written = triggerOptionsOf(*cores.back());
+            QCOMPARE(written.remarks, QStringList());
+            settings.cores.append(written.options);
+        }
+        const CommandPlace place{.program = "program",
+                                 .description = "/a b/d'e.keo",
+                                 .cable = "TARNO keo",
+                                 .chain = seed % 2 ? QList<int>{0} : QList<int>{8, 0}};
+        const auto options = parseCaptureOptions(captureArguments(settings, place));
+        QVERIFY2(options, qPrintable(options ? QString() : options.error().message));
+        QCOMPARE(options->triggers, settings.cores);
+        QCOMPARE(options->cores, (QList<int>{0, 1}));
+        QCOMPARE(options->chain, place.chain);
+        QCOMPARE(options->cable, place.cable);
+        QCOMPARE(options->device, settings.device);
+        QCOMPARE(options->file, place.description);
+        QCOMPARE(options->delay.value_or(0), settings.delay);
+        for (int index = 0; index < 2; ++index) {
+            const auto target = describedCore(index, seed + index);
+            changeAsOnThePage(*target, random);
+            const auto error = applyTriggerOptions(options->triggers[index], *target);
+            QVERIFY2(!error, qPrintable(error ? error->message : QString()));
+            QCOMPARE(buildRegisterImage(*target, {}, true),
+                     buildRegisterImage(*cores[index], {}, true));
+            if (target->dynamic)
+                QCOMPARE(inForce(*target), inForce(*cores[index]));
+        }
+    }
+}
+
+void tst_CaptureOptions::triggerRules_data()
+{
+    addColumns<TriggerOptions, QString>({"options", "outcome"}); // or words of the refusal
+    addRow("amount falls with the windows", TriggerOptions{.windows = 3}, "3 256 247 M0 M2");
+    addRow("amount that still fits", TriggerOptions{.windows = 1}, "1 512 400 M0 M2");
+    addRow("position falls with the amount", TriggerOptions{.amount = 64}, "2 64 55 M0 M2");
+    addRow("all three", TriggerOptions{.windows = 8, .amount = 32, .position = 23},
+           "8 32 23 M0 M2");
+    addRow("windows", TriggerOptions{.windows = 9}, "1 to 8");
+    addRow("amount", TriggerOptions{.amount = 100}, "32, 64, 128, 256, 512.");
+    addRow("amount for the windows", TriggerOptions{.windows = 4, .amount = 512},
+           "32, 64, 128, 256.");
+    addRow("position", TriggerOptions{.amount = 32, .position = 24}, "0 to 23");
+    addRow("one expression", TriggerOptions{.expressions = {" m0 & ! M2 "}}, "2 512 400 M0&!M2");
+    addRow("in its own place", TriggerOptions{.expressions = {"M2"}}, "2 512 400 M2");
+    addRow("none", TriggerOptions{.expressions = {"none"}}, "2 512 400");
+    addRow("too many", TriggerOptions{.expressions = {"M0", "M2", "M0"}}, "room for 2");
+    addRow("none and another", TriggerOptions{.expressions = {"none", "M0"}}, "\"none\"");
+    addRow("no expression", TriggerOptions{.expressions = {"M0 M2"}}, "\"M0 M2\"");
+    addRow("another character", TriggerOptions{.expressions = {"M0+M2"}}, "\"M0+M2\"");
+    addRow("unit that is off", TriggerOptions{.expressions = {"M0|M12"}}, "M12");
+}
+
+void tst_CaptureOptions::triggerRules()
+{
+    QFETCH(const TriggerOptions, options);
+    QFETCH(const QString, outcome);
+    CoreConfig core(4);
+    core.dynamic = 1;
+    core.storage_depth = 1024;
+    core.window_num = 2;
+    core.capture_amount = 512;
+    core.trigger_pos = 400;
+    core.expressions = {"M0", "M2"};
+    core.ensureExpressionFlags();
+    core.matchUnits[0]->enabled = core.matchUnits[2]->enabled = true;
+    const std::optional<Error> error = applyTriggerOptions(options, core);
+    if (error) {
+        QVERIFY2(error->message.contains(outcome), qPrintable(error->message));
+        QVERIFY(error->message.contains("ore 4"));
+    } else {
+        QStringList state{QString::number(core.window_num), QString::number(core.capture_amount),
+                          QString::number(core.trigger_pos)};
+        QCOMPARE((state + inForce(core)).join(u' '), outcome);
+    }
+    core.dynamic = 0;
+    QCOMPARE(bool(applyTriggerOptions({.expressions = {"M0"}}, core)), true);
 }
 
 /// The long options in what \a pattern captures of \a text, sorted.
@@ -134,10 +327,9 @@ void tst_CaptureOptions::pagesNameEveryOption()
     for (const auto &[page, entry] :
          {std::pair("packaging/signalscope-capture.1", R"(^\.TP\n\.BI? (.*)$)"),
           std::pair("README.md", R"(^\| (`--(?:[^|\\]|\\.)*)\|)")}) {
-        QFile file(QStringLiteral(KEO_SOURCE_DIR "/") + QLatin1String(page));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString text = QString::fromUtf8(file.readAll()).replace("\\-", "-");
-        QCOMPARE(optionsIn(text, entry).join(u' '), known.join(u' '));
+        const QByteArray text = contentOf(QStringLiteral(KEO_SOURCE_DIR "/") + QLatin1String(page));
+        QCOMPARE(optionsIn(QString::fromUtf8(text).replace("\\-", "-"), entry).join(u' '),
+                 known.join(u' '));
     }
 }
 

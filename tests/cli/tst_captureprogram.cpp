@@ -2,6 +2,7 @@
 // status, against the simulated board.
 
 #include <link/wireserver.h>
+#include <support/files.h>
 #include <support/testdesign.h>
 #include <support/testmain.h>
 
@@ -57,21 +58,7 @@ bool isListening(const QString &server)
 
 QStringList lines(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return QString::fromUtf8(file.readAll()).split(u'\n');
-}
-
-/// Rows of samples of a CSV file, cell by cell.
-QList<QStringList> csvRows(const QString &path)
-{
-    QList<QStringList> rows;
-    for (const QString &line : lines(path)) {
-        if (line.contains(", X") || !rows.isEmpty())
-            rows.append(line.split(", "));
-    }
-    return rows.mid(1, rows.size() - 2); // without the row before the first sample
+    return QString::fromUtf8(contentOf(path)).split(u'\n');
 }
 
 } // namespace
@@ -88,6 +75,8 @@ private Q_SLOTS:
     void savesWhatItCanNotExport();
     void exportsProjects_data();
     void exportsProjects();
+    void comparesProjects_data();
+    void comparesProjects();
     void refusesProjects_data();
     void refusesProjects();
     void endsWithItsStatus_data();
@@ -98,12 +87,11 @@ private Q_SLOTS:
     void tellsOfAFullDisk();
     void keepsOrdersFromTheTerminal();
     void forcesTheTrigger();
-    void capturesFromLiteCores_data();
-    void capturesFromLiteCores();
     void startsLiteCoresLater();
     void usesAServerThatRuns();
     void stopsOnASignal_data();
     void stopsOnASignal();
+    void tellsWhatItWouldSend();
     void findsNoServer();
 
 private:
@@ -113,8 +101,7 @@ private:
     void board(const TestDesign &design);
     void write(const char *name, const QByteArray &text) const
     {
-        QFile out(file(QLatin1String(name)));
-        QVERIFY(out.open(QIODevice::WriteOnly) && out.write(text) == text.size());
+        putFile(file(QLatin1String(name)), text);
     }
     /// A copy of the program with no servers beside it.
     QString copyWithoutServers();
@@ -175,16 +162,7 @@ void tst_CaptureProgram::writesEveryFormat()
     QVERIFY2(!outcome.errors.contains("plugin"), qPrintable(outcome.errors));
     QVERIFY(outcome.errors.contains("Reading core 0 window 1"));
 
-    // The row of sample i stands at (i + 1) * period; the bus is the first column.
-    const QList<QStringList> csv = csvRows(expected.first());
-    QCOMPARE(csv.size(), design.amount);
-    const qint64 start = design.firstTrigger(design.position) - design.position;
-    for (int sample = 0; sample < design.amount; ++sample) {
-        const QStringList &cells = csv.at(sample);
-        QCOMPARE(cells.at(0).toInt(), (sample + 1) * 10);
-        QCOMPARE(cells.at(1).toInt(nullptr, 16), int(start + sample));
-        QCOMPARE(cells.at(18).at(0).digitValue(), int(design.level(16, start + sample)));
-    }
+    QVERIFY(lines(expected.first()).value(design.amount + 5).startsWith("2560, "));
     const QStringList vcd = lines(expected.at(1));
     QVERIFY(vcd.contains("  1 ps"));
     // Samples are taken at rising edges.
@@ -297,6 +275,80 @@ void tst_CaptureProgram::exportsProjects()
     QVERIFY(!QImage(file("shot_core1_window0.png")).isNull());
     QCOMPARE(QDir(file("one")).entryList(QDir::Files, QDir::Name),
              (QStringList{"p_core1_window0.vcd", "p_core1_window1.vcd"}));
+}
+
+void tst_CaptureProgram::comparesProjects_data()
+{
+    addColumns<bool, int, int>({"lite", "signal", "sample"});
+    addRow("first bit", false, 0, 0);
+    addRow("trigger", false, 15, 16);
+    addRow("end of a word", false, 7, 63);
+    addRow("last bit", false, 23, 255);
+    addRow("lite core", true, 20, 128);
+}
+
+// One flipped bit in the second window, or the only one, of a copy is found and nothing else is.
+void tst_CaptureProgram::comparesProjects()
+{
+    QFETCH(const bool, lite);
+    QFETCH(const int, signal);
+    QFETCH(const int, sample);
+    TestDesign design;
+    design.lite = lite;
+    design.windows = 2;
+    board(design);
+    const QString delay = lite ? " --delay 5" : "";
+    const Outcome saved = run("--device KR-A --save a.analyzer_prj design.keo" + delay);
+    QVERIFY2(saved.status == 0, qPrintable(saved.errors));
+    const QString data = lines(file("a.xml")).join(u'\n');
+    const QString name = design.name(signal);
+    const auto saveCopy = [&](const QString &text) {
+        write("b.xml", text.toUtf8());
+        write("b.analyzer_prj", "[General]\nKEO_FILE=" + file("design.keo").toUtf8() +
+                                    "\nDATA_FILE=" + file("b.xml").toUtf8() + "\n");
+    };
+    saveCopy(data);
+    const QString lonely = copyWithoutServers();
+    const QString compare = "--compare a.analyzer_prj b.analyzer_prj";
+    const Outcome equal = run(compare, lonely);
+    QVERIFY2(equal.status == 0, qPrintable(equal.errors));
+    QCOMPARE(equal.output.count("equal, samples compared: 256\n"), lite ? 1 : 2);
+
+    QString changed = data;
+    const qsizetype element =
+        changed.indexOf("name=\"" + name + u'"', changed.lastIndexOf("<Window"));
+    const qsizetype bit = changed.indexOf(u'>', element) + 1 + sample;
+    QVERIFY(element > 0 && (changed.at(bit) == u'0' || changed.at(bit) == u'1'));
+    changed[bit] = changed.at(bit) == u'0' ? u'1' : u'0';
+    saveCopy(changed);
+    const Outcome found = run(compare, lonely);
+    QCOMPARE(found.status, 1);
+    QCOMPARE(found.output.count(u'\n'), lite ? 2 : 3);
+    QVERIFY2(found.output.contains("\n  " + name + ": first at sample " + QString::number(sample)),
+             qPrintable(found.output));
+    const QJsonDocument json =
+        QJsonDocument::fromJson(run(compare + " --json --core 0", lonely).output.toUtf8());
+    QCOMPARE(json["status"].toInt(), 1);
+    const QJsonValue window = json["windows"].toArray().last();
+    QCOMPARE(window["equal"].toBool(true), false);
+    QCOMPARE(window["differences"].toArray().size(), 1);
+    const QJsonValue difference = window["differences"][0];
+    QCOMPARE(difference["name"].toString(), name);
+    QCOMPARE(difference["first"].toInt(-1), sample);
+    QCOMPARE(difference["from_trigger"].toInt(999), sample - (lite ? 0 : design.position));
+    QCOMPARE(difference["samples"].toInt(), 1);
+    QCOMPARE(run(compare + " --core 7", lonely).status, 2);
+
+    // A window that one of them lacks is a difference too.
+    if (!lite) {
+        const qsizetype last = data.lastIndexOf("<Window");
+        saveCopy(data.left(last) + "</WaveData>");
+        const Outcome lacking = run(compare, lonely);
+        QCOMPARE(lacking.status, 1);
+        QVERIFY(lacking.output.contains("core 0 window 1: only in A"));
+    }
+    QVERIFY(QFile::remove(file("b.xml")));
+    QCOMPARE(run(compare, lonely).status, 6);
 }
 
 void tst_CaptureProgram::refusesProjects_data()
@@ -496,8 +548,7 @@ void tst_CaptureProgram::tellsOfAFullDisk()
     process.setWorkingDirectory(m_directory->path());
     const QString old = file("full_core0_window0.csv");
     if (isExport) {
-        QFile kept(old);
-        QVERIFY(kept.open(QIODevice::WriteOnly) && kept.write("good") == 4);
+        putFile(old, "good");
         // A limit on the size of files stands for the disk.
         process.setChildProcessModifier([] {
             std::signal(SIGXFSZ, SIG_IGN);
@@ -548,60 +599,9 @@ void tst_CaptureProgram::forcesTheTrigger()
     TestDesign design;
     design.fires = false;
     board(design);
-    const Outcome outcome = run("--device KR-A --force-after 0.6 --format csv design.keo");
+    const Outcome outcome = run("--device KR-A --force-after 0.6 design.keo");
     QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
     QVERIFY(outcome.errors.contains("Forcing the trigger."));
-    // Wherever it was forced, the samples are a piece of the stimulus without a gap.
-    const QList<QStringList> csv = csvRows(file("design_core0_window0.csv"));
-    const int start = csv.first().at(1).toInt(nullptr, 16);
-    for (int sample = 0; sample < design.amount; ++sample)
-        QCOMPARE(csv.at(sample).at(1).toInt(nullptr, 16), (start + sample) % TestDesign::kLength);
-}
-
-void tst_CaptureProgram::capturesFromLiteCores_data()
-{
-    addColumns<QString, QString, int, bool, int>(
-        {"device", "extension", "implementation", "initData", "amount"});
-    addRow("in the list", "KR-H", "keo", 0, false, 300);
-    addRow(".zeo", "KR-H", "zeo", 0, false, 300);
-    addRow("another implementation", "KR-H", "keo", 2, false, 256);
-    addRow("data is there already", "KR-H", "keo", 0, true, 129);
-    addRow("one sample", "KR-H", "keo", 0, false, 1);
-}
-
-/// Every signal at every sample is the stimulus, round after round without a gap.
-void tst_CaptureProgram::capturesFromLiteCores()
-{
-    QFETCH(const QString, device);
-    QFETCH(const QString, extension);
-    QFETCH(const int, implementation);
-    QFETCH(const bool, initData);
-    QFETCH(const int, amount);
-    const TestDesign design{.lite = true,
-                            .implementation = implementation,
-                            .initData = initData,
-                            .extension = extension,
-                            .device = device,
-                            .noise = 70, // rows of more than 64 bits
-                            .amount = amount};
-    board(design);
-    const Outcome outcome =
-        run("--device " + device + " --auto 2 --format csv --format prn design." + extension);
-    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
-    QCOMPARE(outcome.output.split(u'\n', Qt::SkipEmptyParts),
-             (QStringList{file("design_1.csv"), file("design_1_core0_window0.prn"),
-                          file("design_2.csv"), file("design_2_core0_window0.prn")}));
-    for (const int round : {0, 1}) {
-        const QList<QStringList> csv =
-            csvRows(file(QStringLiteral("design_%1.csv").arg(round + 1)));
-        QCOMPARE(csv.size(), amount);
-        for (int i = 0; i < amount; ++i) {
-            const qint64 sample = round * amount + i;
-            for (int signal = 0; signal < design.signalCount(); ++signal)
-                QCOMPARE(csv.at(i).at(2 + signal).at(0).digitValue(),
-                         int(design.level(signal, sample)));
-        }
-    }
 }
 
 /// The core takes no sample before the delay is over, and --force-after cuts it short.
@@ -680,6 +680,54 @@ void tst_CaptureProgram::findsNoServer()
     for (const char *line : {"design.keo", "--list-cables"})
         QCOMPARE(run(line, copy).status, 3);
     QCOMPARE(run("--list-cables").output, "Tarno USB Cable(FT2CH)\nParallel Port(LPT)\nLK7\n");
+}
+
+/// Where no server is.
+void tst_CaptureProgram::tellsWhatItWouldSend()
+{
+    TestDesign design;
+    design.dynamic = true;
+    design.cores = 2;
+    board(design);
+    const QString program = copyWithoutServers();
+    const QStringList before = QDir(m_directory->path()).entryList();
+    const Outcome text = run("--dry-run --device KR-A --core 1 design.keo", program);
+    QCOMPARE(text.status, 0);
+    QVERIFY2(text.output.startsWith("select         core 1\n"
+                                    "write  0x0020  expression count = 1\n"
+                                    "write  0x0021  capture amount = 256\n"
+                                    "write  0x0022  trigger offset = 235\n"
+                                    "write  0x0023  window count = 1\n"
+                                    "write  0x0100  M0 compare = "),
+             qPrintable(text.output));
+    QVERIFY2(text.output.endsWith("M1 control = in range 100000000 to 111011111111\n"
+                                  "write  0xAB00  truth table 0, 4 words = 1 at 3\n"
+                                  "write  0x0000  start = arm\n"
+                                  "select         core 1\n"
+                                  "read   0x0000  start\n"),
+             qPrintable(text.output));
+    QCOMPARE(run("--dry-run --core 2 design.keo", program).status, 2);
+
+    QString description = lines(file("design.keo")).join(u'\n');
+    QVERIFY(description.contains("M0&amp;M1"));
+    write("never.keo", description.replace("M0&amp;M1", "M0&amp;M9").toUtf8());
+    const Outcome json = run("--dry-run --json --quiet never.keo", program);
+    QCOMPARE(json.status, 0);
+    const QJsonObject document = QJsonDocument::fromJson(json.output.toUtf8()).object();
+    QCOMPARE(document["words"].toInt(), 5 + 8 + 4 + 1 + 2);
+    QCOMPARE(document["registers"].toArray().size(), 5 + 8 + 1 + 1 + 2);
+    const QJsonObject finding = document["findings"].toArray().first().toObject();
+    QCOMPARE(finding["expression"], 0);
+    QVERIFY(finding["text"].toString().contains("M9, which is off"));
+    QVERIFY(QFile::remove(file("never.keo")));
+
+    design.lite = true;
+    design.write(m_directory->path());
+    const Outcome lite = run("--dry-run --quiet design.keo", program);
+    QCOMPARE(lite.output, "read   0x0002  capture init\n"
+                          "write  0x0000  start = arm\n"
+                          "read   0x0000  start\n");
+    QCOMPARE(QDir(m_directory->path()).entryList(), before);
 }
 
 KEO_TEST_MAIN(tst_CaptureProgram)

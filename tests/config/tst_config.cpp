@@ -8,9 +8,8 @@
 #include <config/poweroftwo.h>
 #include <config/standardconfig.h>
 
+#include <support/files.h>
 #include <support/testmain.h>
-
-#include <QFile>
 
 #include <functional>
 #include <optional>
@@ -71,12 +70,6 @@ QList<SignalEntry> busAndSignal(int bits)
     for (int i = 0; i < bits; ++i)
         bus.members += single(QString("bus[%1]").arg(i));
     return {bus, single("ready")};
-}
-
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace
@@ -169,11 +162,9 @@ void tst_Config::readsAToolFlowFile()
     QString id;
     QString error = "left over";
     bool ok = false;
-    QFile marked(m_directory.filePath("marked.keo"));
-    QVERIFY(marked.open(QIODevice::WriteOnly));
-    marked.write("\xEF\xBB\xBF" + fileBytes(kSeeds + "toolflow.keo"));
-    marked.close();
-    const CoreList cores = loadStandardConfigFile(marked.fileName(), &id, &ok, &error);
+    const QString marked = putFile(m_directory.filePath("marked.keo"),
+                                   "\xEF\xBB\xBF" + contentOf(kSeeds + "toolflow.keo"));
+    const CoreList cores = loadStandardConfigFile(marked, &id, &ok, &error);
     QVERIFY2(ok && error.isEmpty(), qPrintable(error));
     QCOMPARE(id, "0x5A3C");
     QCOMPARE(cores.size(), 2);
@@ -208,7 +199,7 @@ void tst_Config::readsAndWritesASavedFile()
         QVERIFY2(text.contains(line), qPrintable(text.join(u'\n') + "\nlacks\n" + line));
     const QString path = m_directory.filePath("saved.keo");
     QVERIFY(saveStandardConfigFile(cores, path));
-    QCOMPARE(fileBytes(path).split('\n'), fileBytes(kSeeds + "saved.keo").split('\n'));
+    QCOMPARE(contentOf(path).split('\n'), contentOf(kSeeds + "saved.keo").split('\n'));
     QVERIFY(!saveStandardConfigFile(cores, m_directory.path()));
 }
 
@@ -323,9 +314,8 @@ void tst_Config::filesThatCannotBeRead()
     QVERIFY(loadLiteConfigFile("/nowhere", nullptr, nullptr, &message).isEmpty());
     QCOMPARE(message, "Open file failed");
 
-    QFile file(m_directory.filePath("f.keo"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QVERIFY(loadStandardConfigFile(file.fileName(), nullptr, &ok, &message).empty());
+    const QString empty = putFile(m_directory.filePath("f.keo"), {});
+    QVERIFY(loadStandardConfigFile(empty, nullptr, &ok, &message).empty());
     QVERIFY(ok); // an empty file is no error
     QCOMPARE(message, QString());
 }
@@ -359,7 +349,7 @@ void tst_Config::liteFile()
 
     const QString path = m_directory.filePath(QStringLiteral("lite.keo"));
     QVERIFY(saveLiteConfigFile(cores, path));
-    QVERIFY(fileBytes(path).startsWith(
+    QVERIFY(contentOf(path).startsWith(
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<KEO_CONFIG>\n    <Version>3.0</Version>\n"
         "    <Mode>Lite</Mode>\n    <KoCore_Lite index=\"5\" sample_clock="));
     QVERIFY(loadLiteConfigFile(path) == cores);

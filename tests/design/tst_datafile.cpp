@@ -5,9 +5,8 @@
 #include <design/datafilecheck.h>
 #include <design/datafilereader.h>
 #include <design/datafilewriter.h>
+#include <support/files.h>
 #include <support/testmain.h>
-
-#include <QFile>
 
 using namespace KEO;
 using WaveMonitor::WindowContents;
@@ -182,21 +181,13 @@ void tst_DataFile::replacesItsOwnAlone()
     QFETCH(bool, isReplaced);
     const QTemporaryDir folder;
     const QString path = folder.filePath("data");
-    const auto content = [&] {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    };
-    const auto put = [&] {
-        QFile file(path);
-        QVERIFY(present.isNull() ||
-                (file.open(QIODevice::WriteOnly) && file.write(present) == present.size()));
-    };
-    put();
+    if (!present.isNull())
+        putFile(path, present);
     QCOMPARE(!writeDataFile(path, {}), isReplaced);
-    QCOMPARE(content(), isReplaced ? dataFileText({}) : present);
-    put();
+    QCOMPARE(contentOf(path), isReplaced ? dataFileText({}) : present);
+    putFile(path, present);
     QVERIFY(!writeDataFile(path, {}, path)); // the user's own choice
-    QCOMPARE(content(), dataFileText({}));
+    QCOMPARE(contentOf(path), dataFileText({}));
 }
 
 void tst_DataFile::survivesBeingCutOff()

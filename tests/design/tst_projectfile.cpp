@@ -1,9 +1,8 @@
-#include <base/wholefile.h>
 #include <design/projectfile.h>
+#include <support/files.h>
 #include <support/testmain.h>
 
 #include <QDir>
-#include <QFile>
 #include <QScopeGuard>
 #include <QSettings>
 
@@ -26,11 +25,6 @@ private Q_SLOTS:
 
 private:
     QString path(const char *name) const { return m_directory.filePath(QLatin1String(name)); }
-    QByteArray content(const QString &file) const
-    {
-        const auto bytes = readWholeFile(file, 1'000'000, LineEnds::AsTheyAre);
-        return bytes ? *bytes : QByteArray();
-    }
     QTemporaryDir m_directory;
 };
 
@@ -94,7 +88,7 @@ void tst_ProjectFile::keepsPaths()
         settings.setValue("KEO_FILE", project.keoFile);
         settings.setValue("DATA_FILE", project.dataFile);
     }
-    QCOMPARE(content(copy), content(path("p.analyzer_prj")));
+    QCOMPARE(contentOf(copy), contentOf(path("p.analyzer_prj")));
     QFile::remove(copy);
 }
 
@@ -138,9 +132,9 @@ void tst_ProjectFile::replacesWhatIsThere()
 {
     QFETCH(QByteArray, before);
     const QString file = path("there.analyzer_prj");
-    QVERIFY(!writeWholeFile(file, before, LineEnds::AsTheyAre));
+    putFile(file, before);
     QVERIFY(!writeProjectFile(file, {"/b.keo", "/b.xml"}));
-    QTEST(content(file), "after");
+    QTEST(contentOf(file), "after");
 }
 
 void tst_ProjectFile::failsWithoutHarm()

@@ -1,6 +1,7 @@
 #include <export/csvwriter.h>
 #include <export/prnwriter.h>
 #include <export/vcdwriter.h>
+#include <support/files.h>
 #include <support/testmain.h>
 #include <wave_data/windowcontents.h>
 
@@ -31,12 +32,6 @@ QByteArray written(const Write &write, const ExportWindow &window)
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     return write(buffer, window) ? buffer.data() : QByteArray("failed");
-}
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
 }
 
 /// The date in the head of a VCD is the only thing that differs from run to run.
@@ -217,9 +212,7 @@ void tst_ExportWriters::expectedFiles()
     QCOMPARE(written(write, contents), bytes);
     QTemporaryDir target;
     const QString path = target.filePath(expected);
-    QFile before(path);
-    QVERIFY(before.open(QIODevice::WriteOnly) && before.write(QByteArray(100'000, 'x')) > 0);
-    before.close();
+    putFile(path, QByteArray(100'000, 'x'));
     QVERIFY(writeFile(path, contents));
     QCOMPARE(undated(contentOf(path)), undated(bytes));
 }

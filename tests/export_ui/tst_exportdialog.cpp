@@ -1,6 +1,7 @@
 // The export dialog, driven by keys and clicks, with files on the disk.
 
 #include <export_ui/exportdialog.h>
+#include <support/files.h>
 #include <support/widgettest.h>
 #include <wave/wavemonitorwidget.h>
 
@@ -26,12 +27,6 @@ using WaveMonitor::SignalElement;
 using WaveMonitor::WaveMonitorWidget;
 
 namespace {
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
-}
 
 /// A viewer of one bus of two bits and one signal, whose names say which window they belong to.
 std::unique_ptr<WaveMonitorWidget> monitorOf(int core, int window)

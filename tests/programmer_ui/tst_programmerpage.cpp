@@ -5,6 +5,7 @@
 #include <programmer_ui/keoprogrammerwidget.h>
 #include <programmer_ui/legiblecolor.h>
 #include <programmer_ui/programmerlog.h>
+#include <support/files.h>
 #include <support/widgettest.h>
 
 #include "../programmer/scripttool.h"
@@ -17,7 +18,6 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTableView>
@@ -46,7 +46,6 @@ private Q_SLOTS:
     void fileChanges();
     void endsAnywhere();
     void logIsBoundedAndLegible();
-    void fitsSmallScreens();
 };
 
 namespace {
@@ -125,10 +124,7 @@ struct Page
     }
     QString writeFile(const QString &name, const QByteArray &text) const
     {
-        QFile file(directory.filePath(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(text) < 0)
-            qFatal("cannot write");
-        return file.fileName();
+        return putFile(directory.filePath(name), text);
     }
     /// Lines of the log without their times and without blank ones.
     QStringList log() const
@@ -143,14 +139,6 @@ struct Page
         }
         return lines;
     }
-    QPoint place(int row, Column column) const
-    {
-        return table->visualRect(model->index(row, column)).center();
-    }
-    void clickCell(int row, Column column) const
-    {
-        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, place(row, column));
-    }
     void tick(int row) const
     {
         const QRect cell = table->visualRect(model->index(row, Column::Enable));
@@ -161,8 +149,7 @@ struct Page
     template <typename Editor>
     Editor *edit(int row, Column column) const
     {
-        clickCell(row, column);
-        QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, place(row, column));
+        doubleClick(table, model->index(row, column));
         return table->viewport()->findChild<Editor *>();
     }
     template <typename Editor>
@@ -179,10 +166,7 @@ struct Page
     {
         auto *combo = edit<QComboBox>(row, column);
         QVERIFY(combo);
-        const int wanted = combo->findText(text);
-        QVERIFY(wanted >= 0);
-        while (combo->currentIndex() != wanted)
-            QTest::keyClick(combo, combo->currentIndex() < wanted ? Qt::Key_Down : Qt::Key_Up);
+        chooseByKeys(combo, text);
         QTest::keyClick(combo, Qt::Key_Return);
         closeEditor();
     }
@@ -497,7 +481,8 @@ void tst_ProgrammerPage::rowsComeGoAndMove()
     QCOMPARE(page.model->rowCount(), 17);
     QCOMPARE(page.boxes.seen, QStringList("Warning: Exceeding the maximum number of devices."));
     page.choose(2, Column::Series, "KR");
-    page.clickCell(2, Column::Series);
+    QTest::mouseClick(page.table->viewport(), Qt::LeftButton, {},
+                      page.table->visualRect(page.model->index(2, Column::Series)).center());
     // Keeps its selection, and stops at the edge.
     for (const auto &[button, place] :
          {std::pair("moveUp", 1), std::pair("moveUp", 0), std::pair("moveUp", 0),
@@ -729,38 +714,6 @@ void tst_ProgrammerPage::logIsBoundedAndLegible()
     log->addMessages(many);
     QCOMPARE(log->document()->blockCount(), ProgrammerLog::kMaxLines);
     QCOMPARE(page.log().last(), "Info: " + many.last());
-}
-
-// The page shares a window of 600 pixels' height with the settings of a core, and the dialog has it
-// to itself, also with a large font.
-void tst_ProgrammerPage::fitsSmallScreens()
-{
-    const QFont before = QApplication::font();
-    for (const int points : {10, 15}) {
-        Page page;
-        QFont font = before;
-        font.setPointSize(points);
-        QApplication::setFont(font); // as the desktop's settings do
-        page.widget.setDevice("KR", "KR-C", {});
-        QVERIFY(page.table->rowHeight(0) > page.table->fontMetrics().height());
-        const int height = page.widget.minimumSizeHint().height();
-        page.widget.setEnabledByUser(false);
-        QApplication::processEvents();
-        QVERIFY(height - page.widget.minimumSizeHint().height() <
-                10 * page.widget.fontMetrics().lineSpacing());
-        page.widget.setEnabledByUser(true);
-        OnModal<QDialog> dialog([&](QDialog *box) {
-            QVERIFY(box->width() <= 760 && box->height() <= 540); // beside a frame and a panel
-            QTest::keyClick(box, Qt::Key_Escape);
-        });
-        page.edit<QWidget>(0, Column::Operation);
-        QVERIFY(dialog.seen());
-        page.widget.resize(400, 0); // too narrow for the columns, as low as it gets
-        QApplication::processEvents();
-        QVERIFY(page.table->horizontalScrollBar()->isVisible());
-        QVERIFY(page.table->viewport()->height() >= page.table->rowHeight(0));
-    }
-    QApplication::setFont(before);
 }
 
 KEO_WIDGET_TEST_MAIN(tst_ProgrammerPage)

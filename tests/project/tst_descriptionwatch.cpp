@@ -3,6 +3,7 @@
 #include <project/descriptionwatch.h>
 #include <project/reloadbanner.h>
 #include <support/desktop.h>
+#include <support/files.h>
 
 #include <QFile>
 #include <QPushButton>
@@ -69,15 +70,7 @@ struct Session : Desktop
         built.amount = 64;
         const QTemporaryDir folder;
         built.write(folder.path());
-        QFile made(folder.filePath("design." + design.extension));
-        QVERIFY(made.open(QIODevice::ReadOnly));
-        write(made.readAll());
-    }
-    void write(const QByteArray &content) const
-    {
-        QFile description(file());
-        QVERIFY(description.open(QIODevice::WriteOnly));
-        QCOMPARE(description.write(content), content.size());
+        putFile(file(), contentOf(folder.filePath("design." + design.extension)));
     }
 };
 
@@ -237,20 +230,18 @@ void tst_DescriptionWatch::changeDuringCapture()
 void tst_DescriptionWatch::holdsBackWhatIsBeingWritten()
 {
     Session s({});
-    QFile file(s.file());
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray whole = file.readAll();
+    const QByteArray whole = contentOf(s.file());
     const auto isMarked = [&] { return !s.tabs()->tabIcon(0).isNull(); };
-    s.write(whole.first(whole.size() / 2));
+    putFile(s.file(), whole.first(whole.size() / 2));
     QTest::qWait(3 * kQuiet);
     QCOMPARE(s.words(), QStringList());
     QVERIFY(!isMarked());
-    s.write(whole);
+    putFile(s.file(), whole);
     QTRY_VERIFY(isMarked());
     QTest::qWait(kQuiet); // the watch may tell it once more, which makes the banner anew
     QCOMPARE(s.words(), QStringList(kChanged));
     // Once more, and the banner is pressed before the watch has seen it.
-    s.write(whole.first(whole.size() / 3));
+    putFile(s.file(), whole.first(whole.size() / 3));
     s.pressTop();
     QCOMPARE(s.tabs()->count(), 1);
     QVERIFY(!isMarked());
@@ -268,7 +259,7 @@ void tst_DescriptionWatch::holdsBackWhatIsBeingWritten()
 void tst_DescriptionWatch::reloadOfNoDesign()
 {
     Session s({});
-    s.write("<KEO_CONFIG></KEO_CONFIG>");
+    putFile(s.file(), "<KEO_CONFIG></KEO_CONFIG>");
     QTRY_COMPARE(s.words(), QStringList(kChanged));
     s.pressTop();
     QCOMPARE(s.boxes.seen, QStringList("Error: Invalid KEO file specified in project."));

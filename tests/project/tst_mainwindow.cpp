@@ -3,10 +3,9 @@
 
 #include <capture/fakeserver.h>
 #include <support/desktop.h>
+#include <support/files.h>
 
 #include <QComboBox>
-#include <QFile>
-#include <QFileInfo>
 #include <QLabel>
 
 using namespace KEO;
@@ -31,17 +30,18 @@ private Q_SLOTS:
 
 namespace {
 
-struct Session : UserWindow
+/// A user with the design open.
+struct Session : Desktop
 {
-    explicit Session(const Bench &bench)
+    explicit Session(const TestDesign &board) : Desktop(board)
     {
         window->resize(1000, 700);
-        open(bench.file());
+        show(file());
     }
 
-    void open(const QString &path)
+    void show(const QString &path)
     {
-        window->openFile(path, {}, QStringLiteral("KR-A"), {});
+        open(path);
         QApplication::processEvents(); // a tool bar shows its widgets later
     }
     /// What the status bar tells under that name; of the project that is in the window.
@@ -68,8 +68,7 @@ void tst_MainWindow::tellsTheRun()
 {
     TestDesign design;
     design.windows = 2;
-    const Bench bench(design);
-    Session s(bench);
+    Session s(design);
     QCOMPARE(s.window->windowTitle(), "design.keo – Tarno Signal Scope");
     QCOMPARE(s.status(), "Ready");
     const QString cable = s.cables()->currentText();
@@ -121,21 +120,18 @@ void tst_MainWindow::refusedFiles()
     QFETCH(QString, name);
     QFETCH(QByteArray, content);
     QFETCH(QString, reason);
-    const Bench bench({});
-    Session s(bench);
+    Session s({});
     const auto *told = s.window->findChild<QLabel *>("refusedFile");
     QVERIFY(!told->isVisible());
-    const QString path = bench.directory.filePath(name);
-    QFile file(path);
+    const QString path = s.directory.filePath(name);
     if (!content.isNull())
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) >= 0);
-    file.close();
-    s.open(path);
+        putFile(path, content);
+    s.show(path);
     QCOMPARE(s.tabs()->count(), 0);
     QVERIFY(told->isVisible());
     QVERIFY2(told->text().contains(path) && told->text().contains(reason),
              qPrintable(told->text()));
-    s.open(bench.file());
+    s.show(s.file());
     QVERIFY(s.window->closeCurrentProject());
     QVERIFY(!told->isVisible());
 }
@@ -167,15 +163,12 @@ void tst_MainWindow::tellsWhyNoWavesShow()
     QFETCH(bool, hasBox);
     TestDesign design;
     design.lite = lite;
-    const Bench bench(design);
-    const auto write = [&](const QString &name, const QByteArray &content) {
-        QFile file(bench.directory.filePath(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) > 0);
-    };
-    write("other.xml", "<WaveData><Window index=\"0\" core=\"7\"/></WaveData>");
-    write("p.analyzer_prj", "[General]\nKEO_FILE=design.keo\nDATA_FILE=" + dataFile.toUtf8());
-    Session s(bench);
-    s.open(bench.directory.filePath("p.analyzer_prj"));
+    Session s(design);
+    const QString project = s.directory.filePath("p.analyzer_prj");
+    putFile(s.directory.filePath("other.xml"),
+            "<WaveData><Window index=\"0\" core=\"7\"/></WaveData>");
+    putFile(project, "[General]\nKEO_FILE=design.keo\nDATA_FILE=" + dataFile.toUtf8());
+    s.show(project);
     QCOMPARE(s.tabs()->count(), lite ? 0 : 1);
     const auto *refused = s.window->findChild<QLabel *>("refusedFile");
     const QString text = lite ? refused->text() : s.status("toldStatus");
@@ -188,15 +181,14 @@ void tst_MainWindow::tellsOfAServerThatIsGone()
     for (const bool isWaiting : {false, true}) {
         TestDesign design;
         design.fires = false;
-        Bench bench(design);
-        Session s(bench);
+        Session s(design);
         if (isWaiting) {
             s.press(Qt::Key_F1);
             QTRY_VERIFY(s.status().startsWith("Waiting"));
         }
         QVERIFY(s.cables()->itemIcon(0).isNull());
-        killServers(bench.servers);
-        bench.servers.clear();
+        killServers(s.servers);
+        s.servers.clear();
         QTRY_VERIFY2(s.status("deviceStatus").endsWith(": server is gone"),
                      qPrintable(s.status("deviceStatus")));
         QVERIFY(!s.cables()->itemIcon(0).isNull());
@@ -214,19 +206,19 @@ void tst_MainWindow::tellsOfAServerThatIsGone()
 // Through a reload, a project of the other kind and a list that was closed meanwhile.
 void tst_MainWindow::keepsTheCable()
 {
-    const Bench bench({});
+    Session s({});
     TestDesign liteDesign;
     liteDesign.lite = true;
     const QTemporaryDir lite;
     liteDesign.write(lite.path());
     const FakeServer other;
     QVERIFY(JtagSession::instance()->connectServer({"Other", other.name()}, 1000));
-    Session s(bench);
+    s.show(s.file());
     QVERIFY(s.cables()->currentText() != "Other");
     QTest::keyClick(s.cables(), Qt::Key_Down);
     QCOMPARE(s.cables()->currentText(), "Other");
-    for (const QString &file : {bench.file(), lite.filePath("design.keo"), bench.file()}) {
-        s.open(file);
+    for (const QString &file : {s.file(), lite.filePath("design.keo"), s.file()}) {
+        s.show(file);
         QCOMPARE(s.cables()->currentText(), "Other");
         QVERIFY(s.status("deviceStatus").endsWith("Other"));
     }
@@ -236,8 +228,7 @@ void tst_MainWindow::keepsTheTabInFront()
 {
     TestDesign design;
     design.windows = 3;
-    const Bench bench(design);
-    Session s(bench);
+    Session s(design);
     QString front = "core 0 window 0"; // where the page was in front
     for (const int next : {2, 3, 1}) {
         s.press(Qt::Key_F1);
@@ -254,8 +245,7 @@ void tst_MainWindow::minimizedDuringARun()
 {
     TestDesign design;
     design.fires = false;
-    const Bench bench(design);
-    const Session s(bench);
+    const Session s(design);
     s.press(Qt::Key_F1);
     QVERIFY(waitingTip());
     s.window->showMinimized();
@@ -281,8 +271,7 @@ void tst_MainWindow::closesWhileReading()
     design.lite = lite;
     design.storageDepth = 16384;
     design.amount = 16384;
-    const Bench bench(design);
-    Session s(bench);
+    Session s(design);
     s.boxes.isPassive = true;
     s.press(Qt::Key_F1);
     QVERIFY(s.isRunning());
@@ -295,8 +284,8 @@ void tst_MainWindow::closesWhileReading()
     QVERIFY(s.window->close());
     QCOMPARE(s.boxes.seen, QStringList("Exit: Task is still running, do you want to exit?"));
     const qsizetype sections = design.amount / 128;
-    QVERIFY2(bench.requests("READ_RAM") < sections / 2,
-             qPrintable(QString::number(bench.requests("READ_RAM"))));
+    QVERIFY2(s.requests("READ_RAM") < sections / 2,
+             qPrintable(QString::number(s.requests("READ_RAM"))));
 }
 
 KEO_WIDGET_TEST_MAIN(tst_MainWindow)

@@ -1,16 +1,9 @@
 // Saving and opening projects of both kinds in the main window, with real files, keys and dialogs.
 
-#include "../design/randomwindow.h"
-
-#include <base/wholefile.h>
-#include <design/datafilewriter.h>
-#include <design/projectfile.h>
-#include <support/desktop.h>
+#include "savedproject.h"
 
 #include <QComboBox>
 #include <QDir>
-
-#include <cstring>
 
 #ifdef Q_OS_UNIX
 #include <csignal>
@@ -18,7 +11,6 @@
 #endif
 
 using namespace KEO;
-using WaveMonitor::WindowContents;
 
 class tst_ProjectFiles : public WidgetTest
 {
@@ -32,74 +24,7 @@ private Q_SLOTS:
     void opensWhatItCan();
     void writesWhatItCan();
     void fullDiskTakesNothing();
-    void killedWhileSaving();
 };
-
-namespace {
-
-QByteArray bytesOf(const QString &path)
-{
-    const auto bytes = readWholeFile(path, 1'000'000'000, LineEnds::AsTheyAre);
-    return bytes ? *bytes : QByteArray();
-}
-
-void write(const QString &path, const QByteArray &content)
-{
-    if (writeWholeFile(path, content, LineEnds::AsTheyAre))
-        qFatal("cannot write %s", qPrintable(path));
-}
-
-/// A random arrangement of the signals of a design.
-WindowContents arrangement(const TestDesign &design, quint32 seed)
-{
-    QStringList names;
-    for (int i = 0; i < design.signalCount(); ++i)
-        names.append(design.name(i));
-    QRandomGenerator random(seed);
-    WindowContents contents;
-    arrangeRandomly(contents, random, names, design.amount);
-    contents.setTriggerPosition(design.lite ? 0 : design.position);
-    return contents;
-}
-
-/// A saved project in a folder of its own, made without the program's windows: a design with
-/// \a windows windows and one random arrangement for each.
-struct SavedProject
-{
-    explicit SavedProject(bool lite = false, int windows = 1)
-    {
-        design.lite = lite;
-        design.windows = windows;
-        design.write(directory.path());
-        std::vector<WindowContents> contents;
-        QList<WindowToSave> list;
-        for (int window = 0; window < windows; ++window)
-            contents.push_back(arrangement(design, 1 + quint32(window)));
-        for (int window = 0; window < windows; ++window)
-            list.append({lite ? std::optional<int>() : 0, window, &contents[size_t(window)]});
-        if (writeDataFile(data(), list) || writeProjectFile(project(), {keo(), data()}))
-            qFatal("no project");
-    }
-    [[nodiscard]] QString keo() const { return directory.filePath("design.keo"); }
-    [[nodiscard]] QString data() const { return directory.filePath("saved.xml"); }
-    [[nodiscard]] QString project() const { return directory.filePath("saved.analyzer_prj"); }
-    [[nodiscard]] QByteArrayList files() const
-    {
-        return {bytesOf(keo()), bytesOf(data()), bytesOf(project())};
-    }
-
-    TestDesign design;
-    QTemporaryDir directory;
-};
-
-/// The main window with a project open.
-struct OpenedProject : UserWindow
-{
-    explicit OpenedProject(const QString &path) { window->openFile(path, {}, {}, {}); }
-    void save() const { press(Qt::Key_S, Qt::ControlModifier); }
-};
-
-} // namespace
 
 void tst_ProjectFiles::captureComesBack()
 {
@@ -130,7 +55,7 @@ void tst_ProjectFiles::captureComesBack()
     };
     const QStringList saved = windows();
     const auto files = [&] {
-        return QByteArrayList{bytesOf(d.file()), bytesOf(dataFile), bytesOf(project)};
+        return QByteArrayList{contentOf(d.file()), contentOf(dataFile), contentOf(project)};
     };
     const QByteArrayList written = files();
 
@@ -164,7 +89,7 @@ void tst_ProjectFiles::captureComesBack()
     d.capture();
     QVERIFY(rowsOf(windows()[1]) != rowsOf(saved[1]));
     d.saveAs(folder.filePath("other"));
-    QCOMPARE(bytesOf(dataFile), written[1]);
+    QCOMPARE(contentOf(dataFile), written[1]);
     QVERIFY(d.boxes.seen.isEmpty());
 }
 
@@ -186,12 +111,12 @@ void tst_ProjectFiles::asksWhere()
     Desktop d(design);
     d.open();
     d.capture();
-    const QByteArray before = bytesOf(d.file());
+    const QByteArray before = contentOf(d.file());
     QVERIFY(QDir(d.directory.path()).mkdir("new"));
     const QDir folder(d.directory.filePath("new"));
     d.saveAs(name.isEmpty() ? name : folder.filePath(name));
     QCOMPARE(folder.entryList(QDir::Files, QDir::Name), files);
-    QCOMPARE(bytesOf(d.file()) == before, files.isEmpty()); // Save rewrites the description
+    QCOMPARE(contentOf(d.file()) == before, files.isEmpty()); // Save rewrites the description
     if (files.isEmpty()) {
         d.saveAs(folder.filePath("x")); // it asks again
         return;
@@ -242,12 +167,12 @@ void tst_ProjectFiles::opensWhatItCan()
     QFETCH(QByteArray, keo);
     QFETCH(QString, box);
     QFETCH(QStringList, tabs);
-    const SavedProject saved(lite);
+    const ProjectOnDisk saved(lite);
     const auto change = [](const QString &path, const QByteArray &content) {
         if (content == "gone")
             QFile::remove(path);
         else
-            write(path, content);
+            putFile(path, content);
     };
     if (data != "as saved")
         change(saved.data(), data);
@@ -266,7 +191,7 @@ void tst_ProjectFiles::opensWhatItCan()
 void tst_ProjectFiles::writesWhatItCan()
 {
     for (int blocked = 0; blocked < 3; ++blocked) {
-        const SavedProject saved;
+        const ProjectOnDisk saved;
         const QStringList paths{saved.keo(), saved.data(), saved.project()};
         const OpenedProject w(saved.project());
         const QByteArrayList before = saved.files();
@@ -292,7 +217,7 @@ void tst_ProjectFiles::writesWhatItCan()
 void tst_ProjectFiles::fullDiskTakesNothing()
 {
 #ifdef Q_OS_UNIX
-    const SavedProject saved;
+    const ProjectOnDisk saved;
     const OpenedProject w(saved.project());
     const QByteArrayList before = saved.files();
     w.wave(1)->loadWindow(arrangement(saved.design, 99));
@@ -313,69 +238,5 @@ void tst_ProjectFiles::fullDiskTakesNothing()
 #endif
 }
 
-namespace {
-
-const char *const kSaveForEver = "--save-for-ever";
-
-/// The life of the process that gets killed: opens the project and saves two arrangements in turn.
-int saveForEver(const QString &project)
-{
-    const OpenedProject w(project);
-    for (quint32 seed = 1;; seed = 3 - seed) {
-        w.wave(1)->loadWindow(arrangement(TestDesign(), seed));
-        QCoreApplication::processEvents();
-        w.tool("Save...")->trigger();
-        std::puts("saved");
-        std::fflush(stdout);
-    }
-}
-
-} // namespace
-
-void tst_ProjectFiles::killedWhileSaving()
-{
-    const SavedProject saved;
-    {
-        const OpenedProject w(saved.project());
-        w.save(); // the description as the program writes it
-    }
-    const QByteArrayList before = saved.files();
-    QByteArrayList datas;
-    for (quint32 seed = 1; seed <= 2; ++seed) {
-        const WindowContents contents = arrangement(saved.design, seed);
-        datas.append(dataFileText({{0, 0, &contents}}));
-    }
-    QRandomGenerator random(1);
-    bool sawBoth = false;
-    for (int round = 0; round < 6; ++round) {
-        QProcess process;
-        process.start(QCoreApplication::applicationFilePath(),
-                      {"tst_projectfiles", kSaveForEver, saved.project()});
-        for (int saves = 1 + round % 2; saves > 0;) {
-            QVERIFY(process.waitForReadyRead(30000));
-            saves -= int(process.readAllStandardOutput().count('\n'));
-        }
-        QTest::qWait(random.bounded(40));
-        process.kill();
-        QVERIFY(process.waitForFinished(30000));
-        QCOMPARE(process.exitStatus(), QProcess::CrashExit); // it did not end by itself
-        const QByteArrayList after = saved.files();
-        QCOMPARE(after[0], before[0]);
-        QVERIFY2(datas.contains(after[1]), after[1]);
-        QCOMPARE(after[2], before[2]);
-        sawBoth = sawBoth || after[1] == datas[1];
-    }
-    QVERIFY(sawBoth); // it was at work
-}
-
-static int testOrSaveForEver(int argc, char **argv)
-{
-    if (argc == 3 && std::strcmp(argv[1], kSaveForEver) == 0) {
-        const QApplication application(argc, argv);
-        return saveForEver(QString::fromLocal8Bit(argv[2]));
-    }
-    return runWidgetTest<tst_ProjectFiles>(argc, argv);
-}
-
-KEO_OWN_TEST_MAIN(testOrSaveForEver)
+KEO_WIDGET_TEST_MAIN(tst_ProjectFiles)
 #include "tst_projectfiles.moc"

@@ -1,18 +1,12 @@
 // What a save keeps: other generations, other files, other programs' work.
 
-#include "../design/randomwindow.h"
-#include "projectwindow.h"
+#include "savedproject.h"
 
-#include <base/wholefile.h>
 #include <config/standardconfig.h>
-#include <design/datafilewriter.h>
-#include <design/projectfile.h>
 #include <design/savedcapture.h>
+#include <project/keostandardanalyzerproject.h>
 
 #include <QDir>
-#include <QFile>
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QProcess>
 #include <QScopeGuard>
 #include <QSet>
@@ -21,13 +15,7 @@
 #include <cstring>
 #include <optional>
 
-#ifdef Q_OS_UNIX
-#include <csignal>
-#include <sys/resource.h>
-#endif
-
 using namespace KEO;
-using WaveMonitor::WindowContents;
 
 class tst_Saving : public WidgetTest
 {
@@ -42,102 +30,35 @@ private Q_SLOTS:
     void killedWhileSaving();
 };
 
-namespace {
-
-QByteArray bytesOf(const QString &path)
-{
-    const auto bytes = readWholeFile(path, 1'000'000'000, LineEnds::AsTheyAre);
-    return bytes ? *bytes : QByteArray();
-}
-
-void write(const QString &path, const QByteArray &content)
-{
-    if (writeWholeFile(path, content, LineEnds::AsTheyAre))
-        qFatal("cannot write %s", qPrintable(path));
-}
-
-/// A saved project in a folder of its own, made without the program's windows: a design with
-/// \a windows windows and one random arrangement for each.
-struct SavedSession
-{
-    explicit SavedSession(quint32 seed = 1, int windows = 1, const QString &folder = {})
-        : path(directory.filePath(folder))
-    {
-        design.windows = windows;
-        QDir().mkpath(path);
-        design.write(path);
-        std::vector<WindowContents> contents;
-        QList<WindowToSave> list;
-        for (int window = 0; window < windows; ++window)
-            contents.push_back(arrangement(seed + quint32(window) * 1000));
-        for (int window = 0; window < windows; ++window)
-            list.append({design.coreIndex, window, &contents[size_t(window)]});
-        if (writeDataFile(data(), list) || writeProjectFile(project(), {keo(), data()}))
-            qFatal("no project");
-    }
-
-    [[nodiscard]] WindowContents arrangement(quint32 seed) const
-    {
-        QStringList names;
-        for (int i = 0; i < design.signalCount(); ++i)
-            names.append(design.name(i));
-        QRandomGenerator random(seed);
-        WindowContents contents;
-        arrangeRandomly(contents, random, names, design.amount);
-        contents.setTriggerPosition(design.position);
-        return contents;
-    }
-    [[nodiscard]] QString keo() const { return path + "/design.keo"; }
-    [[nodiscard]] QString data() const { return path + "/saved.xml"; }
-    [[nodiscard]] QString project() const { return path + "/saved.analyzer_prj"; }
-    [[nodiscard]] QByteArrayList files() const
-    {
-        return {bytesOf(keo()), bytesOf(data()), bytesOf(project())};
-    }
-
-    TestDesign design;
-    QTemporaryDir directory;
-    QString path;
-};
-
-void save(const ProjectWindow &w)
-{
-    w.window->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(w.window.get()));
-    QTest::keySequence(w.window.get(), QKeySequence::Save);
-}
-
-} // namespace
-
 void tst_Saving::asksBeforeItReplaces_data()
 {
-    QTest::addColumn<QMessageBox::StandardButton>("answer");
-    QTest::newRow("yes") << QMessageBox::Yes;
-    QTest::newRow("no") << QMessageBox::No;
+    addColumns<QMessageBox::StandardButton>({"answer"});
+    addRow("yes", QMessageBox::Yes);
+    addRow("no", QMessageBox::No);
 }
 
 // Named without its suffix, a project is not seen by the dialog, which asks for any other file.
 void tst_Saving::asksBeforeItReplaces()
 {
     QFETCH(QMessageBox::StandardButton, answer);
-    const SavedSession saved;
-    const QByteArray before = bytesOf(saved.project());
-    ProjectWindow w(saved.keo());
+    const ProjectOnDisk saved;
+    const QByteArray before = contentOf(saved.project());
+    OpenedProject w(saved.keo());
     w.boxes.answer = answer;
-    w.action("saveAction")->setEnabled(true);
+    w.tool("Save...")->setEnabled(true);
     std::optional<OnModal<QFileDialog>> again;
     const OnModal<QFileDialog> dialog([&](QFileDialog *box) {
         again.emplace([](QFileDialog *second) { QTest::keyClick(second, Qt::Key_Escape); });
-        box->findChild<QLineEdit *>()->setText(saved.path + "/saved");
+        box->findChild<QLineEdit *>()->setText(saved.directory.path() + "/saved");
         QTest::keyClick(box, Qt::Key_Return);
     });
-    save(w);
+    w.save();
     QVERIFY(dialog.seen());
     QCOMPARE(w.boxes.seen, QStringList("Warning: " + saved.project() +
                                        " already exists. Do you want to replace it?"));
     QCOMPARE(again->seen(), answer == QMessageBox::No); // it asks for another name
-    QCOMPARE(bytesOf(saved.data()).contains("<Window"), answer == QMessageBox::No);
-    QCOMPARE(bytesOf(saved.project()), before); // the same paths in either case
+    QCOMPARE(contentOf(saved.data()).contains("<Window"), answer == QMessageBox::No);
+    QCOMPARE(contentOf(saved.project()), before); // the same paths in either case
 }
 
 void tst_Saving::keepsWhatTheToolWrote_data()
@@ -155,43 +76,43 @@ void tst_Saving::keepsWhatTheToolWrote()
 {
     QFETCH(QByteArray, onDisk);
     QFETCH(QStringList, kept);
-    const SavedSession saved;
-    const ProjectWindow w(saved.project());
+    const ProjectOnDisk saved;
+    const OpenedProject w(saved.project());
     QStringList told;
-    connect(w.project, &CaptureProject::told, &w.boxes,
+    connect(w.window->findChild<KeoStandardAnalyzerProject *>(), &CaptureProject::told, &w.boxes,
             [&](const QString &text) { told.append(text); });
     if (!onDisk.isNull())
-        write(saved.keo(), onDisk);
-    save(w);
-    const QDir folder(saved.path);
+        putFile(saved.keo(), onDisk);
+    w.save();
+    const QDir folder(saved.directory.path());
     QCOMPARE(folder.entryList({"*kept*"}), kept);
     QCOMPARE(told.size(), 1);
     QVERIFY2(told[0].contains("Saved " + saved.project()), qPrintable(told[0]));
     for (const QString &copy : kept) {
-        QCOMPARE(bytesOf(folder.filePath(copy)), onDisk);
+        QCOMPARE(contentOf(folder.filePath(copy)), onDisk);
         QVERIFY2(told[0].contains(folder.filePath(copy)), qPrintable(told[0]));
     }
-    save(w); // our own file is no news
+    w.save(); // our own file is no news
     QCOMPARE(folder.entryList({"*kept*"}), kept);
     QVERIFY(w.boxes.seen.isEmpty());
 }
 
 void tst_Saving::pathsHoldAnywhere()
 {
-    const SavedSession saved;
+    const ProjectOnDisk saved;
     const QString before = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(saved.path));
+    QVERIFY(QDir::setCurrent(saved.directory.path()));
     const auto restore = qScopeGuard([&] { QDir::setCurrent(before); });
     // In a project they count from its folder.
-    write(saved.project(), "[General]\nDATA_FILE=saved.xml\nKEO_FILE=design.keo\n");
+    putFile(saved.project(), "[General]\nDATA_FILE=saved.xml\nKEO_FILE=design.keo\n");
     QVERIFY(QDir::setCurrent("/"));
     {
-        const ProjectWindow w(saved.project());
-        QCOMPARE(w.tabs->count(), 2);
+        const OpenedProject w(saved.project());
+        QCOMPARE(w.tabs()->count(), 2);
     }
-    QVERIFY(QDir::setCurrent(saved.path));
-    const ProjectWindow w("design.keo");
-    w.action("saveAction")->setEnabled(true);
+    QVERIFY(QDir::setCurrent(saved.directory.path()));
+    const OpenedProject w("design.keo");
+    w.tool("Save...")->setEnabled(true);
     QString suggested;
     {
         const OnModal<QFileDialog> dialog([&](QFileDialog *box) {
@@ -201,13 +122,13 @@ void tst_Saving::pathsHoldAnywhere()
             QVERIFY(QDir::setCurrent("/"));
             QTest::keyClick(box, Qt::Key_Return);
         });
-        save(w);
+        w.save();
         QVERIFY(dialog.seen());
     }
-    QCOMPARE(suggested, saved.path + "/design");
-    const auto project = readProjectFile(saved.path + "/new.analyzer_prj");
+    QCOMPARE(suggested, saved.directory.path() + "/design");
+    const auto project = readProjectFile(saved.directory.path() + "/new.analyzer_prj");
     QVERIFY(project);
-    QCOMPARE(*project, (ProjectFile{saved.keo(), saved.path + "/new.xml"}));
+    QCOMPARE(*project, (ProjectFile{saved.keo(), saved.directory.path() + "/new.xml"}));
 }
 
 namespace {
@@ -220,15 +141,15 @@ constexpr quint32 kPositions = 200; // of the trigger, one a save
 /// the other, as if each came with a new capture.
 int saveForEver(const QString &project)
 {
-    SavedSession twin; // for its arrangements
-    ProjectWindow w(project);
-    auto *position = w.tabs->findChild<QSpinBox *>(QStringLiteral("spinBoxTrPos"));
+    TestDesign design;
+    OpenedProject w(project);
+    auto *position = w.find<QSpinBox>("spinBoxTrPos");
     for (quint32 save = QRandomGenerator::global()->generate();; ++save) {
-        twin.design.position = int(save % kPositions);
-        position->setValue(twin.design.position);
-        w.wave(1)->loadWindow(twin.arrangement(1));
+        design.position = int(save % kPositions);
+        position->setValue(design.position);
+        w.wave(1)->loadWindow(arrangement(design, 1));
         QCoreApplication::processEvents();
-        w.action("saveAction")->trigger();
+        w.tool("Save...")->trigger();
         std::puts("saved");
         std::fflush(stdout);
     }
@@ -241,7 +162,7 @@ struct Generation
     int captured = -1;
 };
 
-Generation generationOf(const SavedSession &saved)
+Generation generationOf(const ProjectOnDisk &saved)
 {
     Generation generation;
     const CoreList cores = loadStandardConfigFile(saved.keo());
@@ -259,7 +180,7 @@ Generation generationOf(const SavedSession &saved)
 // which few kills on a busy machine can't tell.
 void tst_Saving::killedWhileSaving()
 {
-    const SavedSession saved;
+    const ProjectOnDisk saved;
     const QByteArrayList before = saved.files();
     const int rounds = qEnvironmentVariable("KEO_TEST_KILLS", "8").toInt();
     QRandomGenerator random(1);
@@ -281,8 +202,8 @@ void tst_Saving::killedWhileSaving()
         QVERIFY2(generation.captured >= 0, "it no longer opens with waves");
         if (generation.captured != generation.described) {
             ++mixed;
-            write(saved.keo(), before[0]); // a window shows no such waves
-            write(saved.data(), before[1]);
+            putFile(saved.keo(), before[0]); // a window shows no such waves
+            putFile(saved.data(), before[1]);
         }
         seen.insert(generation.captured);
     }

@@ -66,8 +66,7 @@ Q_DECLARE_METATYPE(MakeDialog)
 
 void tst_ScreenFit::windows_data()
 {
-    QTest::addColumn<bool>("lite");
-    QTest::addColumn<bool>("isLarge");
+    addColumns<bool, bool>({"lite", "isLarge"});
     for (const bool lite : {false, true}) {
         for (const bool isLarge : {false, true}) {
             QTest::addRow("%s, %s font", lite ? "lite" : "standard", isLarge ? "large" : "usual")
@@ -86,12 +85,11 @@ void tst_ScreenFit::windows()
     TestDesign design;
     design.lite = lite;
     design.windows = lite ? 1 : 2;
-    const Bench bench(design);
-    Analyzer window;
-    window.openFile(bench.file(), {}, {}, {});
+    Desktop d(design);
+    d.open();
+    Analyzer &window = *d.window;
     window.resize(kScreen - kFrame);
-    window.show();
-    auto *tabs = window.findChild<QTabWidget *>("tabWidget");
+    QTabWidget *tabs = d.tabs();
     QCOMPARE(tabs->count(), 1);
     const auto settle = [&] {
         QTest::qWait(10);
@@ -99,14 +97,12 @@ void tst_ScreenFit::windows()
         QVERIFY2(fits(window.size()), text(window.size()));
     };
     settle();
-    auto *inUse = window.findChild<QWidget *>("programmerWidget")->findChild<QCheckBox *>();
+    auto *inUse = d.find<QWidget>("programmerWidget")->findChild<QCheckBox *>();
     for (const bool on : {true, false}) {
         inUse->setChecked(on);
         settle();
     }
-    window.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
-    QTest::keyClick(&window, Qt::Key_F1);
+    d.press(Qt::Key_F1);
     QTRY_VERIFY_WITH_TIMEOUT(tabs->count() > 1, kCaptureTime);
     settle();
     QTRY_VERIFY_WITH_TIMEOUT(!waitingTip(), kCaptureTime);
@@ -121,19 +117,17 @@ void tst_ScreenFit::windows()
 // Rolling down a page must not set a trigger position.
 void tst_ScreenFit::wheelPassesFields()
 {
-    const Bench bench({});
-    Analyzer window;
-    window.openFile(bench.file(), {}, {}, {});
-    window.resize(400, 300);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    auto *field = window.findChild<QWidget *>("configTab")->findChild<QSpinBox *>();
+    Desktop d({});
+    d.open();
+    d.window->resize(400, 300);
+    auto *field = d.find<QWidget>("configTab")->findChild<QSpinBox *>();
     const auto roll = [&] {
         const QPointF place = field->rect().center();
         QWheelEvent event(place, field->mapToGlobal(place), {}, {0, -120}, Qt::NoButton,
                           Qt::NoModifier, Qt::NoScrollPhase, false);
         QApplication::sendEvent(field, &event);
     };
+    d.activate();
     const int before = field->value();
     roll();
     QCOMPARE(field->value(), before);

@@ -1,8 +1,13 @@
-#include "captureroad.h"
-
+#include <support/files.h>
+#include <support/testdesign.h>
 #include <support/testmain.h>
 
-/// The road from a description to its samples, for all shapes of cores.
+#include <QProcess>
+
+Q_DECLARE_METATYPE(TestDesign)
+
+/// The road from a description to its samples, for all shapes of cores: the capture program and the
+/// simulated board as processes, and files with the samples at the end.
 class tst_CaptureRoad : public QuietTest
 {
     Q_OBJECT
@@ -10,16 +15,24 @@ class tst_CaptureRoad : public QuietTest
 private Q_SLOTS:
     void samplesAreTheStimulus_data();
     void samplesAreTheStimulus();
+
+private:
+    static void compare(const QString &path, const TestDesign &design, qint64 first);
 };
 
 void tst_CaptureRoad::samplesAreTheStimulus_data()
 {
     addColumns<TestDesign>({"design"});
+    if (qEnvironmentVariableIsSet("SIGNALSCOPE_DEEP")) {
+        addRow("deepest", TestDesign{.dynamic = true,
+                                     .device = "KR-R",
+                                     .storageDepth = 65536,
+                                     .amount = 65536,
+                                     .position = 30000});
+        return;
+    }
     const QString listed = "KR-R"; // a model with a rule of its own
     const QString other = "KX-1";
-    const auto row = [](const QString &name, const TestDesign &design) {
-        QTest::newRow(qPrintable(name)) << design;
-    };
     struct Shape
     {
         int noise, depth, windows, amount, position;
@@ -30,37 +43,95 @@ void tst_CaptureRoad::samplesAreTheStimulus_data()
                             {0, 1024, 8, 128, 119}};
     int next = 0;
     for (const bool dynamic : {false, true}) {
-        for (const Shape &shape : shapes) { // each on two of the four kinds
-            const QString device = next & 1 ? listed : other;
+        for (const auto &[noise, depth, windows, amount, position] : shapes) {
+            const QString device = next & 1 ? listed : other; // each on two of the four kinds
             const QString extension = next & 2 ? "zeo" : "keo";
             ++next;
-            row(QStringLiteral("%1, .%2, %3, %4 windows of %5 samples, %6 before the trigger")
-                    .arg(dynamic ? "dynamic" : "static", extension, device)
-                    .arg(shape.windows)
-                    .arg(shape.amount)
-                    .arg(shape.position),
-                {.dynamic = dynamic,
-                 .extension = extension,
-                 .device = device,
-                 .noise = shape.noise,
-                 .storageDepth = shape.depth,
-                 .windows = shape.windows,
-                 .amount = shape.amount,
-                 .position = shape.position});
+            QTest::addRow("%s, .%s, %s, %d windows of %d samples, %d before the trigger",
+                          dynamic ? "dynamic" : "static", qPrintable(extension), qPrintable(device),
+                          windows, amount, position)
+                << TestDesign{.dynamic = dynamic,
+                              .extension = extension,
+                              .device = device,
+                              .noise = noise,
+                              .storageDepth = depth,
+                              .windows = windows,
+                              .amount = amount,
+                              .position = position};
         }
     }
-    row("255 signals", {.dynamic = true,
-                        .extension = "zeo",
-                        .device = other,
-                        .noise = 239,
-                        .amount = 1024,
-                        .position = 512});
+    addRow("255 signals", TestDesign{.dynamic = true,
+                                     .extension = "zeo",
+                                     .device = other,
+                                     .noise = 239,
+                                     .amount = 1024,
+                                     .position = 512});
+    const auto lite = [](const char *name, const char *extension, int implementation, bool initData,
+                         int amount) {
+        addRow(name, TestDesign{.lite = true,
+                                .implementation = implementation,
+                                .initData = initData,
+                                .extension = extension,
+                                .device = "KR-H", // in the list
+                                .noise = 70,      // rows of more than 64 bits
+                                .amount = amount});
+    };
+    lite("lite", "keo", 0, false, 300);
+    lite("lite, .zeo", "zeo", 0, false, 300);
+    lite("lite, another implementation", "keo", 2, false, 256);
+    lite("lite, data is there already", "keo", 0, true, 129);
+    lite("lite, one sample", "keo", 0, false, 1);
 }
 
+/// Each window takes the first trigger that has enough samples before it. A lite core captures
+/// round after round without a gap.
 void tst_CaptureRoad::samplesAreTheStimulus()
 {
     QFETCH(TestDesign, design);
-    compareWithStimulus(design);
+    const QTemporaryDir directory;
+    design.write(directory.path());
+    qputenv("SIGNALSCOPE_BOARD", directory.filePath("board.json").toLocal8Bit());
+    QProcess process;
+    process.setWorkingDirectory(directory.path());
+    process.start(KEO_BIN_DIR "/signalscope-capture",
+                  QStringList{"--quiet", "--device", design.device, "--format", "csv"} +
+                      (design.lite ? QStringList{"--auto", "2"} : QStringList()) +
+                      QStringList{"design." + design.extension});
+    QVERIFY(process.waitForFinished(120'000));
+    QVERIFY2(process.exitCode() == 0, process.readAllStandardError());
+    const QStringList files =
+        QString::fromUtf8(process.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+    QCOMPARE(files.size(), design.lite ? 2 : design.windows);
+    qint64 earliest = 0; // sample at which the window may begin
+    for (const QString &file : files) {
+        const qint64 first =
+            design.lite ? earliest
+                        : design.firstTrigger(earliest + design.position) - design.position;
+        compare(file, design, first);
+        earliest = first + design.amount;
+    }
+}
+
+/// Does a CSV file hold the samples from \a first on, each signal behind the bus?
+void tst_CaptureRoad::compare(const QString &path, const TestDesign &design, qint64 first)
+{
+    const QByteArray text = contentOf(path);
+    const QByteArrayList lines = text.mid(text.indexOf("\nData:\n")).trimmed().split('\n').mid(1);
+    QCOMPARE(lines.size(), 2 + design.amount); // names, and a row before the first sample
+    const QByteArrayList names = lines.first().split(',');
+    for (int signal = 0; signal < design.signalCount(); ++signal)
+        QCOMPARE(QString::fromUtf8(names.at(2 + signal).trimmed()), design.name(signal));
+    for (int sample = 0; sample < design.amount; ++sample) {
+        const QByteArrayList cells = lines.at(2 + sample).split(',');
+        QCOMPARE(cells.at(1).trimmed().toInt(nullptr, 16),
+                 int((first + sample) % TestDesign::kLength));
+        for (int signal = 0; signal < design.signalCount(); ++signal) {
+            const char level = design.level(signal, first + sample) ? '1' : '0';
+            QVERIFY2(cells.at(2 + signal).trimmed() == QByteArray(1, level),
+                     qPrintable(QStringLiteral("%1, %2, sample %3")
+                                    .arg(path, design.name(signal), QString::number(sample))));
+        }
+    }
 }
 
 KEO_TEST_MAIN(tst_CaptureRoad)

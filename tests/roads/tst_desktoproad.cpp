@@ -29,22 +29,6 @@ private Q_SLOTS:
 
 namespace {
 
-template <typename View>
-void doubleClick(View *view, const QModelIndex &index)
-{
-    const QPoint place = view->visualRect(index).center();
-    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, place);
-    QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, place);
-}
-
-void choose(QComboBox *box, const QString &text)
-{
-    const int wanted = box->findText(text);
-    QVERIFY(wanted >= 0);
-    while (box->currentIndex() != wanted)
-        QTest::keyClick(box, box->currentIndex() < wanted ? Qt::Key_Down : Qt::Key_Up);
-}
-
 QStringList rowNames(const SignalTreeView &tree)
 {
     QStringList names;
@@ -86,8 +70,7 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
     // Its first match unit, which compares the low byte only.
     auto *units = d.find<QTableView>("tableUnit");
     const OnModal<QDialog> unitDialog([](QDialog *dialog) {
-        auto *button = dialog->findChild<QRadioButton *>("rbtnBin");
-        QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
+        clickMark(dialog->findChild<QRadioButton *>("rbtnBin"));
         auto *value = dialog->findChild<QLineEdit *>("lineEditValue0");
         QTest::keyClick(value, Qt::Key_Home);
         QTest::keyClicks(value, "XXXXXXXX01010101");
@@ -105,8 +88,8 @@ void tst_DesktopRoad::fromFileToArrangedWaves()
     doubleClick(expressions, expressions->model()->index(0, 0));
     QCOMPARE(expressions->item(0)->text(), "exp0:  M0&!M1");
 
-    choose(d.find<QComboBox>("comboBoxWindow"), "2");
-    choose(d.find<QComboBox>("comboBoxAmount"), "128");
+    chooseByKeys(d.find<QComboBox>("comboBoxWindow"), "2");
+    chooseByKeys(d.find<QComboBox>("comboBoxAmount"), "128");
 
     // The first core is as it was, the second one as set.
     d.press(Qt::Key_F1);

@@ -7,6 +7,7 @@
 #include <programmer_ui/keoprogrammerwidget.h>
 #include <servers/serverlauncher.h>
 #include <support/desktop.h>
+#include <support/files.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -86,9 +87,7 @@ public:
     }
     void typeFile(int row, const QString &path) const
     {
-        const QPoint place = table->visualRect(table->model()->index(row, Column::FsFile)).center();
-        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, place);
-        QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, place);
+        doubleClick(table, table->model()->index(row, Column::FsFile));
         auto *field = table->viewport()->findChild<QLineEdit *>();
         QVERIFY(field);
         field->selectAll();
@@ -113,14 +112,10 @@ private:
 /// The example's first board, whose downloads take longer than any test, as a file in \a directory.
 QString slowBoard(const QTemporaryDir &directory)
 {
-    QFile board(kExample + "board.json");
-    QFile slow(directory.filePath("board.json"));
-    if (!board.open(QIODevice::ReadOnly) || !slow.open(QIODevice::WriteOnly))
-        qFatal("no board");
-    slow.write(board.readAll()
-                   .replace("\"uart_fifo.", '"' + kExample.toUtf8() + "uart_fifo.")
-                   .replace("\"download_ms\": 3000", "\"download_ms\": 600000"));
-    return slow.fileName();
+    return putFile(directory.filePath("board.json"),
+                   contentOf(kExample + "board.json")
+                       .replace("\"uart_fifo.", '"' + kExample.toUtf8() + "uart_fifo.")
+                       .replace("\"download_ms\": 3000", "\"download_ms\": 600000"));
 }
 
 } // namespace
@@ -155,7 +150,7 @@ void tst_ProgramRoad::fromEmptyDeviceToWaves()
     // Enable the programmer: no capture before the device is programmed.
     QVERIFY(!desk.status()->isVisible());
     auto *checkBox = desk.find<QCheckBox>("checkBox");
-    QTest::mouseClick(checkBox, Qt::LeftButton, {}, QPoint(8, checkBox->height() / 2));
+    clickMark(checkBox);
     QVERIFY(desk.status()->isVisible() && !desk.isEnabled("Start") && !desk.isEnabled("Auto"));
     QCOMPARE(desk.status()->text(), " Please Program fs file first ");
     desk.press(Qt::Key_F1);

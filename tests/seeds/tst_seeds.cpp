@@ -1,10 +1,10 @@
 // Every seed of every fuzz target, and what a little random damage makes of it, without a fuzzer.
 // A target that finds a flaw aborts; the input that it had is then told.
 
+#include <support/files.h>
 #include <support/testmain.h>
 
 #include <QDir>
-#include <QFile>
 #include <QLoggingCategory>
 #include <QRandomGenerator>
 
@@ -98,9 +98,7 @@ void tst_Seeds::holds()
 {
     QFETCH(Target, target);
     QFETCH(QString, path);
-    QFile seed(path);
-    QVERIFY(seed.open(QIODevice::ReadOnly));
-    const QByteArray bytes = seed.readAll();
+    const QByteArray bytes = contentOf(path);
     QRandomGenerator random(quint32(bytes.size()));
     for (int round = 0; round <= kRounds; ++round) {
         s_input = round == 0 ? bytes : damaged(bytes, random);

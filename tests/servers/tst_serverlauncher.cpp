@@ -14,7 +14,6 @@ class tst_ServerLauncher : public QuietTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void table();
     void starts();
     void ends();
 };
@@ -63,24 +62,6 @@ const QString kLpt = "Parallel Port(LPT)";
 const QString kLk7 = "LK7";
 
 } // namespace
-
-void tst_ServerLauncher::table()
-{
-    QStringList rows;
-    for (const ServerRow &row : serverTable()) {
-        const JtagConnection &record = row.connection;
-        rows.append(QStringList{row.executable, record.name, record.serverName,
-                                QString::number(record.port), QString::number(record.cable),
-                                QString::number(record.channel)}
-                        .join(", "));
-        QCOMPARE(record.client, nullptr);
-    }
-    QCOMPARE(rows, (QStringList{"chainserver, Tarno USB Cable(FT2CH), keo1, 36545, 1, 0",
-                                "chainserver_lpt, Parallel Port(LPT), keo, 36546, 2, 0",
-                                "chainserver_lk7, LK7, keolk7, 36547, 0, 0"}));
-    QCOMPARE(QFileInfo(siblingDirectory()),
-             QFileInfo(QCoreApplication::applicationDirPath() + "/../../Burner/bin"));
-}
 
 void tst_ServerLauncher::starts()
 {

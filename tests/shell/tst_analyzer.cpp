@@ -2,6 +2,7 @@
 
 #include <link/jtagsession.h>
 #include <shell/analyzer.h>
+#include <support/files.h>
 #include <support/widgettest.h>
 
 #include <QAction>
@@ -9,7 +10,6 @@
 #include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QFile>
 #include <QFileDialog>
 #include <QIcon>
 #include <QLineEdit>
@@ -51,10 +51,7 @@ struct Bench
     void open(const QString &file) const { window->openFile(file, "KR", "KR-C", "a.fs"); }
     [[nodiscard]] QString write(const QString &name, const QByteArray &content) const
     {
-        QFile file(dir.filePath(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-        return file.fileName();
+        return putFile(dir.filePath(name), content);
     }
     /// As a project does, which knows only that it has a window.
     [[nodiscard]] bool closeCurrent() const

@@ -2,19 +2,18 @@
 
 #include "bittext.h"
 
+#include <link/wireserver.h>
+
+#include <support/files.h>
 #include <support/testmain.h>
 
-#include <QDataStream>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QLocalSocket>
-#include <QMap>
 #include <QProcess>
-#include <QVariant>
 
 namespace {
 
-using Message = QMap<QString, QVariant>;
+using Message = Wire::Packet;
 
 constexpr int kPatienceMs = 20000;
 const QString kExample = QStringLiteral(KEO_SOURCE_DIR "/examples/uart_fifo/");
@@ -25,15 +24,6 @@ QByteArray frameOf(const QByteArray &payload)
     QByteArray length;
     QDataStream(&length, QIODevice::WriteOnly) << qint32(payload.size());
     return length + payload;
-}
-
-QByteArray frameOf(const Message &message)
-{
-    QByteArray payload;
-    QDataStream stream(&payload, QIODevice::WriteOnly);
-    stream.setVersion(QDataStream::Qt_4_6);
-    stream << message;
-    return frameOf(payload);
 }
 
 /// A program on a board file, ended by the end of its input.
@@ -103,7 +93,7 @@ public:
         } while (clock.elapsed() < kPatienceMs);
     }
 
-    void send(const Message &message) { sendBytes(frameOf(message)); }
+    void send(const Message &message) { sendBytes(Wire::frame(message)); }
     void sendBytes(const QByteArray &bytes)
     {
         socket.write(bytes);
@@ -117,16 +107,8 @@ public:
         clock.start();
         while (true) {
             buffer += socket.readAll();
-            const qint64 length =
-                buffer.size() < 4 ? -1 : QByteArray(buffer.left(4)).toHex().toLongLong(nullptr, 16);
-            if (length >= 0 && buffer.size() >= 4 + length) {
-                QDataStream stream(buffer.mid(4, length));
-                stream.setVersion(QDataStream::Qt_4_6);
-                Message message;
-                stream >> message;
-                buffer.remove(0, 4 + length);
-                return message;
-            }
+            if (const auto message = Wire::take(buffer))
+                return *message;
             incomplete += !buffer.isEmpty();
             const qint64 left = ms - clock.elapsed();
             if (left <= 0 || !socket.waitForReadyRead(int(left)))
@@ -212,21 +194,18 @@ private:
     QString board(const QByteArray &faults = {}, const QByteArray &programmer = R"("scan_ms": 1)",
                   bool isProgrammed = true)
     {
-        const QString path = m_directory.filePath(QStringLiteral("board.json"));
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly))
-            return {};
         const QByteArray example = "\"description\": \"" + kExample.toUtf8() +
                                    "uart_fifo.zeo\", \"stimulus\": \"" + kExample.toUtf8() +
                                    "uart_fifo.vcd\"}";
-        file.write("{\"log\": \"log\", \"scan\": \"keo\", \"cables\": {\"keo1\": {\"chain\": [{" +
-                   example + "], \"faults\": [" + faults + "]}, \"keo\": {\"chain\": [" +
-                   R"({"series": "KS", "model": "KS-1", "idcode": "0900281b", "instruction": 6},
+        return putFile(
+            m_directory.filePath(QStringLiteral("board.json")),
+            "{\"log\": \"log\", \"scan\": \"keo\", \"cables\": {\"keo1\": {\"chain\": [{" +
+                example + "], \"faults\": [" + faults + "]}, \"keo\": {\"chain\": [" +
+                R"({"series": "KS", "model": "KS-1", "idcode": "0900281b", "instruction": 6},
                       {"model": "KR-C", "also_named": ["KR-CX"], "idcode": "1100381B",
                        "programmed": )" +
-                   (isProgrammed ? "true, " : "false, ") + example +
-                   "], \"programmer\": {\"download_ms\": 1, " + programmer + "}}}}");
-        return path;
+                (isProgrammed ? "true, " : "false, ") + example +
+                "], \"programmer\": {\"download_ms\": 1, " + programmer + "}}}}");
     }
 
     QTemporaryDir m_directory;
@@ -369,7 +348,7 @@ void tst_SimPrograms::hostileClients()
     const auto value = [](const QByteArray &hex) { // of the key "A"
         return frameOf(QByteArray::fromHex("00000001 00000002 0041" + hex));
     };
-    const QByteArray open = frameOf(Message{{"CMD", "OPEN"}, {"CHAIN", QVariantList{0}}});
+    const QByteArray open = Wire::frame({{"CMD", "OPEN"}, {"CHAIN", QVariantList{0}}});
     const std::pair<QByteArray, const char *> rows[] = {
         {QByteArray(16, '\xff'), "is cut off: a frame says"},
         {QByteArray::fromHex("7fffffff00"), "is cut off: a frame says"},
@@ -380,10 +359,9 @@ void tst_SimPrograms::hostileClients()
         {value("0000000d 00 ffffffff"), "it ends early"},
         {value("00000009 00 ffffffff"), "it ends early"},
         {value(QByteArray("00000009 00 00000001").repeated(5000)), "nested too deep"},
-        {open + frameOf(Message{{"CMD", "READ"}, {"SIZE", 2147483647}}),
-         "a read of 2147483647 bits"},
-        {frameOf(Message{{"CMD", "OPEN"}, {"CHAIN", "0"}}) +
-             frameOf(Message{{"CMD", "WRITE"}, {"DATA", 1}}),
+        {open + Wire::frame({{"CMD", "READ"}, {"SIZE", 2147483647}}), "a read of 2147483647 bits"},
+        {Wire::frame({{"CMD", "OPEN"}, {"CHAIN", "0"}}) +
+             Wire::frame({{"CMD", "WRITE"}, {"DATA", 1}}),
          "the device isn't open"}};
     Program server("chainserver", board());
     for (const auto &[bytes, complaint] : rows) {
@@ -467,31 +445,27 @@ void tst_SimPrograms::programs()
     }
     Program again("chainserver_lpt", path);
     QCOMPARE(Client("keo").open(kOpenChain), -20);
-    QFile log(m_directory.filePath("log"));
-    QVERIFY(log.open(QIODevice::ReadOnly));
-    QVERIFY(log.readAll().contains("burner_cli runs " + kDownload.join(u' ').toUtf8() + '\n'));
+    QVERIFY(contentOf(m_directory.filePath("log"))
+                .contains("burner_cli runs " + kDownload.join(u' ').toUtf8() + '\n'));
 }
 
 // What another user put beside the socket leads to any file of this one.
 void tst_SimPrograms::keepsOffLinks()
 {
     const QString path = board({}, R"("download_ms": 1)", false);
-    QFile file(m_directory.filePath("victim"));
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write("mine") == 4);
-    file.close();
+    const QString victim = putFile(m_directory.filePath("victim"), "mine");
     QVERIFY(Call(path, kDownload).output.contains("Finished.")); // it makes the chain's file
     const QDir folder(QDir::tempPath());
     QStringList links = folder.entryList({"keo-*.chain"}, QDir::Files);
     links.append("keo.burner");
     for (const QString &link : std::as_const(links)) {
         QFile::remove(folder.filePath(link));
-        QVERIFY(QFile::link(file.fileName(), folder.filePath(link)));
+        QVERIFY(QFile::link(victim, folder.filePath(link)));
         QVERIFY(!Call(path, kDownload).output.contains("Finished."));
         QVERIFY(QFileInfo(folder.filePath(link)).isSymLink());
         QVERIFY(QFile::remove(folder.filePath(link)));
     }
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), "mine");
+    QCOMPARE(contentOf(victim), "mine");
 }
 
 void tst_SimPrograms::programmerFaults_data()

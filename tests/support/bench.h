@@ -1,12 +1,12 @@
 #pragma once
 
 #include "benchserver.h"
+#include "files.h"
 #include "testdesign.h"
 
 #include <project/waitingtip.h>
 
 #include <QApplication>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -34,10 +34,7 @@ struct Bench
     /// How many requests of a kind the server has taken.
     qsizetype requests(const QByteArray &kind) const
     {
-        QFile log(directory.filePath("packets.log"));
-        if (!log.open(QIODevice::ReadOnly))
-            return 0;
-        const QList<QByteArray> lines = log.readAll().split('\n');
+        const QList<QByteArray> lines = contentOf(directory.filePath("packets.log")).split('\n');
         return std::count_if(lines.begin(), lines.end(), [&](const QByteArray &line) {
             return line.contains(" > ") && line.contains(kind);
         });

@@ -1,16 +1,9 @@
 #include "testdesign.h"
 
-#include <QFile>
+#include "files.h"
 #include <QStringList>
 
 namespace {
-
-void writeFile(const QString &path, const QString &text)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0)
-        qFatal("cannot write %s", qPrintable(path));
-}
 
 // A hash, so that neighbouring bits and samples have nothing in common.
 bool noiseBit(int signal, qint64 sample)
@@ -104,11 +97,12 @@ QString TestDesign::standardCores() const
 
 void TestDesign::write(const QString &directory) const
 {
-    writeFile(directory + QStringLiteral("/design.") + extension,
-              QStringLiteral("<?xml version=\"1.0\"?><KEO_CONFIG><Version>3.0</Version>"
-                             "<Mode>%1</Mode>%2<KEO_ID>1</KEO_ID></KEO_CONFIG>")
-                  .arg(lite ? QStringLiteral("Lite") : QStringLiteral("Standard"),
-                       lite ? liteCore() : standardCores()));
+    putFile(directory + QStringLiteral("/design.") + extension,
+            QStringLiteral("<?xml version=\"1.0\"?><KEO_CONFIG><Version>3.0</Version>"
+                           "<Mode>%1</Mode>%2<KEO_ID>1</KEO_ID></KEO_CONFIG>")
+                .arg(lite ? QStringLiteral("Lite") : QStringLiteral("Standard"),
+                     lite ? liteCore() : standardCores())
+                .toUtf8());
 
     // The stimulus: values change at 10 i, the clock rises at 10 i + 5.
     QStringList vcd{QStringLiteral("$timescale 1ns $end\n$scope module top $end\n"
@@ -126,10 +120,10 @@ void TestDesign::write(const QString &directory) const
         vcd.append(QStringLiteral("#%1\n1!").arg(10 * sample + 5));
     }
     vcd.append(QString());
-    writeFile(directory + QStringLiteral("/design.vcd"), vcd.join(u'\n'));
+    putFile(directory + QStringLiteral("/design.vcd"), vcd.join(u'\n').toUtf8());
 
     // The board: this design on the first cable, nothing on the others.
-    writeFile(
+    putFile(
         directory + QStringLiteral("/board.json"),
         QStringLiteral(R"({ %5
   "samples_per_second": %6,
@@ -145,5 +139,6 @@ void TestDesign::write(const QString &directory) const
             .arg(device, extension, programmed ? QStringLiteral("true") : QStringLiteral("false"),
                  faults.isEmpty() ? QString() : QStringLiteral(",\n      \"faults\": ") + faults,
                  logs ? QStringLiteral("\"log\": \"packets.log\",") : QString(),
-                 QString::number(samplesPerSecond)));
+                 QString::number(samplesPerSecond))
+            .toUtf8());
 }

@@ -1,6 +1,8 @@
 #include "widgettest.h"
 
 #include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QComboBox>
 #include <QContextMenuEvent>
 #include <QFileDialog>
 #include <QMenu>
@@ -80,4 +82,24 @@ QStringList driveContextMenu(QWidget *viewport, const QPoint &position, const QS
     QApplication::sendEvent(viewport, &event);
     QCoreApplication::processEvents();
     return texts;
+}
+
+void clickMark(QWidget *button)
+{
+    QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
+}
+
+void chooseByKeys(QComboBox *box, const QString &text)
+{
+    const int wanted = box->findText(text);
+    QVERIFY(wanted >= 0);
+    while (box->currentIndex() != wanted)
+        QTest::keyClick(box, box->currentIndex() < wanted ? Qt::Key_Down : Qt::Key_Up);
+}
+
+void doubleClick(QAbstractItemView *view, const QModelIndex &index)
+{
+    const QPoint place = view->visualRect(index).center();
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, place);
+    QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, place);
 }

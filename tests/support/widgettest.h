@@ -10,6 +10,10 @@
 #include <functional>
 #include <utility>
 
+class QAbstractItemView;
+class QComboBox;
+class QModelIndex;
+
 /// Base of the tests with windows. Fails on warnings, but for what the toolkit says when there is
 /// no window system and when a view has no use for a click.
 class WidgetTest : public QuietTest
@@ -77,6 +81,15 @@ private:
 /// the texts of its entries: none when no menu came up. Chooses the entry \a choice by the
 /// keyboard, or leaves the menu.
 QStringList driveContextMenu(QWidget *viewport, const QPoint &position, const QString &choice = {});
+
+/// Checks or unchecks a box, or chooses a radio button, by a click on its mark.
+void clickMark(QWidget *button);
+
+/// Walks through a list as a user at the keyboard does.
+void chooseByKeys(QComboBox *box, const QString &text);
+
+/// A click and a double click on a cell, which opens its editor.
+void doubleClick(QAbstractItemView *view, const QModelIndex &index);
 
 template <typename Test>
 int runWidgetTest(int argc, char **argv)

@@ -33,9 +33,11 @@ void tst_Expression::check()
 
     // "! ! M0": equal ranks group from the left, and the first "!" has no operand.
     const QStringList refused = {
-        "! ! M0",   "M0 M1",  "( M0 ) M1", "M0 ( M1 )", "( M0 ) ( M1 )", "M0 ! M1", "M0 &",
-        "M0 |",     "M0 ^",   "M0 !",      "M0 & & M1", "M0 & ) M1",     "( )",     "( ! )",
-        "( & M0 )", "! & M0", "& M0",      "!",         "M0 )",          "( M0"};
+        "! ! M0", "M0 M1", "( M0 ) M1", "M0 ( M1 )", "( M0 ) ( M1 )", "M0 ! M1", "M0 &", "M0 |",
+        "M0 ^", "M0 !", "M0 & & M1", "M0 & ) M1", "( )", "( ! )", "( & M0 )", "! & M0", "& M0", "!",
+        "M0 )", "( M0",
+        // One value is left in postfix order, yet they don't say what they would mean.
+        "M0 & ! ! M1", "& M2 ! M3", "M0 | ! ! ( M1 & M2 )"};
     QTest::ignoreMessage(QtCriticalMsg, "bracket unmatched"); // of "M0 & ) M1"
     QTest::ignoreMessage(QtCriticalMsg, "bracket unmatched"); // of "M0 )"
     QTest::ignoreMessage(QtCriticalMsg, " bracket unmatched");

@@ -5,10 +5,14 @@
 #include <trigger_ui/matchunitdialog.h>
 #include <trigger_ui/muexpressiondialog.h>
 
+#include <QClipboard>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTableView>
@@ -29,6 +33,7 @@ struct Page
     QSpinBox *position = widget.findChild<QSpinBox *>("spinBoxTrPos");
     QListWidget *expressions = widget.findChild<QListWidget *>("listExpressions");
     QTableView *units = widget.findChild<QTableView *>("tableUnit");
+    QListWidget *strip = widget.findChild<QListWidget *>("triggerCheck");
 
     Page()
     {
@@ -49,6 +54,14 @@ struct Page
         widget.show();
     }
 
+    QString told() const
+    {
+        QStringList lines;
+        for (int row = 0; row < strip->count(); ++row)
+            lines.append(strip->item(row)->text());
+        return lines.join(u'\n');
+    }
+
     static void pressReturn(QAbstractItemView *view)
     {
         view->activateWindow();
@@ -56,14 +69,6 @@ struct Page
         view->setFocus();
         QVERIFY(view->hasFocus()); // or its shortcut is out of reach
         QTest::keyClick(view, Qt::Key_Return);
-    }
-
-    void doubleClick(QAbstractItemView *view, int row) const
-    {
-        const QModelIndex index = view->model()->index(row, view == units ? 2 : 0);
-        const QPoint place = view->visualRect(index).center();
-        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, place);
-        QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, place);
     }
 };
 
@@ -81,6 +86,7 @@ private Q_SLOTS:
     void showingACoreIsNoChange();
     void expressionsOfAStaticCore();
     void expressionIsEdited();
+    void typedExpressions();
     void unitIsEdited();
     void leavingTheCoreCancelsDialogs();
 };
@@ -131,7 +137,7 @@ void tst_ConfigPage::settingsFallToWhatFits()
     QCOMPARE(page.core.capture_amount, 0);
 }
 
-// As the description has it, although the fields show only what is possible.
+// As the description has it, although the fields show only what is possible; then as the fields do.
 void tst_ConfigPage::tellsWhatTheCoreCantCapture()
 {
     Page page;
@@ -141,19 +147,25 @@ void tst_ConfigPage::tellsWhatTheCoreCantCapture()
     page.core.capture_amount = 1024;
     page.core.trigger_pos = 2000;
     page.show();
-    const auto *told = page.widget.findChild<QLabel *>("captureObstacle");
-    QVERIFY2(told->isVisible() && told->text().contains("2000 of 1024"), qPrintable(told->text()));
+    QVERIFY2(page.told().contains("2000 of 1024"), qPrintable(page.told()));
     page.core.trigger_pos = 100;
     page.core.capture_amount = 1000; // not offered
     page.widget.setCore(&page.core);
-    QVERIFY2(told->isVisible() && told->text().contains("1000"), qPrintable(told->text()));
+    QVERIFY2(page.told().contains("1000"), qPrintable(page.told()));
+    QTest::mouseClick(page.strip->viewport(), Qt::LeftButton, {},
+                      page.strip->visualItemRect(page.strip->item(0)).center());
+    QCOMPARE(page.widget.focusWidget(), page.amount);
     chooseByKeys(page.amount, "512");
-    QVERIFY2(!told->isVisible(), qPrintable(told->text()));
+    QTRY_VERIFY2(!page.told().contains("1000"), qPrintable(page.told()));
     page.core.storage_depth = 1 << 20;
     page.widget.saveToCore();
-    QVERIFY(told->isVisible());
+    QTRY_VERIFY(page.told().contains("1048576"));
+    // The fields are lent to the check alone.
+    chooseByKeys(page.windows, "2");
+    QTest::qWait(0);
+    QCOMPARE(page.core.window_num, 1);
     page.widget.setCore(nullptr);
-    QVERIFY(!told->isVisible());
+    QVERIFY(page.strip->isHidden());
 }
 
 void tst_ConfigPage::settingsReachTheCoreWhenSaved()
@@ -209,7 +221,7 @@ void tst_ConfigPage::expressionsOfAStaticCore()
     page.show();
     QCOMPARE(page.expressions->item(1)->text(), "exp1:  M1&M10");
     QVERIFY(!page.expressions->item(0)->data(Qt::CheckStateRole).isValid());
-    page.doubleClick(page.expressions, 1); // would hang in a dialog
+    doubleClick(page.expressions, page.expressions->model()->index(1, 0)); // would hang in a dialog
     page.widget.saveToCore();
     QCOMPARE(page.core.expressionEnabled, (QList<bool>{false, false}));
 }
@@ -226,6 +238,8 @@ void tst_ConfigPage::expressionIsEdited()
         {"M0 AND", "\r!1", "M0&!M1"}, // mended after it was refused
         {"M2 M0", "&M15\b", ""},      // units that are off
         {"M0", "2M15", ""},
+        {"", "0&!m12", ""},                    // off, and not M1
+        {"M10", " & (M0| 1 )", "M10&(M0|M1)"}, // a blank presses no button
         {"", "", ""}};
     for (const auto &[buttons, keys, result] : rows) {
         Page page;
@@ -244,7 +258,7 @@ void tst_ConfigPage::expressionIsEdited()
         if (buttons.isEmpty())
             Page::pressReturn(page.expressions);
         else
-            page.doubleClick(page.expressions, 1);
+            doubleClick(page.expressions, page.expressions->model()->index(1, 0));
         QVERIFY(edit.seen());
         const qsizetype refusals = keys.count(u'\r') + (result.isEmpty() ? 1 : 0);
         QCOMPARE(boxes.seen, QStringList(refusals, kBadExpression));
@@ -253,6 +267,62 @@ void tst_ConfigPage::expressionIsEdited()
                  "exp1:  " + (result.isEmpty() ? "M1&M10" : result));
         QCOMPARE(page.expressions->item(1)->checkState(), Qt::Checked);
     }
+}
+
+// Random texts, typed or pasted, against the grammar as text replacement says it.
+void tst_ConfigPage::typedExpressions()
+{
+    QList<bool> flags(16);
+    for (const int unit : {0, 1, 3, 10})
+        flags[unit] = true;
+    const QStringList operands = {"M0", "m1 ", "10", " 3", "!M0", "(M 1)", "! (3|!0)"};
+    const QStringList others = {"2",  "!!", "x", "M", "11", "&&", "(", ")",  "M012",
+                                "M3", " ",  "!", "&", "|",  "^",  "",  "1 0"};
+    const auto stands = [](QString text) {
+        static const QRegularExpression blanks("(?<![0-9]) +| +(?![0-9])");
+        static const QRegularExpression units("(?<![0-9])M?(0|10|1|3)(?![0-9])");
+        static const QRegularExpression group("\\(!?u([&^|]!?u)*\\)");
+        static const QRegularExpression whole("^!?u([&^|]!?u)*$");
+        text = text.toUpper().remove(blanks).replace(units, "u");
+        while (text.contains(group))
+            text.replace(group, "u");
+        return text.contains(whole);
+    };
+    const auto unitsNamed = [](QString text) { // as stored
+        static const QRegularExpression bare("(?<![M0-9])([0-9]+)");
+        static const QRegularExpression split("M +");
+        return text.replace('m', 'M').replace(split, "M").replace(bare, "M\\1").remove(' ');
+    };
+    QRandomGenerator random(13);
+    const BoxWatcher boxes;
+    int accepted = 0;
+    for (int round = 0; round < 300; ++round) {
+        QString text;
+        for (int i = random.bounded(1, 5); i > 0; --i) {
+            text += text.isEmpty() ? QString() : QString("&|^ "[random.bounded(4)]);
+            text += operands[random.bounded(operands.size())];
+            text += random.bounded(4) ? QString() : others[random.bounded(others.size())];
+        }
+        MuExpressionDialog dialog;
+        dialog.setUnitButtons(flags);
+        dialog.show();
+        const auto *display = dialog.findChild<QLineEdit *>("editDisplay");
+        const auto *reason = dialog.findChild<QLabel *>("lbReason");
+        if (round % 2) {
+            QTest::keyClicks(dialog.focusWidget(), text);
+        } else {
+            QGuiApplication::clipboard()->setText(text);
+            QTest::keySequence(dialog.focusWidget(), QKeySequence::Paste);
+        }
+        const qsizetype refusals = boxes.seen.size();
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);
+        QVERIFY2(dialog.isVisible() == !stands(text), qPrintable(text));
+        QCOMPARE(boxes.seen.size() - refusals, dialog.isVisible() ? 1 : 0);
+        QVERIFY2(reason->text().isEmpty() != dialog.isVisible(), qPrintable(text));
+        QCOMPARE(display->text(), unitsNamed(text));
+        accepted += !dialog.isVisible();
+    }
+    QVERIFY2(accepted > 60, "too few of the random texts are expressions");
 }
 
 void tst_ConfigPage::unitIsEdited()
@@ -267,7 +337,7 @@ void tst_ConfigPage::unitIsEdited()
         QTest::keyClicks(dialog->focusWidget(), "10X1"); // the value has the focus
         QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
     });
-    page.doubleClick(page.units, 2);
+    doubleClick(page.units, page.units->model()->index(2, 2));
     QCOMPARE(page.core.matchUnitByIndex(10)->value0, "10X1");
     QCOMPARE(page.units->model()->index(2, 6).data().toString(), "10X1");
     const OnModal<MatchUnitDialog> cancel([](MatchUnitDialog *dialog) {
@@ -286,14 +356,14 @@ void tst_ConfigPage::leavingTheCoreCancelsDialogs()
     CoreConfig other;
     const auto leave = [&](QDialog *) { page.widget.setCore(&other); };
     const OnModal<MatchUnitDialog> fromUnit(leave);
-    page.doubleClick(page.units, 0);
+    doubleClick(page.units, page.units->model()->index(0, 2));
     QVERIFY(fromUnit.seen() && !QApplication::activeModalWidget());
 
     page.widget.setCore(&page.core);
     const OnModal<QMessageBox> fromBox(leave); // above the dialog
     const OnModal<MuExpressionDialog> confirm(
         [](MuExpressionDialog *dialog) { QTest::keyClick(dialog, Qt::Key_Return); });
-    page.doubleClick(page.expressions, 0);
+    doubleClick(page.expressions, page.expressions->model()->index(0, 0));
     QVERIFY(fromBox.seen() && !QApplication::activeModalWidget());
     QCOMPARE(page.core.expressions[0], "M0");
     QCOMPARE(page.widget.core(), &other);

@@ -8,6 +8,7 @@
 #include <QAbstractItemModelTester>
 #include <QCheckBox>
 #include <QColor>
+#include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -63,11 +64,7 @@ struct Opened
 
     QString shown(const char *field = "lineEditValue0") const { return find(field)->displayText(); }
 
-    void chooseRadix(const QString &radix) const
-    {
-        auto *button = find<QRadioButton>(radix);
-        QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
-    }
+    void chooseRadix(const QString &radix) const { clickMark(find<QRadioButton>(radix)); }
 
     void choose(const char *combo, const QString &text) const
     {
@@ -345,7 +342,6 @@ void tst_MatchUnits::valuesFromAFile()
     }
 }
 
-// The box belongs to the dialog, and both go with the window below them.
 // Markup could name a pipe for a picture, and the window would wait for it.
 void tst_MatchUnits::namesAreNoMarkup()
 {
@@ -358,6 +354,7 @@ void tst_MatchUnits::namesAreNoMarkup()
         QCOMPARE(shownTip(item->toolTip(0)), name);
 }
 
+// The box belongs to the dialog, and both go with the window below them.
 void tst_MatchUnits::goneInsideABox()
 {
     Opened opened(10, 0, 0, QString(10, u'0'));

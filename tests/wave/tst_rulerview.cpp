@@ -2,6 +2,7 @@
 
 #include <wave/common/timesliderdata.h>
 #include <wave/common/timeslideritem.h>
+#include <wave/ruler/scaleruler.h>
 #include <wave/view/waveview.h>
 
 #include <QImage>
@@ -56,8 +57,12 @@ class tst_RulerView final : public WidgetTest
 private Q_SLOTS:
     void ticks_data();
     void ticks();
+    void numbersStandApart();
     void markersLikeAList();
     void offersTheNearestSample();
+    void markersByKeysAndDoubleClicks();
+    void viewFollowsADraggedFlag();
+    void zoomsToMarkersAndBack();
 };
 
 void tst_RulerView::ticks_data()
@@ -100,6 +105,47 @@ void tst_RulerView::ticks()
     };
     verify(kTop + 14, [&](int i) { return i % major == 0; });
     verify(kTop + 17, [&](int i) { return i % major == 0 || i % minor == 1; });
+}
+
+// Before each tick with a number the scale is free, at every zoom and size of letters.
+void tst_RulerView::numbersStandApart()
+{
+    const QFont before = QApplication::font();
+    for (const int points : {8, 12, 16}) {
+        for (int halvings = 0; halvings <= 8; ++halvings) {
+            QFont font = before;
+            font.setPointSize(points);
+            QApplication::setFont(font);
+            const qreal zoom = std::exp2(-halvings);
+            Viewer viewer("a", 1'200'000);
+            viewer.zoomTo(zoom);
+            viewer.waves->horizontalScrollBar()->setValue(halvings < 4 ? 10'000'000 : 100'000);
+            viewer.settle();
+            const int scroll = viewer.ruler->horizontalScrollBar()->value();
+            const QImage picture = viewer.ruler->viewport()->grab().toImage();
+            const auto lightRows = [&](int x) {
+                int light = 0;
+                for (int y = kTop + 2; y < kTop + 15; ++y)
+                    light += picture.pixelColor(x, y).lightness() > 140;
+                return light;
+            };
+            const int major = tickSpacing(zoom).major;
+            int numbers = 0;
+            for (int i = 0; i < 1'200'000; i += major) {
+                int x = int(std::lround(50 * i * zoom)) - scroll;
+                if (x < 4 || x > picture.width() - 30)
+                    continue;
+                x -= lightRows(x) != 13; // a line between two pixels is on either
+                if (lightRows(x) != 13)
+                    continue;
+                ++numbers;
+                QVERIFY2(lightRows(x - 1) + lightRows(x - 2) == 0,
+                         qPrintable(QStringLiteral("%1 pt at %2").arg(points).arg(i)));
+            }
+            QVERIFY(numbers >= 3);
+        }
+    }
+    QApplication::setFont(before);
 }
 
 // Planting, dragging, pressing and removing at random: the active marker stands first.
@@ -175,6 +221,110 @@ void tst_RulerView::offersTheNearestSample()
     user.release();
     QCOMPARE(user.clocks(), QList<int>{0});
     QCOMPARE(user.rulerMenu(174, 10), QStringList());
+}
+
+void tst_RulerView::markersByKeysAndDoubleClicks()
+{
+    RulerUser user;
+    QWidget *const viewport = user.ruler->viewport();
+    QTest::mouseDClick(viewport, Qt::LeftButton, {}, {203, 10});
+    QTest::mouseDClick(viewport, Qt::LeftButton, {}, {470, kScaleY});
+    QCOMPARE(user.clocks(), (QList<int>{9, 4}));
+    QTest::mouseDClick(viewport, Qt::LeftButton, {}, {203, kFlagY}); // a flag
+    QTest::mouseDClick(viewport, Qt::RightButton, {}, {303, 10});
+    QCOMPARE(user.clocks().size(), 2);
+
+    const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QApplication::setActiveWindow(user.widget.get());
+        QTest::keyClick(user.waves, key, modifiers);
+        user.settle();
+        return user.clocks();
+    };
+    QCursor::setPos(user.waves->viewport()->mapToGlobal(QPoint(360, 200)));
+    QCOMPARE(press(Qt::Key_M), (QList<int>{7, 9, 4}));
+    QCursor::setPos(viewport->mapToGlobal(QPoint(460, 10)));
+    QCOMPARE(press(Qt::Key_M), (QList<int>{9, 7, 4})); // one stands there
+    QCursor::setPos(user.widget->mapToGlobal(QPoint(5, 300)));
+    user.zoomTo(2);
+    const int middle =
+        qRound(user.waves->mapToScene(user.waves->viewport()->width() / 2, 0).x() / CLOCK_PITCH);
+    QCOMPARE(press(Qt::Key_M), (QList<int>{middle, 9, 7, 4}));
+    QCOMPARE(press(Qt::Key_Right, Qt::AltModifier).first(), middle + 1);
+    QCOMPARE(press(Qt::Key_M, Qt::ShiftModifier), (QList<int>{9, 7, 4}));
+    for (int step = 0; step < 12; ++step)
+        press(Qt::Key_Left, Qt::AltModifier);
+    QCOMPARE(user.clocks(), (QList<int>{0, 7, 4}));
+    QCOMPARE(user.waves->horizontalScrollBar()->value(), 0); // it came along
+    // In the names the letter is part of one.
+    QTest::keyClick(user.tree, Qt::Key_M);
+    QCOMPARE(user.clocks().size(), 3);
+}
+
+void tst_RulerView::viewFollowsADraggedFlag()
+{
+    Viewer viewer("a", 400);
+    viewer.plant(3);
+    QWidget *const viewport = viewer.ruler->viewport();
+    QScrollBar *const bar = viewer.waves->horizontalScrollBar();
+    const auto clock = [&] { return viewer.ruler->timeMarker()->clock(); };
+    QTest::mousePress(viewport, Qt::LeftButton, {}, {153, kFlagY});
+    const int edge = viewport->width() - 5;
+    QTest::mouseMove(viewport, {edge, kFlagY});
+    QTRY_VERIFY(clock() > 40);
+    QTest::mouseMove(viewport, {edge / 2, kFlagY}); // and stands still again
+    viewer.settle();
+    const int place = bar->value();
+    QCOMPARE(clock(), qRound((place + edge / 2) / CLOCK_PITCH));
+    QTest::qWait(100);
+    QCOMPARE(bar->value(), place);
+    QTest::mouseMove(viewport, {-2000, kFlagY});
+    QTRY_COMPARE(clock(), 0);
+    QTRY_COMPARE(bar->value(), 0);
+    QTest::mouseMove(viewport, {edge, kFlagY});
+    QTest::mouseRelease(viewport, Qt::LeftButton, {}, {edge, kFlagY});
+    QTest::qWait(100);
+    QCOMPARE(bar->value(), 0);
+}
+
+void tst_RulerView::zoomsToMarkersAndBack()
+{
+    Viewer viewer("a", 4000);
+    QWidget *const viewport = viewer.waves->viewport();
+    const QStringList plain{"Zoom In", "Zoom Out"};
+    viewer.plant(10);
+    QCOMPARE(driveContextMenu(viewport, {50, 50}), plain);
+    viewer.ruler->plantMarker(300);
+    viewer.ruler->plantMarker(1500); // the last two: 1500 and 300
+    viewer.settle();
+    QCOMPARE(driveContextMenu(viewport, {50, 50}, "Zoom to Markers"),
+             plain + QStringList({"", "Zoom to Markers"}));
+    viewer.settle();
+    const auto x = [&](int sample) { return viewer.waves->mapFromScene(sample * 50, 0).x(); };
+    QVERIFY(x(300) > 0 && x(300) < 80);
+    QVERIFY(x(1500) < viewport->width() && x(1500) > viewport->width() - 80);
+    QCOMPARE(viewer.ruler->mapFromScene(1500 * 50, 0).x(), x(1500));
+
+    // Each zoom back, with its place.
+    QRandomGenerator random(3);
+    QList<std::pair<qreal, int>> zooms;
+    QScrollBar *const bar = viewer.waves->horizontalScrollBar();
+    const auto zoom = [&] { return std::pair(viewer.waves->zoomRate(), bar->value()); };
+    for (int step = 0; step < 12; ++step) {
+        bar->setValue(random.bounded(bar->maximum() + 1));
+        zooms.append(zoom());
+        viewer.zoomTo(std::exp2(step % 5 - random.bounded(4) - 0.5 * (step % 2)));
+        if (zoom().first == zooms.last().first)
+            zooms.removeLast();
+    }
+    QApplication::setActiveWindow(viewer.widget.get());
+    while (!zooms.isEmpty()) {
+        QTest::keyClick(viewer.waves, Qt::Key_Backspace);
+        viewer.settle();
+        QCOMPARE(zoom(), zooms.takeLast());
+        QCOMPARE(viewer.ruler->zoomRate(), viewer.widget->zoomRate());
+    }
+    QTest::keyClick(viewer.waves, Qt::Key_Backspace);
+    QCOMPARE(zoom(), std::pair(1.0, 0)); // before the first
 }
 
 KEO_WIDGET_TEST_MAIN(tst_RulerView)

@@ -4,6 +4,7 @@
 #include <wave_data/busnames.h>
 
 #include <QContextMenuEvent>
+#include <QDomDocument>
 #include <QDomElement>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -13,6 +14,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QRandomGenerator>
+#include <QScrollBar>
 
 using namespace WaveMonitor;
 
@@ -77,14 +79,15 @@ struct UsedTree final : Tree
             }
             offer = {enabled.join(u','),
                      checkedEntry(shown, "Format") + u',' + checkedEntry(shown, "Color")};
-            for (const QString &entry : path) {
+            const bool isOff = !path.isEmpty() && !entryOf(shown, path.first())->isEnabled();
+            for (const QString &entry : isOff ? QStringList() : path) {
                 if (entry != path.first()) {
                     QTest::keyClick(shown, Qt::Key_Right);
                     shown = qobject_cast<QMenu *>(QApplication::activePopupWidget());
                 }
                 shown->setActiveAction(entryOf(shown, entry));
             }
-            QTest::keyClick(shown, path.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
+            QTest::keyClick(shown, path.isEmpty() || isOff ? Qt::Key_Escape : Qt::Key_Return);
         });
         sendMenuEvent();
         QCoreApplication::processEvents();
@@ -133,6 +136,43 @@ struct UsedTree final : Tree
     Qt::DropAction hover(const QPoint &position) { return send<QDragMoveEvent>(position); }
     QImage picture() const { return view->viewport()->grab().toImage(); }
 
+    /// Types into the name editor of the selected row.
+    void typeName(const QString &typed, Qt::Key end)
+    {
+        menu({"Rename"});
+        auto *editor = view->findChild<QLineEdit *>();
+        editor->clear();
+        QTest::keyClicks(editor, typed);
+        QTest::keyClick(editor, end);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCoreApplication::processEvents();
+    }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const
+    {
+        QApplication::setActiveWindow(view.get()); // a submenu that has closed may still be
+        QTest::keyClick(view.get(), key, modifiers);
+    }
+    /// What of the rows a file would hold.
+    QString saved() const
+    {
+        QDomDocument document;
+        document.appendChild(model->writeLayout(document));
+        QStringList texts;
+        for (const SignalElement &signal : model->signalMap())
+            texts.append(signal.text);
+        return document.toString() + texts.join(u',');
+    }
+    QString openBuses() const
+    {
+        QStringList names;
+        for (int row = 0; row < model->rowCount(); ++row) {
+            const QModelIndex index = model->index(row, 0);
+            if (view->isExpanded(index) && model->hasChildren(index))
+                names.append(index.data().toString());
+        }
+        return names.join(u' ');
+    }
+
     bool isEntered = false; ///< a drag is over the view
 };
 
@@ -150,6 +190,11 @@ private Q_SLOTS:
     void valuesAndSelectionFollow();
     void menu();
     void formatAndColor();
+    void undoesAndRedoesAnything();
+    void undoKeepsWhatIsSelectedAndOpen();
+    void hidesAndShowsAll();
+    void movesRowsByKeys();
+    void findsANameTyped();
     void drag_data();
     void drag();
     void dropsThatMoveNothing();
@@ -258,17 +303,17 @@ void tst_SignalTree::valuesAndSelectionFollow()
 void tst_SignalTree::menu()
 {
     const QString same = "x[1] x[0] B(b c) C(d e)";
-    const QString all = "Restore Original Name,Format,Color";
+    const QString all = "Restore Original Name,Format,Color,Hide,Move Up,Move Down";
     const std::tuple<QString, QString, QString, QString> rows[] = {
         // selected, on, chosen, rows
         {"", "Format", "", same},
         {"x[0]", "Rename," + all, "", same},
         {"x[0] x[1]", "Group," + all, "Group", "x[1:0](x[1] x[0]) B(b c) C(d e)"}, // in row order
-        {"B", "Ungroup,Rename,Restore Original Name,Reverse,Format,Color", "Reverse",
-         "x[1] x[0] B(c b) C(d e)"},
+        {"B", "Ungroup,Rename,Restore Original Name,Reverse,Format,Color,Hide,Move Up,Move Down",
+         "Reverse", "x[1] x[0] B(c b) C(d e)"},
         {"B x[0] C", "Ungroup,Group," + all, "Ungroup", "x[1] x[0] b c d e"},
-        {"b x[0]", all, "", same},
-        {"B b", "Ungroup," + all, "", same}};
+        {"b x[0]", "Restore Original Name,Format,Color,Hide", "", same},
+        {"B b", "Ungroup,Restore Original Name,Format,Color,Hide", "", same}};
     for (const auto &[selected, enabled, entry, after] : rows) {
         UsedTree tree(same);
         tree.select(selected);
@@ -307,19 +352,181 @@ void tst_SignalTree::formatAndColor()
     QCOMPARE(tree.model->defaultFormat(), int(DataFormat::Hexadecimal));
 }
 
+// A random sequence of what the user can do, with new samples in between, back and forth again.
+void tst_SignalTree::undoesAndRedoesAnything()
+{
+    UsedTree tree("a b c d e f g");
+    tree.model->addSignal({7, "h", "named", countingSamples(7)});
+    tree.model->addSignal({8, "i", "called", countingSamples(8)});
+    tree.view->setAutoScroll(false);
+    QRandomGenerator random(11);
+    QStringList states{tree.saved()};
+    const auto anyRows = [&] {
+        QModelIndexList rows;
+        for (int row = 0; row < tree.model->rowCount(); ++row) {
+            const QModelIndex index = tree.model->index(row, 0);
+            if (random.bounded(3) == 0)
+                rows.append(index);
+            for (int member = 0; member < tree.model->rowCount(index); ++member) {
+                if (random.bounded(6) == 0)
+                    rows.append(tree.model->index(member, 0, index));
+            }
+        }
+        return rows;
+    };
+    const QStringList entries = QString("Group|Group|Ungroup|Reverse|Reverse|Restore Original Name|"
+                                        "Hide|Show All|Move Up|Move Down")
+                                    .split(u'|');
+    for (int step = 0; step < 200; ++step) {
+        const int operation = random.bounded(15);
+        const bool one = operation < 8 && random.bounded(3) == 0;
+        tree.view->selectOnly(one ? anyRows().mid(0, 1) : anyRows());
+        const QModelIndexList selected = tree.view->selectedRows();
+        const int rows = tree.model->rowCount();
+        if (operation < entries.size()) {
+            tree.menu({entries[operation]});
+        } else if (operation == 10) {
+            tree.menu({"Color", random.bounded(2) ? "Blue" : "Red"});
+        } else if (operation == 11) {
+            tree.menu({"Format", random.bounded(2) ? "Octal" : "Binary"});
+        } else if (operation == 12 && !selected.isEmpty()) {
+            tree.view->selectOnly({selected.first()});
+            tree.typeName(QStringLiteral("n%1").arg(step), Qt::Key_Return);
+        } else if (operation == 13 && rows > 0) {
+            tree.view->selectOnly({tree.model->index(random.bounded(rows), 0)});
+            tree.beginDrag();
+            const QPoint place =
+                tree.view->visualRect(tree.model->index(random.bounded(rows), 0)).center();
+            if (tree.hover(place) != Qt::IgnoreAction)
+                tree.send<QDropEvent>(place);
+        } else {
+            tree.model->updateData(QList<QBitArray>(9, QBitArray(kRowSamples, step % 2 != 0)));
+        }
+        if (tree.saved() != states.last())
+            states.append(tree.saved());
+    }
+    QVERIFY(states.size() > 60);
+    for (qsizetype state = states.size() - 1; state > 0; --state) {
+        QCOMPARE(tree.saved(), states[state]);
+        tree.press(Qt::Key_Z, Qt::ControlModifier);
+    }
+    for (const QString &state : states) {
+        QCOMPARE(tree.saved(), state);
+        tree.press(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        for (QGraphicsItem *item : tree.scene.items())
+            QVERIFY(tree.model->waveItems().contains(item));
+    }
+}
+
+void tst_SignalTree::undoKeepsWhatIsSelectedAndOpen()
+{
+    UsedTree tree("a b B(c d) C(e f) g");
+    tree.view->collapse(tree.row("C"));
+    tree.view->resize(320, 120); // scrolls
+    tree.select("a B");
+    tree.menu({"Group"});
+    tree.view->expand(tree.row("C"));
+    tree.view->verticalScrollBar()->setValue(35);
+    tree.press(Qt::Key_Z, Qt::ControlModifier);
+    QCoreApplication::processEvents();
+    QCOMPARE(rowsOf(*tree.model), "a b B(c d) C(e f) g");
+    QCOMPARE(tree.openBuses(), "B C");
+    QCOMPARE(namesOf(tree.view->selectedRows()), "a B");
+    QVERIFY(isRowSelected(tree.model->waveItems().first()));
+    QCOMPARE(tree.view->verticalScrollBar()->value(), 35);
+    tree.press(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(tree.openBuses(), "C");
+
+    const auto undoText = [&] { return tree.view->actions().first()->text(); };
+    QCOMPARE(undoText(), "Undo Group");
+    tree.view->selectOnly({});
+    tree.menu({"Undo Group"});
+    QCOMPARE(tree.openBuses(), "B C");
+    tree.menu({"Redo Group"});
+    tree.model->setLayout({}); // a load leaves nothing to go back to
+    QCOMPARE(undoText(), "Undo");
+    QVERIFY(!tree.view->actions().first()->isEnabled());
+}
+
+void tst_SignalTree::hidesAndShowsAll()
+{
+    UsedTree tree("a b B(c d e) E() g");
+    const QString all = rowsOf(*tree.model);
+    const auto hide = [&](const QString &names) {
+        tree.select(names);
+        tree.press(Qt::Key_Delete);
+        return rowsOf(*tree.model);
+    };
+    tree.select("c");
+    tree.menu({"Color", "Red"});
+    QCOMPARE(hide("c b"), "a B(d e) E() g");
+    QCOMPARE(hide("d e"), "a E() g"); // an empty bus goes with its last member
+    QCOMPARE(hide("a g"), "E()");
+    QCOMPARE(hide("E"), ""); // nothing is left to bring back
+    QCOMPARE(tree.model->signalMap().size(), 6);
+    QCOMPARE(tree.menu({"Show All"}).value(0), "Format,Undo Hide,Show All");
+    QCOMPARE(rowsOf(*tree.model), "a b B(c d e) g");
+    QCOMPARE(tree.model->node(tree.row("c"))->color, 0xFF0000);
+    QVERIFY(!tree.menu().value(0).contains(",Show All"));
+    for (int step = 0; step < 5; ++step)
+        tree.press(Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(rowsOf(*tree.model), all);
+
+    // The place may be gone, and a file does not know it: after the signal before.
+    QCOMPARE(hide("d"), "a b B(c e) E() g");
+    tree.select("B");
+    tree.menu({"Ungroup"});
+    QDomDocument document;
+    const QDomElement layout = tree.model->writeLayout(document);
+    tree.menu({"Show All"});
+    QCOMPARE(rowsOf(*tree.model), "a b c d e E() g");
+    tree.model->setLayout(layout);
+    tree.menu({"Show All"});
+    QCOMPARE(rowsOf(*tree.model), "a b c d e E() g");
+}
+
+void tst_SignalTree::movesRowsByKeys()
+{
+    UsedTree tree("a b B(c d e) g");
+    const auto move = [&](const QString &names, Qt::Key key) {
+        tree.select(names);
+        tree.press(key, Qt::AltModifier);
+        return rowsOf(*tree.model);
+    };
+    QCOMPARE(move("a", Qt::Key_Down), "b a B(c d e) g");
+    QCOMPARE(move("a", Qt::Key_Down), "b B(c d e) a g");
+    QCOMPARE(move("b a", Qt::Key_Up), "b a B(c d e) g");
+    QCOMPARE(move("b a", Qt::Key_Up), "b a B(c d e) g");
+    QCOMPARE(move("d", Qt::Key_Up), "b a B(d c e) g");
+    QCOMPARE(move("d B", Qt::Key_Up), "b a B(d c e) g"); // not of one parent
+    QCOMPARE(move("B g", Qt::Key_Up), "b B(d c e) g a");
+    QCOMPARE(namesOf(tree.view->selectedRows()), "B g");
+}
+
+void tst_SignalTree::findsANameTyped()
+{
+    UsedTree tree("clk top_data B(Data[1] Data[0]) C(data_x) rst");
+    tree.view->collapse(tree.row("C"));
+    const auto type = [&](const QString &text) {
+        QTest::keyClicks(tree.view.get(), text);
+        return tree.view->currentIndex().data().toString();
+    };
+    QCOMPARE(type("data"), "top_data");
+    QTest::qWait(QApplication::keyboardInputInterval() + 50);
+    QCOMPARE(type("data"), "Data[1]");
+    QCOMPARE(type("[0"), "Data[0]");
+    QTest::qWait(QApplication::keyboardInputInterval() + 50);
+    QCOMPARE(type("data_x"), "top_data"); // no row that shows has all of it
+    QCOMPARE(namesOf(tree.view->selectedRows()), "top_data");
+}
+
 // Names with * stand in italics: renamed. A signal counts as renamed to its own name, too.
 void tst_SignalTree::rename()
 {
     UsedTree tree("top.a B(c d)");
     const auto nameAfter = [&](const QModelIndex &row, const QString &typed, Qt::Key end) {
         tree.select(row.data().toString());
-        tree.menu({"Rename"});
-        auto *editor = tree.view->findChild<QLineEdit *>();
-        editor->clear();
-        QTest::keyClicks(editor, typed);
-        QTest::keyClick(editor, end);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QCoreApplication::processEvents();
+        tree.typeName(typed, end);
         return row.data().toString() + (row.data(Qt::FontRole).value<QFont>().italic() ? "*" : "");
     };
     for (const QPersistentModelIndex row : tree.rowsNamed("top.a B")) {

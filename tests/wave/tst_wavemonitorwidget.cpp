@@ -178,6 +178,17 @@ void tst_WaveMonitorWidget::zoomFits()
         QCOMPARE(viewer.waves->zoomRate(), rate);
         QCOMPARE(viewer.ruler->zoomRate(), rate);
         QCOMPARE(viewer.waves->horizontalScrollBar()->maximum() == 0, samples != 10'000'000);
+        if (samples != 10'000'000)
+            continue;
+        // What does not fit lies far from the trigger.
+        viewer.widget->setTriggerPosition(samples / 3);
+        for (int again = 0; again < 2; ++again) {
+            viewer.widget->zoomFit();
+            viewer.settle();
+            const int x = viewer.waves->mapFromScene(samples / 3 * CLOCK_PITCH, 0).x();
+            QVERIFY(std::abs(x - viewer.waves->viewport()->width() / 2) <= 1);
+            viewer.waves->horizontalScrollBar()->setValue(0);
+        }
     }
 }
 
@@ -217,7 +228,11 @@ void tst_WaveMonitorWidget::restoresItsState()
         viewer.tree->header()->resizeSection(1, 90);
         viewer.tree->selectOnly({viewer.model->index(0, 0), viewer.model->index(1, 0)});
         driveContextMenu(viewer.tree->viewport(), {20, 20}, "Group");
-        viewer.widget->setZoom(0.25);
+        viewer.tree->expand(viewer.model->index(0, 0));
+        viewer.tree->expand(viewer.model->index(kBus - 1, 0));
+        viewer.zoomTo(0.25);
+        viewer.waves->horizontalScrollBar()->setValue(1733);
+        viewer.waves->verticalScrollBar()->setValue(350);
         viewer.model->setDefaultFormat(DataFormat::Octal);
         viewer.widget->setTitle(2, -1);
         QCOMPARE(viewer.widget->windowTitle(), "window 2");
@@ -241,6 +256,32 @@ void tst_WaveMonitorWidget::restoresItsState()
     QCOMPARE(viewer.waves->zoomRate(), 0.25);
     QCOMPARE(viewer.model->defaultFormat(), int(DataFormat::Octal));
     QCOMPARE(treeRows(viewer), waveRows(viewer));
+    QCOMPARE(treeRows(viewer).size(), 25 + 2 + 4);
+    const auto place = [](const Viewer &shown) {
+        return QPoint(shown.waves->horizontalScrollBar()->value(),
+                      shown.waves->verticalScrollBar()->value());
+    };
+    QCOMPARE(place(viewer), QPoint(1733, 350));
+    viewer.waves->verticalScrollBar()->setValue(30);
+    viewer.zoomTo(1); // the place was for once
+    QCOMPARE(place(viewer).y(), 30);
+
+    // A tab in the background, seen only after the capture after the next.
+    for (int round = 0; round < 2; ++round) {
+        WaveMonitorWidget unseen(64, nullptr, state.get());
+        addRows(unseen, kRows, kSamples);
+        unseen.restoreState(state.get());
+        Viewer::settle();
+        state = unseen.saveState();
+    }
+    Viewer seen({}, 0, 80, state.get());
+    seen.widget->hide();
+    addRows(*seen.widget, kRows, kSamples);
+    seen.widget->restoreState(state.get());
+    seen.settle();
+    seen.widget->show();
+    seen.settle();
+    QCOMPARE(place(seen), QPoint(1733, 350));
 
     QDomDocument document;
     Viewer other({}, 0, 48);

@@ -8,6 +8,8 @@
 #include <QScrollBar>
 #include <QWheelEvent>
 
+#include <cmath>
+
 using namespace WaveMonitor;
 
 namespace {
@@ -55,6 +57,9 @@ class tst_WaveView final : public WidgetTest
 
 private Q_SLOTS:
     void zoomsByAllRoads();
+    void zoomsAboutOnePoint();
+    void countsNotches();
+    void keepsTheMiddle();
     void dragZoomsToRegion();
     void regionIsShadedWhileChosen();
     void middleDragPans();
@@ -114,6 +119,81 @@ void tst_WaveView::zoomsByAllRoads()
     const int row = user.row();
     user.wheel(user.waves->horizontalScrollBar(), -120);
     QVERIFY(user.row() == row && user.column() > 0);
+}
+
+// The pointer's place over waves or ruler, and else the middle, also before the first scrolling.
+void tst_WaveView::zoomsAboutOnePoint()
+{
+    QRandomGenerator random(3);
+    for (int round = 0; round < 40; ++round) {
+        WaveUser user(3);
+        const int width = user.viewport()->width();
+        if (round % 2)
+            user.scrollTo(random.bounded(4000, 12'000), 0);
+        const int x = round % 4 < 2 ? 100 : width / 2;
+        const qreal held = user.waves->mapToScene(x, 0).x();
+        for (const qreal rate : {2.0, 4.0, 8.0, 4.0, 8.0, 16.0}) {
+            const bool isUp = rate > user.waves->zoomRate();
+            if (x != 100)
+                isUp ? user.widget->zoomIn() : user.widget->zoomOut();
+            else
+                user.wheel(random.bounded(2) ? user.ruler->viewport() : user.viewport(),
+                           isUp ? 120 : -120, Qt::ControlModifier);
+            user.settle();
+            QCOMPARE(user.waves->zoomRate(), rate);
+            // A wheel holds what is below the pointer to the pixel, from step to step.
+            QVERIFY(std::abs(user.waves->mapFromScene(held, 0).x() - x) <= (x == 100 ? 16 : 1));
+        }
+    }
+}
+
+// Eight events of 15 make one notch; so do a turn of any size and one that follows another wheel's.
+void tst_WaveView::countsNotches()
+{
+    WaveUser user(3);
+    const auto turn = [&](int delta, int events, int notches) {
+        const qreal before = user.waves->zoomRate();
+        for (int i = 0; i < events; ++i)
+            user.wheel(i % 2 ? user.viewport() : user.ruler->viewport(), delta,
+                       Qt::ControlModifier);
+        QCOMPARE(user.waves->zoomRate(), before * std::exp2(delta > 0 ? notches : -notches));
+    };
+    turn(-15, 8, 1);
+    turn(-15, 1, 1);
+    turn(15, 16, 2);
+    turn(-240, 1, 1);
+    turn(-120, 3, 3);
+    turn(40, 4, 2);
+    user.wheel(user.viewport(), 40); // scrolls
+    turn(40, 1, 1);
+}
+
+void tst_WaveView::keepsTheMiddle()
+{
+    Viewer viewer({}, 400);
+    const auto distance = [&](int sample) {
+        return std::abs(viewer.waves->mapFromScene(sample * CLOCK_PITCH, 0).x() -
+                        viewer.waves->viewport()->width() / 2);
+    };
+    viewer.waves->centreOn(200); // before there is anything to see
+    addRows(*viewer.widget, "a b", 400);
+    viewer.settle();
+    QVERIFY(distance(200) <= 1);
+    viewer.widget->resize(900, 300);
+    viewer.settle();
+    QVERIFY(distance(200) <= 1);
+    for (int i = 0; i < 8; ++i)
+        viewer.widget->zoomOut();
+    viewer.settle();
+    for (int i = 0; i < 8; ++i)
+        viewer.widget->zoomIn();
+    viewer.settle();
+    QVERIFY(distance(200) <= 1);
+    const int bar = viewer.waves->horizontalScrollBar()->value() + 100;
+    viewer.waves->horizontalScrollBar()->setValue(bar); // moved: the left edge stays from now on
+    viewer.widget->resize(1000, 300);
+    viewer.settle();
+    QCOMPARE(viewer.waves->horizontalScrollBar()->value(), bar);
 }
 
 void tst_WaveView::dragZoomsToRegion()

@@ -12,6 +12,7 @@
 #include <QGraphicsScene>
 #include <QMouseEvent>
 #include <QScrollBar>
+#include <QTimer>
 #include <QVariant>
 
 #include <algorithm>
@@ -23,6 +24,11 @@ namespace {
 
 // A press from this height (viewport pixels) down is on the scale.
 constexpr int kScaleTop = 29;
+
+// A dragged marker takes the view along.
+constexpr int kEdge = 20;           // pixels
+constexpr int kFastest = 120;       // pixels a step
+constexpr int kScrollInterval = 30; // milliseconds
 
 TimeSliderItem *markerOf(QGraphicsItem *item)
 {
@@ -36,7 +42,8 @@ class RulerView::ActionDelegate : public MouseAction<RulerView>
     using MouseAction::MouseAction;
 };
 
-/// Drags a marker from sample to sample.
+/// Drags a marker from sample to sample. While the mouse is at an edge of the view or beyond, the
+/// view goes on below it.
 class RulerView::MoveTimeSliderDelegate final : public ActionDelegate
 {
 public:
@@ -44,27 +51,41 @@ public:
         : ActionDelegate(view), m_marker(marker)
     {
         view->activateMarker(marker);
+        m_timer.setInterval(kScrollInterval);
+        QObject::connect(&m_timer, &QTimer::timeout, view, [this] { scroll(); });
     }
 
     void moved(QMouseEvent *event) override
     {
-        const int clocks = m_view->m_scaleRuler->clocks();
-        if (!m_marker || clocks < 1)
-            return;
-        const int clock =
-            std::clamp(m_view->nearestClock(event->position().toPoint()), 0, clocks - 1);
-        const QPointF target(clock * CLOCK_PITCH, m_marker->y());
-        const QPointF distance = target - m_marker->pos();
-        if (std::abs(distance.x()) <= 1e-12 && std::abs(distance.y()) <= 1e-12)
-            return;
-        raiseNow(m_view, EvBeforeMarkerChange);
-        m_marker->setPos(target);
-        m_marker->setClock(clock);
-        raiseLater(m_view, EvAfterMarkerChange);
+        m_place = event->position().toPoint();
+        follow();
+        if (edgeDistance() == 0)
+            m_timer.stop();
+        else if (!m_timer.isActive())
+            m_timer.start();
     }
 
 private:
+    void follow()
+    {
+        if (m_marker)
+            m_view->moveMarker(m_marker, m_view->nearestClock(m_place));
+    }
+    void scroll()
+    {
+        follow(); // the ruler has come along since
+        Q_EMIT m_view->scrollAsked(std::clamp(2 * edgeDistance(), -kFastest, kFastest));
+    }
+    /// How far beyond the borders that scroll the mouse is; negative on the left.
+    [[nodiscard]] int edgeDistance() const
+    {
+        const int last = m_view->viewport()->width() - kEdge;
+        return std::min(m_place.x() - kEdge, 0) + std::max(m_place.x() - last, 0);
+    }
+
     QPointer<TimeSliderItem> m_marker;
+    QPoint m_place; ///< viewport pixels
+    QTimer m_timer;
 };
 
 RulerView::RulerView(QWidget *parent)
@@ -74,6 +95,8 @@ RulerView::RulerView(QWidget *parent)
       m_removeAction(new QAction(tr("Remove Marker"), this))
 {
     setFrameShape(NoFrame);
+    setAccessibleName(tr("Ruler"));
+    setAccessibleDescription(tr("Sample numbers and markers"));
     setAlignment(Qt::AlignLeft | Qt::AlignBottom);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     // An arrow key would scroll the ruler away from the wave view.
@@ -138,6 +161,14 @@ void RulerView::mousePressEvent(QMouseEvent *event)
             m_actionDelegate = std::make_unique<MoveTimeSliderDelegate>(this, marker);
     }
     QGraphicsView::mousePressEvent(event);
+}
+
+void RulerView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    const QPoint position = event->position().toPoint();
+    if (event->button() == Qt::LeftButton && !markerOf(itemAt(position)))
+        plantMarker(nearestClock(position));
+    QGraphicsView::mouseDoubleClickEvent(event);
 }
 
 void RulerView::mouseMoveEvent(QMouseEvent *event)
@@ -221,6 +252,57 @@ void RulerView::activateMarker(TimeSliderItem *item)
     raiseNow(this, EvBeforeMarkerChange);
     std::rotate(m_timeMarkers.begin(), entry, entry + 1);
     raiseLater(this, EvAfterMarkerChange);
+}
+
+void RulerView::plantMarker(int clock)
+{
+    const int clocks = m_scaleRuler->clocks();
+    if (clocks < 1)
+        return;
+    const int bounded = std::clamp(clock, 0, clocks - 1);
+    const bool stands = std::ranges::any_of(
+        m_timeMarkers, [bounded](const auto &marker) { return marker->clock() == bounded; });
+    if (stands)
+        activateMarkerAt(bounded);
+    else
+        createMarker(bounded);
+}
+
+void RulerView::removeActiveMarker()
+{
+    if (TimeSliderData *marker = timeMarker())
+        removeMarker(marker->item());
+}
+
+/// \a clock is brought within the scale.
+void RulerView::moveMarker(TimeSliderItem *item, int clock)
+{
+    const int clocks = m_scaleRuler->clocks();
+    if (clocks < 1)
+        return;
+    const int bounded = std::clamp(clock, 0, clocks - 1);
+    const QPointF target(bounded * CLOCK_PITCH, item->y());
+    const QPointF distance = target - item->pos();
+    if (std::abs(distance.x()) <= 1e-12 && std::abs(distance.y()) <= 1e-12)
+        return;
+    raiseNow(this, EvBeforeMarkerChange);
+    item->setPos(target);
+    item->setClock(bounded);
+    raiseLater(this, EvAfterMarkerChange);
+}
+
+void RulerView::moveActiveMarker(int clock)
+{
+    if (TimeSliderData *marker = timeMarker())
+        moveMarker(marker->item(), clock);
+}
+
+void RulerView::activateMarkerAt(int clock)
+{
+    const auto found = std::find_if(m_timeMarkers.begin(), m_timeMarkers.end(),
+                                    [clock](const auto &each) { return each->clock() == clock; });
+    if (found != m_timeMarkers.end())
+        activateMarker((*found)->item());
 }
 
 void RulerView::applyZoomRate(qreal rate)

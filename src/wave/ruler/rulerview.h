@@ -18,8 +18,9 @@ class ScaleRuler;
 class TimeSliderItem;
 
 /// The band above the wave view: a scale of sample numbers, and above it the time markers, which
-/// the user plants with the context menu and drags along the samples. Counts samples from 0; the
-/// trigger does not shift them. Zoom and horizontal position follow the wave view by notifications.
+/// the user plants with the context menu or a double click and drags along the samples. Counts
+/// samples from 0; the trigger does not shift them. Zoom and horizontal position follow the wave
+/// view by notifications.
 class RulerView final : public QGraphicsView, public Localized
 {
     Q_OBJECT
@@ -43,12 +44,26 @@ public:
     [[nodiscard]] QList<TimeSliderData *> timeMarkers() const;
     /// The active marker, or null.
     [[nodiscard]] TimeSliderData *timeMarker() const;
+    /// Makes an active marker on a sample, or the one that stands there active; nothing happens
+    /// without samples.
+    void plantMarker(int clock);
+    /// Takes the active marker away; nothing happens without one.
+    void removeActiveMarker();
+    /// Puts the active marker on a sample; nothing happens without a marker or without samples.
+    void moveActiveMarker(int clock);
+    /// Makes the marker on a sample the active one; nothing happens if none stands there.
+    void activateMarkerAt(int clock);
 
     Q_INVOKABLE void handleEvents(Notification *e);
 
     [[nodiscard]] QSize sizeHint() const override;
 
+Q_SIGNALS:
+    /// A marker is dragged at the edge: the waves should move by that many pixels.
+    void scrollAsked(int pixels);
+
 protected:
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
@@ -58,6 +73,7 @@ private:
     void createMarker(int clock);
     void removeMarker(QGraphicsItem *item);
     void activateMarker(TimeSliderItem *item);
+    void moveMarker(TimeSliderItem *item, int clock);
     void applyZoomRate(qreal rate);
     [[nodiscard]] int nearestClock(const QPoint &position) const;
 

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace WaveMonitor {
 
@@ -23,18 +24,18 @@ constexpr qreal kMajorTop = 2.0;
 constexpr qreal kMinorTop = 15.0;
 constexpr qreal kLabelGap = 3.0; // pixels between a tick and its number
 
-/// Draws the numbers of the major ticks among samples \a first to \a last (not included) in pixels
-/// of their own, so that the zoom does not stretch them. Leaves the painter's transform changed.
-void drawLabels(QPainter *painter, int first, int last, int major)
+/// Draws the numbers of every \a spacing-th tick among samples \a first to \a last (not included)
+/// in pixels of their own, so that the zoom does not stretch them. Leaves the painter's transform
+/// changed.
+void drawLabels(QPainter *painter, int first, int last, int spacing)
 {
     const QTransform scaled = painter->transform();
     painter->setTransform(QTransform(1.0, scaled.m12(), scaled.m13(), scaled.m21(), 1.0,
                                      scaled.m23(), scaled.m31(), scaled.m32(), scaled.m33()));
     const QFontMetrics metrics = painter->fontMetrics();
-    const int firstLabel = (first + major - 1) / major * major;
-    for (int i = firstLabel; i < last; i += major) {
+    for (qint64 i = first / spacing * spacing; i < last; i += spacing) {
         const QString text = QString::number(i);
-        const QPointF place(i * CLOCK_PITCH * scaled.m11() + kLabelGap, 0.0);
+        const QPointF place(qreal(i) * CLOCK_PITCH * scaled.m11() + kLabelGap, 0.0);
         painter->drawText(QRectF(place, metrics.size(Qt::TextSingleLine, text)), text,
                           QTextOption());
     }
@@ -51,6 +52,17 @@ TickSpacing tickSpacing(qreal zoom)
     const int step = halvings % 3;
     const int major = int(std::pow(10, decade)) * ((1 << (step + 1)) - step - 1);
     return {major, std::max(1, major / 10)};
+}
+
+int labelSpacing(int major, qreal distance, qreal width)
+{
+    for (qint64 decade = 1; major * decade <= std::numeric_limits<int>::max() / 10; decade *= 10) {
+        for (const qint64 factor : {decade, 2 * decade, 5 * decade}) {
+            if (qreal(factor) * distance >= width)
+                return int(major * factor);
+        }
+    }
+    return std::numeric_limits<int>::max();
 }
 
 ScaleRuler::ScaleRuler()
@@ -75,7 +87,11 @@ void ScaleRuler::paint(QPainter *painter, const QStyleOptionGraphicsItem *option
 {
     const QRectF dirty = option->exposedRect;
     const auto [major, minor] = tickSpacing(painter->transform().m11());
-    const int first = std::max(0, int(dirty.x() / CLOCK_PITCH) - major);
+    // The greatest number counts, so that the ticks with numbers stay the same as the scale moves.
+    const int width = painter->fontMetrics().horizontalAdvance(QString::number(m_clocks - 1));
+    const int spacing = labelSpacing(major, major * CLOCK_PITCH * painter->transform().m11(),
+                                     width + 2 * kLabelGap);
+    const int first = std::max(0, int(dirty.x() / CLOCK_PITCH) - spacing);
     const int last = std::min(m_clocks, int((dirty.x() + dirty.width()) / CLOCK_PITCH) + minor);
     if (last <= first)
         return;
@@ -87,7 +103,8 @@ void ScaleRuler::paint(QPainter *painter, const QStyleOptionGraphicsItem *option
         const bool isMajor = i % major == 0;
         if (isMajor || i % minor == 1) {
             const qreal x = i * CLOCK_PITCH;
-            lines.append({x, isMajor ? kMajorTop : kMinorTop, x, kScaleHeight});
+            // Where a number is wider than the way to the next tick, that one stays below it.
+            lines.append({x, i % spacing == 0 ? kMajorTop : kMinorTop, x, kScaleHeight});
         }
     }
 
@@ -95,7 +112,7 @@ void ScaleRuler::paint(QPainter *painter, const QStyleOptionGraphicsItem *option
     painter->setPen(QPen(Qt::white, 0));
     painter->drawLines(lines);
     painter->save();
-    drawLabels(painter, first, last, major);
+    drawLabels(painter, first, last, spacing);
     painter->restore();
 }
 

@@ -16,6 +16,10 @@ struct TickSpacing
 /// The spacing for a scale of \a zoom: 1, 2, 5, 10, ... samples as the zoom halves.
 TickSpacing tickSpacing(qreal zoom);
 
+/// How far apart numbers of \a width pixels stand on ticks that are \a major samples and \a
+/// distance pixels apart, in samples: at each one, or at each second, fifth, tenth, ...
+int labelSpacing(int major, qreal distance, qreal width);
+
 /// The band that numbers the samples, from sample 0 at scene x 0 on, in the scene coordinates of
 /// viewergeometry.h. Draws what the exposed rectangle needs.
 class ScaleRuler final : public QGraphicsItem

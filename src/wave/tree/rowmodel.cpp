@@ -216,7 +216,7 @@ void RowModel::groupNodes(const QList<const LayoutNode *> &nodes)
             }
             for (auto &member : taken->takeChildren())
                 bus->appendChild(std::move(member));
-            Q_EMIT busDissolved(taken.get());
+            Q_EMIT rowFreed(taken.get());
             qDebug().noquote() << "release node: " << rowName(m_contents, *taken)
                                << static_cast<const void *>(taken.get());
         }
@@ -241,7 +241,7 @@ void RowModel::ungroupBus(const QModelIndex &index)
             m_contents.layout().insertChild(position++, std::move(member));
         endInsertRows();
     }
-    Q_EMIT busDissolved(&bus);
+    Q_EMIT rowFreed(&bus);
     Q_EMIT structureChanged();
 }
 
@@ -277,6 +277,37 @@ void RowModel::reverse(const QModelIndex &bus)
     }
     Q_EMIT layoutChanged(parents);
     Q_EMIT structureChanged();
+}
+
+void RowModel::restoreLayout(const LayoutSnapshot &snapshot)
+{
+    const bool stay = haveSamePlaces(m_contents.snapshot().rows, snapshot.rows);
+    if (!stay)
+        beginResetModel();
+    const LayoutNode::List gone = m_contents.restore(snapshot);
+    if (!stay) {
+        endResetModel();
+        for (const auto &row : gone)
+            Q_EMIT rowFreed(row.get());
+        Q_EMIT structureChanged();
+    } else if (rowCount() > 0) {
+        Q_EMIT dataChanged(index(0, NameColumn), index(rowCount() - 1, ValueColumn));
+        Q_EMIT rowsPlaced();
+    }
+}
+
+QModelIndexList RowModel::indexesOf(const QSet<LayoutNode::Key> &keys) const
+{
+    QModelIndexList indexes;
+    const auto look = [&](const LayoutNode::List &rows, const auto &lookInto) -> void {
+        for (size_t i = 0; i < rows.size(); ++i) {
+            if (keys.contains(rows[i]->key))
+                indexes.append(createIndex(int(i), NameColumn, rows[i].get()));
+            lookInto(rows[i]->children, lookInto);
+        }
+    };
+    look(m_contents.layout().children, look);
+    return indexes;
 }
 
 // Moving

@@ -44,6 +44,12 @@ public:
     QModelIndexList movePrepend(const QModelIndex &parent, const QModelIndexList &moved);
     QModelIndexList moveAppend(const QModelIndex &parent, const QModelIndexList &moved);
 
+    /// Makes rows and users' names those of \a snapshot. The model is reset if rows come, go or
+    /// change places.
+    void restoreLayout(const LayoutSnapshot &snapshot);
+    /// The rows of those keys that exist, from the top down.
+    [[nodiscard]] QModelIndexList indexesOf(const QSet<LayoutNode::Key> &keys) const;
+
     // The item model. Column 1 can be neither selected nor edited.
     [[nodiscard]] QModelIndex index(int row, int column,
                                     const QModelIndex &parent = {}) const override;
@@ -60,8 +66,8 @@ public:
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 Q_SIGNALS:
-    /// \a bus has left the rows and is freed when the receivers return.
-    void busDissolved(const LayoutNode *bus);
+    /// \a row has left the rows and is freed when the receivers return.
+    void rowFreed(const LayoutNode *row);
     /// Other rows are shown, or the members of a bus in another order.
     void structureChanged();
     /// Rows were told to move, and stand where they belong.

@@ -14,8 +14,8 @@ namespace WaveMonitor {
 
 SignalTreeModel::SignalTreeModel(QObject *parent) : RowModel(parent), m_items(m_contents)
 {
-    connect(this, &RowModel::busDissolved, this,
-            [this](const LayoutNode *bus) { m_items.removeItem(bus); });
+    connect(this, &RowModel::rowFreed, this,
+            [this](const LayoutNode *row) { m_items.removeItem(row); });
     connect(this, &RowModel::structureChanged, this,
             [this] { raiseLater(this, EvStructureChanged); });
     connect(this, &RowModel::rowsPlaced, this, [this] {
@@ -38,6 +38,7 @@ void SignalTreeModel::addSignal(const SignalElement &signal)
     beginInsertRows({}, row, row);
     m_contents.addSignal(signal);
     endInsertRows();
+    Q_EMIT rowsReplaced();
     raiseLater(this, EvStructureChanged);
 }
 
@@ -48,6 +49,7 @@ void SignalTreeModel::addBus(const BusElement &bus)
     beginInsertRows({}, row, row);
     m_contents.addBus(bus);
     endInsertRows();
+    Q_EMIT rowsReplaced();
     raiseLater(this, EvStructureChanged);
 }
 
@@ -70,6 +72,7 @@ bool SignalTreeModel::readWindow(const QDomElement &window)
     m_contents.readWindow(window);
     m_items.refreshItemColors();
     endResetModel();
+    Q_EMIT rowsReplaced();
     raiseLater(this, EvStructureChanged);
     raiseLater(this, EvRepaintItems);
     return true;
@@ -81,6 +84,7 @@ void SignalTreeModel::setContents(WindowContents contents)
     m_items.clear();
     m_contents = std::move(contents);
     endResetModel();
+    Q_EMIT rowsReplaced();
     raiseLater(this, EvStructureChanged);
     raiseLater(this, EvRepaintItems);
 }
@@ -97,6 +101,7 @@ void SignalTreeModel::setLayout(const QDomElement &layout)
     m_contents.readLayout(layout);
     m_items.refreshItemColors();
     endResetModel();
+    Q_EMIT rowsReplaced();
     raiseLater(this, EvStructureChanged);
     raiseLater(this, EvRepaintItems);
 }

@@ -74,6 +74,10 @@ public:
     int triggerPosition() override { return m_contents.triggerPosition(); }
     void itemPressed(QGraphicsItem *item) override;
 
+Q_SIGNALS:
+    /// Rows were added or loaded from outside: what was done to rows before means nothing now.
+    void rowsReplaced();
+
 private:
     QList<QGraphicsItem *> recalculateWaveItems();
     void showMarkerSample(const QObject &ruler);

@@ -1,6 +1,7 @@
 #include "signaltreeview.h"
 
 #include "dragdropdelegate.h"
+#include "rowhistory.h"
 #include "signalheaderview.h"
 #include "signaltreeitemdelegate.h"
 #include "signaltreemodel.h"
@@ -8,9 +9,12 @@
 
 #include <wave/common/viewergeometry.h>
 
+#include <QAction>
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QDragMoveEvent>
 #include <QDropEvent>
+#include <QKeyEvent>
 #include <QPalette>
 #include <QScrollBar>
 #include <QtDebug>
@@ -19,19 +23,9 @@
 
 namespace WaveMonitor {
 
-namespace {
-
-bool haveOneParent(const QModelIndexList &rows)
-{
-    return std::all_of(rows.cbegin(), rows.cend(), [&rows](const QModelIndex &row) {
-        return row.parent() == rows.first().parent();
-    });
-}
-
-} // namespace
-
 SignalTreeView::SignalTreeView(QWidget *parent, int preferredWidth)
     : QTreeView(parent),
+      m_history(std::make_unique<RowHistory>(this)),
       m_contextMenu(std::make_unique<ContextMenuDelegate>(this)),
       m_preferredWidth(preferredWidth)
 {
@@ -62,6 +56,13 @@ SignalTreeView::SignalTreeView(QWidget *parent, int preferredWidth)
     setDropIndicatorShown(false);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    setAccessibleName(tr("Signals"));
+    setAccessibleDescription(tr("Names of the rows and their values at the marker"));
+    const QList<QAction *> keys = m_contextMenu->keyActions();
+    for (QAction *action : keys) {
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        addAction(action);
+    }
     connect(this, &QTreeView::collapsed, this, &SignalTreeView::onCollapsed);
     connect(this, &QTreeView::expanded, this, &SignalTreeView::onExpanded);
 }
@@ -85,6 +86,7 @@ void SignalTreeView::setModel(QAbstractItemModel *model)
     if (auto *shown = qobject_cast<SignalTreeModel *>(model))
         shown->setView(this);
     QTreeView::setModel(model);
+    m_history->setModel(signalModel());
     header()->resizeSection(SignalTreeModel::NameColumn, 200);
 }
 
@@ -110,6 +112,13 @@ QModelIndexList SignalTreeView::selectedRows() const
     return rows;
 }
 
+bool SignalTreeView::haveOneParent(const QModelIndexList &rows)
+{
+    return std::all_of(rows.cbegin(), rows.cend(), [&rows](const QModelIndex &row) {
+        return row.parent() == rows.first().parent();
+    });
+}
+
 void SignalTreeView::selectOnly(const QModelIndexList &indexes)
 {
     QItemSelection rows;
@@ -120,11 +129,60 @@ void SignalTreeView::selectOnly(const QModelIndexList &indexes)
 
 void SignalTreeView::pickOnly(const QModelIndex &index)
 {
+    makeCurrent(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void SignalTreeView::makeCurrent(const QModelIndex &index,
+                                 QItemSelectionModel::SelectionFlags command)
+{
     const bool scrolls = hasAutoScroll();
     setAutoScroll(false); // the user is looking at that row already
-    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect |
-                                                 QItemSelectionModel::Rows);
+    selectionModel()->setCurrentIndex(index, command);
     setAutoScroll(scrolls);
+}
+
+void SignalTreeView::keyboardSearch(const QString &typed)
+{
+    const bool goesOn = !m_typed.isEmpty() && m_sinceTyped.isValid() &&
+                        m_sinceTyped.elapsed() < QApplication::keyboardInputInterval();
+    m_typed = goesOn ? m_typed + typed : typed;
+    m_sinceTyped.start();
+    if (!model() || model()->rowCount() == 0)
+        return;
+    const QModelIndex top = model()->index(0, SignalTreeModel::NameColumn);
+    const auto after = [&](const QModelIndex &row) {
+        const QModelIndex next = row.isValid() ? indexBelow(row) : QModelIndex();
+        return next.isValid() ? next.siblingAtColumn(SignalTreeModel::NameColumn) : top;
+    };
+    const QModelIndex current = currentIndex().siblingAtColumn(SignalTreeModel::NameColumn);
+    const QModelIndex first = goesOn && current.isValid() ? current : after(current);
+    QModelIndex row = first;
+    do {
+        if (row.data().toString().contains(m_typed, Qt::CaseInsensitive)) {
+            setCurrentIndex(row);
+            return;
+        }
+        row = after(row);
+    } while (row != first);
+}
+
+bool SignalTreeView::event(QEvent *event)
+{
+    if (event->type() == QEvent::ShortcutOverride) {
+        // What may be part of a name is typed ahead and is no key of the viewer's.
+        const auto &key = static_cast<QKeyEvent &>(*event);
+        const bool plain = !(key.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier));
+        if (plain && !key.text().isEmpty() && key.text().at(0).isPrint()) {
+            event->accept();
+            return true;
+        }
+    }
+    return QTreeView::event(event);
+}
+
+void SignalTreeView::commitData(QWidget *editor)
+{
+    m_history->record(tr("Rename"), [&] { QTreeView::commitData(editor); });
 }
 
 void SignalTreeView::selectionChanged(const QItemSelection &selected,
@@ -139,7 +197,9 @@ void SignalTreeView::selectionChanged(const QItemSelection &selected,
 
 void SignalTreeView::contextMenuEvent(QContextMenuEvent *event)
 {
-    if (!signalModel() || signalModel()->rowCount() == 0)
+    const bool hasRows =
+        signalModel() && (signalModel()->rowCount() > 0 || signalModel()->contents().hasHidden());
+    if (!hasRows)
         return;
     m_contextMenu->run(event->globalPos());
 }
@@ -155,17 +215,19 @@ void SignalTreeView::onGroupBus()
     qDebug().noquote() << "action group bus is avilable: " << (topLevel ? "YES" : "NO")
                        << numbers.join(QStringLiteral(", "));
     if (topLevel)
-        signalModel()->groupBus(rows);
+        m_history->record(tr("Group"), [&] { signalModel()->groupBus(rows); });
 }
 
 void SignalTreeView::onUngroupBus()
 {
     const QModelIndexList rows = selectedRows();
     const QList<QPersistentModelIndex> kept(rows.cbegin(), rows.cend());
-    for (const QPersistentModelIndex &row : kept) {
-        if (row.isValid() && model()->hasChildren(row))
-            signalModel()->ungroupBus(row);
-    }
+    m_history->record(tr("Ungroup"), [&] {
+        for (const QPersistentModelIndex &row : kept) {
+            if (row.isValid() && model()->hasChildren(row))
+                signalModel()->ungroupBus(row);
+        }
+    });
 }
 
 void SignalTreeView::onRename()
@@ -178,8 +240,10 @@ void SignalTreeView::onRename()
 void SignalTreeView::onRestoreOrgName()
 {
     const QModelIndexList rows = selectedRows();
-    for (const QModelIndex &row : rows)
-        signalModel()->restoreOriginalName(row);
+    m_history->record(tr("Restore Original Name"), [&] {
+        for (const QModelIndex &row : rows)
+            signalModel()->restoreOriginalName(row);
+    });
     viewport()->update(); // rows of the same signal elsewhere share its name
 }
 
@@ -188,30 +252,80 @@ void SignalTreeView::onReverse()
     const QModelIndexList rows = selectedRows();
     if (rows.isEmpty() || !model()->hasChildren(rows.first()))
         return;
-    signalModel()->reverse(rows.first());
+    m_history->record(tr("Reverse"), [&] { signalModel()->reverse(rows.first()); });
     viewport()->update();
 }
 
 void SignalTreeView::onDataFormatSetted(int format)
 {
     const QModelIndexList rows = selectedRows();
-    for (const QModelIndex &row : rows) {
-        const LayoutNode *node = signalModel()->node(row);
-        if (node->type != LayoutNode::Bus)
-            continue;
-        node->format->setType(DataFormat::Type(format));
-        raiseLater(this, EvFormatChanged);
-    }
+    m_history->record(tr("Format"), [&] {
+        for (const QModelIndex &row : rows) {
+            const LayoutNode *node = signalModel()->node(row);
+            if (node->type != LayoutNode::Bus)
+                continue;
+            node->format->setType(DataFormat::Type(format));
+            raiseLater(this, EvFormatChanged);
+        }
+    });
     viewport()->update();
 }
 
 void SignalTreeView::onWaveColorSetted(int color)
 {
     const QModelIndexList rows = selectedRows();
-    for (const QModelIndex &row : rows)
-        signalModel()->node(row)->color = color;
+    m_history->record(tr("Color"), [&] {
+        for (const QModelIndex &row : rows)
+            signalModel()->node(row)->color = color;
+    });
     signalModel()->refreshItemColors();
     raiseLater(this, EvColorChanged);
+}
+
+void SignalTreeView::onHide()
+{
+    QSet<LayoutNode::Key> keys;
+    const QModelIndexList rows = selectedRows();
+    for (const QModelIndex &row : rows)
+        keys.insert(signalModel()->node(row)->key);
+    if (!keys.isEmpty())
+        m_history->recordLayout(tr("Hide"),
+                                withRowsHidden(signalModel()->contents().snapshot(), keys));
+}
+
+void SignalTreeView::onShowAll()
+{
+    if (signalModel() && signalModel()->contents().hasHidden())
+        m_history->recordLayout(tr("Show All"), signalModel()->contents().withAllShown());
+}
+
+void SignalTreeView::onMoveUp()
+{
+    moveSelected(Direction::Up);
+}
+
+void SignalTreeView::onMoveDown()
+{
+    moveSelected(Direction::Down);
+}
+
+/// Moves the selected rows past their neighbour; rows that stand apart come together there.
+void SignalTreeView::moveSelected(Direction direction)
+{
+    const QModelIndexList rows = selectedRows();
+    if (rows.isEmpty() || !haveOneParent(rows))
+        return;
+    const bool up = direction == Direction::Up;
+    const QModelIndex &outer = up ? rows.first() : rows.last();
+    const QModelIndex neighbour = outer.siblingAtRow(outer.row() + (up ? -1 : 1));
+    const QModelIndex &target = neighbour.isValid() ? neighbour : outer;
+    m_history->record(tr("Move"), [&] {
+        selectOnly(up ? signalModel()->moveAbove(target, rows)
+                      : signalModel()->moveBelow(target, rows));
+    });
+    const QModelIndexList moved = selectedRows();
+    if (!moved.isEmpty())
+        scrollTo(up ? moved.first() : moved.last());
 }
 
 void SignalTreeView::onCollapsed(QModelIndex)
@@ -288,7 +402,7 @@ void SignalTreeView::dropEvent(QDropEvent *event)
     event->ignore();
     if (!isOwnDrag(*event))
         return;
-    m_actionDelegate->drop(event);
+    m_history->record(tr("Move"), [&] { m_actionDelegate->drop(event); });
     m_actionDelegate.reset();
     event->accept();
 }

@@ -2,6 +2,8 @@
 
 #include <wave/common/localized.h>
 
+#include <QElapsedTimer>
+#include <QItemSelectionModel>
 #include <QModelIndex>
 #include <QTreeView>
 
@@ -9,11 +11,13 @@
 
 namespace WaveMonitor {
 
+class RowHistory;
 class SignalTreeModel;
 
 /// The left-hand pane: names and values of the rows, each exactly as high as its wave row. The user
-/// selects, groups, renames, recolours and drags rows here. It has a domain but hears no
-/// notifications: the model tells it when to repaint.
+/// selects, groups, renames, recolours, hides and drags rows here, and takes each step back.
+/// Letters typed find a row by its name. It has a domain but hears no notifications: the model
+/// tells it when to repaint.
 class SignalTreeView final : public QTreeView, public Localized
 {
     Q_OBJECT
@@ -38,8 +42,15 @@ public:
     void selectOnly(const QModelIndexList &indexes);
     /// Makes the row of \a index current and the only selected one; the view does not scroll.
     void pickOnly(const QModelIndex &index);
+    /// Makes the row of \a index current; the view does not scroll.
+    void makeCurrent(const QModelIndex &index, QItemSelectionModel::SelectionFlags command);
+    /// Makes the next row that shows current whose name holds what was typed last, as far as the
+    /// keys followed one another; capital letters are no different.
+    void keyboardSearch(const QString &typed) override;
 
 protected:
+    bool event(QEvent *event) override;
+    void commitData(QWidget *editor) override;
     void selectionChanged(const QItemSelection &selected,
                           const QItemSelection &deselected) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
@@ -59,14 +70,26 @@ private Q_SLOTS:
     void onReverse();
     void onDataFormatSetted(int format); ///< DataFormat::Type
     void onWaveColorSetted(int color);   ///< 0xRRGGBB
+    void onHide();
+    void onShowAll();
+    void onMoveUp();
+    void onMoveDown();
 
 private:
     [[nodiscard]] SignalTreeModel *signalModel() const;
     [[nodiscard]] bool isOwnDrag(const QDropEvent &event) const;
 
+    enum class Direction { Up, Down };
+
+    [[nodiscard]] static bool haveOneParent(const QModelIndexList &rows);
+    void moveSelected(Direction direction);
+
+    std::unique_ptr<RowHistory> m_history;
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present drag, null when idle
     std::unique_ptr<ContextMenuDelegate> m_contextMenu;
     int m_preferredWidth;
+    QString m_typed; ///< of keys that followed one another
+    QElapsedTimer m_sinceTyped;
 };
 
 /// What drag events do while it lives; one object a drag.

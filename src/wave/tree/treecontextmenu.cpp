@@ -1,5 +1,6 @@
 #include "treecontextmenu.h"
 
+#include "rowhistory.h"
 #include "signaltreemodel.h"
 
 #include <wave/common/popupmenu.h>
@@ -7,6 +8,7 @@
 
 #include <QIcon>
 #include <QPixmap>
+#include <QPointer>
 
 #include <algorithm>
 #include <array>
@@ -64,17 +66,31 @@ SignalTreeView::ContextMenuDelegate::ContextMenuDelegate(SignalTreeView *view)
       m_restoreAction(tr("Restore Original Name")),
       m_reverseAction(tr("Reverse")),
       m_separator(nullptr),
+      m_stepSeparator(nullptr),
+      m_hideSeparator(nullptr),
+      m_hideAction(tr("Hide")),
+      m_showAllAction(tr("Show All")),
+      m_moveUpAction(tr("Move Up")),
+      m_moveDownAction(tr("Move Down")),
       m_formatMenu(tr("Format")),
       m_formatGroup(nullptr),
       m_colorMenu(tr("Color")),
       m_colorGroup(nullptr)
 {
-    m_separator.setSeparator(true);
+    for (QAction *separator : {&m_separator, &m_stepSeparator, &m_hideSeparator})
+        separator->setSeparator(true);
     connect(&m_groupAction, &QAction::triggered, view, &SignalTreeView::onGroupBus);
     connect(&m_ungroupAction, &QAction::triggered, view, &SignalTreeView::onUngroupBus);
     connect(&m_renameAction, &QAction::triggered, view, &SignalTreeView::onRename);
     connect(&m_restoreAction, &QAction::triggered, view, &SignalTreeView::onRestoreOrgName);
     connect(&m_reverseAction, &QAction::triggered, view, &SignalTreeView::onReverse);
+    connect(&m_hideAction, &QAction::triggered, view, &SignalTreeView::onHide);
+    connect(&m_showAllAction, &QAction::triggered, view, &SignalTreeView::onShowAll);
+    connect(&m_moveUpAction, &QAction::triggered, view, &SignalTreeView::onMoveUp);
+    connect(&m_moveDownAction, &QAction::triggered, view, &SignalTreeView::onMoveDown);
+    m_hideAction.setShortcut(Qt::Key_Delete);
+    m_moveUpAction.setShortcut(Qt::ALT | Qt::Key_Up);
+    m_moveDownAction.setShortcut(Qt::ALT | Qt::Key_Down);
 
     for (int format = DataFormat::Binary; format <= DataFormat::Hexadecimal; ++format)
         addChoice(m_formatMenu, m_formatGroup, DataFormat::typeName(DataFormat::Type(format)),
@@ -89,6 +105,12 @@ SignalTreeView::ContextMenuDelegate::ContextMenuDelegate(SignalTreeView *view)
     }
     connect(&m_colorGroup, &QActionGroup::triggered, view,
             [view](const QAction *action) { view->onWaveColorSetted(action->data().toInt()); });
+}
+
+QList<QAction *> SignalTreeView::ContextMenuDelegate::keyActions()
+{
+    return {m_view->m_history->undoAction(), m_view->m_history->redoAction(), &m_hideAction,
+            &m_moveUpAction, &m_moveDownAction};
 }
 
 QAction *SignalTreeView::ContextMenuDelegate::addChoice(QMenu &menu, QActionGroup &group,
@@ -106,10 +128,18 @@ void SignalTreeView::ContextMenuDelegate::run(const QPoint &globalPosition)
     checkChosen(selected);
     enableActions(selected);
 
+    const QPointer<SignalTreeView> alive = m_view;
     runMenu(m_view,
             {&m_ungroupAction, &m_groupAction, &m_renameAction, &m_restoreAction, &m_reverseAction,
-             &m_separator, m_formatMenu.menuAction(), m_colorMenu.menuAction()},
+             &m_separator, m_formatMenu.menuAction(), m_colorMenu.menuAction(), &m_stepSeparator,
+             m_view->m_history->undoAction(), m_view->m_history->redoAction(), &m_hideSeparator,
+             &m_hideAction, &m_showAllAction, &m_moveUpAction, &m_moveDownAction},
             globalPosition);
+    if (!alive)
+        return;
+    // Their keys work whatever was selected when the menu came up last.
+    for (QAction *action : {&m_hideAction, &m_moveUpAction, &m_moveDownAction})
+        action->setEnabled(true);
 }
 
 void SignalTreeView::ContextMenuDelegate::checkChosen(const QModelIndexList &selected)
@@ -135,6 +165,11 @@ void SignalTreeView::ContextMenuDelegate::enableActions(const QModelIndexList &s
     m_restoreAction.setEnabled(rows > 0);
     m_reverseAction.setEnabled(rows == 1 && buses == 1);
     m_colorMenu.setEnabled(rows > 0);
+    m_hideAction.setEnabled(rows > 0);
+    m_showAllAction.setEnabled(model->contents().hasHidden());
+    const bool moves = rows > 0 && haveOneParent(selected);
+    m_moveUpAction.setEnabled(moves);
+    m_moveDownAction.setEnabled(moves);
 }
 
 } // namespace WaveMonitor

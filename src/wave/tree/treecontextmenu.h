@@ -17,6 +17,8 @@ public:
     ContextMenuDelegate(const ContextMenuDelegate &) = delete;
     ContextMenuDelegate &operator=(const ContextMenuDelegate &) = delete;
 
+    /// What has a key of its own, also while the menu is closed.
+    [[nodiscard]] QList<QAction *> keyActions();
     /// Shows the menu until it is closed. The view may be gone afterwards.
     void run(const QPoint &globalPosition);
 
@@ -32,6 +34,12 @@ private:
     QAction m_restoreAction;
     QAction m_reverseAction;
     QAction m_separator;
+    QAction m_stepSeparator;
+    QAction m_hideSeparator;
+    QAction m_hideAction;
+    QAction m_showAllAction;
+    QAction m_moveUpAction;
+    QAction m_moveDownAction;
     QMenu m_formatMenu;
     QActionGroup m_formatGroup; ///< data of an action: DataFormat::Type
     QMenu m_colorMenu;

@@ -6,16 +6,21 @@
 #include <wave/common/timesliderdata.h>
 #include <wave/common/viewergeometry.h>
 
+#include <QAction>
 #include <QContextMenuEvent>
+#include <QCursor>
 #include <QGraphicsItem>
 #include <QGraphicsScene>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPen>
+#include <QResizeEvent>
 #include <QScrollBar>
 #include <QVariant>
 #include <QWheelEvent>
 #include <QtDebug>
+
+#include <cmath>
 
 namespace WaveMonitor {
 
@@ -46,6 +51,8 @@ WaveView::WaveView(QWidget *parent)
     : QGraphicsView(parent), m_contextMenu(std::make_unique<ContextMenuDelegate>(this))
 {
     setFrameShape(NoFrame);
+    setAccessibleName(tr("Waves"));
+    setAccessibleDescription(tr("Samples of the rows beside"));
     setTransformationAnchor(AnchorUnderMouse);
     // The overlays are drawn over the whole viewport after the scene.
     setViewportUpdateMode(FullViewportUpdate);
@@ -85,16 +92,86 @@ int WaveView::horizontalScrollBarValue() const
 
 void WaveView::setZoomRate(qreal rate)
 {
+    zoomAbout(pointerAnchor(), rate);
+}
+
+/// Keys and menus zoom about the pointer while it is over the waves.
+WaveView::Anchor WaveView::pointerAnchor() const
+{
+    if (!underMouse())
+        return {};
+    return viewport()->mapFromGlobal(QCursor::pos()).x();
+}
+
+void WaveView::zoomAbout(Anchor anchor, qreal rate)
+{
     if (rate == m_zoomRate)
         return;
     raiseNow(this, EvBeforeZoom);
+    const bool isCentred = !anchor && keepsMiddle();
+    const qreal middleBefore = middle();
+    const qreal half = viewport()->width() / 2.0;
+    const qreal offset = anchor ? *anchor - half : 0.0; // of what stays, from the middle
+    const qreal middleAfter = middleBefore + offset / m_zoomRate - offset / rate;
     m_zoomRate = rate;
     const int topRow = verticalScrollBar()->value();
+    // The toolkit knows a middle only after the first scrolling, and to the pixel only, so that
+    // repeated zooming and the rows would creep.
+    const ViewportAnchor toolkits = transformationAnchor();
+    setTransformationAnchor(NoAnchor);
     setTransform(QTransform::fromScale(rate, 1.0));
-    // The toolkit keeps the middle in place to the pixel only, so the rows would creep.
+    setTransformationAnchor(toolkits);
     verticalScrollBar()->setValue(topRow);
+    placeMiddle(middleAfter);
+    m_isCentred = isCentred;
     raiseLater(this, EvAfterZoom);
     raiseLater(this, EvViewScrolled);
+}
+
+/// Scene x in the middle of the view.
+qreal WaveView::middle() const
+{
+    if (horizontalScrollBar()->value() == m_middleBar)
+        return m_middle;
+    return (horizontalScrollBar()->value() + viewport()->width() / 2.0) / m_zoomRate;
+}
+
+void WaveView::placeMiddle(qreal x)
+{
+    horizontalScrollBar()->setValue(qRound(x * m_zoomRate - viewport()->width() / 2.0));
+    m_middle = x;
+    m_middleBar = horizontalScrollBar()->value();
+}
+
+bool WaveView::keepsMiddle() const
+{
+    return m_isCentred && horizontalScrollBar()->value() == m_middleBar;
+}
+
+void WaveView::centreOn(int sample)
+{
+    placeMiddle(sample * CLOCK_PITCH);
+    m_isCentred = true;
+}
+
+int WaveView::middleSample() const
+{
+    return int(std::floor(mapToScene(viewport()->width() / 2, 0).x() / CLOCK_PITCH));
+}
+
+bool WaveView::isInView(int sample) const
+{
+    const int x = mapFromScene(lineX(sample), 0).x();
+    return x >= 0 && x < viewport()->width();
+}
+
+void WaveView::resizeEvent(QResizeEvent *event)
+{
+    const bool isCentred = keepsMiddle();
+    m_middleBar = isCentred ? m_middleBar : -1; // the middle is another one
+    QGraphicsView::resizeEvent(event);
+    if (isCentred)
+        placeMiddle(m_middle);
 }
 
 void WaveView::zoomIn()
@@ -137,7 +214,8 @@ void WaveView::mousePressEvent(QMouseEvent *event)
 
 void WaveView::mouseMoveEvent(QMouseEvent *event)
 {
-    if (m_actionDelegate)
+    // Without a button the release was lost, to a menu for one.
+    if (m_actionDelegate && event->buttons() != Qt::NoButton)
         m_actionDelegate->moved(event);
     QGraphicsView::mouseMoveEvent(event);
 }
@@ -159,6 +237,7 @@ void WaveView::mouseReleaseEvent(QMouseEvent *event)
 void WaveView::wheelEvent(QWheelEvent *event)
 {
     if (event->modifiers() != Qt::ControlModifier) {
+        m_notches.reset();
         QGraphicsView::wheelEvent(event);
         return;
     }
@@ -168,10 +247,10 @@ void WaveView::wheelEvent(QWheelEvent *event)
     if (turned.isNull() && event->phase() != Qt::NoScrollPhase)
         return;
     const int delta = turned.y() != 0 ? turned.y() : turned.x();
-    if (delta < 1)
-        zoomOut();
-    else
-        zoomIn();
+    if (!m_notches.take(delta))
+        return;
+    const qreal factor = delta < 1 ? 0.5 : 2.0;
+    zoomAbout(event->position().toPoint().x(), boundedZoom(m_zoomRate * factor));
 }
 
 bool WaveView::eventFilter(QObject *watched, QEvent *event)
@@ -187,7 +266,14 @@ bool WaveView::eventFilter(QObject *watched, QEvent *event)
 
 void WaveView::contextMenuEvent(QContextMenuEvent *event)
 {
-    runMenu(this, m_contextMenu->actions(), event->globalPos());
+    // What others have added to the view, as far as it applies now.
+    QList<QAction *> added = actions();
+    added.removeIf([](const QAction *action) { return !action->isVisible(); });
+    QAction separator;
+    separator.setSeparator(true);
+    if (!added.isEmpty())
+        added.prepend(&separator);
+    runMenu(this, m_contextMenu->actions() + added, event->globalPos());
 }
 
 void WaveView::paintEvent(QPaintEvent *event)
@@ -264,8 +350,11 @@ void WaveView::fitScene(const QList<QGraphicsItem *> &items)
         if (item->isVisible())
             height += ROW_HEIGHT;
     }
+    const bool isCentred = keepsMiddle();
     // As wide as the first rows; a longer capture later does not widen it.
     scene()->setSceneRect(0.0, 0.0, scene()->sceneRect().width(), height);
+    if (isCentred)
+        placeMiddle(m_middle);
 }
 
 // Rows come and go in bursts, one event each. The first event of a burst finds the rows as the last

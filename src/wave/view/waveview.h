@@ -1,5 +1,7 @@
 #pragma once
 
+#include "wheelnotches.h"
+
 #include <wave/common/localized.h>
 #include <wave/common/notificationcenter.h>
 
@@ -8,6 +10,7 @@
 #include <QRect>
 
 #include <memory>
+#include <optional>
 
 namespace WaveMonitor {
 
@@ -53,6 +56,14 @@ public:
     void setZoomRate(qreal rate);
     [[nodiscard]] int horizontalScrollBarValue() const;
 
+    /// Brings the start of a sample to the middle, as far as there are samples to both sides. Holds
+    /// over changes of size and zoom until the view is moved, so it may come before the first one.
+    void centreOn(int sample);
+    /// The sample in the middle.
+    [[nodiscard]] int middleSample() const;
+    /// Do all of a sample's first pixels show?
+    [[nodiscard]] bool isInView(int sample) const;
+
     Q_INVOKABLE QString handleEvents(Notification *e);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -64,6 +75,7 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private Q_SLOTS:
     void hScrollBarValueChanged(int value);
@@ -74,6 +86,14 @@ private Q_SLOTS:
 private:
     /// How far the scene has caught up with the rows.
     enum class Fresh { Nothing, Layout, Items };
+
+    /// What keeps its place in a zoom: a point (viewport pixels) or the middle.
+    using Anchor = std::optional<int>;
+    void zoomAbout(Anchor anchor, qreal rate);
+    [[nodiscard]] Anchor pointerAnchor() const;
+    [[nodiscard]] qreal middle() const;
+    void placeMiddle(qreal x);
+    [[nodiscard]] bool keepsMiddle() const;
 
     void refresh(Fresh what);
     void addItems();
@@ -93,6 +113,10 @@ private:
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present mouse mode
     std::unique_ptr<ContextMenuDelegate> m_contextMenu;
     qreal m_zoomRate = 1.0;
+    qreal m_middle = 0.0;     ///< scene x that was put in the middle; bars count whole pixels
+    int m_middleBar = -1;     ///< the bar's value when that was done
+    bool m_isCentred = false; ///< the middle was asked for
+    WheelNotches m_notches;
     Fresh m_fresh = Fresh::Nothing; ///< with all changes of events that are still queued
 };
 

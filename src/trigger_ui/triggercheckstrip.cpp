@@ -1,0 +1,103 @@
+#include "triggercheckstrip.h"
+
+#include <QEvent>
+#include <QKeyEvent>
+#include <QStyle>
+
+#include <algorithm>
+#include <utility>
+
+namespace KEO {
+
+namespace {
+
+constexpr int kMaxLines = 4; // of text, before it scrolls
+
+} // namespace
+
+TriggerCheckStrip::TriggerCheckStrip(QWidget *parent) : QListWidget(parent)
+{
+    setAccessibleName(tr("Trigger check"));
+    setFrameShape(QFrame::NoFrame);
+    setWordWrap(true);
+    setTextElideMode(Qt::ElideNone);
+    setResizeMode(QListView::Adjust);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    viewport()->setAutoFillBackground(false); // as quiet as a label
+    const int side = fontMetrics().height();
+    setIconSize({side, side});
+    hide();
+    connect(this, &QListWidget::itemClicked, this, &TriggerCheckStrip::choose);
+}
+
+void TriggerCheckStrip::tell(const QList<TriggerFinding> &findings)
+{
+    if (std::exchange(m_findings, findings) != findings)
+        fill();
+}
+
+void TriggerCheckStrip::refuse(const TriggerFinding &finding)
+{
+    m_findings.prepend(finding);
+    fill();
+    scrollToTop();
+}
+
+void TriggerCheckStrip::fill()
+{
+    const QString current = currentItem() ? currentItem()->text() : QString();
+    clear();
+    for (const TriggerFinding &finding : std::as_const(m_findings)) {
+        const bool isObstacle = finding.weight == TriggerFinding::Weight::Obstacle;
+        auto *item = new QListWidgetItem(
+            style()->standardIcon(isObstacle ? QStyle::SP_MessageBoxWarning
+                                             : QStyle::SP_MessageBoxInformation),
+            finding.text, this);
+        item->setData(Qt::AccessibleTextRole,
+                      (isObstacle ? tr("Obstacle: %1") : tr("Note: %1")).arg(finding.text));
+        if (finding.text == current)
+            setCurrentItem(item, QItemSelectionModel::NoUpdate);
+    }
+    setVisible(count() > 0);
+    fitHeight();
+}
+
+void TriggerCheckStrip::fitHeight()
+{
+    doItemsLayout(); // the lines wrap by the width that the strip has now
+    const int wanted = contentsSize().height();
+    setFixedHeight(
+        std::min(wanted, kMaxLines * std::max(fontMetrics().lineSpacing(), iconSize().height())));
+}
+
+void TriggerCheckStrip::resizeEvent(QResizeEvent *event)
+{
+    QListWidget::resizeEvent(event);
+    if (event->size().width() != event->oldSize().width())
+        fitHeight();
+}
+
+void TriggerCheckStrip::changeEvent(QEvent *event)
+{
+    QListWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        fitHeight();
+}
+
+void TriggerCheckStrip::keyPressEvent(QKeyEvent *event)
+{
+    // Not itemActivated: where one click activates, a click would choose twice.
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        choose(currentItem());
+    else
+        QListWidget::keyPressEvent(event);
+}
+
+void TriggerCheckStrip::choose(const QListWidgetItem *item)
+{
+    if (item)
+        Q_EMIT chosen(m_findings[row(item)]);
+}
+
+} // namespace KEO

@@ -1,0 +1,333 @@
+// Copy as Command: what a user sets on the page, the copied command captures from the same
+// stimulus, through a shell, and both export the same bytes.
+
+#include <support/desktop.h>
+
+#include <export_ui/exportdialog.h>
+#include <trigger/randomunit.h>
+
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDir>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTableView>
+
+using namespace KEO;
+
+class tst_CommandRoad : public WidgetTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void standardCores_data();
+    void standardCores();
+    void liteCore();
+    void tellsWhatItCanNotCopy();
+
+private:
+    [[nodiscard]] QString path(const QString &name) const { return m_directory->filePath(name); }
+    void board(const QString &file);
+    /// Runs the command and compares what both exported.
+    void compareWith(const QString &command, int leastFiles) const;
+    /// The files in a folder by their names, without the date of a VCD file.
+    [[nodiscard]] QMap<QString, QByteArray> exports(const QString &folder) const;
+
+    std::unique_ptr<QTemporaryDir> m_directory;
+};
+
+namespace {
+
+const QString kExamples = QStringLiteral(KEO_SOURCE_DIR "/examples/");
+
+/// A server that begins its stimulus anew.
+struct FreshServer
+{
+    FreshServer() { startBenchServer(servers); }
+    ~FreshServer()
+    {
+        JtagSession::instance()->disconnectAll();
+        killServers(servers);
+    }
+    ServerProcesses servers;
+};
+
+/// Whatever a user may set, by the widgets of the page.
+class RandomUser final
+{
+public:
+    RandomUser(const UserWindow &user, quint32 seed) : m_user(user), m_random(seed) {}
+
+    void setEverything()
+    {
+        auto *tree = m_user.find<QTreeWidget>("coreTree");
+        const int chosen = any(3);
+        for (int core = 0; core < 2; ++core) {
+            tree->setCurrentItem(tree->topLevelItem(core));
+            tree->topLevelItem(core)->setCheckState(0,
+                                                    chosen == core ? Qt::Unchecked : Qt::Checked);
+            setNumbers();
+            setUnits();
+            setExpressions();
+        }
+        tree->setCurrentItem(tree->topLevelItem(any(2)));
+    }
+
+private:
+    int any(int count) { return m_random.bounded(count); }
+    void pressReturn(QWidget &widget) const
+    {
+        m_user.activate();
+        widget.setFocus();
+        QTest::keyClick(&widget, Qt::Key_Return);
+    }
+
+    void setNumbers()
+    {
+        m_user.find<QComboBox>("comboBoxWindow")->setCurrentIndex(any(4));
+        auto *amounts = m_user.find<QComboBox>("comboBoxAmount");
+        amounts->setCurrentIndex(any(amounts->count() - 2));
+        auto *position = m_user.find<QSpinBox>("spinBoxTrPos");
+        position->setValue(any(position->maximum() + 1));
+    }
+    void setUnits()
+    {
+        auto *units = m_user.find<QTableView>("tableUnit");
+        for (int row = 0; row < units->model()->rowCount(); ++row) {
+            if (any(2) == 0)
+                continue;
+            units->selectRow(row);
+            const OnModal<QDialog> dialog([this](QDialog *box) { setUnit(*box); });
+            pressReturn(*units);
+            QVERIFY(dialog.seen());
+        }
+    }
+    void setUnit(QDialog &box)
+    {
+        const auto find = [&box]<typename Widget>(Widget *&widget, const char *name) {
+            widget = box.findChild<Widget *>(QLatin1String(name));
+        };
+        QComboBox *function = nullptr;
+        find(function, "comboBoxFunc");
+        function->setCurrentIndex(any(function->count()));
+        QLineEdit *low = nullptr;
+        QLineEdit *high = nullptr;
+        find(low, "lineEditValue0");
+        find(high, "lineEditValue1");
+        // Open bits and wide ranges, so that there is a trigger in the stimulus.
+        type(*low, high->isVisible() ? "0" : "XXXXXX01RB");
+        if (high->isVisible())
+            type(*high, "1");
+        QSpinBox *count = nullptr;
+        find(count, "spinBoxCounter");
+        if (count->isEnabled())
+            count->setValue(any(4) + 1);
+        QCheckBox *continuous = nullptr;
+        find(continuous, "checkBoxContinuous");
+        if (continuous->isEnabled())
+            continuous->setChecked(any(2));
+        QTest::keyClick(low, Qt::Key_Return);
+    }
+    /// Letters that the field refuses leave what stood there.
+    void type(QLineEdit &field, const QString &characters)
+    {
+        QTest::keyClick(&field, Qt::Key_Home);
+        QTest::keyClicks(&field,
+                         randomText(m_random, characters, int(field.displayText().size()) - 1));
+    }
+    void setExpressions()
+    {
+        auto *list = m_user.find<QListWidget>("listExpressions");
+        for (int row = 0; row < list->count(); ++row) {
+            QListWidgetItem *item = list->item(row);
+            if (!(item->flags() & Qt::ItemIsUserCheckable) ||
+                item->data(Qt::CheckStateRole).isNull())
+                return; // a static core
+            item->setCheckState(any(3) ? Qt::Checked : Qt::Unchecked);
+            if (any(2) == 0)
+                continue;
+            list->setCurrentRow(row);
+            const OnModal<QDialog> dialog([this](QDialog *box) {
+                for (const QString &name : expression())
+                    QTest::mouseClick(box->findChild<QPushButton *>("btn" + name), Qt::LeftButton);
+                QTest::keyClick(box, Qt::Key_Return);
+            });
+            pressReturn(*list);
+            QVERIFY(dialog.seen());
+        }
+    }
+    /// Names of buttons: a unit, or two with an operator, perhaps turned round.
+    QStringList expression()
+    {
+        const auto unit = [this] { return QStringLiteral("M%1").arg(any(4)); };
+        QStringList names{unit()};
+        if (any(3))
+            names << QStringList{"AND", "OR", "XOR"}[any(3)] << unit();
+        if (any(3) == 0)
+            names = QStringList{"NOT", "LeftBracket"} + names + QStringList{"RightBracket"};
+        return names;
+    }
+
+    const UserWindow &m_user;
+    QRandomGenerator m_random;
+};
+
+/// Exports all windows of each core by the dialog, as CSV and as VCD, beside the description.
+void exportAll(const UserWindow &user, int cores)
+{
+    for (int core = 0; core < cores; ++core) {
+        for (const int format : {0, 1}) {
+            const OnModal<ExportDialog> dialog([&](ExportDialog *box) {
+                box->findChild<QComboBox *>("comBoxKo")->setCurrentIndex(core);
+                box->findChild<QComboBox *>("comBoxFormat")->setCurrentIndex(format);
+                QTest::keyClicks(box->findChild<QLineEdit *>("editName"), "w");
+                QTest::keyClick(box, Qt::Key_Return);
+            });
+            user.click("Export");
+            QVERIFY(dialog.seen());
+        }
+    }
+}
+
+/// Copies the command, by its key.
+QString copied(const UserWindow &user)
+{
+    QGuiApplication::clipboard()->clear();
+    user.press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    return QGuiApplication::clipboard()->text();
+}
+
+/// Runs it as a user would who has the program in the path; gives what it says on errors.
+QString runInShell(const QString &command, const QString &folder)
+{
+    QProcess shell;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("PATH", QStringLiteral(KEO_BIN_DIR ":") + environment.value("PATH"));
+    shell.setProcessEnvironment(environment);
+    shell.setWorkingDirectory(folder);
+    shell.start("sh", {"-c", command + " --quiet --timeout 20 --name w --format csv --format vcd"});
+    if (!shell.waitForFinished(60000))
+        shell.kill();
+    const QString errors = QString::fromUtf8(shell.readAllStandardError());
+    return shell.exitCode() == 0 ? QString() : "failed: " + errors;
+}
+
+} // namespace
+
+void tst_CommandRoad::init()
+{
+    WidgetTest::init();
+    m_directory = std::make_unique<QTemporaryDir>(QDir::tempPath() + "/it's here-XXXXXX");
+    QVERIFY(QDir(m_directory->path()).mkdir("command"));
+}
+
+void tst_CommandRoad::board(const QString &file)
+{
+    qputenv("SIGNALSCOPE_BOARD", file.toLocal8Bit());
+}
+
+QMap<QString, QByteArray> tst_CommandRoad::exports(const QString &folder) const
+{
+    QMap<QString, QByteArray> files;
+    const QDir directory(folder);
+    for (const QString &name : directory.entryList({"w*"}, QDir::Files)) {
+        QFile file(directory.filePath(name));
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        QByteArray bytes = file.readAll();
+        if (const qsizetype date = bytes.indexOf("$date\n"); date >= 0)
+            bytes.remove(date, bytes.indexOf("$end", date) - date);
+        files.insert(name, bytes);
+    }
+    return files;
+}
+
+void tst_CommandRoad::standardCores_data()
+{
+    addColumns<uint>({"seed"});
+    for (const uint seed : {1, 2, 3, 4, 5, 6, 7, 8})
+        addRow(qPrintable(QString::number(seed)), seed);
+}
+
+void tst_CommandRoad::standardCores()
+{
+    QFETCH(const uint, seed);
+    board(kExamples + "uart_fifo/board.json");
+    const QString description = path("uart fifo.keo");
+    QVERIFY(QFile::copy(kExamples + "uart_fifo/uart_fifo.keo", description));
+    QString command;
+    {
+        const FreshServer server;
+        const UserWindow user;
+        user.window->openFile(description, {}, "KR-C", {});
+        RandomUser(user, seed).setEverything();
+        command = copied(user);
+        QVERIFY(command.startsWith("signalscope-capture --device KR-C"));
+        user.capture();
+        QVERIFY(user.isIdle() && user.tabs()->count() > 1);
+        exportAll(user, 2);
+    }
+    compareWith(command, 2);
+}
+
+void tst_CommandRoad::compareWith(const QString &command, int leastFiles) const
+{
+    QCOMPARE(runInShell(command, path("command")), QString());
+    const QMap<QString, QByteArray> expected = exports(m_directory->path());
+    const QMap<QString, QByteArray> got = exports(path("command"));
+    QVERIFY2(expected.size() >= leastFiles, qPrintable(command));
+    QCOMPARE(got.keys(), expected.keys());
+    QVERIFY2(got == expected, qPrintable(command));
+}
+
+void tst_CommandRoad::liteCore()
+{
+    board(kExamples + "spi_adc/board.json");
+    const QString description = path("spi.keo");
+    QVERIFY(QFile::copy(kExamples + "spi_adc/spi_adc.keo", description));
+    QString command;
+    {
+        const FreshServer server;
+        const UserWindow user;
+        user.window->openFile(description, {}, "KR-H", {});
+        user.find<QSpinBox>("spinTriggerDelay")->setValue(40);
+        command = copied(user);
+        QVERIFY2(command.contains(" --delay 40 "), qPrintable(command));
+        user.capture();
+        exportAll(user, 1);
+    }
+    compareWith(command, 2);
+}
+
+// The menu of the page does the same, and the status line says what is left out and why there is no
+// command.
+void tst_CommandRoad::tellsWhatItCanNotCopy()
+{
+    board(kExamples + "uart_fifo/board.json");
+    QFile example(kExamples + "uart_fifo/uart_fifo.keo");
+    QVERIFY(example.open(QIODevice::ReadOnly));
+    QFile description(path("odd.keo"));
+    QVERIFY(description.open(QIODevice::WriteOnly));
+    description.write(example.readAll().replace("value0=\"01001000\"", "value0=\"0100100x\""));
+    description.close();
+    const FreshServer server;
+    const UserWindow user;
+    user.window->openFile(description.fileName(), {}, {}, {});
+    const auto told = [&user] { return user.find<QLabel>("toldStatus")->text(); };
+    auto *tree = user.find<QTreeWidget>("coreTree");
+    QGuiApplication::clipboard()->clear();
+    QCOMPARE(driveContextMenu(tree->viewport(), {5, 5}, "Copy as Command"),
+             QStringList("Copy as Command"));
+    const QString command = QGuiApplication::clipboard()->text();
+    QVERIFY2(command.contains("--set M0='==1' ") && !command.contains("M1"), qPrintable(command));
+    QVERIFY2(told().contains("M1 of core 0 is left to the description."), qPrintable(told()));
+    tree->topLevelItem(0)->setCheckState(0, Qt::Unchecked);
+    QCOMPARE(copied(user), QString());
+    QVERIFY2(told().contains("No core is checked."), qPrintable(told()));
+}
+
+KEO_WIDGET_TEST_MAIN(tst_CommandRoad)
+#include "tst_commandroad.moc"
