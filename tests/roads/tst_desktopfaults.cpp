@@ -202,6 +202,8 @@ void tst_DesktopFaults::answersWithoutBits()
         d.press(Qt::Key_F4);
     QTRY_VERIFY(d.boxes.openBoxes() == 0 && d.isIdle());
     QCOMPARE(d.tabs()->count(), 1);
+    const QString end = d.find<QLabel>("runStatus")->text();
+    QVERIFY2(end.contains("windows captured: 0"), qPrintable(end));
 }
 
 KEO_WIDGET_TEST_MAIN(tst_DesktopFaults)
