@@ -46,6 +46,9 @@ public:
     /// Shows no core.
     void clearPage();
 
+    /// Looks at the size of the table.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 Q_SIGNALS:
     /// The user chose a number of windows. The core has it after the next saveToCore.
     void windowNumChanged();
@@ -61,9 +64,15 @@ private:
     [[nodiscard]] QGroupBox *makeExpressionGroup();
     [[nodiscard]] QGroupBox *makeUnitGroup();
     void connectSlots();
+    void addClipboardActions();
+    void pasteIntoUnits();
+    void pasteIntoExpression();
+    /// Puts \a expression, in tokens, into the core's list and the page's.
+    void setExpression(int row, const QString &expression);
     [[nodiscard]] bool hasOpenDialog() const;
     void closeOpenDialogs();
     void redrawUnits();
+    void fitValueColumn();
     void fillWindowNumbers();
     void fillAmounts();
     void fillExpressions();
