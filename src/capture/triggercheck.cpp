@@ -266,7 +266,7 @@ void Checker::checkExpression(const ExpressionProgram &expression)
         if (m_program.slotOf(unit) < 0)
             absent.append(whyAbsent(unit));
     }
-    const QString named = absent.join(Text::tr(" and "));
+    const QString named = absent.join(Text::tr(", and "));
     const Answers answers = answersOf(expression.table, 0, 0, m_reach.inputs());
     if (!answers.hasTrue)
         add(Subject::Expression, row, Weight::Obstacle,
@@ -319,7 +319,7 @@ QString whyNever(const UnitProgram &unit)
         return Text::tr("an edge is never at two samples in a row");
     switch (unit.function) {
     case MatchFunction::NotEqual:
-        return Text::tr("with != and nothing but X");
+        return Text::tr("every bit of its value is X");
     case MatchFunction::Greater:
         return Text::tr("no value is greater");
     case MatchFunction::Less:
@@ -337,7 +337,7 @@ QString whyAlways(const UnitProgram &unit)
 {
     switch (unit.function) {
     case MatchFunction::Equal:
-        return Text::tr("nothing but X");
+        return Text::tr("every bit of its value is X");
     case MatchFunction::InRange:
         return Text::tr("every value is in the range");
     case MatchFunction::NotInRange:

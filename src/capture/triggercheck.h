@@ -32,8 +32,9 @@ struct TriggerFinding
 };
 
 /// What Start would do with \a core as it stands, by the contents of the registers that it would
-/// get. Obstacles first, then in the order of expressions and units; none for a set-up that is in
-/// order.
+/// get: obstacles first, and among them as among the rest the core, its expressions, its units.
+/// None for a set-up that is in order. What is said to be never or always so is so; where counters
+/// take part, or ports share signals, it may be so unsaid. Quick enough for every edit.
 [[nodiscard]] QList<TriggerFinding> checkTrigger(const CoreConfig &core);
 
 } // namespace KEO

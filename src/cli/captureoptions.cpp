@@ -2,6 +2,8 @@
 
 #include "triggeroptionreader.h"
 
+#include <design/recoverystore.h>
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
@@ -310,7 +312,9 @@ const QList<OptionRow> &optionTable()
                            "Save the capture as a project, of rounds the last one."),
          kCapture},
         {"open", "FILE.analyzer_prj",
-         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Export a saved project instead of capturing."),
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Export a saved project instead of capturing; or recovery, the last "
+                           "capture that the window did not save, recovery:2 the one before."),
          kExport},
         {"compare", "A.analyzer_prj",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
@@ -320,6 +324,8 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Print what would be sent to the cores, without a server."),
          kCapture, setFlag<&O::dryRun>},
+        {"list-recovery", nullptr,
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the captures that were not saved."), kList},
         {"list-cables", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the cables that answer."), kList},
         {"json", nullptr,
@@ -383,7 +389,16 @@ Result<QString> openedProject(const QCommandLineParser &parser)
         return usage(Text::tr("--open takes no FILE."));
     if (const auto error = refuseOthers(parser, QStringLiteral("open"), Task::ExportSaved))
         return *error;
-    return projectPath(QStringLiteral("open"), parser.value("open"));
+    const QString opened = parser.value("open");
+    static const QRegularExpression recovery(QStringLiteral("^recovery(?::([0-9]{1,4}))?$"));
+    const QRegularExpressionMatch match = recovery.match(opened);
+    if (!match.hasMatch())
+        return projectPath(QStringLiteral("open"), opened);
+    const QList<Recovery> entries = RecoveryStore().entries();
+    const int number = match.captured(1).isEmpty() ? 1 : match.captured(1).toInt();
+    if (number < 1 || number > entries.size())
+        return usage(Text::tr("There is no %1; --list-recovery tells what there is.").arg(opened));
+    return entries[number - 1].project;
 }
 
 /// The two projects of --compare.
@@ -402,11 +417,14 @@ std::optional<Error> readCompared(const QCommandLineParser &parser, CaptureOptio
 /// What there is to do, and with which files.
 std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &options)
 {
-    if (parser.isSet("list-cables")) {
-        options.task = Task::ListCables;
+    for (const auto &[name, task] : {std::pair("list-cables", Task::ListCables),
+                                     std::pair("list-recovery", Task::ListRecovery)}) {
+        if (!parser.isSet(name))
+            continue;
+        options.task = task;
         if (!parser.positionalArguments().isEmpty() || parser.isSet("open") ||
             parser.isSet("compare"))
-            return usage(Text::tr("--list-cables takes no FILE."));
+            return usage(Text::tr("--%1 takes no FILE.").arg(QLatin1String(name)));
         return {};
     }
     if (parser.isSet("compare")) {
@@ -457,7 +475,7 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         return *error;
     if (const auto error = readOptions(parser, options))
         return *error;
-    if (options.task == Task::ListCables || options.task == Task::Compare)
+    if (bitOf(options.task) == kList || options.task == Task::Compare)
         return options;
     if (options.task == Task::Capture) {
         if (const auto error = store(options.triggers, readTriggerOptions(parser)))

@@ -16,7 +16,15 @@ namespace KEO {
 /// What the command line asks for.
 struct CaptureOptions
 {
-    enum class Task { Capture, ExportSaved, Compare, ListCables, ShowHelp, ShowVersion };
+    enum class Task {
+        Capture,
+        ExportSaved,
+        Compare,
+        ListCables,
+        ListRecovery,
+        ShowHelp,
+        ShowVersion
+    };
 
     Task task = Task::Capture;
     /// Core description, or the project of ExportSaved or the first one of Compare; absolute path.

@@ -5,6 +5,7 @@
 
 #include <base/console.h>
 #include <capture/registerpreview.h>
+#include <design/recoverystore.h>
 #include <link/jtagsession.h>
 
 #include <QCoreApplication>
@@ -108,6 +109,9 @@ ExitStatus CaptureProgram::run()
     case CaptureOptions::Task::ListCables:
         m_status = listCables();
         break;
+    case CaptureOptions::Task::ListRecovery:
+        m_status = listRecovery();
+        break;
     case CaptureOptions::Task::Capture:
         m_status = capture();
         break;
@@ -121,7 +125,8 @@ ExitStatus CaptureProgram::run()
     m_report.finish();
     if (!m_message.isEmpty())
         printMessage();
-    if (m_options.json && m_options.task != CaptureOptions::Task::ListCables)
+    if (m_options.json && m_options.task != CaptureOptions::Task::ListCables &&
+        m_options.task != CaptureOptions::Task::ListRecovery)
         printJson();
     m_session.disconnectAll();
     return statusAfterPrinting();
@@ -164,6 +169,32 @@ ExitStatus CaptureProgram::listCables()
         return ExitStatus::Captured;
     m_message = tr("No cable server could be started or reached.");
     return ExitStatus::NoServer;
+}
+
+ExitStatus CaptureProgram::listRecovery()
+{
+    QJsonArray captures;
+    int number = 0;
+    for (const Recovery &entry : RecoveryStore().entries()) {
+        const QString name = QStringLiteral("recovery:%1").arg(++number);
+        if (!m_options.json) {
+            print(QStringList{name, entry.time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")),
+                              entry.description, entry.windowText()}
+                      .join(u'\t'));
+        }
+        QJsonArray windows;
+        for (const WindowPlace &place : entry.windows)
+            windows.append(QJsonObject{{"core", place.core}, {"window", place.window}});
+        captures.append(QJsonObject{{"open", name},
+                                    {"time", entry.time.toUTC().toString(Qt::ISODate)},
+                                    {"description", entry.description},
+                                    {"project", entry.project},
+                                    {"windows", windows}});
+    }
+    if (m_options.json)
+        print(QString::fromUtf8(QJsonDocument(QJsonObject{{"recovery", captures}}).toJson())
+                  .trimmed());
+    return ExitStatus::Captured;
 }
 
 ExitStatus CaptureProgram::capture()

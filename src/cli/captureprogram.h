@@ -46,6 +46,7 @@ public:
 
 private:
     ExitStatus listCables();
+    ExitStatus listRecovery();
     ExitStatus capture();
     void previewRun();
     ExitStatus exportSaved();

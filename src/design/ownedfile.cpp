@@ -42,6 +42,12 @@ void OwnedFile::wrote(const QByteArray &content)
     m_known = hashOf(content);
 }
 
+bool OwnedFile::isUnchanged(const QString &path) const
+{
+    const Result<QByteArray> present = readWholeFile(path, kMaxSize, LineEnds::Native);
+    return present && hashOf(*present) == m_known;
+}
+
 Result<QString> OwnedFile::keepNews(FileSet &files, const QString &path,
                                     const QByteArray &content) const
 {

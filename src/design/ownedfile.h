@@ -18,6 +18,11 @@ public:
     void know(const QString &path);
     /// It was replaced with \a content.
     void wrote(const QByteArray &content);
+    /// What is known, to be kept from one start of the program to the next; see resume.
+    [[nodiscard]] const QByteArray &state() const { return m_known; }
+    void resume(const QByteArray &state) { m_known = state; }
+    /// Is \a path there, with what is known of it?
+    [[nodiscard]] bool isUnchanged(const QString &path) const;
     /// Before \a content takes the place of \a path: if that file was written since and holds
     /// something else, a copy is put into \a files, to stand beside it. Gives the copy's path,
     /// empty if none was needed, or why the file can't be kept.

@@ -3,7 +3,6 @@
 #include <config/capturelimits.h>
 #include <config/coreconfig.h>
 #include <trigger/expression.h>
-#include <trigger/expressiontokens.h>
 #include <trigger/unitsetting.h>
 
 #include <QCoreApplication>
@@ -87,19 +86,15 @@ Result<QString> storedExpression(const QString &text, const CoreConfig &core)
 {
     if (core.expressions.contains(text))
         return text;
-    const auto tokens = expressionTokens(text);
-    if (!tokens || !isExpressionValid(*tokens))
-        return refusal(core,
-                       Text::tr("\"%1\" is no expression of M0 to M15 ! & ^ | ( ).").arg(text));
-    for (const QString &token : *tokens) {
-        const std::optional<int> number = unitOfToken(token);
-        const MatchUnit *unit = number ? core.matchUnitByIndex(*number) : nullptr;
-        if (number && (!unit || !unit->enabled))
-            return refusal(core, Text::tr("\"%1\" names %2, a match unit that the core does not "
-                                          "have.")
-                                     .arg(text, token));
-    }
-    return tokens->join(QString());
+    QList<bool> units;
+    for (const auto &unit : core.matchUnits)
+        units.append(unit->enabled);
+    ExpressionInput input;
+    input.type(text);
+    const QString fault = expressionFault(input.tokens(), units);
+    if (!fault.isEmpty())
+        return refusal(core, Text::tr("\"%1\" is no expression: %2").arg(text, fault));
+    return input.tokens().join(QString());
 }
 
 /// The place of \a text among those not yet in force, else the first that is kept for no other.

@@ -34,8 +34,14 @@ public:
     virtual bool closeProject(QWidget *parent, const std::function<bool()> &askStop) = 0;
     /// Opens a configuration or project file. Reports its errors itself.
     virtual bool openFile(const QString &path) = 0;
+    /// Why the last file was not opened, in whole sentences; empty if there is no more to tell.
+    [[nodiscard]] virtual QString refusal() const { return {}; }
     /// Takes over the device that the command line named; each may be empty.
     virtual void setDevice(const QString &family, const QString &device, const QString &fsFile) = 0;
+
+    /// What Start would send to the cores with the settings that show, for people to read; empty if
+    /// there is nothing to run.
+    [[nodiscard]] virtual QString startPreview() { return {}; }
 
     /// Ends a capture whose samples are being read; any other goes on. Reading runs inside the
     /// event loop that it began in, so it would hold up the question before closeProject until its
@@ -47,8 +53,9 @@ public:
     std::function<QAction *()> openActionGetter;
 
 Q_SIGNALS:
-    /// The open file has this path from now on; empty when the project has been closed.
-    void fileNamed(const QString &path);
+    /// The open file has this path from now on; empty when the project has been closed. \a remark
+    /// tells that what is open is not what stands there.
+    void fileNamed(const QString &path, const QString &remark = {});
 };
 
 } // namespace KEO

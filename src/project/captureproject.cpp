@@ -6,12 +6,14 @@
 #include "programmerlink.h"
 #include "projectboxes.h"
 #include "projectfiles.h"
+#include "recoverykeeper.h"
 #include "runcontrol.h"
 #include "runstatus.h"
 #include "runtoolbar.h"
 #include "statusline.h"
 #include "waitingtip.h"
 
+#include <capture/registerpreview.h>
 #include <design/design.h>
 #include <export_ui/exportdialog.h>
 #include <link/jtagsession.h>
@@ -48,7 +50,13 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     m_run = new RunControl(parts, this);
     m_files = new ProjectFiles(parts, this);
     m_command = new CommandCopy(parts, this);
+    m_recovery = new RecoveryKeeper(parts, *m_files, this);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
+    connect(m_files, &ProjectFiles::saved, m_recovery, &RecoveryKeeper::saved);
+    connect(m_recovery, &RecoveryKeeper::told, this, &CaptureProject::told);
+    connect(m_run, &RunControl::shown, m_recovery, &RecoveryKeeper::captured);
+    connect(m_run, &RunControl::wavesGoing, m_recovery, &RecoveryKeeper::finish);
+    connect(m_run, &RunControl::shown, m_runStatus, &RunStatus::countWindow);
     connect(this, &CaptureProject::told, m_status, &StatusLine::tell);
     connect(m_command->action(), &QAction::triggered, this, &CaptureProject::onCopyCommand);
     connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
@@ -151,6 +159,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     if (self && !m_programmer->mayEndRun(parent))
         return false;
     if (self) {
+        m_recovery->finish();
         m_page->leaveDesign();
         m_design->leave();
     }
@@ -183,10 +192,27 @@ bool CaptureProject::openFile(const QString &path)
     const bool isOpened = m_files->open(path);
     if (isOpened && self) {
         updateActions();
-        m_descriptionWatch->start(m_files->description(), m_tab);
-        Q_EMIT fileNamed(m_files->file());
+        if (m_files->recovered())
+            m_recovery->opened(*m_files->recovered());
+        followFile();
     }
     return isOpened;
+}
+
+QString CaptureProject::refusal() const
+{
+    return m_files->fault();
+}
+
+/// What was recovered keeps its description, whatever becomes of the file that it came from.
+void CaptureProject::followFile()
+{
+    if (m_files->recovered()) {
+        Q_EMIT fileNamed(m_files->file(), tr("recovered"));
+        return;
+    }
+    m_descriptionWatch->start(m_files->description(), m_tab);
+    Q_EMIT fileNamed(m_files->file());
 }
 
 void CaptureProject::setDevice(const QString &family, const QString &device, const QString &fsFile)
@@ -194,6 +220,21 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
     m_design->manager().setDeviceName(device);
     updateConnections();
     m_programmer->setDevice(family, device, fsFile);
+}
+
+QString CaptureProject::startPreview()
+{
+    QStringList lines;
+    m_page->withSettings([&] {
+        const QList<QBitArray> words = m_design->startWords();
+        if (words.isEmpty())
+            return;
+        lines.append(tr("Start would send %1 words:").arg(words.size()));
+        lines.append(previewText(previewOf(words)));
+        for (const auto &[core, finding] : m_design->findings())
+            lines.append(tr("Core %1: %2").arg(QString::number(core), finding.text));
+    });
+    return lines.join(u'\n');
 }
 
 void CaptureProject::stopReading()
@@ -308,8 +349,13 @@ void CaptureProject::onExport()
 void CaptureProject::onSave()
 {
     const QPointer<CaptureProject> self(this);
+    const bool wasRecovered = m_files->recovered().has_value();
     m_files->save(parent());
-    if (self && !m_files->file().isEmpty()) // not closed in a box
+    if (!self || m_files->file().isEmpty()) // closed in a box
+        return;
+    if (wasRecovered)
+        followFile();
+    else
         Q_EMIT fileNamed(m_files->file());
 }
 

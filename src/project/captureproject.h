@@ -19,6 +19,7 @@ class JtagSession;
 class ProgrammerLink;
 class ProjectBoxes;
 class ProjectFiles;
+class RecoveryKeeper;
 class RunControl;
 class RunStatus;
 class RunToolBar;
@@ -43,7 +44,9 @@ public:
     /// capture, for any other extension (letter case counts), and after an error, which it has then
     /// shown.
     bool openFile(const QString &path) final;
+    [[nodiscard]] QString refusal() const final;
     void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
+    [[nodiscard]] QString startPreview() final;
     void stopReading() final;
 
     /// F3 forces the trigger and F4 stops, and both take the waiting tip away.
@@ -108,6 +111,8 @@ private:
     void updateActions();
     /// Tells which device and cable a run would use, and which servers are gone.
     void updateConnections();
+    /// The open file has a name: tells of it and watches the description.
+    void followFile();
 
     std::unique_ptr<Design> m_design;
     std::unique_ptr<ConfigPage> m_page;
@@ -120,6 +125,7 @@ private:
     RunControl *m_run;                    // child
     ProjectFiles *m_files;                // child
     CommandCopy *m_command;               // child
+    RecoveryKeeper *m_recovery;           // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
+
 class QWidget;
 
 namespace KEO {
@@ -23,6 +25,9 @@ public:
     virtual void setEnabled(bool isEnabled) = 0;
     /// Hands what the fields hold to the design.
     virtual void saveSettings() = 0;
+    /// Calls \a use, which must not run the event loop, while the design has what the fields hold,
+    /// and leaves no trace of that in the design's cores.
+    virtual void withSettings(const std::function<void()> &use) { use(); }
     /// The design has been loaded.
     virtual void showDesign() = 0;
     /// The design's cores are about to go.

@@ -26,11 +26,26 @@ const QString kSuffix = QStringLiteral(".analyzer_prj");
 
 } // namespace
 
+QList<WindowToSave> windowsToSave(const ProjectParts &parts)
+{
+    QList<WindowToSave> windows;
+    for (const WaveMonitor::WaveMonitorWidget *wave : parts.waves.monitors()) {
+        windows.append(parts.design.traits().numbersOf(wave->coreNumber(), wave->windowNumber(),
+                                                       windows.size()));
+        windows.last().contents = &wave->contents();
+    }
+    return windows;
+}
+
 bool ProjectFiles::open(const QString &name)
 {
     if (m_parts.design.isBusy())
         return false;
     const QString path = QFileInfo(name).absoluteFilePath(); // holds wherever it is saved to
+    m_fault.clear();
+    m_recovered = RecoveryStore().entryOf(path);
+    if (m_recovered)
+        return openRecovered();
     if (path.endsWith(kSuffix))
         return openProject(path);
     if (!path.endsWith(QLatin1String(".keo")) && !path.endsWith(QLatin1String(".zeo")))
@@ -49,7 +64,7 @@ bool ProjectFiles::openProject(const QString &path)
     const QString projectFile = projectFileFor(path);
     const Result<ProjectFile> project = readProjectFile(projectFile);
     if (!project)
-        qCDebug(lcProject).noquote() << project.error().message;
+        refuse(project.error().message);
     if (!project || !loadDesign(project->keoFile)) {
         m_parts.boxes.showError(kindText(traits.invalidSession));
         return false;
@@ -63,6 +78,21 @@ bool ProjectFiles::openProject(const QString &path)
     return showWaves(project->dataFile) || !traits.needsWaves;
 }
 
+/// Takes what the store has, and writes to where the capture came from.
+bool ProjectFiles::openRecovered()
+{
+    const Result<ProjectFile> project = readProjectFile(m_recovered->project);
+    if (!project)
+        refuse(project.error().message);
+    if (!project || !loadDesign(project->keoFile)) {
+        m_parts.boxes.showError(kindText(m_parts.design.traits().invalidSession));
+        return false;
+    }
+    m_keoFilePath = m_recovered->description;
+    m_description.resume(m_recovered->descriptionState);
+    return showWaves(project->dataFile) || !m_parts.design.traits().needsWaves;
+}
+
 bool ProjectFiles::loadDesign(const QString &path)
 {
     if (!QFileInfo::exists(path)) // leaves the cores as they are
@@ -70,8 +100,10 @@ bool ProjectFiles::loadDesign(const QString &path)
     m_parts.page.leaveDesign();
     m_description.know(path); // before it is read: what is written in between counts as news
     const Result<QString> id = m_parts.design.load(path);
-    if (!id)
+    if (!id) {
+        refuse(id.error().message);
         return false;
+    }
     m_parts.page.showDesign();
     m_parts.programmer.setDesignId(*id);
     return true;
@@ -80,17 +112,19 @@ bool ProjectFiles::loadDesign(const QString &path)
 bool ProjectFiles::showWaves(const QString &path)
 {
     if (!QFileInfo::exists(path)) {
+        refuse(tr("The data file %1 is not there.").arg(path));
         m_parts.boxes.showWarning(tr("Cached data file specified in project file is missing."));
         return false;
     }
     Result<std::optional<Design::SavedWindows>> windows = m_parts.design.openWindows(path);
     if (!windows) {
-        qCDebug(lcProject).noquote() << path << windows.error().message;
+        refuse(windows.error().message);
         if (windows.error().kind != Error::File)
             m_parts.boxes.showError(windows.error().message);
         return false;
     }
     if (!*windows) {
+        refuse(tr("The waves in %1 are those of another design, or of other settings.").arg(path));
         m_parts.boxes.showWarning(otherDesignText());
         return true;
     }
@@ -102,11 +136,20 @@ bool ProjectFiles::showWaves(const QString &path)
     return true;
 }
 
+/// Said before any box: it may see this gone.
+void ProjectFiles::refuse(const QString &reason)
+{
+    m_fault = reason.simplified(); // a box's text may have several lines
+    qCDebug(lcProject).noquote() << "open:" << reason;
+    Q_EMIT told(m_fault);
+}
+
 void ProjectFiles::save(const QObject *window)
 {
     const QPointer<ProjectFiles> self(this);
     if (m_projectFilePath.isEmpty()) {
-        const QString path = askPath(window ? window->property("startDir").toString() : QString());
+        const QString path =
+            askPath(window && !m_recovered ? window->property("startDir").toString() : QString());
         if (!self || m_keoFilePath.isEmpty()) // closed while the dialog showed
             return;
         m_projectFilePath = path;
@@ -115,8 +158,32 @@ void ProjectFiles::save(const QObject *window)
         return;
     if (m_dataFilePath.isEmpty())
         m_dataFilePath = dataFileBeside(m_projectFilePath);
+    if (std::exchange(m_recovered, {}))
+        m_keoFilePath = placeOfRecovered();
     m_parts.page.saveSettings();
     writeFiles(m_projectFilePath, {m_keoFilePath, m_dataFilePath});
+}
+
+/// The description goes back to where it came from, but not over what is there now: the tools may
+/// have built another design since.
+QString ProjectFiles::placeOfRecovered() const
+{
+    if (m_description.isUnchanged(m_keoFilePath))
+        return m_keoFilePath;
+    const QFileInfo project(m_projectFilePath);
+    const QString base = project.absolutePath() + u'/' + project.completeBaseName();
+    const QString suffix = u'.' + QFileInfo(m_keoFilePath).suffix();
+    QString place = base + suffix;
+    for (int number = 1; QFileInfo::exists(place); ++number)
+        place = base + QStringLiteral(".recovered-%1").arg(number) + suffix;
+    return place;
+}
+
+/// Under the other name no program opens it, see KindTraits::swapsPaths.
+const QString &ProjectFiles::projectFile() const
+{
+    const bool isSwapped = m_dataFilePath.endsWith(kSuffix) && !m_projectFilePath.endsWith(kSuffix);
+    return isSwapped ? m_dataFilePath : m_projectFilePath;
 }
 
 /// A file that can't be written does not keep the others from being saved.
@@ -130,7 +197,7 @@ void ProjectFiles::writeFiles(const QString &projectFile, const ProjectFile &pat
             reasons.append(error->message);
         return !error;
     };
-    note(addDataFile(files, paths.dataFile, windowsToSave(), m_openedFile));
+    note(addDataFile(files, paths.dataFile, windowsToSave(m_parts), m_openedFile));
     const QByteArray description = m_parts.design.descriptionText();
     const Result<QString> kept = m_description.keepNews(files, paths.keoFile, description);
     if (!kept)
@@ -146,6 +213,7 @@ void ProjectFiles::writeFiles(const QString &projectFile, const ProjectFile &pat
     }
     if (isDescribed)
         m_description.wrote(description);
+    const bool isSaved = reasons.isEmpty() && isDescribed;
     if (reasons.isEmpty())
         reasons.append(tr("Saved %1").arg(projectFile));
     if (kept && !kept->isEmpty())
@@ -154,6 +222,8 @@ void ProjectFiles::writeFiles(const QString &projectFile, const ProjectFile &pat
     for (const QString &reason : std::as_const(reasons))
         qCDebug(lcProject).noquote() << "save:" << reason;
     Q_EMIT told(reasons.join(QStringLiteral("; ")));
+    if (isSaved)
+        Q_EMIT saved();
     if (!isDescribed)
         m_parts.boxes.showError(tr("Can not save to %1").arg(paths.keoFile));
 }
@@ -161,7 +231,9 @@ void ProjectFiles::writeFiles(const QString &projectFile, const ProjectFile &pat
 QString ProjectFiles::askPath(const QString &lastFile) const
 {
     const QPointer<const ProjectFiles> self(this);
-    const QFileInfo last(lastFile.isEmpty() ? m_keoFilePath : lastFile);
+    const QString origin =
+        m_recovered && !m_recovered->savedAs.isEmpty() ? m_recovered->savedAs : m_keoFilePath;
+    const QFileInfo last(lastFile.isEmpty() ? origin : lastFile);
     QString suggestion = last.path() + u'/' + last.baseName();
     for (;;) {
         QString path =
@@ -185,23 +257,13 @@ QString ProjectFiles::askPath(const QString &lastFile) const
     }
 }
 
-QList<WindowToSave> ProjectFiles::windowsToSave() const
-{
-    QList<WindowToSave> windows;
-    for (const WaveMonitor::WaveMonitorWidget *wave : m_parts.waves.monitors()) {
-        windows.append(m_parts.design.traits().numbersOf(wave->coreNumber(), wave->windowNumber(),
-                                                         windows.size()));
-        windows.last().contents = &wave->contents();
-    }
-    return windows;
-}
-
 void ProjectFiles::close()
 {
     m_keoFilePath.clear();
     m_projectFilePath.clear();
     m_dataFilePath.clear();
     m_openedFile.clear();
+    m_recovered.reset();
 }
 
 } // namespace KEO

@@ -2,11 +2,13 @@
 
 #include "projectparts.h"
 
-#include <design/datafilewriter.h>
 #include <design/ownedfile.h>
+#include <design/recoverystore.h>
 
 #include <QObject>
 #include <QString>
+
+#include <optional>
 
 namespace KEO {
 
@@ -24,6 +26,8 @@ public:
 
     /// See CaptureProject::openFile.
     [[nodiscard]] bool open(const QString &path);
+    /// Why the last file did not open, or opened without its waves; else empty.
+    [[nodiscard]] const QString &fault() const { return m_fault; }
     /// Writes data file, description and project file, which take their places together. A
     /// description that another program has written meanwhile is kept beside. The first time it
     /// asks where to, beginning beside the file that \a window, which holds the project, has in its
@@ -32,27 +36,39 @@ public:
     void close();
     /// Path of the open description; empty while the project is closed.
     [[nodiscard]] const QString &description() const { return m_keoFilePath; }
+    /// See OwnedFile.
+    [[nodiscard]] const QByteArray &descriptionState() const { return m_description.state(); }
     /// Path of what is open: the project file, or the description where nothing was saved yet.
     [[nodiscard]] const QString &file() const
     {
-        return m_projectFilePath.isEmpty() ? m_keoFilePath : m_projectFilePath;
+        return m_projectFilePath.isEmpty() ? m_keoFilePath : projectFile();
     }
+    /// Path of the project file as the user knows it; empty until saved.
+    [[nodiscard]] const QString &projectFile() const;
+    /// What is open, if it comes from the recovery store and was not saved since. It has no files
+    /// of its own then: description() is where it came from.
+    [[nodiscard]] const std::optional<Recovery> &recovered() const { return m_recovered; }
 
 Q_SIGNALS:
     /// What became of the files, in words for the user: also what no box tells.
     void told(const QString &text);
+    /// All three files have been written.
+    void saved();
 
 private:
     [[nodiscard]] bool openProject(const QString &path);
+    [[nodiscard]] bool openRecovered();
     /// Also shows the design and tells the programmer of it. No box.
     [[nodiscard]] bool loadDesign(const QString &path);
     /// Shows the waves of the data file at \a path, all of them or none, and tells in a box why
     /// there are none. True also when the file belongs to another design.
     [[nodiscard]] bool showWaves(const QString &path);
+    /// Nothing opens, or no waves show, for that reason.
+    void refuse(const QString &reason);
     /// Asks for the path of a project file; empty when the user gave up.
     [[nodiscard]] QString askPath(const QString &lastFile) const;
     void writeFiles(const QString &projectFile, const ProjectFile &paths);
-    [[nodiscard]] QList<WindowToSave> windowsToSave() const;
+    [[nodiscard]] QString placeOfRecovered() const;
 
     const ProjectParts m_parts;
     // All empty while the project is closed.
@@ -61,6 +77,8 @@ private:
     QString m_dataFilePath;    ///< samples and arrangement, empty until saved
     OwnedFile m_description;   ///< its state on disk
     QString m_openedFile;      ///< the project file that the user opened
+    std::optional<Recovery> m_recovered;
+    QString m_fault;
 };
 
 } // namespace KEO

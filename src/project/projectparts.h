@@ -1,5 +1,9 @@
 #pragma once
 
+#include <design/datafilewriter.h>
+
+#include <QList>
+
 namespace KEO {
 
 class ConfigPage;
@@ -19,5 +23,8 @@ struct ProjectParts
     ProjectBoxes &boxes;
     StatusLine &status;
 };
+
+/// The waves that show, as a data file has them. Borrowed.
+[[nodiscard]] QList<WindowToSave> windowsToSave(const ProjectParts &parts);
 
 } // namespace KEO

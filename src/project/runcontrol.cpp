@@ -30,6 +30,7 @@ void RunControl::start(RunKind kind, const QString &cable)
     }
     WaitingTip::show(boxes.window());
     design.manager().openDevice(programmer.deviceChain());
+    Q_EMIT wavesGoing();
     keepWaves();
     page.saveSettings();
     if (kind == RunKind::Auto)
@@ -66,7 +67,9 @@ void RunControl::show(int core, int window)
     const int rounds = design.manager().autorun();
     if (rounds != -1)
         WaitingTip::close();
-    waves.show(*captured, rounds);
+    waves.show(*captured, rounds); // may see this gone
+    if (self)
+        Q_EMIT shown();
 }
 
 void RunControl::complete(int resultID)

@@ -33,6 +33,10 @@ public:
 Q_SIGNALS:
     /// What the user may do now may have changed.
     void changed();
+    /// A window has been shown, or a round of an Auto run.
+    void shown();
+    /// A run begins, and takes the waves of the one before away.
+    void wavesGoing();
 
 private:
     void keepWaves();

@@ -24,12 +24,11 @@ RunStatus::RunStatus(Design &design, StatusLine &line, QObject *parent)
     const CaptureManager &manager = design.manager();
     connect(&manager, &CaptureManager::statusChanged, this, &RunStatus::followState);
     connect(&manager, &CaptureManager::sectionRead, this, &RunStatus::showReading);
-    connect(&manager, &CaptureManager::triggerComplete, this, &RunStatus::showEnd);
+    connect(&manager, &CaptureManager::triggerComplete, this, &RunStatus::takeEnd);
     connect(&manager, &CaptureManager::reportChanged, this, [this] {
         if (!m_text.isEmpty())
             show(m_text);
     });
-    connect(&design, &Design::captured, this, [this] { ++m_windows; });
 }
 
 void RunStatus::clear()
@@ -37,6 +36,7 @@ void RunStatus::clear()
     if (m_isRunning)
         return;
     m_text.clear();
+    m_end.clear();
     m_line.showRun(tr("Ready"));
 }
 
@@ -59,6 +59,7 @@ void RunStatus::followState(bool isBusy)
         m_round = round;
     }
     m_isRunning = true;
+    m_end.clear();
     const QString waitedFor = m_design.waitingFor();
     const CaptureState state = m_design.manager().state();
     if (state != CaptureState::Reading && state != CaptureState::ReadComplete)
@@ -74,15 +75,32 @@ void RunStatus::showReading(int core, int window, int sectionsRead, int sections
                             QString::number(sectionsRead), QString::number(sections))));
 }
 
-void RunStatus::showEnd(int resultID)
+/// Taking the last window of a lite core ends the run, before it shows.
+void RunStatus::countWindow()
+{
+    ++m_windows;
+    if (!m_end.isEmpty())
+        showEnd();
+}
+
+void RunStatus::takeEnd(int resultID)
 {
     const QString reason = deviceErrorText(m_design.traits(), resultID);
     if (!m_isRunning && reason.isEmpty())
         return; // closing a project ends what was no run
     m_isRunning = false;
     const QString end = tr("Run ended at %1").arg(shown(QTime::currentTime()));
-    show(reason.isEmpty() ? tr("%1, windows captured: %2").arg(end).arg(m_windows)
-                          : tr("%1: %2").arg(end, reason));
+    if (!reason.isEmpty()) {
+        show(tr("%1: %2").arg(end, reason));
+        return;
+    }
+    m_end = end;
+    showEnd();
+}
+
+void RunStatus::showEnd()
+{
+    show(tr("%1, windows captured: %2").arg(m_end, QString::number(m_windows)));
 }
 
 QString RunStatus::withRound(const QString &text) const

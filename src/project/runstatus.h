@@ -22,11 +22,14 @@ public:
 
     /// No run has been made, as in a project that was just opened.
     void clear();
+    /// A window of the run, or of the one that has just ended, is there for the user.
+    void countWindow();
 
 private:
     void followState(bool isBusy);
     void showReading(int core, int window, int sectionsRead, int sections);
-    void showEnd(int resultID);
+    void takeEnd(int resultID);
+    void showEnd();
     /// With what the run has to tell beside it, now and whenever that changes.
     void show(const QString &text);
     [[nodiscard]] QString withRound(const QString &text) const;
@@ -38,6 +41,7 @@ private:
     int m_round = -1;  ///< the one of m_since
     int m_windows = 0; ///< captured in this run
     QString m_text;    ///< of the run that is shown; empty for none
+    QString m_end;     ///< when it ended; empty while it runs, and after an error
 };
 
 } // namespace KEO

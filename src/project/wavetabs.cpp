@@ -20,14 +20,15 @@ constexpr quint64 kDomainStep = 16;
 
 } // namespace
 
-WaveTabs::WaveTabs(LayoutKey layoutKey) : m_layoutKey(layoutKey)
+WaveTabs::WaveTabs(LayoutKey layoutKey)
+    : m_layoutKey(layoutKey), m_comparison(layoutKey, [this] { return monitors(); })
 {
 }
 
 WaveTabs::~WaveTabs()
 {
     for (const auto &monitor : m_waveMonitors)
-        delete monitor;
+        delete TabComparison::pageOf(monitor);
 }
 
 bool WaveTabs::isEmpty() const
@@ -47,13 +48,20 @@ QList<WaveMonitorWidget *> WaveTabs::monitors() const
 
 WaveMonitorWidget *WaveTabs::current() const
 {
-    return m_tabs ? qobject_cast<WaveMonitorWidget *>(m_tabs->currentWidget()) : nullptr;
+    if (!m_tabs || !m_tabs->currentWidget())
+        return nullptr;
+    const QList<WaveMonitorWidget *> all = monitors();
+    const auto front = std::ranges::find_if(all, [this](WaveMonitorWidget *monitor) {
+        return TabComparison::pageOf(monitor) == m_tabs->currentWidget();
+    });
+    return front == all.end() ? nullptr : *front;
 }
 
 void WaveTabs::enterWindow(QWidget *window, QTabWidget *tabs, QWidget *page)
 {
     m_window = window;
     m_tabs = tabs;
+    m_comparison.setTabs(tabs);
     m_page = page;
     m_isInWindow = true;
 }
@@ -61,6 +69,7 @@ void WaveTabs::enterWindow(QWidget *window, QTabWidget *tabs, QWidget *page)
 QTabWidget *WaveTabs::leaveWindow()
 {
     m_isInWindow = false;
+    m_comparison.setTabs(nullptr);
     return std::exchange(m_tabs, nullptr);
 }
 
@@ -72,8 +81,10 @@ void WaveTabs::show(const CapturedWindow &captured, int rounds)
         QList<QBitArray> samples;
         for (const WaveMonitor::SignalElement &element : captured.elements)
             samples.append(element.data);
+        m_comparison.keepAll();
         wave->updateData(samples);
     }
+    m_comparison.follow(wave);
     if (rounds != -1)
         wave->setAutorunCounter(rounds);
     QTabWidget *tabs = m_tabs;
@@ -85,7 +96,8 @@ void WaveTabs::show(const CapturedWindow &captured, int rounds)
 void WaveTabs::bringUp(WaveMonitorWidget &wave, QTabWidget &tabs)
 {
     const QWidget *before = tabs.currentWidget();
-    tabs.addTab(&wave, wave.windowTitle());
+    QWidget *page = TabComparison::pageOf(&wave);
+    tabs.addTab(page, wave.windowTitle());
     const bool wasInFront =
         m_front && m_front->core == wave.coreNumber() && m_front->window == wave.windowNumber();
     const bool comesUp = before == m_page || (wasInFront && before == m_broughtUp);
@@ -93,8 +105,8 @@ void WaveTabs::bringUp(WaveMonitorWidget &wave, QTabWidget &tabs)
         m_front.reset();
     if (!comesUp)
         return;
-    m_broughtUp = &wave;
-    tabs.setCurrentWidget(&wave);
+    m_broughtUp = page;
+    tabs.setCurrentWidget(page);
 }
 
 WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured)
@@ -109,6 +121,7 @@ WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured)
     monitor->restoreState(layout);
     if (!layout)
         monitor->showTrigger();
+    m_comparison.offer(monitor);
     return monitor;
 }
 
@@ -120,6 +133,7 @@ void WaveTabs::showSaved(WindowPlace place, const QString &title, WindowContents
     monitor->setTitle(place.window, place.core);
     monitor->loadWindow(std::move(contents));
     monitor->showTrigger();
+    m_comparison.offer(monitor);
     if (m_tabs)
         m_tabs->insertTab(int(m_waveMonitors.size()), monitor, title);
 }
@@ -132,15 +146,20 @@ void WaveTabs::clear(Layouts layouts)
     m_front.reset();
     if (const WaveMonitorWidget *front = current(); front && layouts == Layouts::Keep)
         m_front = WindowPlace{front->coreNumber(), front->windowNumber()};
+    if (layouts == Layouts::Forget)
+        m_comparison.forget();
+    else
+        m_comparison.keepAll();
     // Out of the list first: a tab that goes lets another one come up, with events of its own.
     for (const auto &monitor : std::exchange(m_waveMonitors, {})) {
         if (!monitor)
             continue;
         if (layouts == Layouts::Keep)
             keepLayout(monitor->saveState());
+        QWidget *page = TabComparison::pageOf(monitor);
         if (m_tabs)
-            m_tabs->removeTab(m_tabs->indexOf(monitor));
-        delete monitor; // not later: the next monitors take over its domain
+            m_tabs->removeTab(m_tabs->indexOf(page));
+        delete page; // not later: the next monitors take over its domain
     }
 }
 

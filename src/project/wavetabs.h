@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tabcomparison.h"
+
 #include <design/datafilecheck.h>
 #include <design/kindtraits.h>
 #include <wave/windowstate.h>
@@ -72,6 +74,7 @@ private:
     std::optional<WindowPlace> m_front; ///< what was in front, until it is again
     QPointer<QWidget> m_broughtUp;      ///< what stands in for it
     LayoutKey m_layoutKey;
+    TabComparison m_comparison;
     std::vector<std::unique_ptr<WaveMonitor::WindowState>> m_layoutCache;
 };
 

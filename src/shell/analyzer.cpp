@@ -2,8 +2,10 @@
 
 #include "debugdock.h"
 #include "emptyhint.h"
+#include "recentfiles.h"
 #include "startupoptions.h"
 
+#include <design/recoverystore.h>
 #include <image/images.h>
 #include <link/jtagsession.h>
 #include <widgets/messagebox.h>
@@ -26,6 +28,7 @@
 #include <QToolButton>
 #include <QUrl>
 
+#include <optional>
 #include <tuple>
 
 namespace KEO {
@@ -123,6 +126,7 @@ Analyzer::Analyzer(QWidget *parent, const ProjectFactories &factories)
     connect(m_d->projectManager.get(), &ProjectManager::fileNamed, this, &Analyzer::showFile);
     connect(m_d->projectManager.get(), &ProjectManager::fileNamed, hint,
             [hint] { hint->setRefused({}, {}); });
+    connect(hint, &EmptyHint::openRequested, this, &Analyzer::openChosen);
     connect(m_d->projectManager.get(), &ProjectManager::fileRefused, hint, &EmptyHint::setRefused);
     resize(kRestoredSize.boundedTo(screen()->availableSize()));
     if (wantsDebugMessages(QCoreApplication::arguments()))
@@ -167,9 +171,19 @@ void Analyzer::onOpen()
         QFileDialog::getOpenFileName(this, tr("Open Project..."), m_startDir, fileFilter());
     if (!self || path.isEmpty())
         return;
-    m_startDir = path;
     if (QFileInfo::exists(path))
-        openFile(path, QString(), QString(), QString());
+        openChosen(path);
+    else
+        m_startDir = path;
+}
+
+/// The device of the command line does not count here; that of a capture from the store does.
+void Analyzer::openChosen(const QString &path)
+{
+    const std::optional<Recovery> recovery = RecoveryStore().entryOf(path);
+    if (!recovery)
+        m_startDir = path; // nobody looks for a file of his own in the store
+    openFile(path, QString(), recovery ? recovery->deviceModel : QString(), QString());
 }
 
 void Analyzer::dragEnterEvent(QDragEnterEvent *event)
@@ -190,8 +204,7 @@ void Analyzer::dropEvent(QDropEvent *event)
         [this, path] {
             if (!m_d->openAction->isEnabled() || QApplication::activeModalWidget())
                 return;
-            m_startDir = path;
-            openFile(path, QString(), QString(), QString());
+            openChosen(path);
         },
         Qt::QueuedConnection);
 }
@@ -227,6 +240,7 @@ void Analyzer::buildDebugDock()
     m_d->debugDock = new DebugDock(this);
     addDockWidget(Qt::RightDockWidgetArea, m_d->debugDock);
     m_d->debugDock->listen();
+    m_d->debugDock->setPreview([this] { return m_d->projectManager->startPreview(); });
 
     // The way back for a dock that was closed.
     QAction *toggle = m_d->debugDock->toggleViewAction();
@@ -242,12 +256,15 @@ void Analyzer::buildDebugDock()
 }
 
 /// With the program's name in any case, as window lists show it.
-void Analyzer::showFile(const QString &path)
+void Analyzer::showFile(const QString &path, const QString &remark)
 {
+    if (!path.isEmpty() && remark.isEmpty())
+        RecentFiles().add(path);
     const QString program = tr("Tarno Signal Scope");
     const QString mark = QStringLiteral("[*]"); // stands for itself only when doubled
     const QString name = QFileInfo(path).fileName().replace(mark, mark + mark);
-    setWindowTitle(name.isEmpty() ? program : tr("%1 – %2").arg(name, program));
+    const QString shown = remark.isEmpty() ? name : tr("%1 (%2)").arg(name, remark);
+    setWindowTitle(name.isEmpty() ? program : tr("%1 – %2").arg(shown, program));
 }
 
 } // namespace KEO

@@ -62,8 +62,10 @@ protected:
 
 private:
     void buildDebugDock();
-    /// Names the open file in the title, none for an empty path.
-    void showFile(const QString &path);
+    /// Names the open file in the title, none for an empty path, and remembers it.
+    void showFile(const QString &path, const QString &remark = {});
+    /// Opens a file that the user has chosen in the window.
+    void openChosen(const QString &path);
 
     std::unique_ptr<AnalyzerPrivate> m_d;
     quint64 m_domain = 0;

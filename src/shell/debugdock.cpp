@@ -2,12 +2,17 @@
 
 #include <base/console.h>
 
+#include <QAction>
 #include <QFont>
+#include <QKeySequence>
 #include <QMutex>
 #include <QPlainTextEdit>
 #include <QThread>
+#include <QToolButton>
+#include <QVBoxLayout>
 
 #include <cstdlib>
+#include <utility>
 
 namespace KEO {
 
@@ -80,7 +85,24 @@ DebugDock::DebugDock(QWidget *parent)
     font.setStyleHint(QFont::Monospace); // where there is no such font
     m_pane->setFont(font);
     m_pane->setMaximumBlockCount(kMaxLines);
-    setWidget(m_pane);
+    auto *preview = new QAction(tr("Preview"), this);
+    preview->setObjectName(QStringLiteral("previewAction"));
+    preview->setShortcut(Qt::CTRL | Qt::Key_F12);
+    preview->setToolTip(tr("Show what Start would send to the checked cores (%1)")
+                            .arg(preview->shortcut().toString(QKeySequence::NativeText)));
+    connect(preview, &QAction::triggered, this, &DebugDock::showPreview);
+    addAction(preview); // for a dock of its own, apart from the window
+    if (parent)
+        parent->addAction(preview); // also while the dock is closed
+    auto *button = new QToolButton(this);
+    button->setObjectName(QStringLiteral("previewButton"));
+    button->setDefaultAction(preview);
+    auto *content = new QWidget(this);
+    auto *layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_pane);
+    layout->addWidget(button, 0, Qt::AlignLeft);
+    setWidget(content);
     setMinimumSize(500, 300);
 }
 
@@ -106,6 +128,18 @@ void DebugDock::stopListening()
     const QtMessageHandler installed = qInstallMessageHandler(DebugMessages::previous);
     if (installed != &DebugMessages::handle)
         qInstallMessageHandler(installed); // someone's own, put in later
+}
+
+void DebugDock::setPreview(std::function<QString()> preview)
+{
+    m_preview = std::move(preview);
+}
+
+void DebugDock::showPreview()
+{
+    QDockWidget::show();
+    const QString text = m_preview ? m_preview() : QString();
+    m_pane->appendPlainText(text.isEmpty() ? tr("There is no core to start.") : text);
 }
 
 void DebugDock::show(const QString &text)

@@ -2,6 +2,10 @@
 
 #include <QDockWidget>
 
+#include <QString>
+
+#include <functional>
+
 class QPlainTextEdit;
 
 namespace KEO {
@@ -19,14 +23,20 @@ public:
     ~DebugDock() override; ///< stops listening
 
     void listen();
+    /// Lines that the Preview button, and its key in the window, add to the pane. \a preview makes
+    /// them each time; it gives none if there is nothing to start.
+    void setPreview(std::function<QString()> preview);
+
     /// Puts the handler back that was there before listen.
     void stopListening();
 
 private:
     friend struct DebugMessages;
     void show(const QString &text);
+    void showPreview();
 
     QPlainTextEdit *m_pane; // owned by the object tree
+    std::function<QString()> m_preview;
 };
 
 } // namespace KEO

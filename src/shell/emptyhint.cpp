@@ -1,6 +1,12 @@
 #include "emptyhint.h"
 
+#include "choicelist.h"
+#include "recentfiles.h"
+
+#include <design/recoverystore.h>
 #include <widgets/colormix.h>
+#include <widgets/elidedlabel.h>
+#include <widgets/formwidgets.h>
 
 #include <QDir>
 #include <QEvent>
@@ -8,6 +14,7 @@
 #include <QGridLayout>
 #include <QKeySequence>
 #include <QLabel>
+#include <QLocale>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -20,6 +27,7 @@ constexpr qreal kQuietShare = 0.62; // of the text's colour, the rest is the pag
 constexpr int kRowGap = 6;          // pixels
 constexpr int kColumnGap = 16;
 constexpr int kTitleGap = 14;
+constexpr int kListWidth = 640;
 
 QString shown(const QKeySequence &key)
 {
@@ -31,7 +39,6 @@ QString shown(const QKeySequence &key)
 EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs), m_refused(new QLabel)
 {
     setObjectName(QStringLiteral("emptyHint"));
-    setAttribute(Qt::WA_TransparentForMouseEvents);
 
     auto *title = new QLabel(tr("No design is open"));
     QFont large = font();
@@ -53,6 +60,15 @@ EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs), m_refused(
     addKey(keys, shown(Qt::Key_F3), tr("Trigger now"));
     addKey(keys, shown(Qt::Key_F4), tr("Stop"));
 
+    auto *lists = new QVBoxLayout;
+    lists->setSpacing(kRowGap);
+    m_recoveries = addList(lists, tr("&Captures that were not saved"), "recoveryList");
+    m_recent = addList(lists, tr("R&ecent files"), "recentList");
+    auto *middle = new QHBoxLayout; // as wide as they may be, and centred
+    middle->addStretch(1);
+    middle->addLayout(lists, kListWidth);
+    middle->addStretch(1);
+
     auto *layout = new QVBoxLayout(this);
     layout->setSpacing(kTitleGap);
     layout->addStretch();
@@ -60,6 +76,7 @@ EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs), m_refused(
     layout->addWidget(m_refused);
     layout->addLayout(keys);
     layout->setAlignment(keys, Qt::AlignHCenter);
+    layout->addLayout(middle);
     layout->addStretch();
 
     mute();
@@ -77,11 +94,52 @@ void EmptyHint::setRefused(const QString &file, const QString &reason)
     m_refused->setText(tr("%1 was not opened.\n%2").arg(path, reason));
 }
 
+ChoiceList *EmptyHint::addList(QVBoxLayout *layout, const QString &title, const char *name)
+{
+    auto *list = named(new ChoiceList, name);
+    list->setMaximumWidth(kListWidth);
+    QLabel *label = labelFor(list, title);
+    label->setObjectName(QString::fromLatin1(name) + QStringLiteral("Title"));
+    layout->addWidget(label);
+    layout->addWidget(list);
+    // The page goes with the first click, and the list with it.
+    connect(list, &ChoiceList::chosen, this, &EmptyHint::openRequested, Qt::QueuedConnection);
+    return list;
+}
+
+void EmptyHint::fillLists()
+{
+    m_recoveries->clear();
+    for (const Recovery &entry : RecoveryStore().entries()) {
+        const QString text =
+            tr("%1   %2, %3")
+                .arg(QLocale().toString(entry.time, QStringLiteral("yyyy-MM-dd HH:mm:ss")),
+                     QFileInfo(entry.description).fileName(), entry.windowText());
+        const QString origin = QDir::toNativeSeparators(entry.description);
+        m_recoveries->addChoice(text, entry.project, tr("%1: %2").arg(origin, entry.windowText()),
+                                true);
+    }
+    m_recent->clear();
+    for (const QString &path : RecentFiles().paths()) {
+        const QFileInfo file(path);
+        const QString folder = QDir::toNativeSeparators(file.path());
+        m_recent->addChoice(tr("%1   %2").arg(file.fileName(), folder), path,
+                            QDir::toNativeSeparators(path), file.isFile());
+    }
+    for (ChoiceList *list : {m_recoveries, m_recent}) {
+        list->setVisible(list->count() > 0);
+        findChild<QLabel *>(list->objectName() + QStringLiteral("Title"))
+            ->setVisible(list->count() > 0);
+    }
+}
+
 void EmptyHint::addKey(QGridLayout *keys, const QString &key, const QString &meaning)
 {
     const int row = keys->rowCount();
     keys->addWidget(new QLabel(key), row, 0, Qt::AlignRight);
-    keys->addWidget(new QLabel(meaning), row, 1);
+    auto *text = new ElidedLabel;
+    text->setText(meaning);
+    keys->addWidget(text, row, 1);
 }
 
 bool EmptyHint::eventFilter(QObject *watched, QEvent *event)
@@ -97,6 +155,12 @@ void EmptyHint::changeEvent(QEvent *event)
     if (event->type() == QEvent::PaletteChange)
         mute();
     QWidget::changeEvent(event);
+}
+
+void EmptyHint::showEvent(QShowEvent *event)
+{
+    fillLists();
+    QWidget::showEvent(event);
 }
 
 void EmptyHint::mute()

@@ -5,12 +5,15 @@
 class QGridLayout;
 class QLabel;
 class QTabWidget;
+class QVBoxLayout;
 
 namespace KEO {
 
+class ChoiceList;
+
 /// What to do next, and why the file asked for is not open, in the middle of a tab widget without
-/// tabs; gone while there is one. Lies over
-/// the tab widget as its child and takes no clicks and no focus.
+/// tabs; gone while there is one. Offers the captures that were never saved and the files that were
+/// open last. Lies over the tab widget as its child.
 class EmptyHint final : public QWidget
 {
     Q_OBJECT
@@ -23,16 +26,26 @@ public:
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
+Q_SIGNALS:
+    /// The user has chosen that project or description.
+    void openRequested(const QString &path);
+
 protected:
     void changeEvent(QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
     void addKey(QGridLayout *keys, const QString &key, const QString &meaning);
+    /// A list under its title in \a layout.
+    [[nodiscard]] ChoiceList *addList(QVBoxLayout *layout, const QString &title, const char *name);
+    void fillLists();
     void mute();
     void follow();
 
-    QTabWidget *m_tabs; // its parent
-    QLabel *m_refused;  // child
+    QTabWidget *m_tabs;       // its parent
+    QLabel *m_refused;        // child
+    ChoiceList *m_recoveries; // child
+    ChoiceList *m_recent;     // child
 };
 
 } // namespace KEO

@@ -89,8 +89,10 @@ bool ProjectManager::openFile(QWidget *parent, const QString &family, const QStr
         project->closeProject(parent, {});
     project->setDevice(family, device, fsFile);
     clearGetters();
-    if (!isOpened)
-        Q_EMIT fileRefused(file, tr("It can't be loaded."));
+    if (!isOpened) {
+        const QString reason = project->refusal();
+        Q_EMIT fileRefused(file, reason.isEmpty() ? tr("It can't be loaded.") : reason);
+    }
     return true;
 }
 
@@ -104,6 +106,11 @@ bool ProjectManager::closeCurrent(QWidget *parent, const std::function<bool()> &
     if (self)
         m_current = nullptr;
     return true;
+}
+
+QString ProjectManager::startPreview() const
+{
+    return m_current ? m_current->startPreview() : QString();
 }
 
 void ProjectManager::stopReading() const

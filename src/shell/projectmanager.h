@@ -64,8 +64,9 @@ public:
     /// Closes the open project, if any; \a askStop says whether a running capture may be stopped,
     /// and none at all means no. False if the project stays open.
     bool closeCurrent(QWidget *parent, const std::function<bool()> &askStop);
-    /// See AnalyzerProject.
+    /// See AnalyzerProject; nothing without an open project.
     void stopReading() const;
+    [[nodiscard]] QString startPreview() const;
 
     /// What an opened project may use of the main window. Set them before each openFile, which
     /// passes them on and clears them if a project takes the file.
@@ -74,8 +75,9 @@ public:
     std::function<QAction *()> openActionGetter;
 
 Q_SIGNALS:
-    /// What is open has this path from now on; empty when nothing is open any more.
-    void fileNamed(const QString &path);
+    /// What is open has this path from now on; empty when nothing is open any more. See
+    /// AnalyzerProject.
+    void fileNamed(const QString &path, const QString &remark = {});
     /// \a file was to be opened, and nothing is open now, for that reason: whole sentences.
     void fileRefused(const QString &file, const QString &reason);
 

@@ -34,8 +34,6 @@ namespace KEO {
 
 namespace {
 
-constexpr int kMaxWindows = 8;
-constexpr int kTriggerMargin = 9;      // samples between the trigger position and the window's end
 constexpr int kValueColumnWidth = 300; // pixels
 
 QString itemText(int row, const QString &expression)
@@ -278,7 +276,7 @@ void DynamicConfigWidget::closeOpenDialogs()
 void DynamicConfigWidget::fillWindowNumbers()
 {
     m_comboBoxWindow->clear();
-    for (int windows = 1; windows <= kMaxWindows; ++windows)
+    for (int windows = 1; windows <= kMaxOfferedWindows; ++windows)
         m_comboBoxWindow->addItem(QString::number(windows));
 }
 
@@ -307,7 +305,7 @@ void DynamicConfigWidget::fillExpressions()
 
 void DynamicConfigWidget::limitTriggerPosition(int amount)
 {
-    m_spinBoxTrPos->setRange(0, std::max(0, amount - kTriggerMargin));
+    m_spinBoxTrPos->setRange(0, std::max(0, amount - kMinRowsFromTrigger));
 }
 
 DynamicConfigWidget::Settings DynamicConfigWidget::settingsOf(const CoreConfig &core)

@@ -1,5 +1,6 @@
 #include "wavemonitorwidget.h"
 
+#include "goto.h"
 #include "markeractions.h"
 #include "zoomhistory.h"
 
@@ -80,6 +81,8 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
     addActions(m_markerActions->actions());
     addAction(m_zoomHistory->action());
     m_waveView->addActions({m_markerActions->zoomAction(), m_zoomHistory->action()});
+    m_goTo = new GoTo({m_model, m_treeView, m_waveView, m_rulerView}, this);
+    m_waveView->setFocus(); // when the viewer gets the focus for the first time
 }
 
 WaveMonitorWidget::~WaveMonitorWidget()
@@ -112,15 +115,18 @@ void WaveMonitorWidget::layOutPanes()
     panelLayout->setContentsMargins(0, 0, 9, 0);
     panelLayout->addWidget(m_counterLabel, 0, Qt::AlignRight);
 
-    auto *splitter = new QSplitter(Qt::Horizontal);
-    splitter->setChildrenCollapsible(false);
-    splitter->addWidget(newPane(panel, m_treeView));
-    splitter->addWidget(newPane(m_rulerView, m_waveView));
-    splitter->setStretchFactor(1, 1);
+    m_splitter = new QSplitter(Qt::Horizontal);
+    m_splitter->setChildrenCollapsible(false);
+    m_splitter->addWidget(newPane(panel, m_treeView));
+    m_splitter->addWidget(newPane(m_rulerView, m_waveView));
+    m_splitter->setStretchFactor(1, 1);
+    connect(m_splitter, &QSplitter::splitterMoved, this, &WaveMonitorWidget::treeWidthChanged);
+    connect(m_waveView->horizontalScrollBar(), &QScrollBar::rangeChanged, this,
+            &WaveMonitorWidget::scrollRangeChanged);
 
     auto *outer = new QHBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
-    outer->addWidget(splitter);
+    outer->addWidget(m_splitter);
 }
 
 void WaveMonitorWidget::followDataLength()
@@ -239,7 +245,7 @@ std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
     state->core = m_core;
     state->window = m_window;
     state->nameWidth = m_treeView->header()->sectionSize(SignalTreeModel::NameColumn);
-    state->valueWidth = m_treeView->header()->sectionSize(SignalTreeModel::ValueColumn);
+    state->valueWidth = m_treeView->valueWidth();
     // A node that hangs in its document outlives it, a loose one keeps pointing at it.
     QDomDocument document;
     state->layout = m_model->writeLayout(document);
@@ -253,6 +259,81 @@ std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
     }
     state->scroll = m_keptPlace.value_or(scrollPlace()); // one that nobody has looked at keeps it
     return state;
+}
+
+WaveMonitorWidget::Span WaveMonitorWidget::shownSpan() const
+{
+    return {m_waveView->zoomRate(), m_waveView->left()};
+}
+
+void WaveMonitorWidget::showSpan(const Span &span)
+{
+    m_waveView->setZoomRate(boundedZoom(span.zoomRate)); // at once, unlike setZoom
+    m_waveView->horizontalScrollBar()->setValue(span.left);
+}
+
+qreal WaveMonitorWidget::firstShownSample() const
+{
+    return m_waveView->left() / (m_waveView->zoomRate() * CLOCK_PITCH);
+}
+
+qreal WaveMonitorWidget::lastShownSample() const
+{
+    return firstShownSample() +
+           m_waveView->viewport()->width() / (m_waveView->zoomRate() * CLOCK_PITCH);
+}
+
+void WaveMonitorWidget::showSample(int sample)
+{
+    m_rulerView->moveActiveMarker(sample);
+    m_waveView->centreOn(sample);
+}
+
+void WaveMonitorWidget::setRoom(int before, int after)
+{
+    m_waveView->setRoom(before, after);
+    m_rulerView->setRoom(before, after);
+}
+
+void WaveMonitorWidget::showValuesAt(int sample)
+{
+    m_model->showValuesAt(sample);
+}
+
+int WaveMonitorWidget::treeWidth() const
+{
+    return m_splitter->sizes().first();
+}
+
+void WaveMonitorWidget::setTreeWidth(int width)
+{
+    const QList<int> sizes = m_splitter->sizes();
+    m_splitter->setSizes({width, sizes.first() + sizes.last() - width});
+}
+
+void WaveMonitorWidget::setMarkedSignals(const QSet<int> &ids)
+{
+    m_model->setMarkedSignals(ids);
+}
+
+void WaveMonitorWidget::setOverlay(const WaveOverlay *overlay)
+{
+    m_waveView->setOverlay(overlay);
+}
+
+void WaveMonitorWidget::updateOverlay()
+{
+    m_waveView->viewport()->update();
+}
+
+void WaveMonitorWidget::addWaveAction(QAction *action)
+{
+    m_waveView->addAction(action);
+}
+
+void WaveMonitorWidget::removeWaveAction(QAction *action)
+{
+    m_waveView->removeAction(action);
 }
 
 void WaveMonitorWidget::setAutorunCounter(int count)

@@ -9,6 +9,7 @@
 #include <QBitArray>
 #include <QList>
 #include <QMap>
+#include <QSet>
 #include <QWidget>
 
 #include <memory>
@@ -16,14 +17,18 @@
 
 class QDomDocument;
 class QDomElement;
+class QAction;
 class QLabel;
+class QSplitter;
 
 namespace WaveMonitor {
 
+class GoTo;
 class MarkerActions;
 class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
+class WaveOverlay;
 class WaveView;
 class WindowContents;
 class ZoomHistory;
@@ -73,6 +78,42 @@ public:
     void restoreState(const WindowState *state);
     [[nodiscard]] std::unique_ptr<WindowState> saveState() const;
 
+    // For a viewer that stands beside another one.
+
+    /// What of the waves shows: pixels from sample 0 to the left edge, at the zoom. Left of sample
+    /// 0 they are negative.
+    struct Span
+    {
+        qreal zoomRate = 1.0;
+        int left = 0;
+        bool operator==(const Span &other) const = default;
+    };
+    [[nodiscard]] Span shownSpan() const;
+    /// As far as the viewer can scroll.
+    void showSpan(const Span &span);
+    /// The samples that show, the last one not included; in part outside if there is room there.
+    [[nodiscard]] qreal firstShownSample() const;
+    [[nodiscard]] qreal lastShownSample() const;
+    /// Brings a sample into the middle, and the active marker to it if there is one.
+    void showSample(int sample);
+    /// Empty space, in samples, before the first and after the last one, to scroll into.
+    void setRoom(int before, int after);
+    /// The sample whose values stand beside the names, until a marker moves.
+    void showValuesAt(int sample);
+    /// Width of the tree's pane; 0 until it is laid out.
+    [[nodiscard]] int treeWidth() const;
+    void setTreeWidth(int width);
+    /// The rows of these signals, and buses of them, bear a sign that they differ. By id.
+    void setMarkedSignals(const QSet<int> &ids);
+    /// Painted over the waves; null takes it away. Borrowed.
+    void setOverlay(const WaveOverlay *overlay);
+    /// Paints the overlay anew.
+    void updateOverlay();
+    /// Entries for the context menu of the waves, behind the viewer's own. Borrowed
+    /// until they are removed.
+    void addWaveAction(QAction *action);
+    void removeWaveAction(QAction *action);
+
     /// Shows how many captures an autorun has made.
     void setAutorunCounter(int count);
 
@@ -94,6 +135,11 @@ public Q_SLOTS:
     /// Brings the trigger to the middle. Holds over changes of size until the view is moved.
     void showTrigger();
 
+Q_SIGNALS:
+    void treeWidthChanged();
+    /// It can scroll elsewhere than before.
+    void scrollRangeChanged();
+
 protected:
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
@@ -113,6 +159,8 @@ private:
     WaveView *m_waveView;       ///< child
     RulerView *m_rulerView;     ///< child
     QLabel *m_counterLabel;     ///< child
+    GoTo *m_goTo;               ///< child
+    QSplitter *m_splitter;      ///< child; tree and waves
     std::unique_ptr<MarkerActions> m_markerActions;
     std::unique_ptr<ZoomHistory> m_zoomHistory;
     qreal m_zoomRate = 1.0;

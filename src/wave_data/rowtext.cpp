@@ -13,15 +13,25 @@ const SignalElement *elementOf(const WindowContents &contents, const LayoutNode 
                : nullptr;
 }
 
+/// The rows of the signals that make a row's value.
+QList<const LayoutNode *> leavesOf(const LayoutNode &row)
+{
+    QList<const LayoutNode *> leaves;
+    if (row.type == LayoutNode::Signal)
+        leaves.append(&row);
+    for (const auto &member : row.children)
+        leaves.append(member.get());
+    return leaves;
+}
+
 bool hasSample(const SignalElement *element, int sample)
 {
     return element && sample >= 0 && sample < element->data.size();
 }
 
 /// The value's bits, most significant first; none where the first signal has no such sample.
-QBitArray bitsAt(const WindowContents &contents, const QList<const LayoutNode *> &rows)
+QBitArray bitsAt(const WindowContents &contents, const QList<const LayoutNode *> &rows, int sample)
 {
-    const int sample = contents.shownSample();
     if (rows.isEmpty() || !hasSample(elementOf(contents, rows.first()), sample))
         return {};
     QBitArray bits(rows.size());
@@ -57,12 +67,23 @@ bool isRowRenamed(const WindowContents &contents, const LayoutNode &row)
 
 QString rowValue(const WindowContents &contents, const LayoutNode &row)
 {
-    QList<const LayoutNode *> rows;
-    if (row.type == LayoutNode::Signal)
-        rows.append(&row);
-    for (const auto &member : row.children)
-        rows.append(member.get());
-    return row.format->toText(bitsAt(contents, rows));
+    return rowValueAt(contents, row, contents.shownSample());
+}
+
+QString rowValueAt(const WindowContents &contents, const LayoutNode &row, int sample)
+{
+    return row.format->toText(bitsAt(contents, leavesOf(row), sample));
+}
+
+QList<QBitArray> rowMembers(const WindowContents &contents, const LayoutNode &row)
+{
+    QList<QBitArray> members;
+    const QList<const LayoutNode *> leaves = leavesOf(row);
+    for (const LayoutNode *leaf : leaves) {
+        const SignalElement *element = elementOf(contents, leaf);
+        members.append(element ? element->data : QBitArray());
+    }
+    return members;
 }
 
 } // namespace WaveMonitor

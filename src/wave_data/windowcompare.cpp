@@ -181,27 +181,27 @@ std::optional<qsizetype> WindowComparison::previousDifference(qsizetype sample) 
     return {};
 }
 
-std::optional<SampleRange> WindowComparison::differenceFrom(qsizetype signal, qsizetype from) const
-{
-    const qsizetype first = firstFrom(signal, from, 0);
-    if (first == m_compared.at(signal).compared.end)
-        return {};
-    return SampleRange{first, firstFrom(signal, first, kAllBits)};
-}
-
-/// The first compared sample from \a from on that differs or, with all bits set in \a flip, is
-/// equal; the end of what is compared without one.
-qsizetype WindowComparison::firstFrom(qsizetype signal, qsizetype from, quint64 flip) const
+std::optional<SampleRange> WindowComparison::differenceWithin(qsizetype signal,
+                                                              SampleRange within) const
 {
     const SampleRange compared = m_compared.at(signal).compared;
-    const qsizetype first = std::max(from, compared.first);
-    for (qsizetype base = wordBase(first); base < compared.end; base += kWord) {
-        const quint64 bits =
-            (differingBits(signal, base) ^ flip) & maskOf({first, compared.end}, base);
+    const SampleRange both{std::max(within.first, compared.first),
+                           std::min(within.end, compared.end)};
+    const qsizetype first = firstWithin(signal, both, 0);
+    if (first >= both.end)
+        return {};
+    return SampleRange{first, firstWithin(signal, {first, both.end}, kAllBits)};
+}
+
+/// The first sample that differs or, with all bits set in \a flip, is equal; the end without one.
+qsizetype WindowComparison::firstWithin(qsizetype signal, SampleRange within, quint64 flip) const
+{
+    for (qsizetype base = wordBase(within.first); base < within.end; base += kWord) {
+        const quint64 bits = (differingBits(signal, base) ^ flip) & maskOf(within, base);
         if (bits != 0)
             return base + std::countr_zero(bits);
     }
-    return compared.end;
+    return within.end;
 }
 
 } // namespace WaveMonitor

@@ -78,14 +78,15 @@ public:
     [[nodiscard]] std::optional<qsizetype> previousDifference(qsizetype sample) const;
 
     /// The first run of samples that differ in the signal at position \a signal of compared(),
-    /// from sample \a from on. Of a run that began before, the rest.
-    [[nodiscard]] std::optional<SampleRange> differenceFrom(qsizetype signal, qsizetype from) const;
+    /// as far as it lies \a within these samples.
+    [[nodiscard]] std::optional<SampleRange> differenceWithin(qsizetype signal,
+                                                              SampleRange within) const;
 
 private:
     void matchSignals(const WindowContents &a, const WindowContents &b);
     void compare(qsizetype position);
     [[nodiscard]] quint64 differingBits(qsizetype signal, qsizetype base) const;
-    [[nodiscard]] qsizetype firstFrom(qsizetype signal, qsizetype from, quint64 flip) const;
+    [[nodiscard]] qsizetype firstWithin(qsizetype signal, SampleRange within, quint64 flip) const;
 
     qsizetype m_offset = 0;
     QList<ComparedSignal> m_compared;

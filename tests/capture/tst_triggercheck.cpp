@@ -220,7 +220,8 @@ void tst_TriggerCheck::tells_data()
         {never, "M3! M3 can never match: no value is greater."});
     row("empty range", with(InRange, "0101", "0100"),
         {never, "M3! M3 can never match: the minimum is above the maximum."});
-    row("all open", with(Equal, "XXXX"), {atOnce, "M3 M3 always matches: nothing but X."});
+    row("all open", with(Equal, "XXXX"),
+        {atOnce, "M3 M3 always matches: every bit of its value is X."});
     row("edges in a row",
         [&](CoreConfig &core) {
             with(Equal, "XXXF")(core);
@@ -262,7 +263,7 @@ void tst_TriggerCheck::tells_data()
             useExpression(core, "M2&M16&M1");
             useExpression(core, "M1", false);
         },
-        {"exp1! exp1 can never be true: it names M2, which has no trigger port and M16, which no "
+        {"exp1! exp1 can never be true: it names M2, which has no trigger port, and M16, which no "
          "core has.",
          "exp0 exp0 triggers otherwise than it reads: it names M7, which is off.",
          "M2 M2 is on but has no trigger port."});

@@ -398,6 +398,7 @@ void tst_CaptureProgram::endsWithItsStatus_data()
     addRow("amount of no whole sections", "amount", "design.keo", 6, "only multiples of 128");
     addRow("no folder can be made", "", "--out board.json/x design.keo", 6, "board.json/x");
     addRow("export is a folder", "folder", "design.keo", 6, "design_core0_window0.vcd");
+    addRow("picture is a pipe", "pipe", "--picture shot.png design.keo", 6, "shot.png");
 }
 
 void tst_CaptureProgram::endsWithItsStatus()
@@ -434,6 +435,8 @@ void tst_CaptureProgram::endsWithItsStatus()
     }
     if (change == "folder")
         QDir(m_directory->path()).mkdir("design_core0_window0.vcd");
+    if (change == "pipe") // that nobody reads
+        QCOMPARE(QProcess::execute("mkfifo", {file("shot.png")}), 0);
     if (change == "text")
         write("design.keo", "no XML");
     const Outcome outcome = run("--device KR-A " + line);

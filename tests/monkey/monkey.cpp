@@ -320,6 +320,7 @@ int main(int argc, char **argv)
     }
     const QTemporaryDir sockets(QStringLiteral("/tmp/keo-XXXXXX"));
     qputenv("TMPDIR", sockets.path().toLocal8Bit());
+    qputenv("XDG_DATA_HOME", sockets.path().toLocal8Bit());
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     qInstallMessageHandler(report);
     QApplication application(argc, argv);

@@ -18,6 +18,8 @@ private Q_SLOTS:
     void tellsTheRun();
     void refusedFiles_data();
     void refusedFiles();
+    void tellsWhyNoWavesShow_data();
+    void tellsWhyNoWavesShow();
     void tellsOfAServerThatIsGone();
     void keepsTheCable();
     void keepsTheTabInFront();
@@ -109,7 +111,7 @@ void tst_MainWindow::refusedFiles_data()
     QTest::newRow("missing") << "a.keo" << QByteArray() << "no such file";
     QTest::newRow("no XML") << "a.keo" << QByteArray("<Config>") << "1:";
     QTest::newRow("other mode") << "a.keo" << QByteArray("<C><Mode>Huge</Mode></C>") << "'Huge'";
-    QTest::newRow("no cores") << "a.keo" << QByteArray("<C/>") << "can't be loaded";
+    QTest::newRow("no cores") << "a.keo" << QByteArray("<C/>") << "a.keo can not be used: ";
     QTest::newRow("capital letters") << "a.KEO" << QByteArray("<C/>") << "small letters";
     QTest::newRow("project of nothing")
         << "a.analyzer_prj" << QByteArray("[General]\n") << "no core description";
@@ -136,6 +138,49 @@ void tst_MainWindow::refusedFiles()
     s.show(s.file());
     QVERIFY(s.window->closeCurrentProject());
     QVERIFY(!told->isVisible());
+}
+
+void tst_MainWindow::tellsWhyNoWavesShow_data()
+{
+    QTest::addColumn<bool>("lite"); // opens nothing without waves
+    QTest::addColumn<QString>("dataFile");
+    QTest::addColumn<QString>("reason");
+    QTest::addColumn<bool>("hasBox");
+    for (const bool lite : {false, true}) {
+        const char *kind = lite ? "lite" : "standard";
+        QTest::addRow("%s, unreadable", kind) << lite << "."
+                                              << "is not a file" << false;
+        QTest::addRow("%s, missing", kind) << lite << "no.xml"
+                                           << "/no.xml is not there" << true;
+        QTest::addRow("%s, damaged", kind) << lite << "board.json"
+                                           << "data file. line: 1" << true;
+    }
+    QTest::newRow("standard, other design") << false << "other.xml"
+                                            << "another design" << true;
+}
+
+void tst_MainWindow::tellsWhyNoWavesShow()
+{
+    QFETCH(bool, lite);
+    QFETCH(QString, dataFile);
+    QFETCH(QString, reason);
+    QFETCH(bool, hasBox);
+    TestDesign design;
+    design.lite = lite;
+    const Bench bench(design);
+    const auto write = [&](const QString &name, const QByteArray &content) {
+        QFile file(bench.directory.filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) > 0);
+    };
+    write("other.xml", "<WaveData><Window index=\"0\" core=\"7\"/></WaveData>");
+    write("p.analyzer_prj", "[General]\nKEO_FILE=design.keo\nDATA_FILE=" + dataFile.toUtf8());
+    Session s(bench);
+    s.open(bench.directory.filePath("p.analyzer_prj"));
+    QCOMPARE(s.tabs()->count(), lite ? 0 : 1);
+    const auto *refused = s.window->findChild<QLabel *>("refusedFile");
+    const QString text = lite ? refused->text() : s.status("toldStatus");
+    QVERIFY2(text.contains(reason), qPrintable(text));
+    QCOMPARE(s.boxes.seen.size(), hasBox ? 1 : 0);
 }
 
 void tst_MainWindow::tellsOfAServerThatIsGone()
@@ -339,6 +384,8 @@ void tst_MainWindow::answersWithoutBits()
         d.press(Qt::Key_F4);
     QTRY_VERIFY(d.boxes.openBoxes() == 0 && d.isIdle());
     QCOMPARE(d.tabs()->count(), 1);
+    const QString end = d.find<QLabel>("runStatus")->text();
+    QVERIFY2(end.contains("windows captured: 0"), qPrintable(end));
 }
 
 KEO_WIDGET_TEST_MAIN(tst_MainWindow)

@@ -113,14 +113,15 @@ private:
         };
         QComboBox *function = nullptr;
         find(function, "comboBoxFunc");
-        function->setCurrentIndex(any(function->count()));
+        function->setCurrentIndex(any(2) ? any(function->count()) : 0);
         QLineEdit *low = nullptr;
         QLineEdit *high = nullptr;
         find(low, "lineEditValue0");
         find(high, "lineEditValue1");
-        // Open bits and wide ranges, so that there is a trigger in the stimulus.
-        type(*low, high->isVisible() ? "0" : "XXXXXX01RB");
-        if (high->isVisible())
+        // Wide ranges and open bits, so that there often is a trigger in the stimulus.
+        const bool isRange = high->isVisible();
+        type(*low, isRange ? "0" : "XXXX01RFB");
+        if (isRange)
             type(*high, "1");
         QSpinBox *count = nullptr;
         find(count, "spinBoxCounter");
@@ -147,7 +148,7 @@ private:
             if (!(item->flags() & Qt::ItemIsUserCheckable) ||
                 item->data(Qt::CheckStateRole).isNull())
                 return; // a static core
-            item->setCheckState(any(3) ? Qt::Checked : Qt::Unchecked);
+            item->setCheckState(any(2) ? Qt::Checked : Qt::Unchecked);
             if (any(2) == 0)
                 continue;
             list->setCurrentRow(row);
@@ -166,7 +167,7 @@ private:
         const auto unit = [this] { return QStringLiteral("M%1").arg(any(4)); };
         QStringList names{unit()};
         if (any(3))
-            names << QStringList{"AND", "OR", "XOR"}[any(3)] << unit();
+            names << QStringList{"AND", "AND", "OR", "XOR"}[any(4)] << unit();
         if (any(3) == 0)
             names = QStringList{"NOT", "LeftBracket"} + names + QStringList{"RightBracket"};
         return names;
@@ -246,7 +247,8 @@ QMap<QString, QByteArray> tst_CommandRoad::exports(const QString &folder) const
 void tst_CommandRoad::standardCores_data()
 {
     addColumns<uint>({"seed"});
-    for (const uint seed : {1, 2, 3, 4, 5, 6, 7, 8})
+    // Set-ups that have their triggers in the stimulus, and few of them.
+    for (const uint seed : {3, 12, 15, 26, 30, 46, 47, 48, 59})
         addRow(qPrintable(QString::number(seed)), seed);
 }
 

@@ -1,11 +1,17 @@
 #include "fakeproject.h"
 
+#include <config/coreconfig.h>
 #include <shell/analyzer.h>
 #include <support/debugapplication.h>
+#include <support/testdesign.h>
 #include <support/widgettest.h>
+#include <trigger_ui/dynamicconfigwidget.h>
 
 #include <QDockWidget>
+#include <QListWidget>
 #include <QPlainTextEdit>
+#include <QSpinBox>
+#include <QTemporaryDir>
 #include <QToolButton>
 
 #include <memory>
@@ -21,6 +27,7 @@ class tst_DebugDock : public WidgetTest
 private Q_SLOTS:
     void showsMessages();
     void comesBack();
+    void previewsTheRun();
     void givesTheHandlerBack();
 };
 
@@ -87,6 +94,43 @@ void tst_DebugDock::comesBack()
             button->click();
     }
     QVERIFY(dock->isVisible());
+}
+
+/// Without a server. What the page shows counts, and stays on the page.
+void tst_DebugDock::previewsTheRun()
+{
+    const QTemporaryDir directory;
+    TestDesign design;
+    design.dynamic = true;
+    design.write(directory.path());
+    Analyzer window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    auto *const dock = window.findChild<QDockWidget *>("debugDock");
+    const auto *const pane = window.findChild<QPlainTextEdit *>("debugPane");
+    QVERIFY(dock->close());
+    QTest::keyClick(&window, Qt::Key_F12, Qt::ControlModifier);
+    QVERIFY(dock->isVisible());
+    QVERIFY(pane->toPlainText().endsWith("There is no core to start."));
+
+    window.openFile(directory.filePath("design.keo"), {}, {}, {});
+    const auto *const page = window.findChild<DynamicConfigWidget *>();
+    auto *const position = window.findChild<QSpinBox *>("spinBoxTrPos");
+    position->setValue(40);
+    auto *const list = window.findChild<QListWidget *>("listExpressions");
+    list->item(0)->setCheckState(Qt::Unchecked);
+    qDebug("CLEAR ");
+    window.findChild<QToolButton *>("previewButton")->click();
+    const QString text = pane->toPlainText();
+    QVERIFY2(text.startsWith("Start would send 20 words:\nselect         core 0\n"),
+             qPrintable(text));
+    QVERIFY(text.contains("trigger offset = 212\n"));
+    QVERIFY(text.contains("truth table 0, 4 words = 1 everywhere\n"));
+    QVERIFY(text.endsWith("Core 0: No expression is checked, so any sample triggers."));
+    QCOMPARE(page->core()->trigger_pos, 16);
+    QCOMPARE(page->core()->expressionEnabled, QList<bool>{true});
+    QCOMPARE(position->value(), 40);
+    QVERIFY(window.close());
 }
 
 void tst_DebugDock::givesTheHandlerBack()

@@ -57,6 +57,7 @@ int runTest(int argc, char **argv)
         return 1;
     }
     qputenv("TMPDIR", sockets.path().toLocal8Bit());
+    qputenv("XDG_DATA_HOME", sockets.path().toLocal8Bit()); // not the user's own
     Application application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("keo-test"));
     Test test;

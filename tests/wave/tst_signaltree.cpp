@@ -3,9 +3,11 @@
 #include <wave/traces/signalwaveitem.h>
 #include <wave_data/busnames.h>
 
+#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QDomDocument>
 #include <QDomElement>
+#include <QDrag>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFont>
@@ -15,6 +17,7 @@
 #include <QMimeData>
 #include <QRandomGenerator>
 #include <QScrollBar>
+#include <QToolTip>
 
 using namespace WaveMonitor;
 
@@ -187,6 +190,7 @@ private Q_SLOTS:
     void arrangesLikeAList();
     void refusesToArrange();
     void rename();
+    void renameMendsWhatIsPasted();
     void valuesAndSelectionFollow();
     void menu();
     void formatAndColor();
@@ -197,6 +201,7 @@ private Q_SLOTS:
     void findsANameTyped();
     void drag_data();
     void drag();
+    void dropsWhereTheLineIs();
     void dropsThatMoveNothing();
     void menuSurvivesItsView();
     void namesReadUnderADarkPalette();
@@ -541,6 +546,44 @@ void tst_SignalTree::rename()
     }
 }
 
+void tst_SignalTree::renameMendsWhatIsPasted()
+{
+    UsedTree tree("top.a B(c d)");
+    const auto type = [&](const QString &row, const std::function<void(QLineEdit &)> &act) {
+        tree.select(row);
+        tree.menu({"Rename"});
+        auto *editor = tree.view->findChild<QLineEdit *>();
+        QToolTip::hideText();
+        act(*editor);
+        QTest::keyClick(editor, Qt::Key_Return);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCoreApplication::processEvents();
+        return rowsOf(*tree.model);
+    };
+    // The name of the description may hold more, and stays if nothing is done.
+    QCOMPARE(type("top.a", [](QLineEdit &) {}), "top.a B(c d)");
+    QVERIFY(!tree.view->actions().first()->isEnabled()); // nothing to undo
+    QCOMPARE(type("B",
+                  [](QLineEdit &editor) {
+                      editor.clear();
+                      QApplication::clipboard()->setText("cpu/bus 1");
+                      editor.paste();
+                  }),
+             "top.a cpu_bus_1(c d)");
+    QVERIFY(QToolTip::text().contains("cpu_bus_1"));
+    QCOMPARE(type("top.a",
+                  [](QLineEdit &editor) {
+                      QTest::keyClicks(&editor, "/");
+                      QCOMPARE(editor.text(), "top.a");
+                      QVERIFY(!QToolTip::text().isEmpty());
+                      editor.end(false);
+                      QTest::keyClicks(&editor, "bc");
+                  }),
+             "top_abc cpu_bus_1(c d)");
+    QVERIFY(QToolTip::text().contains("top_abc"));
+    QCOMPARE(tree.view->actions().first()->text(), "Undo Rename");
+}
+
 void tst_SignalTree::drag_data()
 {
     // line: of the drop, in pixels from the top; -1 if refused
@@ -591,6 +634,26 @@ void tst_SignalTree::drag()
     QCOMPARE(namesOf(tree.view->selectedRows()), inOrder);
     QVERIFY(tree.view->isExpanded(tree.row("B")));
     QVERIFY(refused || !tree.view->testAttribute(Qt::WA_SetStyle)); // the program's look again
+}
+
+// Also when the list scrolls below a mouse that stands still.
+void tst_SignalTree::dropsWhereTheLineIs()
+{
+    UsedTree tree("a b c d e f g h i j k l m n");
+    tree.view->resize(320, 200);
+    tree.select("a");
+    tree.beginDrag();
+    const auto *drag = tree.view->findChild<QDrag *>();
+    QVERIFY(drag && qAlpha(drag->pixmap().toImage().pixel(60, 15)) < 200);
+    QVERIFY(drag->hotSpot().x() < 0);
+    const QPoint place = tree.place("c", 20);
+    tree.hover(place);
+    tree.view->verticalScrollBar()->setValue(75);
+    const QRect cell = tree.view->visualRect(tree.row("f"));
+    QCOMPARE(cell.top(), place.y() - 5);
+    QVERIFY(tree.picture().pixelColor(cell.right() - 1, cell.top() - 1).lightness() < 64);
+    tree.send<QDropEvent>(place);
+    QCOMPARE(rowsOf(*tree.model), "b c d e a f g h i j k l m n");
 }
 
 void tst_SignalTree::dropsThatMoveNothing()

@@ -58,6 +58,20 @@ QPen tracePen(const QColor &color, Qt::PenJoinStyle join)
     return QPen(QBrush(color), 0, Qt::SolidLine, Qt::SquareCap, join);
 }
 
+/// Draws lines as wide as a pixel of the widget: once for each pixel of the device that it covers.
+void drawWide(QPainter &painter, const std::function<void()> &lines)
+{
+    const qreal ratio = painter.device()->devicePixelRatioF();
+    const QTransform transform = painter.transform();
+    for (int x = 0; x < int(ratio); ++x) {
+        for (int y = 0; y < int(ratio); ++y) {
+            painter.setTransform(transform * QTransform::fromTranslate(x / ratio, y / ratio));
+            lines();
+        }
+    }
+    painter.setTransform(transform);
+}
+
 struct Look
 {
     QColor color = Qt::green;
@@ -73,12 +87,14 @@ void paintSignal(QPainter &painter, const QRectF &exposed, const QBitArray &data
     painter.setPen(tracePen(look.color, Qt::MiterJoin));
     const int first = std::max(0, int(std::floor(exposed.x() / 50)));
     const int end = std::min(int(data.size()), int(std::ceil(exposed.right() / 50)));
-    for (int i = first; i < end; ++i) {
-        const int y = data[i] ? 6 : 24;
-        painter.drawLine(50 * i, y, 50 * (i + 1), y);
-        if (i >= 1 && data[i - 1] != data[i])
-            painter.drawLine(50 * i, 6, 50 * i, 24);
-    }
+    drawWide(painter, [&] {
+        for (int i = first; i < end; ++i) {
+            const int y = data[i] ? 6 : 24;
+            painter.drawLine(50 * i, y, 50 * (i + 1), y);
+            if (i >= 1 && data[i - 1] != data[i])
+                painter.drawLine(50 * i, 6, 50 * i, 24);
+        }
+    });
     painter.restore();
 }
 
@@ -115,9 +131,8 @@ void paintBus(QPainter &painter, const QRectF &exposed, const QList<QBitArray> &
     const int count = int(samples.size());
     const int start = std::max(0, int(std::floor(exposed.x() / 50 - 3)));
     const int end = std::min(count, int(std::ceil(exposed.right() / 50 + 3)));
-    int pin = start;
-    for (int i = start; i <= count && count > 0; ++i) {
-        if (i < end) {
+    drawWide(painter, [&] {
+        for (int i = start; i < end; ++i) {
             const qreal x0 = 50 * i;
             const qreal x1 = 50 * (i + 1);
             const bool left = i == 0 || samples[i] != samples[i - 1];
@@ -131,6 +146,9 @@ void paintBus(QPainter &painter, const QRectF &exposed, const QList<QBitArray> &
                                  QPointF(right ? x1 - slant : x1, y));
             }
         }
+    });
+    int pin = start;
+    for (int i = start; i <= count && count > 0; ++i) {
         if (!look.format)
             continue;
         if (i == count || (i >= start + 1 && samples[i] != samples[i - 1])) {

@@ -3,6 +3,7 @@
 #include <wave/common/timesliderdata.h>
 #include <wave/view/waveview.h>
 
+#include <QAccessible>
 #include <QDomDocument>
 #include <QHeaderView>
 #include <QImage>
@@ -73,6 +74,7 @@ private Q_SLOTS:
     void zoomFits();
     void autorunSwapsSamplesAlone();
     void restoresItsState();
+    void isReachedWithoutAMouse();
     void diesWithEventsQueued();
     void diesWithADragLeftOver();
     void isEmptyWithoutData();
@@ -252,6 +254,10 @@ void tst_WaveMonitorWidget::restoresItsState()
     viewer.settle();
     QCOMPARE(viewer.tree->sizeHint().width(), 240);
     QCOMPARE(viewer.tree->header()->sectionSize(0), 150);
+    QCOMPARE(viewer.tree->header()->sectionSize(1), viewer.tree->viewport()->width() - 150);
+    viewer.tree->header()->resizeSection(0, 500); // the values stay as wide as they were set
+    QCOMPARE(viewer.tree->header()->sectionSize(1), 90);
+    viewer.tree->header()->resizeSection(0, 150);
     QVERIFY(rowsOf(*viewer.model).startsWith("group_0[1:0](a b) c "));
     QCOMPARE(viewer.waves->zoomRate(), 0.25);
     QCOMPARE(viewer.model->defaultFormat(), int(DataFormat::Octal));
@@ -291,6 +297,30 @@ void tst_WaveMonitorWidget::restoresItsState()
     QCOMPARE(sample(other), sample(viewer));
     QCOMPARE(other.waves->sceneRect(), QRectF(0, 0, kSamples * 50, 25 * 30));
     QCOMPARE(other.ruler->sceneRect().width(), kSamples * 50.0);
+}
+
+void tst_WaveMonitorWidget::isReachedWithoutAMouse()
+{
+    Viewer viewer(kRows, kSamples);
+    QApplication::setActiveWindow(viewer.widget.get());
+    viewer.tree->setFocus();
+    QTest::keyClick(viewer.tree, Qt::Key_Tab);
+    QCOMPARE(viewer.widget->focusWidget(), viewer.waves);
+    QTest::keyClick(viewer.waves, Qt::Key_Right);
+    QVERIFY(viewer.waves->horizontalScrollBar()->value() > 0);
+    QTest::keyClick(viewer.waves, Qt::Key_Backtab, Qt::ShiftModifier);
+    QCOMPARE(viewer.widget->focusWidget(), viewer.tree);
+    // A step is taken back from the waves as well.
+    viewer.tree->selectOnly({viewer.model->index(0, 0)});
+    viewer.waves->setFocus();
+    QTest::keyClick(viewer.waves, Qt::Key_Delete);
+    QCOMPARE(viewer.model->rowCount(), 25);
+    QTest::keyClick(viewer.waves, Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(viewer.model->rowCount(), 26);
+    const std::pair<QWidget *, QString> names[] = {
+        {viewer.tree, "Signals"}, {viewer.waves, "Waves"}, {viewer.ruler, "Ruler"}};
+    for (const auto &[pane, name] : names)
+        QCOMPARE(QAccessible::queryAccessibleInterface(pane)->text(QAccessible::Name), name);
 }
 
 void tst_WaveMonitorWidget::diesWithEventsQueued()

@@ -245,6 +245,14 @@ void tst_WaveView::regionIsShadedWhileChosen()
     user.release(Qt::MiddleButton, {500, 70});
     user.release(Qt::LeftButton, {500, 70});
     QCOMPARE(user.waves->zoomRate(), 1.0);
+    // Escape takes all of the drag back.
+    user.pull(Qt::LeftButton, {{0, 50}, {500, 70}});
+    QTest::keyClick(user.waves, Qt::Key_Escape);
+    QVERIFY(!isShaded(700));
+    QTest::mouseMove(user.viewport(), {600, 70});
+    QVERIFY(!isShaded(700));
+    user.release(Qt::LeftButton, {600, 70});
+    QCOMPARE(user.waves->zoomRate(), 1.0);
 }
 
 void tst_WaveView::middleDragPans()

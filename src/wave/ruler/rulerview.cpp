@@ -115,6 +115,7 @@ RulerView::RulerView(QWidget *parent)
     scene->setBackgroundBrush(Qt::gray);
     scene->addItem(m_scaleRuler);
     setScene(scene);
+    connect(scene, &QGraphicsScene::sceneRectChanged, this, &RulerView::followScene);
 
     NotificationCenter::instance()->subscribe(this, {EvBeforeZoom, EvAfterZoom, EvViewScrolled});
 }
@@ -127,6 +128,22 @@ RulerView::~RulerView()
 void RulerView::setClocks(int clocks)
 {
     m_scaleRuler->setClocks(clocks);
+}
+
+void RulerView::setRoom(int before, int after)
+{
+    m_roomBefore = before;
+    m_roomAfter = after;
+    followScene();
+}
+
+void RulerView::followScene()
+{
+    if (m_roomBefore == 0 && m_roomAfter == 0)
+        setSceneRect({}); // the scene's own
+    else
+        setSceneRect(scene()->sceneRect().adjusted(-m_roomBefore * CLOCK_PITCH, 0.0,
+                                                   m_roomAfter * CLOCK_PITCH, 0.0));
 }
 
 QList<TimeSliderData *> RulerView::timeMarkers() const

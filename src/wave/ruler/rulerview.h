@@ -38,6 +38,8 @@ public:
 
     /// Number of samples on the scale. Markers stay where they are.
     void setClocks(int clocks);
+    /// Empty space, in samples, before the first and after the last one, to scroll into.
+    void setRoom(int before, int after);
     [[nodiscard]] qreal zoomRate() const { return m_zoomRate; }
     /// The markers, the active one first. The ruler keeps ownership and may delete a marker after
     /// any event 10, so receivers take from the handles what they need while they handle an event.
@@ -75,11 +77,14 @@ private:
     void activateMarker(TimeSliderItem *item);
     void moveMarker(TimeSliderItem *item, int clock);
     void applyZoomRate(qreal rate);
+    void followScene();
     [[nodiscard]] int nearestClock(const QPoint &position) const;
 
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present drag
     ScaleRuler *m_scaleRuler;                         ///< owned by the scene
     qreal m_zoomRate = 1.0;
+    int m_roomBefore = 0;                                       ///< samples
+    int m_roomAfter = 0;                                        ///< samples
     std::vector<std::unique_ptr<TimeSliderData>> m_timeMarkers; ///< the active one first
     QAction *m_createAction;                                    ///< child
     QAction *m_removeAction;                                    ///< child

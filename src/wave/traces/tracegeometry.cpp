@@ -125,6 +125,7 @@ private:
     void fill(int from, int to, quint64 mask);
     void plot(int column, int row);
     void flushFlats();
+    void widen();
     void clippedSlant(qreal tip, qreal width, qreal y);
     /// Index of the tip's column in the stamp of a slant that goes \a width to the right.
     [[nodiscard]] int tipColumn(qreal width) const { return width < 0 ? m_stampColumns - 2 : 1; }
@@ -149,9 +150,9 @@ private:
 
 Raster::Raster(const PixelGrid &grid, SampleRange range)
     : m_grid(grid),
-      m_xMin(grid.clip.left() - 1),
+      m_xMin(grid.clip.left() - grid.pen),
       m_xMax(grid.clip.right() + 2),
-      m_yMin(grid.clip.top() - 1),
+      m_yMin(grid.clip.top() - grid.pen),
       m_yMax(grid.clip.bottom() + 2)
 {
     m_stampColumns = stampColumns(grid.slantWidth());
@@ -170,7 +171,26 @@ Raster::Raster(const PixelGrid &grid, SampleRange range)
 TraceColumns Raster::take() &&
 {
     flushFlats();
+    if (m_grid.pen > 1)
+        widen();
     return std::move(m_columns);
+}
+
+/// Makes each pixel a square of the pen's width, to the right and down.
+void Raster::widen()
+{
+    const auto pen = size_t(m_grid.pen);
+    std::vector<quint64> &masks = m_columns.masks;
+    masks.insert(masks.end(), pen - 1, 0);
+    m_columns.rows += int(pen) - 1;
+    for (size_t column = masks.size(); column-- > 0;) {
+        quint64 mask = 0;
+        for (size_t left = column - std::min(column, pen - 1); left <= column; ++left)
+            mask |= masks[left];
+        for (size_t down = 1; down < pen; ++down)
+            mask |= mask << 1;
+        masks[column] = mask;
+    }
 }
 
 void Raster::fill(int from, int to, quint64 mask)
@@ -298,7 +318,7 @@ SampleRange exposedSamples(const QRectF &exposed, qsizetype count, int spare)
 bool PixelGrid::holdsTrace() const
 {
     const qreal slant = slantWidth();
-    return (kLowY - kHighY) * toDevice.m22() + 3 <= kMaximumRows &&
+    return (kLowY - kHighY) * toDevice.m22() + 2 + pen <= kMaximumRows &&
            stampColumns(slant) <= kMaximumStampColumns &&
            slant + 1 < (kMiddleY - kHighY) * toDevice.m22();
 }

@@ -34,12 +34,14 @@ struct SampleRange
 SampleRange exposedSamples(const QRectF &exposed, qsizetype count, int spare);
 
 /// Where lines land in device pixels. Traces drawn with a pen of width 0 and square caps, without
-/// antialiasing, through such a mapping come out as the functions below give them, to the pixel.
+/// antialiasing, through such a mapping come out as the functions below give them, to the pixel; a
+/// wider pen draws each of those pixels as a square that goes on to the right and down.
 struct PixelGrid
 {
     QTransform toDevice; ///< scene units to device pixels, both axes scaled by more than 0, no more
     QRect clip;          ///< device pixels that are drawn at all; not empty
     qreal zoom = 1;      ///< horizontal scale without the device's pixel ratio
+    int pen = 1;         ///< width of a line in device pixels, at least 1
 
     [[nodiscard]] qreal slantWidth() const { return kSlantPixels / zoom * toDevice.m11(); }
     /// Whether the rows of a trace fit in the masks of TraceColumns and its slants are steep.

@@ -3,6 +3,8 @@
 #include <QPaintEngine>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace WaveMonitor {
 
 namespace {
@@ -40,8 +42,9 @@ std::optional<PixelGrid> pixelGrid(QPainter &painter, const QColor &color)
         painter.testRenderHint(QPainter::Antialiasing) ||
         painter.compositionMode() != QPainter::CompositionMode_SourceOver)
         return std::nullopt;
-    const PixelGrid grid{painter.deviceTransform(), drawnPixels(*engine),
-                         painter.transform().m11()};
+    const int pen = std::max(1, int(painter.device()->devicePixelRatioF()));
+    const PixelGrid grid{painter.deviceTransform(), drawnPixels(*engine), painter.transform().m11(),
+                         pen};
     if (grid.clip.isEmpty() || grid.toDevice.type() > QTransform::TxScale ||
         grid.toDevice.m11() <= 0 || grid.toDevice.m22() <= 0 || grid.zoom <= 0 ||
         !grid.holdsTrace())

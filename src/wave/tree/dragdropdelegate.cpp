@@ -8,6 +8,7 @@
 #include <QDragLeaveEvent>
 #include <QDragMoveEvent>
 #include <QDropEvent>
+#include <QScrollBar>
 #include <QtDebug>
 
 #include <utility>
@@ -55,6 +56,11 @@ DragDropDelegate::DragDropDelegate(SignalTreeView *view, SignalTreeModel *model)
     }
     m_style.setEnabled(true);
     view->setStyle(&m_style);
+    // At its edges the list scrolls by itself, below a mouse that stands still.
+    QObject::connect(view->verticalScrollBar(), &QScrollBar::valueChanged, &m_style, [this] {
+        if (m_mouse)
+            lookAt(*m_mouse);
+    });
 }
 
 DragDropDelegate::~DragDropDelegate()
@@ -71,6 +77,7 @@ void DragDropDelegate::dragEnter(QDragEnterEvent *)
 void DragDropDelegate::dragLeave(QDragLeaveEvent *)
 {
     m_enabled = false;
+    m_mouse.reset();
     m_style.setEnabled(false);
     m_style.setMode(TreeProxyStyle::Mode::NoLine);
     view()->viewport()->update();
@@ -80,19 +87,25 @@ void DragDropDelegate::dragMove(QDragMoveEvent *event)
 {
     if (!m_enabled)
         return;
-    const QPoint point = event->position().toPoint();
+    m_mouse = event->position().toPoint();
+    if (lookAt(*m_mouse))
+        return;
+    event->setDropAction(Qt::IgnoreAction);
+    event->ignore();
+}
+
+bool DragDropDelegate::lookAt(const QPoint &point)
+{
     const QModelIndex target = rowAt(point);
     if (!mayDropBeside(target)) {
         setPlace(Position::Invalid, {}, TreeProxyStyle::Mode::NoLine);
-        event->setDropAction(Qt::IgnoreAction);
-        event->ignore();
-        return;
+        return false;
     }
     if (!target.isValid()) {
         const QModelIndex last = m_model->index(m_model->rowCount() - 1, 0);
         m_style.setRect(view()->visualRect(last));
         setPlace(Position::OnViewport, {}, TreeProxyStyle::Mode::UnderRow);
-        return;
+        return true;
     }
     const QRect rect = blockRect(target);
     m_style.setRect(rect);
@@ -102,12 +115,15 @@ void DragDropDelegate::dragMove(QDragMoveEvent *event)
     else
         setPlace(Position::Above, rowAt({point.x(), rect.top() + 1}),
                  TreeProxyStyle::Mode::OverRow);
+    return true;
 }
 
 void DragDropDelegate::drop(QDropEvent *event)
 {
     if (event->dropAction() == Qt::IgnoreAction || !m_enabled)
         return;
+    lookAt(event->position().toPoint());
+    m_mouse.reset();
     m_style.setEnabled(false);
     m_style.setMode(TreeProxyStyle::Mode::NoLine);
     leaveMovedRows();

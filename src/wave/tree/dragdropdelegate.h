@@ -5,6 +5,9 @@
 
 #include <QList>
 #include <QPersistentModelIndex>
+#include <QPoint>
+
+#include <optional>
 
 namespace WaveMonitor {
 
@@ -34,6 +37,8 @@ public:
     void drop(QDropEvent *event) override;
 
 private:
+    /// Finds the place of the drop for the mouse at \a point; false where nothing may be dropped.
+    bool lookAt(const QPoint &point);
     [[nodiscard]] bool isMoved(const QModelIndex &index) const;
     [[nodiscard]] bool mayDropBeside(const QModelIndex &target) const;
     [[nodiscard]] QRect blockRect(const QModelIndex &target) const;
@@ -46,7 +51,8 @@ private:
     TreeProxyStyle m_style;
     QList<QPersistentModelIndex> m_moved; ///< the model may change in the middle of a drag
     bool m_movedHasBus = false;
-    SignalTreeModel *m_model; ///< borrowed
+    SignalTreeModel *m_model;      ///< borrowed
+    std::optional<QPoint> m_mouse; ///< viewport pixels; none while the drag is elsewhere
     Position m_position = Position::Invalid;
     QPersistentModelIndex m_target;
 };

@@ -4,6 +4,11 @@
 
 #include <QColor>
 #include <QFont>
+#include <QIcon>
+#include <QLineF>
+#include <QPainter>
+#include <QPen>
+#include <QPixmap>
 #include <QtDebug>
 
 #include <algorithm>
@@ -13,6 +18,8 @@ namespace WaveMonitor {
 namespace {
 
 constexpr QRgb kMemberBackground = 0xFFDDDDDD;
+constexpr QRgb kDifferenceColor = 0xFFC2006B;
+constexpr int kIconSide = 16; // pixels
 
 /// Adds the signals of a row: itself, or the members of a bus.
 void appendLeaves(QList<const LayoutNode *> &leaves, const LayoutNode *row)
@@ -21,6 +28,28 @@ void appendLeaves(QList<const LayoutNode *> &leaves, const LayoutNode *row)
         leaves.append(row);
     for (const auto &member : row->children)
         leaves.append(member.get());
+}
+
+/// The sign for "not equal".
+QIcon differenceIcon()
+{
+    static const QIcon icon = [] {
+        QIcon drawn;
+        for (const int scale : {1, 2, 3}) {
+            QPixmap pixmap(kIconSide * scale, kIconSide * scale);
+            pixmap.setDevicePixelRatio(scale);
+            pixmap.fill(Qt::transparent);
+            QPainter painter(&pixmap);
+            painter.setRenderHint(QPainter::Antialiasing);
+            painter.setPen(QPen(QColor(kDifferenceColor), 2.0, Qt::SolidLine, Qt::RoundCap));
+            painter.drawLine(QLineF(2, 6, 14, 6));
+            painter.drawLine(QLineF(2, 10, 14, 10));
+            painter.drawLine(QLineF(5, 14, 11, 2));
+            drawn.addPixmap(pixmap);
+        }
+        return drawn;
+    }();
+    return icon;
 }
 
 /// The child after \a node under its parent, or null.
@@ -89,6 +118,15 @@ QVariant RowModel::data(const QModelIndex &index, int role) const
             return font;
         }
         return {};
+    case Qt::DecorationRole:
+        if (index.column() != NameColumn || m_markedSignals.isEmpty() || !isMarked(row))
+            return {};
+        return differenceIcon();
+    case Qt::ToolTipRole:
+    case Qt::AccessibleDescriptionRole:
+        if (index.column() != NameColumn || m_markedSignals.isEmpty() || !isMarked(row))
+            return {};
+        return tr("Differs from the window it is compared with");
     case Qt::BackgroundRole:
         return row.parent->type == LayoutNode::Bus ? QColor(kMemberBackground) : QColor(Qt::white);
     default:
@@ -144,6 +182,31 @@ Qt::ItemFlags RowModel::flags(const QModelIndex &index) const
     if (index.column() != NameColumn)
         return shared;
     return shared | Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemIsDropEnabled;
+}
+
+// Marks
+
+void RowModel::setMarkedSignals(const QSet<int> &ids)
+{
+    if (ids == m_markedSignals)
+        return;
+    m_markedSignals = ids;
+    const QList<int> roles{Qt::DecorationRole, Qt::ToolTipRole, Qt::AccessibleDescriptionRole};
+    for (int row = 0; row < rowCount(); ++row) {
+        const QModelIndex bus = index(row, NameColumn);
+        Q_EMIT dataChanged(bus, bus, roles);
+        if (const int members = rowCount(bus); members > 0)
+            Q_EMIT dataChanged(index(0, NameColumn, bus), index(members - 1, NameColumn, bus),
+                               roles);
+    }
+}
+
+bool RowModel::isMarked(const LayoutNode &row) const
+{
+    if (row.type == LayoutNode::Signal)
+        return m_markedSignals.contains(static_cast<const SignalLayoutNode &>(row).id);
+    return std::any_of(row.children.cbegin(), row.children.cend(),
+                       [this](const auto &member) { return isMarked(*member); });
 }
 
 // Grouping

@@ -4,6 +4,7 @@
 
 #include <QAbstractItemModel>
 #include <QList>
+#include <QSet>
 
 namespace WaveMonitor {
 
@@ -32,6 +33,9 @@ public:
     void groupRows(const QModelIndexList &indexes);
     /// Puts the members of a bus into its place.
     void ungroupBus(const QModelIndex &index);
+    /// The rows of these signals, and buses of them, bear a sign that they differ.
+    void setMarkedSignals(const QSet<int> &ids);
+    [[nodiscard]] bool isMarked(const LayoutNode &row) const;
     void restoreOriginalName(const QModelIndex &index);
     /// Turns the member order of a bus round, so that its values read mirrored.
     void reverse(const QModelIndex &bus);
@@ -88,6 +92,8 @@ private:
     QModelIndexList moveBefore(LayoutNode *anchor, LayoutNode *parent, const QModelIndexList &moved,
                                EmptyBus emptyBus);
     void moveNode(LayoutNode *node, LayoutNode *parent, const LayoutNode *anchor);
+
+    QSet<int> m_markedSignals; ///< ids
 };
 
 } // namespace WaveMonitor

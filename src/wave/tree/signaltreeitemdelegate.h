@@ -4,7 +4,8 @@
 
 namespace WaveMonitor {
 
-/// Edits a row's name: letters, digits, underscore, colon and square brackets.
+/// Edits a row's name: letters, digits, underscore, colon and square brackets. Anything else can't
+/// be typed; what comes in otherwise turns into underscores at the end. A tool tip tells of both.
 class SignalTreeItemDelegate final : public QStyledItemDelegate
 {
     Q_OBJECT

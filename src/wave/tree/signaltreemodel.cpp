@@ -184,6 +184,21 @@ void SignalTreeModel::itemPressed(QGraphicsItem *item)
         m_view->pickOnly(indexOf(row));
 }
 
+QList<const LayoutNode *> SignalTreeModel::shownRows()
+{
+    QList<const LayoutNode *> rows;
+    for (int row = 0; row < rowCount(); ++row) {
+        const QModelIndex at = index(row, NameColumn);
+        const LayoutNode *shown = node(at);
+        rows.append(shown);
+        if (shown->children.empty() || !m_view || !m_view->isExpanded(at))
+            continue;
+        for (const auto &member : shown->children)
+            rows.append(member.get());
+    }
+    return rows;
+}
+
 // Notifications
 
 void SignalTreeModel::handleEvents(Notification *e)
@@ -212,6 +227,12 @@ void SignalTreeModel::showMarkerSample(const QObject &ruler)
     const auto markers = ruler.property("timeMarkers").value<QList<TimeSliderData *>>();
     m_contents.setShownSample(markers.isEmpty() ? m_contents.triggerPosition()
                                                 : markers.first()->clock());
+    updateViewport();
+}
+
+void SignalTreeModel::showValuesAt(int sample)
+{
+    m_contents.setShownSample(sample);
     updateViewport();
 }
 

@@ -57,6 +57,8 @@ public:
     /// By id; shares the samples.
     [[nodiscard]] QMap<int, SignalElement> signalMap() const { return m_contents.signalMap(); }
 
+    /// The sample whose values stand beside the names, until a marker moves.
+    void showValuesAt(int sample);
     /// The view that shows the model, asked which buses are expanded. Borrowed; may be null.
     void setView(SignalTreeView *view);
     /// Groups the rows and clears the selection of the wave view.
@@ -73,6 +75,7 @@ public:
     void relayoutItems() override;
     int triggerPosition() override { return m_contents.triggerPosition(); }
     void itemPressed(QGraphicsItem *item) override;
+    QList<const LayoutNode *> shownRows() override;
 
 Q_SIGNALS:
     /// Rows were added or loaded from outside: what was done to rows before means nothing now.

@@ -12,16 +12,28 @@
 #include <QAction>
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QDrag>
 #include <QDragMoveEvent>
 #include <QDropEvent>
 #include <QKeyEvent>
+#include <QMimeData>
+#include <QPainter>
 #include <QPalette>
+#include <QPixmap>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QtDebug>
 
 #include <algorithm>
 
 namespace WaveMonitor {
+
+namespace {
+
+constexpr int kDragGap = 16; // pixels between the mouse and what it drags
+constexpr qreal kDragOpacity = 0.5;
+
+} // namespace
 
 SignalTreeView::SignalTreeView(QWidget *parent, int preferredWidth)
     : QTreeView(parent),
@@ -47,6 +59,9 @@ SignalTreeView::SignalTreeView(QWidget *parent, int preferredWidth)
     header->setDomain(domain());
     setHeader(header);
     header->setSectionResizeMode(QHeaderView::Interactive);
+    m_valueWidth = header->defaultSectionSize();
+    connect(header, &QHeaderView::sectionResized, this,
+            [this](int section, int, int width) { onSectionResized(section, width); });
     setTextElideMode(Qt::ElideMiddle);
     setVerticalScrollMode(ScrollPerPixel);
     setUniformRowHeights(true);
@@ -88,6 +103,33 @@ void SignalTreeView::setModel(QAbstractItemModel *model)
     QTreeView::setModel(model);
     m_history->setModel(signalModel());
     header()->resizeSection(SignalTreeModel::NameColumn, 200);
+}
+
+// Columns
+
+void SignalTreeView::onSectionResized(int section, int width)
+{
+    if (m_isFilling)
+        return;
+    if (section == SignalTreeModel::ValueColumn)
+        m_valueWidth = width;
+    fillWidth();
+}
+
+void SignalTreeView::resizeEvent(QResizeEvent *event)
+{
+    QTreeView::resizeEvent(event);
+    fillWidth();
+}
+
+/// The Value column takes what the Name column leaves, and is never narrower than it was set.
+void SignalTreeView::fillWidth()
+{
+    if (header()->count() <= SignalTreeModel::ValueColumn)
+        return;
+    const QScopedValueRollback filling(m_isFilling, true);
+    const int free = viewport()->width() - header()->sectionSize(SignalTreeModel::NameColumn);
+    header()->resizeSection(SignalTreeModel::ValueColumn, std::max(m_valueWidth, free));
 }
 
 void SignalTreeView::setDomain(const quint64 &domain)
@@ -351,7 +393,35 @@ void SignalTreeView::startDrag(Qt::DropActions actions)
         return;
     }
     m_actionDelegate = std::make_unique<DragDropDelegate>(this, signalModel());
-    QTreeView::startDrag(actions);
+    auto *drag = new QDrag(this);
+    drag->setMimeData(model()->mimeData(rows));
+    const QPixmap picture = dragPicture(rows);
+    drag->setPixmap(picture);
+    // Beside the mouse, so that the left end of the drop line shows.
+    drag->setHotSpot({-kDragGap, int(picture.deviceIndependentSize().height()) / 2});
+    drag->exec(actions, Qt::MoveAction);
+}
+
+/// The rows that show, seen through, for the drop line lies below.
+QPixmap SignalTreeView::dragPicture(const QModelIndexList &rows) const
+{
+    QRect place;
+    for (const QModelIndex &row : rows)
+        place |= visualRect(row) & viewport()->rect();
+    if (place.isEmpty())
+        return {};
+    const qreal ratio = devicePixelRatioF();
+    QPixmap picture(place.size() * ratio);
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setOpacity(kDragOpacity);
+    for (const QModelIndex &row : rows) {
+        const QRect cell = visualRect(row) & place;
+        if (!cell.isEmpty())
+            painter.drawPixmap(cell.topLeft() - place.topLeft(), viewport()->grab(cell));
+    }
+    return picture;
 }
 
 /// Nothing but this view's own rows can be dropped here. A drag that ended elsewhere leaves its

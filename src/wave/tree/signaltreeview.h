@@ -35,6 +35,8 @@ public:
     void setModel(QAbstractItemModel *model) override;
     void setDomain(const quint64 &domain) override;
     [[nodiscard]] QSize sizeHint() const override;
+    /// Width of the Value column as it was set, in pixels. It shows wider where the pane has room.
+    [[nodiscard]] int valueWidth() const { return m_valueWidth; }
 
     /// The name cells of the selected rows, ascending by row (rows of several parents mixed).
     [[nodiscard]] QModelIndexList selectedRows() const;
@@ -49,6 +51,7 @@ public:
     void keyboardSearch(const QString &typed) override;
 
 protected:
+    void resizeEvent(QResizeEvent *event) override;
     bool event(QEvent *event) override;
     void commitData(QWidget *editor) override;
     void selectionChanged(const QItemSelection &selected,
@@ -77,18 +80,23 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] SignalTreeModel *signalModel() const;
+    [[nodiscard]] QPixmap dragPicture(const QModelIndexList &rows) const;
     [[nodiscard]] bool isOwnDrag(const QDropEvent &event) const;
 
     enum class Direction { Up, Down };
 
     [[nodiscard]] static bool haveOneParent(const QModelIndexList &rows);
     void moveSelected(Direction direction);
+    void onSectionResized(int section, int width);
+    void fillWidth();
 
     std::unique_ptr<RowHistory> m_history;
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present drag, null when idle
     std::unique_ptr<ContextMenuDelegate> m_contextMenu;
     int m_preferredWidth;
-    QString m_typed; ///< of keys that followed one another
+    int m_valueWidth = 0;
+    bool m_isFilling = false; ///< the Value column is given the free width
+    QString m_typed;          ///< of keys that followed one another
     QElapsedTimer m_sinceTyped;
 };
 

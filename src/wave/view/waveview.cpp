@@ -11,6 +11,7 @@
 #include <QCursor>
 #include <QGraphicsItem>
 #include <QGraphicsScene>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPen>
@@ -88,6 +89,11 @@ void WaveView::setDataSource(DataSourceProtocol *source)
 int WaveView::horizontalScrollBarValue() const
 {
     return horizontalScrollBar()->value();
+}
+
+int WaveView::left() const
+{
+    return -qRound(viewportTransform().dx());
 }
 
 void WaveView::setZoomRate(qreal rate)
@@ -234,6 +240,16 @@ void WaveView::mouseReleaseEvent(QMouseEvent *event)
     QGraphicsView::mouseReleaseEvent(event);
 }
 
+void WaveView::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() != Qt::Key_Escape || !m_actionDelegate) {
+        QGraphicsView::keyPressEvent(event);
+        return;
+    }
+    m_actionDelegate.reset(); // the drag that goes on means nothing any more
+    setCursor(Qt::ArrowCursor);
+}
+
 void WaveView::wheelEvent(QWheelEvent *event)
 {
     if (event->modifiers() != Qt::ControlModifier) {
@@ -281,7 +297,34 @@ void WaveView::paintEvent(QPaintEvent *event)
     QGraphicsView::paintEvent(event);
     drawTrigger();
     drawMarkers();
+    drawOverlay();
     drawMasks();
+}
+
+void WaveView::drawOverlay() const
+{
+    if (!m_overlay)
+        return;
+    const QPointF origin = viewportTransform().map(QPointF());
+    QPainter painter(viewport());
+    m_overlay->paint(painter, {m_zoomRate * CLOCK_PITCH, origin.x(), origin.y(), viewport()->size(),
+                               m_dataSource->shownRows()});
+}
+
+void WaveView::setOverlay(const WaveOverlay *overlay)
+{
+    m_overlay = overlay;
+    viewport()->update();
+}
+
+void WaveView::setRoom(int before, int after)
+{
+    m_roomBefore = before;
+    m_roomAfter = after;
+    const bool isCentred = keepsMiddle();
+    setSceneExtent(scene()->sceneRect().height());
+    if (isCentred)
+        placeMiddle(m_middle);
 }
 
 void WaveView::drawTrigger() const
@@ -352,9 +395,18 @@ void WaveView::fitScene(const QList<QGraphicsItem *> &items)
     }
     const bool isCentred = keepsMiddle();
     // As wide as the first rows; a longer capture later does not widen it.
-    scene()->setSceneRect(0.0, 0.0, scene()->sceneRect().width(), height);
+    if (m_dataWidth <= 0.0)
+        m_dataWidth = scene()->sceneRect().width();
+    setSceneExtent(height);
     if (isCentred)
         placeMiddle(m_middle);
+}
+
+void WaveView::setSceneExtent(qreal height)
+{
+    const qreal before = m_dataWidth > 0.0 ? m_roomBefore * CLOCK_PITCH : 0.0;
+    const qreal after = m_dataWidth > 0.0 ? m_roomAfter * CLOCK_PITCH : 0.0;
+    scene()->setSceneRect(-before, 0.0, before + m_dataWidth + after, height);
 }
 
 // Rows come and go in bursts, one event each. The first event of a burst finds the rows as the last

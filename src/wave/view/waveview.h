@@ -1,5 +1,6 @@
 #pragma once
 
+#include "waveoverlay.h"
 #include "wheelnotches.h"
 
 #include <wave/common/localized.h>
@@ -39,6 +40,8 @@ public:
         virtual int triggerPosition() = 0;
         /// The user pressed on an item, or on empty space (null).
         virtual void itemPressed(QGraphicsItem *item) = 0;
+        /// The rows that are not hidden in a bus, in order; only asked for an overlay.
+        virtual QList<const LayoutNode *> shownRows() { return {}; }
     };
 
     class ActionDelegate;
@@ -55,6 +58,12 @@ public:
     /// The only writer of the rate; bounds are the caller's.
     void setZoomRate(qreal rate);
     [[nodiscard]] int horizontalScrollBarValue() const;
+    /// Pixels from sample 0 to the left edge. The scroll bar tells them as long as it can move.
+    [[nodiscard]] int left() const;
+    /// Empty space, in samples, before the first and after the last one, to scroll into.
+    void setRoom(int before, int after);
+    /// Painted over the waves; null takes it away. Borrowed.
+    void setOverlay(const WaveOverlay *overlay);
 
     /// Brings the start of a sample to the middle, as far as there are samples to both sides. Holds
     /// over changes of size and zoom until the view is moved, so it may come before the first one.
@@ -75,6 +84,7 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private Q_SLOTS:
@@ -100,16 +110,22 @@ private:
     void relayoutItems();
     void removeAllItems();
     void fitScene(const QList<QGraphicsItem *> &items);
+    void setSceneExtent(qreal height);
     void takeMarkers(const QObject &ruler);
     void setMasks(const QRect &left, const QRect &right);
     void drawTrigger() const;
     void drawMarkers() const;
     void drawMasks() const;
+    void drawOverlay() const;
 
     QRect m_leftMask;         ///< viewport pixels, empty when no region is being chosen
     QRect m_rightMask;        ///< viewport pixels
     QList<int> m_timeMarkers; ///< samples of the markers, taken when told: a handle may die sooner
     DataSourceProtocol *m_dataSource = nullptr;
+    const WaveOverlay *m_overlay = nullptr;
+    qreal m_dataWidth = 0.0;                          ///< scene units; as wide as the first rows
+    int m_roomBefore = 0;                             ///< samples
+    int m_roomAfter = 0;                              ///< samples
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present mouse mode
     std::unique_ptr<ContextMenuDelegate> m_contextMenu;
     qreal m_zoomRate = 1.0;
