@@ -16,7 +16,6 @@ class tst_Layers : public QuietTest
 private Q_SLOTS:
     void includesFollowTheArrows();
     void linksFollowTheArrows();
-    void logicStaysFreeOfWidgets();
     void simulatorKnowsNothingOfTheProgram();
 };
 
@@ -170,23 +169,6 @@ void tst_Layers::linksFollowTheArrows()
         }
     }
     QVERIFY(links > 20);
-    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(u'\n')));
-}
-
-void tst_Layers::logicStaysFreeOfWidgets()
-{
-    static const QRegularExpression widget(QStringLiteral(
-        "^Q(.*Widget|.*Dialog|MessageBox|Graphics.*|Painter.*|Pixmap|Image|Icon|Font.*|Color|"
-        "Application|GuiApplication|(Tree|Table|List|Header|AbstractItem)View|.*Button|.*Edit|"
-        ".*Box)$"));
-    const QSet<QString> pureFolders = {"base",    "config",    "link",   "trigger",    "capture",
-                                       "servers", "wave_data", "export", "programmer", "design"};
-    QStringList wrong;
-    for (const Include &include : includesBelow(QStringLiteral("src"))) {
-        if (pureFolders.contains(folderOf(include.file).section(u'/', 1)) &&
-            widget.match(include.target).hasMatch())
-            wrong.append(place(include));
-    }
     QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(u'\n')));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <link/wireserver.h>
+#include <support/bittext.h>
 
 #include <QBitArray>
 
@@ -56,12 +57,8 @@ private:
     void writeDown(const Wire::Packet &packet)
     {
         QString line = packet.value("OPRATE", packet["CMD"]).toString();
-        if (packet.contains("DATA")) {
-            line += u' ';
-            const QBitArray bits = packet["DATA"].toBitArray();
-            for (qsizetype i = 0; i < bits.size(); ++i)
-                line += bits.testBit(i) ? u'1' : u'0';
-        }
+        if (packet.contains("DATA"))
+            line += u' ' + textOf(packet["DATA"].toBitArray());
         for (const char *key : {"SIZE", "WINDOW", "SECTION", "SECTION_COUNT"}) {
             if (packet.contains(key))
                 line += u' ' + packet[key].toString();

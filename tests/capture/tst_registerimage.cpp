@@ -2,6 +2,7 @@
 #include <capture/registerimage.h>
 #include <capture/shiftword.h>
 
+#include <support/bittext.h>
 #include <support/testmain.h>
 
 #include <limits>
@@ -30,14 +31,6 @@ MatchUnit &useUnit(CoreConfig &core, int index, int width, int func, const QStri
     unit.value0 = value0;
     unit.value1 = value1;
     return unit;
-}
-
-QString textOf(const QBitArray &bits)
-{
-    QString text;
-    for (qsizetype i = 0; i < bits.size(); ++i)
-        text += bits.testBit(i) ? u'1' : u'0';
-    return text;
 }
 
 QStringList textsOf(const QList<QBitArray> &words)

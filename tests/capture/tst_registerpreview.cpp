@@ -244,12 +244,8 @@ void tst_RegisterPreview::isWhatStartSends()
         manager = std::move(standard);
     }
     QStringList expected;
-    for (const QBitArray &word : std::as_const(words)) {
-        QString bits;
-        for (qsizetype i = 0; i < word.size(); ++i)
-            bits += word.testBit(i) ? u'1' : u'0';
-        expected += bits;
-    }
+    for (const QBitArray &word : std::as_const(words))
+        expected += textOf(word);
     const auto sent = [&] {
         QStringList bits;
         for (const QString &line : std::as_const(server.log)) {

@@ -70,7 +70,6 @@ class tst_CaptureProgram : public QuietTest
 private Q_SLOTS:
     void init();
     void writesEveryFormat();
-    void savesProjects();
     void savesWhatItCanNotExport_data();
     void savesWhatItCanNotExport();
     void exportsProjects_data();
@@ -178,22 +177,6 @@ void tst_CaptureProgram::writesEveryFormat()
             colors.insert(picture.pixel(x, 75));
         QVERIFY(colors.contains(qRgb(255, 255, 0)) && colors.contains(qRgb(0, 0, 0)));
     }
-}
-
-void tst_CaptureProgram::savesProjects()
-{
-    board(TestDesign());
-    const QStringList description = lines(file("design.keo"));
-    const Outcome outcome = run("--device KR-A --auto 2 --save new/p.1.analyzer_prj design.keo");
-    QVERIFY2(outcome.status == 0, qPrintable(outcome.errors));
-    QCOMPARE(outcome.output.split(u'\n', Qt::SkipEmptyParts),
-             (QStringList{file("new/p.1.analyzer_prj"), file("new/p.1.xml")}));
-    const QStringList project = lines(file("new/p.1.analyzer_prj"));
-    QVERIFY(project.contains("KEO_FILE=" + file("design.keo")));
-    QVERIFY(project.contains("DATA_FILE=" + file("new/p.1.xml")));
-    QCOMPARE(lines(file("design.keo")), description); // the tool flow's file stays
-    // Only the last round.
-    QCOMPARE(lines(file("new/p.1.xml")).filter("<Window").size(), 1);
 }
 
 void tst_CaptureProgram::savesWhatItCanNotExport_data()

@@ -38,7 +38,6 @@ private Q_SLOTS:
     void chunks();
     void inputWithoutEnd_data();
     void inputWithoutEnd();
-    void receiverRunsAnEventLoop();
     void serverDies();
 
 private:
@@ -386,20 +385,6 @@ void tst_JtagSession::inputWithoutEnd()
     }
     QVERIFY(isBounded);
     QCOMPARE(dataRequest(notingData("next")), 1u);
-}
-
-void tst_JtagSession::receiverRunsAnEventLoop()
-{
-    connectBoth();
-    bool isInside = false;
-    request([&](const CmdPack &) {
-        // Later than any pass that was due when the first one came.
-        QTimer::singleShot(50, this, [this] { m_first->reply(dataAnswer(0)); });
-        isInside = QTest::qWaitFor([this] { return !m_calls.isEmpty(); });
-    });
-    dataRequest(notingData("data"));
-    m_first->reply(answer(0));
-    QTRY_VERIFY(isInside);
 }
 
 /// Its last words arrive; its cable stays in the list.

@@ -16,7 +16,6 @@ class tst_ProgrammerFiles : public QuietTest
 
 private Q_SLOTS:
     void readsInFileOrderAndSkipsDanglingNames();
-    void wrongShapes();
     void unreadableFiles();
     void headers_data();
     void headers();
@@ -93,20 +92,6 @@ void tst_ProgrammerFiles::readsInFileOrderAndSkipsDanglingNames()
     QVERIFY(!database.device("bare")->defaultOperation());
     QCOMPARE(database.devicesWithIdCode("1100AB1B"), (QList<const DeviceEntry *>{z, a}));
     QVERIFY(database.devicesWithIdCode({}).isEmpty());
-}
-
-void tst_ProgrammerFiles::wrongShapes()
-{
-    const QByteArray texts = R"({"ALL_MODES": [{"MODE": {}, "OPERATIONS": [{"OPTIONS": [[1]]}, 4]}],
-        "DEVICE_CONFIG": [{"DEVICE": "D", "ACCESS_MODES": [{}, 0]}],
-        "ALL_SERIES": [{"SERIES": 7, "DEVICES": [null, "D"]}]})";
-    const QByteArray deep(100000, '[');
-    for (const QByteArray &json : {QByteArray(), kGood.first(500), deep, QByteArray("[]"), texts}) {
-        DeviceDatabase database;
-        QVERIFY(!logOf([&] { database = DeviceDatabase::fromJson(json); }).isEmpty());
-        QCOMPARE(database.seriesNames(), json == texts ? QStringList("7") : QStringList());
-        QVERIFY(!database.device("D") || !database.device("D")->defaultOperation());
-    }
 }
 
 void tst_ProgrammerFiles::unreadableFiles()

@@ -309,6 +309,7 @@ void tst_ProgrammerPage::editsBySelectorsAndFields()
     QVERIFY(page.targets().isEmpty());
     QVERIFY(!page.edit<QLineEdit>(0, Column::FsFile));
 
+    page.type<QSpinBox>(0, Column::IrCode, "5");
     page.choose(0, Column::Series, "MR");
     QCOMPARE(page.row(0), "MR|MR-1|Write||||2200001B|8");
     page.choose(0, Column::Device, "MR-1X");
@@ -342,6 +343,9 @@ void tst_ProgrammerPage::editsBySelectorsAndFields()
     QCOMPARE(page.log(),
              (QStringList{"Warn: " + other + " and current series or device do not match.",
                           "Warn: " + page.directory.filePath("none.fs") + " Invalid."}));
+
+    page.choose(0, Column::Device, "MR-1"); // the file was the other's
+    QCOMPARE(page.row(0), "MR|MR-1|Write||||2200001B|8");
 
     // The first series takes everything away.
     page.choose(0, Column::Series, "JTAG");

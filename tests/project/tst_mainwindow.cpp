@@ -26,6 +26,10 @@ private Q_SLOTS:
     void minimizedDuringARun();
     void closesWhileReading_data();
     void closesWhileReading();
+    void goneDuringARun_data();
+    void goneDuringARun();
+    void answersWithoutBits_data();
+    void answersWithoutBits();
 };
 
 namespace {
@@ -163,15 +167,12 @@ void tst_MainWindow::tellsWhyNoWavesShow()
     QFETCH(bool, hasBox);
     TestDesign design;
     design.lite = lite;
-    const Bench bench(design);
-    const auto write = [&](const QString &name, const QByteArray &content) {
-        QFile file(bench.directory.filePath(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) > 0);
-    };
-    write("other.xml", "<WaveData><Window index=\"0\" core=\"7\"/></WaveData>");
-    write("p.analyzer_prj", "[General]\nKEO_FILE=design.keo\nDATA_FILE=" + dataFile.toUtf8());
-    Session s(bench);
-    s.open(bench.directory.filePath("p.analyzer_prj"));
+    Session s(design);
+    const QString project = s.directory.filePath("p.analyzer_prj");
+    putFile(s.directory.filePath("other.xml"),
+            "<WaveData><Window index=\"0\" core=\"7\"/></WaveData>");
+    putFile(project, "[General]\nKEO_FILE=design.keo\nDATA_FILE=" + dataFile.toUtf8());
+    s.show(project);
     QCOMPARE(s.tabs()->count(), lite ? 0 : 1);
     const auto *refused = s.window->findChild<QLabel *>("refusedFile");
     const QString text = lite ? refused->text() : s.status("toldStatus");
@@ -289,6 +290,99 @@ void tst_MainWindow::closesWhileReading()
     const qsizetype sections = design.amount / 128;
     QVERIFY2(s.requests("READ_RAM") < sections / 2,
              qPrintable(QString::number(s.requests("READ_RAM"))));
+}
+
+void tst_MainWindow::goneDuringARun_data()
+{
+    addColumns<bool, int, bool>({"lite", "ms", "inQuestion"}); // after the start
+    for (const bool lite : {false, true}) {
+        for (const int ms : {0, 700}) { // before and behind the first poll
+            for (const bool inQuestion : {false, true})
+                QTest::addRow("%s after %d ms%s", lite ? "lite" : "standard", ms,
+                              inQuestion ? ", in the question" : "")
+                    << lite << ms << inQuestion;
+        }
+    }
+}
+
+// Nothing of the run outlives the window, not even the tip.
+void tst_MainWindow::goneDuringARun()
+{
+    QFETCH(bool, lite);
+    QFETCH(int, ms);
+    QFETCH(bool, inQuestion);
+    TestDesign design;
+    design.lite = lite;
+    design.fires = false;
+    design.samplesPerSecond = lite ? 1 : design.samplesPerSecond;
+    Session s(design);
+    s.press(Qt::Key_F1);
+    QTest::qWait(ms);
+    QVERIFY(s.isRunning() && waitingTip());
+    s.boxes.whileOpen = [&](const QMessageBox &) { s.window.reset(); };
+    if (inQuestion)
+        s.window->close();
+    else
+        s.window.reset();
+    QTest::qWait(50); // late replies and ticks
+    QVERIFY(!s.window && !waitingTip() && !QApplication::activeModalWidget());
+    if (lite)
+        QCOMPARE(s.requests("CLOSE"), 0); // its run is left to the connection
+}
+
+void tst_MainWindow::answersWithoutBits_data()
+{
+    addColumns<bool, Qt::Key, QString>({"lite", "key", "text"});
+    addRow("Auto of a standard core", false, Qt::Key_F2, "No data in core 0 window 0");
+    addRow("lite core", true, Qt::Key_F1, "No data.");
+}
+
+// A server that answers each read with nothing: one box at a time, however many rounds pass.
+void tst_MainWindow::answersWithoutBits()
+{
+    QFETCH(bool, lite);
+    QFETCH(Qt::Key, key);
+    QFETCH(QString, text);
+    FakeServer server;
+    server.leadingBits = lite ? 0 : server.leadingBits;
+    server.answer = [lite](const QVariantMap &request, QVariantMap reply) {
+        const QString operation = request["OPRATE"].toString();
+        if (operation == "READ_RAM")
+            reply["DATA"] = QBitArray(lite ? 0 : 33);
+        if (lite && operation == "READ_START_REG")
+            reply["DATA"] = QBitArray(); // counts as done
+        return FakeServer::Replies{reply};
+    };
+    TestDesign design;
+    design.lite = lite;
+    Desktop d(design);
+    JtagSession::instance()->disconnectAll();
+    QVERIFY(JtagSession::instance()->connectServer({"fake", server.name()}, 1000));
+    d.open();
+
+    // The box keeps the test waiting as well, so a timer looks on from inside its event loop.
+    d.boxes.isPassive = true;
+    int mostBoxes = 0;
+    qsizetype readsAtFirst = 0;
+    QTimer onlooker;
+    connect(&onlooker, &QTimer::timeout, this, [&] {
+        const qsizetype reads = server.logged("READ_RAM").size();
+        if (d.boxes.openBoxes() > 0 && mostBoxes == 0)
+            readsAtFirst = reads;
+        mostBoxes = qMax(mostBoxes, d.boxes.openBoxes());
+        if (mostBoxes > 0 && (lite || reads >= readsAtFirst + 4)) // two more rounds
+            d.boxes.isPassive = false;
+    });
+    onlooker.start(10);
+    d.press(key);
+    QTRY_COMPARE_WITH_TIMEOUT(d.boxes.seen.value(0), "Error: " + text, kCaptureTime);
+    QCOMPARE(mostBoxes, 1);
+    if (!lite)
+        d.press(Qt::Key_F4);
+    QTRY_VERIFY(d.boxes.openBoxes() == 0 && d.isIdle());
+    QCOMPARE(d.tabs()->count(), 1);
+    const QString end = d.find<QLabel>("runStatus")->text();
+    QVERIFY2(end.contains("windows captured: 0"), qPrintable(end));
 }
 
 KEO_WIDGET_TEST_MAIN(tst_MainWindow)

@@ -2,6 +2,7 @@
 // stimulus, through a shell, and both export the same bytes.
 
 #include <support/desktop.h>
+#include <support/files.h>
 
 #include <export_ui/exportdialog.h>
 #include <trigger/randomunit.h>
@@ -235,10 +236,7 @@ QMap<QString, QByteArray> tst_CommandRoad::exports(const QString &folder) const
     QMap<QString, QByteArray> files;
     const QDir directory(folder);
     for (const QString &name : directory.entryList({"w*"}, QDir::Files)) {
-        QFile file(directory.filePath(name));
-        if (!file.open(QIODevice::ReadOnly))
-            continue;
-        QByteArray bytes = file.readAll();
+        QByteArray bytes = contentOf(directory.filePath(name));
         if (const qsizetype date = bytes.indexOf("$date\n"); date >= 0)
             bytes.remove(date, bytes.indexOf("$end", date) - date);
         files.insert(name, bytes);
@@ -309,15 +307,12 @@ void tst_CommandRoad::liteCore()
 void tst_CommandRoad::tellsWhatItCanNotCopy()
 {
     board(kExamples + "uart_fifo/board.json");
-    QFile example(kExamples + "uart_fifo/uart_fifo.keo");
-    QVERIFY(example.open(QIODevice::ReadOnly));
-    QFile description(path("odd.keo"));
-    QVERIFY(description.open(QIODevice::WriteOnly));
-    description.write(example.readAll().replace("value0=\"01001000\"", "value0=\"0100100x\""));
-    description.close();
+    const QString description =
+        putFile(path("odd.keo"), contentOf(kExamples + "uart_fifo/uart_fifo.keo")
+                                     .replace("value0=\"01001000\"", "value0=\"0100100x\""));
     const FreshServer server;
     const UserWindow user;
-    user.window->openFile(description.fileName(), {}, {}, {});
+    user.window->openFile(description, {}, {}, {});
     const auto told = [&user] { return user.find<QLabel>("toldStatus")->text(); };
     auto *tree = user.find<QTreeWidget>("coreTree");
     QGuiApplication::clipboard()->clear();

@@ -1,5 +1,4 @@
-#include "bittext.h"
-
+#include <support/bittext.h>
 #include <support/testmain.h>
 
 #include <coremodel.h>

@@ -1,9 +1,8 @@
 // The programs of the simulated board as processes: sockets, bytes, exit codes, output.
 
-#include "bittext.h"
-
 #include <link/wireserver.h>
 
+#include <support/bittext.h>
 #include <support/files.h>
 #include <support/testmain.h>
 
@@ -549,13 +548,10 @@ void tst_SimPrograms::programmerRefusals()
     const std::pair<QStringList, QByteArray> commands[] = {
         {{}, "--device is missing"},
         {kDownload + QStringList{"--scan"}, "--scan stands alone"},
-        {kDownload + QStringList{"--fast"}, "fast"},
         {kDownload + QStringList{"now"}, "\"now\" is no option"},
         {kDownload + QStringList{"--device", "KR-C"}, "--device is there 2 times"},
-        {with("--operation_index", "-1"), "--operation_index"},
         {with("--cable-index", "3"), "there is no cable 3"},
         {with("--chain_size", "3"), "2 entries"},
-        {with("--chain_index", "2"), "--chain_index is 2"},
         {kDownload.first(kDownload.size() - 2), "--chain_ir is missing"},
         {with("--chain_ir", "6,"), "--chain_ir: \"\""}};
     for (const auto &[arguments, reason] : commands) {
@@ -572,7 +568,6 @@ void tst_SimPrograms::programmerRefusals()
          "ID code 0x0900281B is not that of KR-C."},
         {with("--device", "KR-A"), "ID code 0x1100381B is not that of"},
         {downloadOf("/nowhere/a.fs"), "the fs file /nowhere/a.fs can't"},
-        {downloadOf(kExample), "the fs file " + kExample.toUtf8()},
         {downloadOf(kBitstreams + "other_device.fs"), "the fs file is made for KS-1, not for"}};
     for (const auto &[arguments, reason] : answers) {
         const Call call(path, arguments);

@@ -215,7 +215,7 @@ void tst_WaveMonitorWidget::autorunSwapsSamplesAlone()
     QCOMPARE(sample(viewer) + value(viewer, kBus), "0105");
     const QImage picture = viewer.waves->viewport()->grab().toImage();
     const qreal ratio = picture.devicePixelRatio();
-    QCOMPARE(picture.pixelColor(int(190 * ratio), int(36 * ratio)), QColor(Qt::green)); // row 1
+    QCOMPARE(picture.pixelColor(int(190 * ratio), int(24 * ratio)), QColor(Qt::green)); // row 0
     QVERIFY(state() == before);
     viewer.widget->updateData({QBitArray(kSamples)}); // not as many as there are signals
     QCOMPARE(sample(viewer), "010");

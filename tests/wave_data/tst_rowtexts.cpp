@@ -1,8 +1,8 @@
+#include <support/bittext.h>
 #include <support/testmain.h>
 #include <wave_data/busnames.h>
 #include <wave_data/dataformat.h>
 
-#include <QBitArray>
 #include <QRandomGenerator>
 
 #include <algorithm>
@@ -13,10 +13,7 @@ namespace {
 
 QString textOf(DataFormat::Type type, const QByteArray &digits)
 {
-    QBitArray bits(digits.size());
-    for (qsizetype i = 0; i < digits.size(); ++i)
-        bits.setBit(i, digits[i] == '1');
-    return DataFormat(type).toText(bits);
+    return DataFormat(type).toText(bitsOf(QString::fromLatin1(digits)));
 }
 
 /// A digit for so many bits, counted from the last.

@@ -1,3 +1,4 @@
+#include <support/bittext.h>
 #include <support/testmain.h>
 #include <wave_data/windowcontents.h>
 
@@ -6,14 +7,6 @@
 using namespace WaveMonitor;
 
 namespace {
-
-QBitArray samples(const char *digits)
-{
-    QBitArray bits(qsizetype(qstrlen(digits)));
-    for (qsizetype i = 0; i < bits.size(); ++i)
-        bits.setBit(i, digits[i] == '1');
-    return bits;
-}
 
 bool read(WindowContents &contents, const QString &xml)
 {
@@ -56,8 +49,7 @@ QString textOf(const WindowContents &contents)
                    rowsOf(contents, contents.layout()) + u';';
     for (const SignalElement &signal : contents.signalMap()) {
         text += QStringLiteral(" %1=%2/%3:").arg(signal.id).arg(signal.name, signal.text);
-        for (qsizetype i = 0; i < signal.data.size(); ++i)
-            text += signal.data.testBit(i) ? u'1' : u'0';
+        text += ::textOf(signal.data);
     }
     return text;
 }
@@ -77,9 +69,9 @@ private Q_SLOTS:
 
 void tst_WindowContents::writesAndReadsEverything()
 {
-    SignalElement clk{.id = 7, .name = "clk", .text = "", .data = samples("0101")};
-    SignalElement high{.id = 1, .name = "d[1]", .text = "mine", .data = samples("1100")};
-    SignalElement low{.id = 0, .name = "d[0]", .text = "", .data = samples("1010")};
+    SignalElement clk{.id = 7, .name = "clk", .text = "", .data = bitsOf("0101")};
+    SignalElement high{.id = 1, .name = "d[1]", .text = "mine", .data = bitsOf("1100")};
+    SignalElement low{.id = 0, .name = "d[0]", .text = "", .data = bitsOf("1010")};
     WindowContents contents;
     contents.addSignal(clk).color = 0xFF0000;
     BusLayoutNode &bus =
@@ -113,7 +105,7 @@ void tst_WindowContents::writesAndReadsEverything()
 void tst_WindowContents::readsWhatIsWrong()
 {
     WindowContents contents;
-    contents.addSignal({.id = 42, .name = "old", .text = "", .data = samples("1")});
+    contents.addSignal({.id = 42, .name = "old", .text = "", .data = bitsOf("1")});
     const QString twice = "<Signals><Signal id='3' name='c'>0</Signal><Signal id='3' name='b'>1"
                           "</Signal><Signal id='2' text='B'>01</Signal></Signals>";
     const std::pair<QString, QString> rows[] = {
@@ -137,7 +129,7 @@ void tst_WindowContents::readsWhatIsWrong()
 void tst_WindowContents::otherElementChangesNothing()
 {
     WindowContents contents;
-    contents.addSignal({.id = 42, .name = "old", .text = "", .data = samples("1")});
+    contents.addSignal({.id = 42, .name = "old", .text = "", .data = bitsOf("1")});
     contents.setTriggerPosition(5);
     contents.setShownSample(9);
     const QString before = textOf(contents);

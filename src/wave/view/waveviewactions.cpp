@@ -59,8 +59,11 @@ void WaveView::ZoomFromRegionDelegate::released(QMouseEvent *)
 }
 
 WaveView::ContextMenuDelegate::ContextMenuDelegate(WaveView *view)
-    : m_zoomIn(new QAction(tr("Zoom In"), view)), m_zoomOut(new QAction(tr("Zoom Out"), view))
+    : m_zoomIn(new QAction(tr("Zoom In"), view)),
+      m_zoomOut(new QAction(tr("Zoom Out"), view)),
+      m_separator(new QAction(view))
 {
+    m_separator->setSeparator(true);
     connect(m_zoomIn, &QAction::triggered, view, &WaveView::zoomIn);
     connect(m_zoomOut, &QAction::triggered, view, &WaveView::zoomOut);
 }

@@ -55,11 +55,12 @@ class WaveView::ContextMenuDelegate final
 {
 public:
     explicit ContextMenuDelegate(WaveView *view);
-    [[nodiscard]] QList<QAction *> actions() const { return {m_zoomIn, m_zoomOut}; }
+    [[nodiscard]] QList<QAction *> actions() const { return {m_zoomIn, m_zoomOut, m_separator}; }
 
 private:
-    QAction *m_zoomIn;  ///< child of the view
-    QAction *m_zoomOut; ///< child of the view
+    QAction *m_zoomIn;    ///< child of the view
+    QAction *m_zoomOut;   ///< child of the view
+    QAction *m_separator; ///< child of the view; before what others add as the view's actions
 };
 
 } // namespace WaveMonitor

@@ -3,7 +3,8 @@
 #include <QBitArray>
 #include <QString>
 
-// Words and rows as text of 0 and 1, first bit first: the tests' own way, apart from the board's.
+// Bits as text of 0 and 1, first bit first: the tests' own way, apart from the program's and the
+// board's.
 
 inline QBitArray bitsOf(const QString &text)
 {
