@@ -139,7 +139,7 @@ qreal WaveView::middle() const
 {
     if (horizontalScrollBar()->value() == m_middleBar)
         return m_middle;
-    return (horizontalScrollBar()->value() + viewport()->width() / 2.0) / m_zoomRate;
+    return (left() + viewport()->width() / 2.0) / m_zoomRate;
 }
 
 void WaveView::placeMiddle(qreal x)
