@@ -224,6 +224,18 @@ void DynamicConfigWidget::saveToCore()
     fieldsEdited();
 }
 
+void DynamicConfigWidget::withFields(const std::function<void()> &use)
+{
+    if (!m_core) {
+        use();
+        return;
+    }
+    const Settings stored = settingsOf(*m_core);
+    put(settingsOfFields(), *m_core);
+    use();
+    put(stored, *m_core);
+}
+
 void DynamicConfigWidget::onWindowNumChanged()
 {
     const QString amount = m_comboBoxAmount->currentText();

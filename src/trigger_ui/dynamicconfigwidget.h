@@ -4,6 +4,8 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <functional>
+
 class QComboBox;
 class QGroupBox;
 class QLineEdit;
@@ -43,6 +45,8 @@ public:
     /// Writes windows, amount (samples, 0 when none is selected), trigger position (samples) and
     /// the flag of each expression into the core. Does nothing without a core.
     void saveToCore();
+    /// Calls \a use while the core has what saveToCore would write, and then puts back what it had.
+    void withFields(const std::function<void()> &use);
     /// Shows no core.
     void clearPage();
 
