@@ -223,8 +223,10 @@ void WaveMonitorWidget::restoreState(const WindowState *state)
         return;
     m_treeView->header()->resizeSection(SignalTreeModel::NameColumn, state->nameWidth);
     m_treeView->header()->resizeSection(SignalTreeModel::ValueColumn, state->valueWidth);
-    if (!state->layout.isNull()) // else every row would go
+    if (!state->layout.isNull()) { // else every row would go
         m_model->setLayout(state->layout);
+        m_model->setHiddenRows(state->hidden);
+    }
     m_model->setDefaultFormat(state->format);
     for (const int row : state->openBuses)
         m_treeView->expand(m_model->index(row, SignalTreeModel::NameColumn));
@@ -268,6 +270,7 @@ std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
     QDomDocument document;
     state->layout = m_model->writeLayout(document);
     document.appendChild(state->layout);
+    state->hidden = contents().hiddenRows();
     state->format = m_model->defaultFormat();
     state->zoomRate = m_zoomRate;
     for (int row = 0; row < m_model->rowCount(); ++row) {
