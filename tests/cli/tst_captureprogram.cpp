@@ -177,6 +177,16 @@ void tst_CaptureProgram::writesEveryFormat()
             colors.insert(picture.pixel(x, 75));
         QVERIFY(colors.contains(qRgb(255, 255, 0)) && colors.contains(qRgb(0, 0, 0)));
     }
+    // A window that the lowest zoom doesn't hold is seen around its trigger.
+    design = {.amount = 4096, .position = 2048};
+    board(design);
+    QCOMPARE(run("--device KR-A --picture low.png --size 900x400 design.keo").status, 0);
+    const QImage low(file("low.png"));
+    int trigger = 0;
+    while (trigger < low.width() && low.pixel(trigger, 75) != qRgb(255, 255, 0))
+        ++trigger;
+    // The waves stand between the tree, 300 wide, and a scroll bar.
+    QVERIFY2(std::abs(trigger - 595) < 8, qPrintable(QString::number(trigger)));
 }
 
 void tst_CaptureProgram::savesWhatItCanNotExport_data()

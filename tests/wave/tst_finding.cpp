@@ -84,7 +84,7 @@ struct Finder final : Periods, Viewer
             press(Qt::Key_Delete);
         settle();
     }
-    QString outcome() const { return part<QLabel>("findOutcome")->text(); }
+    QString outcome() const { return part<QLabel>("findOutcome")->accessibleDescription(); }
     QString measured() const { return part<QLabel>("measureText")->accessibleDescription(); }
     int marker() const { return ruler->timeMarker() ? ruler->timeMarker()->clock() : -1; }
     QString value(int row, int sample) const
@@ -222,7 +222,16 @@ void tst_Finding::findsRowsByName()
     QCOMPARE(user.widget->focusWidget(), user.tree);
     QVERIFY(!user.part<QWidget>("findBar")->isVisible());
     user.find("nothing of the kind");
-    QCOMPARE(user.outcome(), "No name has \"nothing of the kind\" in it.");
+    const QString failure = QStringLiteral("No name has \"nothing of the kind\" in it.");
+    QCOMPARE(user.outcome(), failure);
+    // What there is no room for is seen to be missing.
+    const auto *label = user.part<QLabel>("findOutcome");
+    for (const int width : {480, 1600}) {
+        user.widget->resize(width, 400);
+        user.settle();
+        QCOMPARE(label->text() == failure, width == 1600);
+        QVERIFY(label->fontMetrics().horizontalAdvance(label->text()) <= label->width());
+    }
 }
 
 // Against the texts of the row, from place to place, forth and back and round.

@@ -110,13 +110,27 @@ void FindBar::close()
 
 void FindBar::tell(const QString &text, Outcome outcome)
 {
-    m_outcome->setText(text);
+    m_told = text;
+    showOutcome();
     m_outcome->setToolTip(text.toHtmlEscaped());
     m_outcome->setAccessibleDescription(text);
     QPalette colors;
     if (outcome == Outcome::Failed)
         colors.setColor(QPalette::WindowText, QColor(0xC00000));
     m_outcome->setPalette(colors);
+}
+
+void FindBar::showOutcome()
+{
+    m_outcome->setText(m_outcome->fontMetrics().elidedText(m_told, Qt::ElideRight,
+                                                           m_outcome->contentsRect().width()));
+}
+
+void FindBar::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    layout()->activate(); // or the outcome still has the width before
+    showOutcome();
 }
 
 void FindBar::keyPressEvent(QKeyEvent *event)

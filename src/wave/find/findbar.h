@@ -39,12 +39,17 @@ Q_SIGNALS:
     void closed();
 
 protected:
+    void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    /// As much of it as there is room for.
+    void showOutcome();
+
     QComboBox *m_kind;
     QLineEdit *m_text;
     QLabel *m_outcome;
+    QString m_told; ///< the whole outcome
     QPointer<QWidget> m_focusBefore;
 };
 
