@@ -176,20 +176,14 @@ QList<int> unitsNamed(const QString &text)
     return sorted;
 }
 
-/// Whether the text is one that the expression dialog takes.
-bool isPlain(const QString &text)
+/// Why the text is none that the expression dialog takes; empty if it is one.
+QString grammarFault(const QString &text)
 {
     static const QRegularExpression token(QStringLiteral("M[0-9]+|."));
     QStringList tokens;
-    int open = 0;
-    for (auto match = token.globalMatch(text); match.hasNext();) {
+    for (auto match = token.globalMatch(text); match.hasNext();)
         tokens.append(match.next().captured());
-        const QString &last = tokens.last();
-        open += last == u"(" ? 1 : last == u")" ? -1 : 0;
-        if (open < 0 || (last.size() == 1 && !QStringView(u"!&^|()").contains(last)))
-            return false;
-    }
-    return open == 0 && isExpressionValid(tokens);
+    return expressionFault(tokens, {});
 }
 
 QString Checker::whyAbsent(int number) const
@@ -281,10 +275,10 @@ void Checker::checkExpression(const ExpressionProgram &expression)
     else if (!absent.isEmpty())
         add(Subject::Expression, row, Weight::Note,
             Text::tr("%1 triggers otherwise than it reads: it names %2.").arg(name, named));
-    if (absent.isEmpty() && !isPlain(expression.text))
+    const QString fault = absent.isEmpty() ? grammarFault(expression.text) : QString();
+    if (!fault.isEmpty())
         add(Subject::Expression, row, Weight::Note,
-            Text::tr("%1 breaks the rules of expressions and may trigger otherwise than it reads.")
-                .arg(name));
+            Text::tr("%1 may trigger otherwise than it reads. %2").arg(name, fault));
 }
 
 void Checker::checkUnit(const MatchUnit &unit)

@@ -316,6 +316,8 @@ const QList<OptionRow> &optionTable()
                            "Export a saved project instead of capturing; or recovery, the last "
                            "capture that the window did not save, recovery:2 the one before."),
          kExport},
+        {"list-recovery", nullptr,
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the captures that were not saved."), kList},
         {"compare", "A.analyzer_prj",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Compare a saved project with another one, the FILE."),
@@ -324,8 +326,6 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Print what would be sent to the cores, without a server."),
          kCapture, setFlag<&O::dryRun>},
-        {"list-recovery", nullptr,
-         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the captures that were not saved."), kList},
         {"list-cables", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the cables that answer."), kList},
         {"json", nullptr,
@@ -382,6 +382,20 @@ std::optional<Error> refuseOthers(const QCommandLineParser &parser, const QStrin
     return {};
 }
 
+/// A project file that the option \a name reads, or one of the recovery store by its number there.
+Result<QString> savedProject(const QString &name, const QString &path)
+{
+    static const QRegularExpression recovery(QStringLiteral("^recovery(?::([0-9]{1,4}))?$"));
+    const QRegularExpressionMatch match = recovery.match(path);
+    if (!match.hasMatch())
+        return projectPath(name, path);
+    const QList<Recovery> entries = RecoveryStore().entries();
+    const int number = match.captured(1).isEmpty() ? 1 : match.captured(1).toInt();
+    if (number < 1 || number > entries.size())
+        return usage(Text::tr("There is no %1; --list-recovery tells what there is.").arg(path));
+    return entries[number - 1].project;
+}
+
 /// The project of --open.
 Result<QString> openedProject(const QCommandLineParser &parser)
 {
@@ -389,16 +403,7 @@ Result<QString> openedProject(const QCommandLineParser &parser)
         return usage(Text::tr("--open takes no FILE."));
     if (const auto error = refuseOthers(parser, QStringLiteral("open"), Task::ExportSaved))
         return *error;
-    const QString opened = parser.value("open");
-    static const QRegularExpression recovery(QStringLiteral("^recovery(?::([0-9]{1,4}))?$"));
-    const QRegularExpressionMatch match = recovery.match(opened);
-    if (!match.hasMatch())
-        return projectPath(QStringLiteral("open"), opened);
-    const QList<Recovery> entries = RecoveryStore().entries();
-    const int number = match.captured(1).isEmpty() ? 1 : match.captured(1).toInt();
-    if (number < 1 || number > entries.size())
-        return usage(Text::tr("There is no %1; --list-recovery tells what there is.").arg(opened));
-    return entries[number - 1].project;
+    return savedProject(QStringLiteral("open"), parser.value("open"));
 }
 
 /// The two projects of --compare.
@@ -409,9 +414,9 @@ std::optional<Error> readCompared(const QCommandLineParser &parser, CaptureOptio
         return error;
     if (parser.values(name).size() != 1 || parser.positionalArguments().size() != 1)
         return usage(Text::tr("--compare takes two projects."));
-    if (const auto error = store(options.file, projectPath(name, parser.value(name))))
+    if (const auto error = store(options.file, savedProject(name, parser.value(name))))
         return error;
-    return store(options.otherFile, projectPath(name, parser.positionalArguments().first()));
+    return store(options.otherFile, savedProject(name, parser.positionalArguments().first()));
 }
 
 /// What there is to do, and with which files.

@@ -10,7 +10,6 @@
 #include <QList>
 #include <QString>
 
-#include <memory>
 #include <optional>
 
 namespace KEO {

@@ -58,13 +58,6 @@ bool write(const QString &path, const ExportSettings &settings, const ExportCore
 
 } // namespace
 
-qint64 ClockPeriod::picoseconds() const
-{
-    if (unit == QLatin1String("us"))
-        return qint64(number) * 1'000'000;
-    return unit == QLatin1String("ns") ? qint64(number) * 1'000 : number;
-}
-
 QRegularExpression exportNamePattern()
 {
     return wordPattern(QStringLiteral("[%1]+"));

@@ -2,6 +2,8 @@
 
 #include "exportwindow.h"
 
+#include <wave_data/clockperiod.h>
+
 #include <QList>
 #include <QRegularExpression>
 #include <QString>
@@ -11,15 +13,7 @@ namespace KEO {
 /// Kinds of export file.
 enum class ExportFormat { Csv, Vcd, Prn };
 
-/// Clock period as the user gives it: a number and one of the units us, ns and ps.
-struct ClockPeriod
-{
-    int number = 1; ///< 1 to 9999999
-    QString unit = QStringLiteral("us");
-
-    [[nodiscard]] qint64 picoseconds() const;
-    bool operator==(const ClockPeriod &other) const = default;
-};
+using WaveMonitor::ClockPeriod;
 
 /// Which kind of core the waves come from.
 enum class ExportMode { Lite = 0, Standard = 1 };

@@ -1,5 +1,6 @@
 #include "exportdialog.h"
 
+#include <wave/common/clockperiods.h>
 #include <wave/wavemonitorwidget.h>
 #include <wave_data/windowcontents.h>
 #include <widgets/formwidgets.h>
@@ -101,7 +102,8 @@ ExportDialog::ExportDialog(const ExportSource &source, QWidget *parent)
       m_defaultDirectory(source.directory),
       m_projectMode(source.mode),
       m_cores(source.cores),
-      m_waveMonitors(source.waveMonitors.begin(), source.waveMonitors.end())
+      m_waveMonitors(source.waveMonitors.begin(), source.waveMonitors.end()),
+      m_clockPeriods(source.clockPeriods)
 {
     setObjectName(QStringLiteral("ExportDialog"));
     setWindowTitle(tr("Export"));
@@ -113,6 +115,7 @@ ExportDialog::ExportDialog(const ExportSource &source, QWidget *parent)
     for (const ExportCore &core : m_cores)
         m_comBoxKo->addItem(tr("Core %1").arg(core.index));
     updateSampleClk();
+    showKnownPeriod();
     updatePeriodRange();
     updateTypeForPRN();
     connectSlots();
@@ -169,6 +172,7 @@ void ExportDialog::connectSlots()
     connect(m_comBoxFormat, &QComboBox::currentIndexChanged, this,
             &ExportDialog::updatePeriodRange);
     connect(m_comBoxKo, &QComboBox::currentIndexChanged, this, &ExportDialog::updateSampleClk);
+    connect(m_comBoxKo, &QComboBox::currentIndexChanged, this, &ExportDialog::showKnownPeriod);
     connect(m_comBoxFormat, &QComboBox::currentIndexChanged, this, &ExportDialog::updateTypeForPRN);
     connect(m_comboBoxForPRN, &QComboBox::currentIndexChanged, this, &ExportDialog::updateViewList);
 }
@@ -205,6 +209,15 @@ void ExportDialog::updatePeriodRange()
 void ExportDialog::updateSampleClk()
 {
     m_editClk->setText(m_cores.value(m_comBoxKo->currentIndex()).sampleClock);
+}
+
+void ExportDialog::showKnownPeriod()
+{
+    const auto known = m_clockPeriods ? m_clockPeriods->ofCore(selectedCore()) : std::nullopt;
+    if (!known)
+        return;
+    m_comBoxPeriod->setCurrentText(known->unit);
+    m_spinPeriod->setValue(known->number);
 }
 
 void ExportDialog::updateTypeForPRN()
@@ -288,6 +301,11 @@ void ExportDialog::accept()
         showError(tr("Selected bus can not be empty."));
         return;
     }
+    // A field that was left as it first stood says nothing of the clock.
+    const bool isTold = m_clockPeriods &&
+                        (m_clockPeriods->ofCore(selectedCore()) || chosen.period != ClockPeriod());
+    if (isTold)
+        m_clockPeriods->set(selectedCore(), chosen.period);
     writeFiles(chosen);
     QDialog::accept();
 }

@@ -14,8 +14,9 @@ class QListWidget;
 class QSpinBox;
 
 namespace WaveMonitor {
+class ClockPeriods;
 class WaveMonitorWidget;
-}
+} // namespace WaveMonitor
 
 namespace KEO {
 
@@ -26,6 +27,7 @@ struct ExportSource
     QString directory;                                      ///< where the user begins
     QList<ExportCore> cores;                                ///< to choose from
     QList<WaveMonitor::WaveMonitorWidget *> waveMonitors{}; ///< borrowed, one a core and window
+    WaveMonitor::ClockPeriods *clockPeriods = nullptr; ///< borrowed, may be null: what is known
 };
 
 /// Asks for the files to export and writes them on OK: one for each wave monitor of the chosen
@@ -55,6 +57,8 @@ private:
     /// A clock in a VCD changes in the middle of its period, which takes two picoseconds.
     void updatePeriodRange();
     void updateSampleClk();
+    /// Shows the period of the chosen core's clock if the user has told it before.
+    void showKnownPeriod();
     void updateTypeForPRN();
     /// Fills the list of buses where it is asked for. A change of the core alone leaves the list.
     void updateViewList();
@@ -82,6 +86,7 @@ private:
     const ExportMode m_projectMode;
     const QList<ExportCore> m_cores; ///< in the order of m_comBoxKo
     QList<QPointer<WaveMonitor::WaveMonitorWidget>> m_waveMonitors;
+    QPointer<WaveMonitor::ClockPeriods> m_clockPeriods;
     QString m_outcome; ///< see run
 };
 

@@ -191,6 +191,8 @@ bool CaptureProject::openFile(const QString &path)
     const QPointer<CaptureProject> self(this);
     const bool isOpened = m_files->open(path);
     if (isOpened && self) {
+        if (std::exchange(m_clockedDescription, m_files->description()) != m_files->description())
+            m_waveTabs.clockPeriods().clear(); // cores of another design
         updateActions();
         if (m_files->recovered())
             m_recovery->opened(*m_files->recovered());
@@ -340,7 +342,8 @@ void CaptureProject::onExport()
         ExportDialog::run({.mode = m_design->traits().exportMode,
                            .directory = QFileInfo(m_files->description()).absolutePath(),
                            .cores = cores,
-                           .waveMonitors = monitors},
+                           .waveMonitors = monitors,
+                           .clockPeriods = &m_waveTabs.clockPeriods()},
                           m_boxes->window());
     if (self && !outcome.isEmpty())
         Q_EMIT told(outcome);

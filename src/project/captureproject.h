@@ -118,6 +118,7 @@ private:
     std::unique_ptr<ConfigPage> m_page;
     QPointer<QWidget> m_tab; // of the page; ours; in the tab widget while open
     WaveTabs m_waveTabs;
+    QString m_clockedDescription;         ///< whose clock periods are kept
     ProgrammerLink *m_programmer;         // child
     ProjectBoxes *m_boxes;                // child
     RunToolBar *m_runToolBar;             // child

@@ -13,8 +13,6 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-#include <tuple>
-
 namespace KEO {
 
 namespace {
@@ -105,18 +103,10 @@ void StandardPage::saveSettings()
 
 void StandardPage::withSettings(const std::function<void()> &use)
 {
-    CoreConfig *core = m_dynamicConfigWidget ? m_dynamicConfigWidget->core() : nullptr;
-    if (!core) {
+    if (m_dynamicConfigWidget)
+        m_dynamicConfigWidget->withFields(use);
+    else
         use();
-        return;
-    }
-    // The dialogs of the page write into the record at once, the fields only here.
-    const auto before = std::tuple(core->window_num, core->capture_amount, core->trigger_pos,
-                                   core->expressionEnabled);
-    m_dynamicConfigWidget->saveToCore();
-    use();
-    std::tie(core->window_num, core->capture_amount, core->trigger_pos, core->expressionEnabled) =
-        before;
 }
 
 void StandardPage::showDesign()

@@ -4,7 +4,6 @@
 #include <wave_data/windowcontents.h>
 
 #include <QAction>
-#include <QApplication>
 #include <QMenu>
 #include <QPointer>
 #include <QSignalBlocker>
@@ -35,11 +34,12 @@ WindowSamples samplesOf(const WaveMonitorWidget &monitor)
     return {monitor.signalMap(), monitor.contents().triggerPosition()};
 }
 
-/// The keyboard stays where it was while \a widget's parents change.
+/// The keyboard stays where it was in \a window while parents change. A menu that goes may have
+/// left no window active.
 class FocusKept final
 {
 public:
-    FocusKept() : m_focus(QApplication::focusWidget()) {}
+    explicit FocusKept(const QWidget *window) : m_focus(window->focusWidget()) {}
     FocusKept(const FocusKept &) = delete;
     FocusKept &operator=(const FocusKept &) = delete;
     ~FocusKept()
@@ -138,6 +138,7 @@ void TabComparison::compareWithOther(Monitor *monitor, Monitor *other)
 
 void TabComparison::open(Monitor *monitor, const QString &title, const WindowSamples &other)
 {
+    const FocusKept focus(monitor->window());
     if (!comparedPage(monitor)) {
         exchange(monitor, [this, monitor, parent = monitor->parentWidget()] {
             auto *page = new ComparedPage(monitor, parent);
@@ -154,6 +155,7 @@ void TabComparison::close(Monitor *monitor)
     ComparedPage *page = comparedPage(monitor);
     if (!page)
         return;
+    const FocusKept focus(monitor->window());
     exchange(page, [page, parent = page->parentWidget()] {
         WaveMonitorWidget *upper = page->takeUpper();
         upper->setParent(parent);
@@ -170,7 +172,6 @@ void TabComparison::exchange(QWidget *shown, const std::function<QWidget *()> &r
         replace();
         return;
     }
-    const FocusKept focus;
     const QSignalBlocker blocker(m_tabs); // the same tab is in front all the time
     const bool isInFront = m_tabs->currentIndex() == place;
     const QString title = m_tabs->tabText(place);

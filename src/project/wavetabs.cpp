@@ -115,6 +115,7 @@ WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured)
     const quint64 domain = quint64(m_waveMonitors.size()) * kDomainStep;
     auto *monitor = new WaveMonitorWidget(domain, m_window, layout);
     m_waveMonitors.append(monitor);
+    monitor->showStrips(&m_clockPeriods);
     addCapturedRows(*monitor, captured.signals, captured.elements);
     monitor->setTriggerPosition(captured.core.triggerSample);
     monitor->setTitle(captured.window, captured.core.index);
@@ -130,6 +131,7 @@ void WaveTabs::showSaved(WindowPlace place, const QString &title, WindowContents
     // Here the window number counts, so tabs of different cores may share a domain.
     auto *monitor = new WaveMonitorWidget(quint64(place.window) * kDomainStep, m_window);
     m_waveMonitors.append(monitor);
+    monitor->showStrips(&m_clockPeriods);
     monitor->setTitle(place.window, place.core);
     monitor->loadWindow(std::move(contents));
     monitor->showTrigger();

@@ -4,6 +4,7 @@
 
 #include <design/datafilecheck.h>
 #include <design/kindtraits.h>
+#include <wave/common/clockperiods.h>
 #include <wave/windowstate.h>
 
 #include <QList>
@@ -34,6 +35,8 @@ public:
     ~WaveTabs();
 
     [[nodiscard]] bool isEmpty() const;
+    /// What the user has told of the sample clocks, until another description is opened. Borrowed.
+    [[nodiscard]] WaveMonitor::ClockPeriods &clockPeriods() { return m_clockPeriods; }
     /// In the order of creation. Borrowed.
     [[nodiscard]] QList<WaveMonitor::WaveMonitorWidget *> monitors() const;
 
@@ -66,6 +69,7 @@ private:
     void bringUp(WaveMonitor::WaveMonitorWidget &wave, QTabWidget &tabs);
     void keepLayout(std::unique_ptr<WaveMonitor::WindowState> state);
 
+    WaveMonitor::ClockPeriods m_clockPeriods;
     QList<QPointer<WaveMonitor::WaveMonitorWidget>> m_waveMonitors;
     QPointer<QWidget> m_window;
     QPointer<QTabWidget> m_tabs;

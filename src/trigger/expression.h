@@ -30,6 +30,9 @@ QStringList infixToPostfix(const QStringList &tokens);
 class ExpressionInput final
 {
 public:
+    /// Characters of a pasted text at most; a clipboard may hold a book.
+    static constexpr int kMaxPasted = 4096;
+
     [[nodiscard]] const QStringList &tokens() const { return m_tokens; }
     /// A unit's name lacks its number so far.
     [[nodiscard]] bool isNameBegun() const;

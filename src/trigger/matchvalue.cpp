@@ -70,6 +70,14 @@ QString baseConvert(const QString &text, int from, int to, int width)
     return QString(width, u'0');
 }
 
+bool isConvertible(const QString &text, int base)
+{
+    bool ok = hasOnlyDigits(text, base);
+    if (ok)
+        text.toULongLong(&ok, base);
+    return ok;
+}
+
 QString fitDigits(const QString &text, int width)
 {
     return text.right(width).rightJustified(width, u'0');

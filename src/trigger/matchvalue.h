@@ -20,6 +20,8 @@ namespace KEO {
 /// \a text, digits of radix \a from, as a number of radix \a to in capitals. A text that is no such
 /// number, or one beyond 64 bits, gives \a width zeros; the debug log tells.
 [[nodiscard]] QString baseConvert(const QString &text, int from, int to, int width);
+/// baseConvert can say \a text as a number.
+[[nodiscard]] bool isConvertible(const QString &text, int base);
 /// The last \a width characters of \a text, with zeros in front where it is shorter.
 [[nodiscard]] QString fitDigits(const QString &text, int width);
 /// The least and the greatest value of a port of \a bits bits, "000~3FF". Beyond 64 bits the

@@ -4,6 +4,8 @@
 #include "matchunitmodel.h"
 #include "muexpressiondialog.h"
 #include "triggercheckstrip.h"
+#include "triggerclipboard.h"
+#include "unitdelegate.h"
 
 #include <capture/triggercheck.h>
 #include <config/capturelimits.h>
@@ -11,6 +13,7 @@
 #include <trigger/expression.h>
 #include <widgets/formwidgets.h>
 
+#include <QAction>
 #include <QComboBox>
 #include <QDialog>
 #include <QFormLayout>
@@ -29,16 +32,39 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace KEO {
 
 namespace {
 
-constexpr int kValueColumnWidth = 300; // pixels
+constexpr int kValueColumnWidth = 300; // pixels, at least
 
 QString itemText(int row, const QString &expression)
 {
     return QStringLiteral("exp%1:  %2").arg(QString::number(row), withUnitNames(expression));
+}
+
+/// In the order of the rows.
+QList<MatchUnit *> selectedUnits(const QTableView &table)
+{
+    QModelIndexList rows = table.selectionModel()->selectedRows();
+    std::ranges::sort(rows, {}, &QModelIndex::row);
+    QList<MatchUnit *> units;
+    for (const QModelIndex &row : std::as_const(rows))
+        units.append(MatchUnitModel::unitOfIndex(row));
+    return units;
+}
+
+/// An entry of \a view's context menu, whose key works in the view alone.
+QAction *addEntry(QWidget *view, const QString &text, QKeySequence::StandardKey key)
+{
+    auto *action = new QAction(text, view);
+    action->setShortcut(key);
+    action->setShortcutContext(Qt::WidgetShortcut);
+    view->addAction(action);
+    view->setContextMenuPolicy(Qt::ActionsContextMenu);
+    return action;
 }
 
 QShortcut *shortcutOf(QWidget *widget, Qt::Key key)
@@ -71,6 +97,7 @@ DynamicConfigWidget::DynamicConfigWidget(QWidget *parent)
                                0);
     m_checkTimer.setSingleShot(true);
     connectSlots();
+    addClipboardActions();
     clearPage();
     setEnabled(false);
 }
@@ -116,6 +143,8 @@ QGroupBox *DynamicConfigWidget::makeUnitGroup()
     m_tableUnit->setColumnWidth(MatchUnitModel::Value, kValueColumnWidth);
     m_tableUnit->horizontalHeader()->setHighlightSections(false);
     m_tableUnit->verticalHeader()->hide();
+    m_tableUnit->setItemDelegate(new UnitDelegate(m_tableUnit));
+    m_tableUnit->viewport()->installEventFilter(this);
     auto *group = new QGroupBox(tr("Match Units"));
     auto *layout = new QVBoxLayout(group);
     layout->addWidget(m_tableUnit);
@@ -195,6 +224,18 @@ void DynamicConfigWidget::saveToCore()
     fieldsEdited();
 }
 
+void DynamicConfigWidget::withFields(const std::function<void()> &use)
+{
+    if (!m_core) {
+        use();
+        return;
+    }
+    const Settings stored = settingsOf(*m_core);
+    put(settingsOfFields(), *m_core);
+    use();
+    put(stored, *m_core);
+}
+
 void DynamicConfigWidget::onWindowNumChanged()
 {
     const QString amount = m_comboBoxAmount->currentText();
@@ -242,23 +283,82 @@ void DynamicConfigWidget::editExpression(QListWidgetItem *item)
     if (!m_core || m_core->dynamic == 0 || !item || hasOpenDialog())
         return;
     const int row = m_listExpressions->currentRow();
-    QList<bool> flags;
-    for (const auto &unit : m_core->matchUnits)
-        flags.append(unit->enabled);
     // A page that leaves the core meanwhile cancels the dialog: then nothing is touched any more.
-    const QString expression = MuExpressionDialog::editExpressionText(flags, this);
+    const QString expression = MuExpressionDialog::editExpressionText(unitFlags(*m_core), this);
     if (expression.isEmpty())
         return;
-    item->setText(itemText(row, expression));
+    setExpression(row, expression);
+}
+
+void DynamicConfigWidget::setExpression(int row, const QString &expression)
+{
+    m_listExpressions->item(row)->setText(itemText(row, expression));
     m_core->setExpression(expression, row);
     scheduleCheck();
+}
+
+void DynamicConfigWidget::addClipboardActions()
+{
+    connect(addEntry(m_tableUnit, tr("&Copy"), QKeySequence::Copy), &QAction::triggered, this,
+            [this] { copyValues(selectedUnits(*m_tableUnit)); });
+    connect(addEntry(m_tableUnit, tr("&Paste"), QKeySequence::Paste), &QAction::triggered, this,
+            &DynamicConfigWidget::pasteIntoUnits);
+    connect(addEntry(m_listExpressions, tr("&Copy"), QKeySequence::Copy), &QAction::triggered, this,
+            [this] {
+                if (m_core && m_listExpressions->currentRow() >= 0)
+                    copyExpression(m_core->expressions.value(m_listExpressions->currentRow()));
+            });
+    connect(addEntry(m_listExpressions, tr("&Paste"), QKeySequence::Paste), &QAction::triggered,
+            this, &DynamicConfigWidget::pasteIntoExpression);
+}
+
+void DynamicConfigWidget::pasteIntoUnits()
+{
+    if (hasOpenDialog())
+        return;
+    if (const auto refusal = pasteValues(selectedUnits(*m_tableUnit))) {
+        m_strip->refuse(*refusal);
+        return;
+    }
+    redrawUnits();
+    scheduleCheck();
+}
+
+void DynamicConfigWidget::pasteIntoExpression()
+{
+    const int row = m_listExpressions->currentRow();
+    if (!m_core || row < 0 || hasOpenDialog())
+        return;
+    if (const Result<QString> expression = pastedExpression(*m_core))
+        setExpression(row, *expression);
+    else
+        m_strip->refuse({TriggerFinding::Subject::Expression, row, TriggerFinding::Weight::Obstacle,
+                         expression.error().message});
 }
 
 void DynamicConfigWidget::redrawUnits()
 {
     for (int column = MatchUnitModel::Unit; column < MatchUnitModel::Value; ++column)
         m_tableUnit->resizeColumnToContents(column);
+    fitValueColumn();
     m_tableUnit->viewport()->update();
+}
+
+void DynamicConfigWidget::fitValueColumn()
+{
+    int others = 0;
+    for (int column = MatchUnitModel::Unit; column < MatchUnitModel::Value; ++column)
+        others += m_tableUnit->columnWidth(column);
+    m_tableUnit->setColumnWidth(
+        MatchUnitModel::Value,
+        std::max(kValueColumnWidth, m_tableUnit->viewport()->width() - others));
+}
+
+bool DynamicConfigWidget::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_tableUnit->viewport() && event->type() == QEvent::Resize)
+        fitValueColumn();
+    return QWidget::eventFilter(watched, event);
 }
 
 bool DynamicConfigWidget::hasOpenDialog() const

@@ -4,6 +4,8 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <functional>
+
 class QComboBox;
 class QGroupBox;
 class QLineEdit;
@@ -43,8 +45,13 @@ public:
     /// Writes windows, amount (samples, 0 when none is selected), trigger position (samples) and
     /// the flag of each expression into the core. Does nothing without a core.
     void saveToCore();
+    /// Calls \a use while the core has what saveToCore would write, and then puts back what it had.
+    void withFields(const std::function<void()> &use);
     /// Shows no core.
     void clearPage();
+
+    /// Looks at the size of the table.
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 Q_SIGNALS:
     /// The user chose a number of windows. The core has it after the next saveToCore.
@@ -61,9 +68,15 @@ private:
     [[nodiscard]] QGroupBox *makeExpressionGroup();
     [[nodiscard]] QGroupBox *makeUnitGroup();
     void connectSlots();
+    void addClipboardActions();
+    void pasteIntoUnits();
+    void pasteIntoExpression();
+    /// Puts \a expression, in tokens, into the core's list and the page's.
+    void setExpression(int row, const QString &expression);
     [[nodiscard]] bool hasOpenDialog() const;
     void closeOpenDialogs();
     void redrawUnits();
+    void fitValueColumn();
     void fillWindowNumbers();
     void fillAmounts();
     void fillExpressions();

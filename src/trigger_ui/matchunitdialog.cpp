@@ -1,7 +1,11 @@
 #include "matchunitdialog.h"
 
+#include "valuefield.h"
+#include "valuereadout.h"
+
 #include <config/coreconfig.h>
 #include <trigger/matchvalue.h>
+#include <trigger/valuetext.h>
 #include <widgets/messagebox.h>
 #include <widgets/plaintip.h>
 
@@ -46,6 +50,13 @@ void showValue(QLineEdit *field, const QString &value)
     field->setCursorPosition(0);
 }
 
+bool isOfDigits(const QString &value)
+{
+    return std::all_of(value.cbegin(), value.cend(), [](QChar c) {
+        return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'F');
+    });
+}
+
 /// Width in pixels of a field that shows \a digits digits of its font at once.
 int widthForDigits(const QLineEdit *field, int digits)
 {
@@ -74,6 +85,7 @@ MatchUnitDialog::MatchUnitDialog(MatchUnit *unit, bool readOnlyMode, QWidget *pa
     connectSlots();
     if (m_readOnlyMode)
         freezeStructure();
+    updateReadout();
 }
 
 void MatchUnitDialog::showUnit()
@@ -104,6 +116,8 @@ void MatchUnitDialog::showUnit()
         // A shorter value from a file means its number: that is how the core gets it.
         showValue(m_form.lineEditValue0, m_unit->value0.rightJustified(portWidth(), u'0'));
         showValue(m_form.lineEditValue1, m_unit->value1.rightJustified(portWidth(), u'0'));
+        m_stories[0].begin(m_unit->value0);
+        m_stories[1].begin(m_unit->value1);
     }
     toolTipValueChanged(calculatedBitwidth());
 }
@@ -139,6 +153,21 @@ void MatchUnitDialog::connectSlots()
         connect(button, &QRadioButton::toggled, this, &MatchUnitDialog::onBaseChanged);
     connect(m_form.spinBoxCounterWidth, &QSpinBox::valueChanged, this,
             &MatchUnitDialog::onCounterWidthChanged);
+    connect(m_form.spinBoxCounter, &QSpinBox::valueChanged, this, &MatchUnitDialog::updateReadout);
+    for (const int field : {0, 1}) {
+        auto *edit = static_cast<ValueField *>(fields()[field]);
+        connect(edit, &QLineEdit::textEdited, this, [this, field, edit] {
+            m_stories[field].typed(edit->displayText(), edit->cursorPosition());
+            updateReadout();
+        });
+        connect(edit, &QLineEdit::textChanged, this, &MatchUnitDialog::updateReadout);
+        connect(edit, &QLineEdit::cursorPositionChanged, this, [this, field] {
+            m_cursorField = field;
+            m_form.readout->showSignal(signalAtCursor());
+        });
+        connect(edit, &ValueField::pasteAsked, this,
+                [this, field](const QString &text) { paste(field, text); });
+    }
 }
 
 void MatchUnitDialog::onTriggerChanged()
@@ -155,6 +184,8 @@ void MatchUnitDialog::onTriggerChanged()
     showValue(m_form.lineEditValue0, fitDigits(saved.value0, digits));
     showValue(m_form.lineEditValue1, fitDigits(saved.value1, digits));
     toolTipValueChanged(digits);
+    m_stories = {};
+    updateReadout();
 }
 
 void MatchUnitDialog::onTypeChanged()
@@ -176,6 +207,15 @@ void MatchUnitDialog::onFuncChanged()
     const FieldTexts saved = fieldTexts();
     applyRadixAndFunction();
     restoreMatching(saved);
+    const FieldTexts kept = fieldTexts();
+    const auto tell = [](ValueStory &story, const QString &before, const QString &now) {
+        if (before != now)
+            story.replaced(
+                tr("“%1” has what this function does not take: zeros.").arg(shortened(before)));
+    };
+    tell(m_stories[0], saved.value0, kept.value0);
+    tell(m_stories[1], saved.value1, kept.value1);
+    updateReadout();
 }
 
 void MatchUnitDialog::onBaseChanged()
@@ -199,11 +239,26 @@ void MatchUnitDialog::onBaseChanged()
     applyRadixAndFunction();
     restoreMatching(texts);
     toolTipValueChanged(digits);
+    const auto tell = [oldBase](ValueStory &story, const QString &before) {
+        const QString reason =
+            isConvertible(before, oldBase) ? story.told()
+            : isOfDigits(before)
+                ? tr("“%1” has more than 64 bits, which no radix takes over: zeros.")
+                      .arg(shortened(before))
+                : tr("“%1” has letters, which only BIN has: zeros.").arg(shortened(before));
+        story.replaced(reason);
+    };
+    if (oldBase != m_base) {
+        tell(m_stories[0], old.value0);
+        tell(m_stories[1], old.value1);
+    }
+    updateReadout();
 }
 
 void MatchUnitDialog::onCounterWidthChanged()
 {
     m_form.spinBoxCounter->setMaximum(countsOf(m_form.spinBoxCounterWidth->value()));
+    updateReadout();
 }
 
 int MatchUnitDialog::calculatedBitwidth() const
@@ -333,6 +388,143 @@ void MatchUnitDialog::store(const QString &value0, const QString &value1)
     m_unit->countinuous = m_form.checkBoxContinuous->isChecked();
     m_unit->value0 = value0;
     m_unit->value1 = value1;
+}
+
+std::array<QLineEdit *, 2> MatchUnitDialog::fields() const
+{
+    return {m_form.lineEditValue0, m_form.lineEditValue1};
+}
+
+int MatchUnitDialog::shownFields() const
+{
+    return isRangeFunction(m_func) ? 2 : 1;
+}
+
+void MatchUnitDialog::paste(int field, const QString &text)
+{
+    const auto *edit = static_cast<ValueField *>(fields()[field]);
+    if (edit->takesWhole() || hasRadixPrefix(text, m_base))
+        pasteWhole(field, text);
+    else
+        pasteDigits(field, text);
+}
+
+void MatchUnitDialog::pasteWhole(int field, const QString &text)
+{
+    ValueStory &story = m_stories[field];
+    const QString before = fields()[field]->displayText();
+    const Result<QString> binary = binaryOfText(text, m_base);
+    const QRegularExpression allowed(
+        QRegularExpression::anchoredPattern(valuePattern(2, m_func, m_type)));
+    const int bits = portWidth();
+    const QString value = binary ? fitDigits(*binary, bits) : QString();
+    const QString shown = fieldText(value, m_base);
+    if (!binary || !allowed.match(value).hasMatch() || shown.isEmpty()) {
+        const QString reason = !binary           ? binary.error().message
+                               : shown.isEmpty() ? tr("Letters go with BIN only.")
+                                                 : tr("The function does not take these letters.");
+        story.tell(tr("Not pasted: %1").arg(reason));
+    } else {
+        showValue(fields()[field], shown);
+        story.replaced();
+        if (binary->size() > bits)
+            story.tell(tr("What was pasted has %1 bits, the port %2: the leading ones are cut.")
+                           .arg(QString::number(binary->size()), QString::number(bits)));
+    }
+    updateReadout();
+}
+
+void MatchUnitDialog::pasteDigits(int field, const QString &text)
+{
+    QLineEdit *edit = fields()[field];
+    QString digits = text.toUpper();
+    digits.remove(QRegularExpression(QStringLiteral("[_\\s]")));
+    const qsizetype start =
+        edit->hasSelectedText() ? edit->selectionStart() : edit->cursorPosition();
+    const qsizetype room = edit->displayText().size() - start;
+    QString test = digits;
+    int cursor = 0;
+    ValueStory &story = m_stories[field];
+    if (m_validator->validate(test, cursor) != QValidator::Acceptable) {
+        story.tell(
+            tr("Not pasted: “%1” has characters that do not belong here.").arg(shortened(text)));
+    } else {
+        edit->deselect();
+        edit->setCursorPosition(int(start));
+        edit->insert(digits.left(room));
+        story.replaced();
+        if (digits.size() > room)
+            story.tell(tr("There was room for %1 of %2 digits pasted: the rest is cut.")
+                           .arg(QString::number(room), QString::number(digits.size())));
+    }
+    updateReadout();
+}
+
+void MatchUnitDialog::updateReadout()
+{
+    if (!m_port) {
+        m_form.readout->showValues({});
+        m_form.readout->showSignal({});
+        m_form.readout->showFaults({});
+        return;
+    }
+    const FieldTexts texts = fieldTexts();
+    const BinaryValues values =
+        binaryValues(texts.value0, texts.value1, m_base, portWidth(), m_func);
+    QStringList stored{values.value0, values.value1};
+    stored.resize(shownFields());
+    m_form.readout->showValues(stored);
+    m_form.readout->showSignal(signalAtCursor());
+
+    QStringList faults = m_stories[0].faults(texts.value0, values.value0, m_base, portWidth());
+    if (shownFields() == 2)
+        faults += m_stories[1].faults(texts.value1, values.value1, m_base, portWidth());
+    if (values.problem == ValueProblem::TooWide)
+        faults += tr("More than the port's %n bit(s): OK will refuse it.", nullptr, portWidth());
+    if (values.problem == ValueProblem::MaximumBelowMinimum)
+        faults += tr("The maximum is less than the minimum: OK will refuse it.");
+    if (const QString fault = counterFault(); !fault.isEmpty())
+        faults += fault;
+    faults.removeDuplicates();
+    m_form.readout->showFaults(faults);
+    for (const int field : {0, 1})
+        m_stories[field].settle(fields()[field]->displayText());
+}
+
+QString MatchUnitDialog::counterFault() const
+{
+    // The register has 16 bits and counts from zero.
+    const auto counted = [](qint64 count) { return int((count - 1) & 0xffff) + 1; };
+    const int count = m_form.spinBoxCounter->value();
+    if (!m_unit->counter_enable)
+        return {};
+    if (m_unit->counter != count && counted(m_unit->counter) != m_unit->counter)
+        return tr("The description's count of %1 counts %2 in the core; OK stores %3.")
+            .arg(QString::number(m_unit->counter), QString::number(counted(m_unit->counter)),
+                 QString::number(count));
+    if (counted(count) != count)
+        return tr("A count of %1 counts %2 in the core.")
+            .arg(QString::number(count), QString::number(counted(count)));
+    return {};
+}
+
+QString MatchUnitDialog::signalAtCursor() const
+{
+    const QLineEdit *edit = fields()[shownFields() == 2 ? m_cursorField : 0];
+    const int digits = int(edit->displayText().size());
+    const int digit = edit->cursorPosition();
+    if (!m_port || digit >= digits)
+        return {};
+    if (m_base == 10)
+        return tr("no single signal in DEC");
+    const int bitsPerDigit = m_base == 16 ? 4 : m_base == 8 ? 3 : 1;
+    const int end = portWidth() - bitsPerDigit * (digits - 1 - digit);
+    const int begin = std::max(0, end - bitsPerDigit);
+    const auto nameAt = [this](int position) {
+        const SignalEntry entry = signalAtPosition(m_port->signals, position);
+        return entry.text.isEmpty() ? entry.name : entry.text;
+    };
+    return end - begin == 1 ? nameAt(begin) : tr("%1 to %2").arg(nameAt(begin), nameAt(end - 1));
 }
 
 } // namespace KEO

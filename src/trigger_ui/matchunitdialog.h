@@ -1,11 +1,16 @@
 #pragma once
 
 #include "matchunitform.h"
+#include "valuestory.h"
 
 #include <config/matchtype.h>
 
 #include <QDialog>
+#include <QString>
 
+#include <array>
+
+class QLineEdit;
 class QRegularExpressionValidator;
 
 namespace KEO {
@@ -16,7 +21,8 @@ struct TriggerPort;
 
 /// Edits one match unit: port, match type, function, one or two values in a radix of the user's
 /// choice, and the counter. The unit is written when the dialog is accepted, and not before; wrong
-/// values are reported in a box, and the dialog stays open with them.
+/// values are reported in a box, and the dialog stays open with them. What OK would store stands
+/// below at any time, and in red what the rules make of a value that was not said so.
 ///
 /// Without a connected port there is nothing to edit but the port, and accepting changes nothing.
 class MatchUnitDialog final : public QDialog
@@ -64,6 +70,15 @@ private:
     void showSecondValue();
     void applyRadixAndFunction();
     void widenFields();
+    [[nodiscard]] std::array<QLineEdit *, 2> fields() const;
+    [[nodiscard]] int shownFields() const;
+    void paste(int field, const QString &text);
+    void pasteWhole(int field, const QString &text);
+    void pasteDigits(int field, const QString &text);
+    void updateReadout();
+    [[nodiscard]] QString counterFault() const;
+    /// The signals whose levels the digit at the text cursor holds.
+    [[nodiscard]] QString signalAtCursor() const;
     [[nodiscard]] FieldTexts fieldTexts() const;
     void restoreMatching(const FieldTexts &texts);
     void warn(const QString &text);
@@ -77,6 +92,8 @@ private:
     MatchType m_type = MatchType::Basic;
     MatchFunction m_func = MatchFunction::Equal;
     int m_base = 2;
+    std::array<ValueStory, 2> m_stories;
+    int m_cursorField = 0; // where the text cursor is, or was last
     MatchUnitForm m_form;
 };
 

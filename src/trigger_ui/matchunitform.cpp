@@ -1,19 +1,23 @@
 #include "matchunitform.h"
 
+#include "valuefield.h"
+#include "valuereadout.h"
+
 #include <config/matchtype.h>
 #include <widgets/formwidgets.h>
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
-#include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QRadioButton>
+#include <QShortcut>
 #include <QSpinBox>
 #include <QTreeWidget>
+
+#include <utility>
 
 namespace KEO {
 
@@ -22,11 +26,11 @@ namespace {
 constexpr int kMaxCounterWidth = 16;
 constexpr int kTreeWidth = 160; // pixels, at least
 
-QLineEdit *makeValueField(const char *name, const QString &accessibleName)
+ValueField *makeValueField(const char *name, const QString &accessibleName)
 {
     QFont font(QStringLiteral("Courier New"));
     font.setStyleHint(QFont::TypeWriter); // where there is no Courier New
-    auto *field = named(new QLineEdit, name);
+    auto *field = named(new ValueField, name);
     field->setFont(font);
     field->setAccessibleName(accessibleName);
     return field;
@@ -57,6 +61,7 @@ MatchUnitForm::MatchUnitForm(QDialog &dialog)
     auto *layout = new QVBoxLayout(&dialog);
     layout->addWidget(lbTitle);
     layout->addLayout(sides, 1);
+    layout->addWidget(makeReadoutGroup()); // as wide as it gets: a value may have many digits
     addOkAndCancel(dialog, *layout);
     orderTabs();
 }
@@ -84,12 +89,19 @@ QWidget *MatchUnitForm::makeSettingsSide()
 {
     comboBoxType = named(new QComboBox, "comboBoxType");
     comboBoxFunc = named(new QComboBox, "comboBoxFunc");
-    // The functions change with the type; the widest of all is known beforehand.
-    comboBoxFunc->setMinimumContentsLength(
-        int(matchFunctionText(MatchFunction::NotInRange).size()));
-    auto *combos = new QFormLayout;
-    combos->addRow(labelFor(comboBoxType, tr("Match Type:")), comboBoxType);
-    combos->addRow(labelFor(comboBoxFunc, tr("Function:")), comboBoxFunc);
+    // What they offer changes; so much of it shows at least, in letters as wide as "X".
+    constexpr int kTypeLetters = 10;
+    constexpr int kFunctionLetters = 7;
+    for (QComboBox *box : {comboBoxType, comboBoxFunc})
+        box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    comboBoxType->setMinimumContentsLength(kTypeLetters);
+    comboBoxFunc->setMinimumContentsLength(kFunctionLetters);
+    // In one row: below them is much to show on a small screen.
+    auto *combos = new QHBoxLayout;
+    combos->addWidget(labelFor(comboBoxType, tr("Match Type:")));
+    combos->addWidget(comboBoxType, kTypeLetters);
+    combos->addWidget(labelFor(comboBoxFunc, tr("Function:")));
+    combos->addWidget(comboBoxFunc, kFunctionLetters);
 
     widgetRight = named(new QWidget, "widgetRight");
     auto *layout = new QVBoxLayout(widgetRight);
@@ -108,8 +120,17 @@ QGroupBox *MatchUnitForm::makeValueGroup()
     rbtnDec = named(new QRadioButton(tr("DEC")), "rbtnDec");
     rbtnHex = named(new QRadioButton(tr("HEX")), "rbtnHex");
     auto *radixes = new QHBoxLayout;
-    for (QRadioButton *button : {rbtnBin, rbtnOct, rbtnDec, rbtnHex})
+    for (const auto &[button, mnemonic] :
+         {std::pair(rbtnBin, "&BIN"), std::pair(rbtnOct, "OC&T"), std::pair(rbtnDec, "&DEC"),
+          std::pair(rbtnHex, "&HEX")}) {
         radixes->addWidget(button);
+        // Leaves the cursor in the value, which a mnemonic in the button's text would not.
+        const QKeySequence key = QKeySequence::mnemonic(QLatin1String(mnemonic));
+        auto *shortcut = new QShortcut(key, button);
+        QObject::connect(shortcut, &QShortcut::activated, button,
+                         [radix = button] { radix->setChecked(true); });
+        button->setToolTip(key.toString(QKeySequence::NativeText));
+    }
     radixes->addStretch();
 
     lineEditValue0 = makeValueField("lineEditValue0", tr("Value, or minimum of a range"));
@@ -134,6 +155,17 @@ QGroupBox *MatchUnitForm::makeValueGroup()
     auto *layout = new QVBoxLayout(group);
     layout->addLayout(radixes);
     layout->addLayout(fields);
+    return group;
+}
+
+QGroupBox *MatchUnitForm::makeReadoutGroup()
+{
+    readout = named(new ValueReadout, "readout");
+    auto *group = new QGroupBox(tr("OK stores"));
+    auto *layout = new QVBoxLayout(group);
+    const int margin = layout->contentsMargins().left() / 2;
+    layout->setContentsMargins(margin, 0, margin, 0);
+    layout->addWidget(readout);
     return group;
 }
 

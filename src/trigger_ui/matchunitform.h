@@ -7,13 +7,15 @@ class QComboBox;
 class QDialog;
 class QGroupBox;
 class QLabel;
-class QLineEdit;
 class QRadioButton;
 class QSpinBox;
 class QTreeWidget;
 class QWidget;
 
 namespace KEO {
+
+class ValueField;
+class ValueReadout;
 
 /// The widgets of MatchUnitDialog, laid out and in tab order, empty. The members are their object
 /// names.
@@ -36,19 +38,21 @@ public:
     QRadioButton *rbtnDec = nullptr;
     QRadioButton *rbtnHex = nullptr;
     QLabel *lbValue0 = nullptr;
-    QLineEdit *lineEditValue0 = nullptr;
+    ValueField *lineEditValue0 = nullptr;
     QLabel *lbValue1 = nullptr;
-    QLineEdit *lineEditValue1 = nullptr;
+    ValueField *lineEditValue1 = nullptr;
     QGroupBox *groupBoxCounter = nullptr;
     QSpinBox *spinBoxCounterWidth = nullptr;
     QSpinBox *spinBoxCounter = nullptr;
     QCheckBox *checkBoxContinuous = nullptr;
+    ValueReadout *readout = nullptr;
 
 private:
     [[nodiscard]] QWidget *makeTriggerSide();
     [[nodiscard]] QWidget *makeSettingsSide();
     [[nodiscard]] QGroupBox *makeValueGroup();
     [[nodiscard]] QGroupBox *makeCounterGroup();
+    [[nodiscard]] QGroupBox *makeReadoutGroup();
     void orderTabs() const;
 };
 

@@ -2,22 +2,11 @@
 
 #include <config/coreconfig.h>
 #include <config/matchtype.h>
-#include <trigger/matchvalue.h>
+#include <trigger/valuetext.h>
 
 #include <QColor>
 
 namespace KEO {
-
-namespace {
-
-QString valueText(const MatchUnit &unit)
-{
-    if (!isRangeFunction(unit.func))
-        return unit.value0;
-    return QStringLiteral("%1 : %2").arg(unit.value0, unit.value1);
-}
-
-} // namespace
 
 void MatchUnitModel::setUnits(const QList<MatchUnit *> &units)
 {

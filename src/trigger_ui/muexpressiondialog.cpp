@@ -20,8 +20,7 @@ namespace KEO {
 
 namespace {
 
-constexpr int kUnitColumns = 4;  // of the pad; the operators stand to their right
-constexpr int kMaxPasted = 4096; // characters; a clipboard may hold a book
+constexpr int kUnitColumns = 4; // of the pad; the operators stand to their right
 
 QString unitToken(int unit)
 {
@@ -219,7 +218,7 @@ void MuExpressionDialog::copy() const
 void MuExpressionDialog::paste()
 {
     const QString text = QGuiApplication::clipboard()->text();
-    if (text.size() > kMaxPasted) {
+    if (text.size() > ExpressionInput::kMaxPasted) {
         m_reason->setText(
             tr("The clipboard holds %1 characters, too many for an expression.").arg(text.size()));
         return;

@@ -17,6 +17,9 @@ namespace WaveMonitor {
 
 GoTo::GoTo(const Panes &panes, QWidget *viewer) : QObject(viewer), m_panes(panes), m_viewer(viewer)
 {
+    auto *separator = new QAction(this);
+    separator->setSeparator(true);
+    m_panes.waves->addAction(separator);
     addEntry(tr("Go to Trigger"), "goToTrigger", {Qt::Key_T, Qt::CTRL | Qt::Key_T}, &GoTo::trigger);
     addEntry(tr("Go to Start"), "goToStart", {Qt::Key_Home, Qt::CTRL | Qt::Key_Home}, &GoTo::start);
     addEntry(tr("Go to End"), "goToEnd", {Qt::Key_End, Qt::CTRL | Qt::Key_End}, &GoTo::end);

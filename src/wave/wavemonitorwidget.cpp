@@ -2,6 +2,7 @@
 
 #include "goto.h"
 #include "markeractions.h"
+#include "viewerstrips.h"
 #include "zoomhistory.h"
 
 #include <wave/common/viewergeometry.h>
@@ -126,7 +127,20 @@ void WaveMonitorWidget::layOutPanes()
 
     auto *outer = new QHBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
-    outer->addWidget(m_splitter);
+    auto *column = new QVBoxLayout;
+    column->setSpacing(0);
+    column->addWidget(m_splitter, 1);
+    outer->addLayout(column);
+}
+
+void WaveMonitorWidget::showStrips(ClockPeriods *periods)
+{
+    if (m_strips)
+        return;
+    m_strips = new ViewerStrips({m_model, m_treeView, m_waveView, m_rulerView, m_goTo}, domain(),
+                                periods, this);
+    m_strips->setCore(m_core);
+    layout()->itemAt(0)->layout()->addWidget(m_strips);
 }
 
 void WaveMonitorWidget::followDataLength()
@@ -138,6 +152,8 @@ void WaveMonitorWidget::setTitle(int window, int core)
 {
     m_window = window;
     m_core = core;
+    if (m_strips)
+        m_strips->setCore(core);
     setWindowTitle(core == -1 ? tr("window %1").arg(window)
                               : tr("core %1 window %2").arg(core).arg(window));
 }
@@ -163,6 +179,8 @@ void WaveMonitorWidget::updateData(const QList<QBitArray> &samples)
 {
     m_model->updateData(samples);
     followDataLength();
+    if (m_strips)
+        m_strips->refreshRows();
 }
 
 QMap<int, SignalElement> WaveMonitorWidget::signalMap() const
@@ -205,8 +223,10 @@ void WaveMonitorWidget::restoreState(const WindowState *state)
         return;
     m_treeView->header()->resizeSection(SignalTreeModel::NameColumn, state->nameWidth);
     m_treeView->header()->resizeSection(SignalTreeModel::ValueColumn, state->valueWidth);
-    if (!state->layout.isNull()) // else every row would go
+    if (!state->layout.isNull()) { // else every row would go
         m_model->setLayout(state->layout);
+        m_model->setHiddenRows(state->hidden);
+    }
     m_model->setDefaultFormat(state->format);
     for (const int row : state->openBuses)
         m_treeView->expand(m_model->index(row, SignalTreeModel::NameColumn));
@@ -250,6 +270,7 @@ std::unique_ptr<WindowState> WaveMonitorWidget::saveState() const
     QDomDocument document;
     state->layout = m_model->writeLayout(document);
     document.appendChild(state->layout);
+    state->hidden = contents().hiddenRows();
     state->format = m_model->defaultFormat();
     state->zoomRate = m_zoomRate;
     for (int row = 0; row < m_model->rowCount(); ++row) {

@@ -23,11 +23,13 @@ class QSplitter;
 
 namespace WaveMonitor {
 
+class ClockPeriods;
 class GoTo;
 class MarkerActions;
 class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
+class ViewerStrips;
 class WaveOverlay;
 class WaveView;
 class WindowContents;
@@ -53,6 +55,10 @@ public:
     void setTitle(int window, int core);
     [[nodiscard]] int coreNumber() const { return m_core; }
     [[nodiscard]] int windowNumber() const { return m_window; }
+
+    /// Adds overview, measurements and find bar below the waves. \a periods is borrowed and may go
+    /// first.
+    void showStrips(ClockPeriods *periods);
 
     /// Adds a row.
     void addSignal(const SignalElement &signal);
@@ -154,13 +160,14 @@ private:
     void followDataLength();
     void showLoaded();
 
-    SignalTreeModel *m_model;   ///< child, the data source of the wave view
-    SignalTreeView *m_treeView; ///< child
-    WaveView *m_waveView;       ///< child
-    RulerView *m_rulerView;     ///< child
-    QLabel *m_counterLabel;     ///< child
-    GoTo *m_goTo;               ///< child
-    QSplitter *m_splitter;      ///< child; tree and waves
+    SignalTreeModel *m_model;         ///< child, the data source of the wave view
+    SignalTreeView *m_treeView;       ///< child
+    WaveView *m_waveView;             ///< child
+    RulerView *m_rulerView;           ///< child
+    QLabel *m_counterLabel;           ///< child
+    GoTo *m_goTo;                     ///< child
+    ViewerStrips *m_strips = nullptr; ///< child, null until they are shown
+    QSplitter *m_splitter;            ///< child; tree and waves
     std::unique_ptr<MarkerActions> m_markerActions;
     std::unique_ptr<ZoomHistory> m_zoomHistory;
     qreal m_zoomRate = 1.0;

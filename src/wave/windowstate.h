@@ -1,11 +1,13 @@
 #pragma once
 
 #include <wave_data/dataformat.h>
+#include <wave_data/layoutsnapshot.h>
 
 #include <QDomElement>
 #include <QList>
 
 #include <optional>
+#include <vector>
 
 namespace WaveMonitor {
 
@@ -26,6 +28,7 @@ struct WindowState
     QDomElement layout;                   ///< `Layout`, see WindowContents; null when absent
     int format = DataFormat::Hexadecimal; ///< the default radix, a DataFormat::Type
     double zoomRate = 1.0;
+    std::vector<HiddenRow> hidden;     ///< rows that the layout has no more
     QList<int> openBuses;              ///< rows of the layout
     std::optional<ScrollPlace> scroll; ///< nothing: as the viewer comes up
 };

@@ -258,8 +258,8 @@ Result<SamplePattern> valuePattern(const QString &typed, qsizetype bits, DataFor
     const Result<Number> number = readNumber(typed, radix);
     if (!number)
         return number.error();
-    const Error tooLarge = usage(Text::tr("%1 does not fit into %n bit(s).", nullptr, int(bits))
-                                     .arg(typed.left(40).trimmed()));
+    const Error tooLarge = usage(Text::tr("%1 needs more bits than the row has (%2).")
+                                     .arg(typed.left(40).trimmed(), QString::number(bits)));
     const bool isSigned = radix == DataFormat::SignedDecimal;
     SamplePattern pattern{.kind = SamplePattern::Value};
     pattern.known = QBitArray(bits, true);

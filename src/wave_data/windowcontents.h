@@ -10,6 +10,7 @@
 #include <QString>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 class QDomDocument;
@@ -77,6 +78,10 @@ public:
     /// Puts rows and names back. A row that still exists, by its key, stays the same node. Gives
     /// those that have no place any more, each without members.
     [[nodiscard]] LayoutNode::List restore(const LayoutSnapshot &snapshot);
+    /// The last hidden one last.
+    [[nodiscard]] const std::vector<HiddenRow> &hiddenRows() const { return m_hidden; }
+    /// Takes over what another window of the same signals has hidden. The places are lost.
+    void setHiddenRows(std::vector<HiddenRow> rows) { m_hidden = std::move(rows); }
     /// Are there signals without a row?
     [[nodiscard]] bool hasHidden() const;
     /// The snapshot with the rows that were hidden in their places again, and a row for every

@@ -280,7 +280,7 @@ void tst_TriggerCheck::tells_data()
         {"exp0! exp0 can't be read, so it never triggers.",
          "exp1! exp1 can never be true, because its units compare the same port.",
          "exp2! exp2 can never be true, whatever its units do.",
-         "exp3 exp3 breaks the rules of expressions and may trigger otherwise than it reads.",
+         "exp3 exp3 may trigger otherwise than it reads. A “)” has no “(”.",
          "M2 No checked expression uses M2."});
     row("true together",
         [&](CoreConfig &core) {

@@ -3,6 +3,7 @@
 #include <export_ui/exportdialog.h>
 #include <support/files.h>
 #include <support/widgettest.h>
+#include <wave/common/clockperiods.h>
 #include <wave/wavemonitorwidget.h>
 
 #include <QClipboard>
@@ -51,7 +52,8 @@ std::unique_ptr<WaveMonitorWidget> monitorOf(int core, int window)
 /// The dialog over three windows of two cores, shown, writing to a folder of its own.
 struct Form
 {
-    explicit Form(ExportMode mode = ExportMode::Standard)
+    explicit Form(ExportMode mode = ExportMode::Standard,
+                  WaveMonitor::ClockPeriods *clockPeriods = nullptr)
     {
         for (const auto &[core, window] : {std::pair(3, 0), std::pair(3, 1), std::pair(5, 0)})
             monitors.push_back(monitorOf(core, window));
@@ -62,6 +64,7 @@ struct Form
                       {5, QStringLiteral("sub"), QStringLiteral("clk_b"), false, 9}}};
         for (const auto &monitor : monitors)
             source.waveMonitors.append(monitor.get());
+        source.clockPeriods = clockPeriods;
         if (mode == ExportMode::Lite)
             source.cores.removeLast();
         dialog = std::make_unique<ExportDialog>(source);
@@ -122,6 +125,7 @@ private Q_SLOTS:
     void files_data();
     void files();
     void periodOfVcd();
+    void knowsThePeriodAgain();
     void nothingChosen();
     void unwritable();
     void browse();
@@ -210,6 +214,33 @@ void tst_ExportDialog::periodOfVcd()
         period->stepBy(-3);
         QCOMPARE(period->value(), least);
     }
+}
+
+// One core's period, from dialog to dialog. A field that was never touched tells nothing.
+void tst_ExportDialog::knowsThePeriodAgain()
+{
+    WaveMonitor::ClockPeriods periods;
+    const auto shown = [](const Form &form) {
+        return std::pair(form.find<QSpinBox>("spinPeriod")->value(),
+                         form.find<QComboBox>("comBoxPeriod")->currentText());
+    };
+    for (const bool isTold : {false, true}) {
+        Form form(ExportMode::Standard, &periods);
+        QCOMPARE(shown(form), std::pair(1, QString("us")));
+        form.choose("comBoxKo", 1);
+        if (isTold) {
+            form.setPeriod(20);
+            form.choose("comBoxPeriod", Ns);
+        }
+        form.type("waves");
+        QVERIFY(!form.files().isEmpty());
+        QVERIFY(!periods.ofCore(3));
+        QCOMPARE(periods.ofCore(5).has_value(), isTold);
+    }
+    const Form form(ExportMode::Standard, &periods);
+    QCOMPARE(shown(form), std::pair(1, QString("us")));
+    form.choose("comBoxKo", 1);
+    QCOMPARE(shown(form), std::pair(20, QString("ns")));
 }
 
 void tst_ExportDialog::nothingChosen()

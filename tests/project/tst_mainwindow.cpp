@@ -167,15 +167,12 @@ void tst_MainWindow::tellsWhyNoWavesShow()
     QFETCH(bool, hasBox);
     TestDesign design;
     design.lite = lite;
-    const Bench bench(design);
-    const auto write = [&](const QString &name, const QByteArray &content) {
-        QFile file(bench.directory.filePath(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) > 0);
-    };
-    write("other.xml", "<WaveData><Window index=\"0\" core=\"7\"/></WaveData>");
-    write("p.analyzer_prj", "[General]\nKEO_FILE=design.keo\nDATA_FILE=" + dataFile.toUtf8());
-    Session s(bench);
-    s.open(bench.directory.filePath("p.analyzer_prj"));
+    Session s(design);
+    const QString project = s.directory.filePath("p.analyzer_prj");
+    putFile(s.directory.filePath("other.xml"),
+            "<WaveData><Window index=\"0\" core=\"7\"/></WaveData>");
+    putFile(project, "[General]\nKEO_FILE=design.keo\nDATA_FILE=" + dataFile.toUtf8());
+    s.show(project);
     QCOMPARE(s.tabs()->count(), lite ? 0 : 1);
     const auto *refused = s.window->findChild<QLabel *>("refusedFile");
     const QString text = lite ? refused->text() : s.status("toldStatus");

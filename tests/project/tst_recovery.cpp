@@ -2,11 +2,11 @@
 // run to the page without a design, the command line and the next save.
 
 #include <base/userfolder.h>
-#include <base/wholefile.h>
 #include <design/projectfile.h>
 #include <design/recoverystore.h>
 #include <design/savedcapture.h>
 #include <support/desktop.h>
+#include <support/files.h>
 
 #include <QDir>
 #include <QFileDialog>
@@ -52,12 +52,6 @@ using Entries = QList<Recovery>;
 Entries entries()
 {
     return RecoveryStore().entries();
-}
-
-QByteArray bytesOf(const QString &path)
-{
-    const auto bytes = readWholeFile(path, 1'000'000'000, LineEnds::AsTheyAre);
-    return bytes ? *bytes : QByteArray();
 }
 
 /// The samples of all tabs.
@@ -126,7 +120,7 @@ void tst_Recovery::keepsWhatGoes()
     QVERIFY(!entries().isEmpty());
 
     // The tool flow builds another design meanwhile.
-    QVERIFY(!writeWholeFile(d.file(), "<C/>", LineEnds::AsTheyAre));
+    putFile(d.file(), "<C/>");
     const UserWindow later;
     auto *offered = list(later, "recoveryList");
     QVERIFY(offered->isVisible());
@@ -166,7 +160,7 @@ void tst_Recovery::recoveredIsSavedElsewhere()
     if (!onDisk.isNull())
         QVERIFY(QFile::remove(d.file()));
     if (!onDisk.isEmpty())
-        QVERIFY(!writeWholeFile(d.file(), onDisk, LineEnds::AsTheyAre));
+        putFile(d.file(), onDisk);
     const Entries before = entries();
     QCOMPARE(before.size(), 1);
     const QDir entry = QFileInfo(before[0].project).dir();
@@ -190,7 +184,7 @@ void tst_Recovery::recoveredIsSavedElsewhere()
     QCOMPARE(*paths,
              (ProjectFile{d.directory.filePath(description), d.directory.filePath("kept.xml")}));
     if (description != QLatin1String("design.keo"))
-        QCOMPARE(bytesOf(d.file()), onDisk); // not ours to replace
+        QCOMPARE(contentOf(d.file()), onDisk); // not ours to replace
     d.open(d.directory.filePath("kept.analyzer_prj"));
     QCOMPARE(samplesOf(d), samples);
     QVERIFY(d.boxes.seen.isEmpty());
@@ -326,9 +320,11 @@ void tst_Recovery::commandLine()
         QCOMPARE(exported.status, 0);
         QCOMPARE(exported.out.trimmed(), out.toUtf8() + "/design_core0_window0.csv");
     }
-    const QByteArray newest = bytesOf(out + "/design_core0_window0.csv");
+    const QByteArray newest = contentOf(out + "/design_core0_window0.csv");
     QCOMPARE(runCapture({"--open", "recovery:2", "--format", "csv", "--out", out}).status, 0);
-    QVERIFY(bytesOf(out + "/design_core0_window0.csv") != newest);
+    QVERIFY(contentOf(out + "/design_core0_window0.csv") != newest);
+    QCOMPARE(runCapture({"--compare", "recovery", "recovery:1"}).status, 0);
+    QCOMPARE(runCapture({"--compare", "recovery", "recovery:2"}).status, 1);
     for (const char *name : {"recovery:3", "recovery:0", "recovery:"}) {
         const Output none = runCapture({"--open", name});
         QCOMPARE(none.status, 2);
@@ -361,7 +357,7 @@ struct StoredCapture
     }
     [[nodiscard]] RecoveryWriter writer(const RecoveryStore &store) const
     {
-        return {store, about, bytesOf(about.description),
+        return {store, about, contentOf(about.description),
                 dataFileText({WindowToSave{0, 0, &contents}})};
     }
 
@@ -451,14 +447,13 @@ void tst_Recovery::limitsAndFaults()
         QCOMPARE(twoFit.entries().size(), 2);
     }
     QCOMPARE(count(), 2);
-    QVERIFY(!writeWholeFile(QFileInfo(twoFit.entries()[0].project).path() + "/recovery.json", "{}",
-                            LineEnds::AsTheyAre));
+    putFile(QFileInfo(twoFit.entries()[0].project).path() + "/recovery.json", "{}");
     QCOMPARE(twoFit.entries().size(), 1);
 
     // A folder that is none: told once, and no hindrance.
     QVERIFY(!QDir(userDataFolder()).exists());
     QVERIFY(QDir().mkpath(userDataFolder()));
-    QVERIFY(!writeWholeFile(RecoveryStore::standardFolder(), "x", LineEnds::AsTheyAre));
+    putFile(RecoveryStore::standardFolder(), "x");
     Desktop d({});
     d.open();
     d.capture();

@@ -1,7 +1,6 @@
 // Another window below that of a tab, as the user asks for it.
 
-#include "projectwindow.h"
-
+#include <support/desktop.h>
 #include <wave/common/viewergeometry.h>
 #include <wave/compare/comparedpage.h>
 #include <wave_data/windowcontents.h>
@@ -14,16 +13,16 @@ using namespace WaveMonitor;
 namespace {
 
 /// The viewer above in a tab, compared or not.
-WaveMonitorWidget *viewerOf(const ProjectWindow &shown, int tab)
+WaveMonitorWidget *viewerOf(const Desktop &shown, int tab)
 {
-    if (auto *page = qobject_cast<ComparedPage *>(shown.tabs->widget(tab)))
+    if (auto *page = qobject_cast<ComparedPage *>(shown.tabs()->widget(tab)))
         return page->upper();
     return shown.wave(tab);
 }
 
-ComparedPage *pageOf(const ProjectWindow &shown, int tab)
+ComparedPage *pageOf(const Desktop &shown, int tab)
 {
-    return qobject_cast<ComparedPage *>(shown.tabs->widget(tab));
+    return qobject_cast<ComparedPage *>(shown.tabs()->widget(tab));
 }
 
 QString lineOf(const ComparedPage *page)
@@ -32,13 +31,11 @@ QString lineOf(const ComparedPage *page)
 }
 
 /// Opens the menu of a tab by its key, gives its entries and chooses one by the keyboard.
-QStringList choose(const ProjectWindow &shown, int tab, const QString &choice)
+QStringList choose(const Desktop &shown, int tab, const QString &choice)
 {
-    shown.tabs->setCurrentIndex(tab);
+    shown.tabs()->setCurrentIndex(tab);
     WaveMonitorWidget *viewer = viewerOf(shown, tab);
-    shown.window->activateWindow();
-    if (!QTest::qWaitForWindowActive(shown.window.get()))
-        return {};
+    shown.activate();
     viewer->findChild<QAbstractItemView *>()->setFocus();
     QTest::keyClick(viewer->focusWidget(), Qt::Key_D, Qt::ControlModifier);
     auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
@@ -105,12 +102,12 @@ void tst_TabComparison::comparesWindowsOfACore()
     TestDesign design;
     design.windows = 3;
     design.cores = 2;
-    const Bench bench(design);
-    ProjectWindow shown(bench.file());
+    Desktop shown(design);
+    shown.open();
     for (int core = 0; core < 2; ++core)
-        shown.tree()->topLevelItem(core)->setCheckState(0, Qt::Checked);
+        shown.find<QTreeWidget>("coreTree")->topLevelItem(core)->setCheckState(0, Qt::Checked);
     shown.capture();
-    QCOMPARE(shown.tabs->count(), 7);
+    QCOMPARE(shown.tabs()->count(), 7);
     const QStringList titles = shown.titles();
     const QPointer<WaveMonitorWidget> viewer = shown.wave(1);
     const auto first = samplesOf(viewer->contents());
@@ -121,13 +118,12 @@ void tst_TabComparison::comparesWindowsOfACore()
     ComparedPage *page = pageOf(shown, 1);
     QVERIFY(page && page->upper() == viewer);
     QCOMPARE(shown.titles(), titles);
-    QCOMPARE(shown.tabs->currentIndex(), 1);
+    QCOMPARE(shown.tabs()->currentIndex(), 1);
     const int difference = firstDifference(first, third);
     QVERIFY(difference >= 0);
     QVERIFY2(lineOf(page).contains(QStringLiteral("the first at sample %1 (").arg(difference)),
              qPrintable(lineOf(page)));
-    shown.window->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(shown.window.get()));
+    shown.activate();
     QVERIFY(viewer->findChild<QAbstractItemView *>()->hasFocus());
     // The tool bar works on the tab's own window, and the other one goes along.
     shown.press(Qt::Key_F8);
@@ -140,7 +136,6 @@ void tst_TabComparison::comparesWindowsOfACore()
     QTest::keyClick(viewer->focusWidget(), Qt::Key_Escape);
     QTRY_COMPARE(shown.wave(1), viewer.data());
     QCOMPARE(shown.titles(), titles);
-    QVERIFY(!shown.project->isBusy());
 
     // What is below is gone with the next Start.
     choose(shown, 1, titles[2]);
@@ -150,11 +145,15 @@ void tst_TabComparison::comparesWindowsOfACore()
     for (int tab = 1; tab < 7; ++tab)
         QVERIFY(shown.wave(tab));
     QVERIFY(!viewer);
-    // Closing with one below frees it.
+    // It is not saved, and goes with the project.
     choose(shown, 2, titles[1]);
     QVERIFY(pageOf(shown, 2));
-    QVERIFY(shown.project->closeProject(shown.window.get(), {}));
-    QCOMPARE(shown.tabs->count(), 0);
+    shown.saveAs(shown.directory.filePath("saved.analyzer_prj"));
+    QFile data(shown.directory.filePath("saved.xml"));
+    QVERIFY(data.open(QIODevice::ReadOnly));
+    QCOMPARE(data.readAll().count("<Window "), 6);
+    shown.open();
+    QCOMPARE(shown.tabs()->count(), 1);
     QVERIFY(shown.window->findChildren<WaveMonitorWidget *>().isEmpty());
 }
 
@@ -162,8 +161,8 @@ void tst_TabComparison::followsTheLastCapture()
 {
     TestDesign design;
     design.windows = 2;
-    const Bench bench(design);
-    ProjectWindow shown(bench.file());
+    Desktop shown(design);
+    shown.open();
     shown.capture();
     const QStringList titles = shown.titles();
     QCOMPARE(choose(shown, 1, {}), QStringList{titles[2]}); // there is no capture before
@@ -191,16 +190,10 @@ void tst_TabComparison::followsTheLastCapture()
 
 void tst_TabComparison::staysInAuto()
 {
-    const Bench bench{TestDesign()};
-    ProjectWindow shown(bench.file());
-    shown.start(Qt::Key_F2);
-    const auto rounds = [&shown] {
-        const auto labels = shown.tabs->findChildren<QLabel *>();
-        int most = 0;
-        for (const QLabel *label : labels)
-            most = std::max(most, label->text().section("Autorun Counter: ", 1).toInt());
-        return most;
-    };
+    Desktop shown({});
+    shown.open();
+    shown.press(Qt::Key_F2);
+    const auto rounds = [&shown] { return counterText(*shown.tabs()).section(u' ', -1).toInt(); };
     QTRY_VERIFY_WITH_TIMEOUT(rounds() >= 2, kCaptureTime);
     choose(shown, 1, "Last Capture");
     QTRY_VERIFY(pageOf(shown, 1));
@@ -209,7 +202,7 @@ void tst_TabComparison::staysInAuto()
     QTRY_VERIFY_WITH_TIMEOUT(rounds() >= opened + 3, kCaptureTime);
     QVERIFY(other); // with its rows as the user has them
     shown.press(Qt::Key_F4);
-    QTRY_VERIFY_WITH_TIMEOUT(!shown.project->isBusy(), kCaptureTime);
+    QTRY_VERIFY_WITH_TIMEOUT(!shown.isBusy(), kCaptureTime);
     QCOMPARE(other->contents().maxDataLength(), viewerOf(shown, 1)->contents().maxDataLength());
 }
 

@@ -7,6 +7,8 @@
 
 #include <QClipboard>
 #include <QComboBox>
+#include <QHeaderView>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -16,6 +18,7 @@
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTableView>
+#include <QToolTip>
 
 using namespace KEO;
 
@@ -88,6 +91,10 @@ private Q_SLOTS:
     void expressionIsEdited();
     void typedExpressions();
     void unitIsEdited();
+    void findingsLeadToTheirPlaces();
+    void valuesAreCopied();
+    void expressionsAreCopied();
+    void cellsShowWhole();
     void leavingTheCoreCancelsDialogs();
 };
 
@@ -347,6 +354,155 @@ void tst_ConfigPage::unitIsEdited()
     Page::pressReturn(page.units);
     QVERIFY(cancel.seen());
     QCOMPARE(page.core.matchUnitByIndex(10)->value0, "10X1");
+}
+
+// Each edit at once, and a line leads to what it speaks of, by mouse and by keyboard.
+void tst_ConfigPage::findingsLeadToTheirPlaces()
+{
+    Page page;
+    page.core.signals = page.core.triggerByIndex(0)->signals;
+    page.core.expressions = QStringList{"M0|M1", "M1&!M1&M10"};
+    page.core.capture_amount = 256;
+    page.show();
+    const auto line = [&](const QString &part) {
+        return page.strip->findItems(part, Qt::MatchContains).value(0);
+    };
+    QVERIFY2(line("exp1"), qPrintable(page.told()));
+    QTest::mouseClick(page.strip->viewport(), Qt::LeftButton, {},
+                      page.strip->visualItemRect(line("exp1")).center());
+    QCOMPARE(page.widget.focusWidget(), page.expressions);
+    QCOMPARE(page.expressions->currentRow(), 1);
+    QTest::keyClick(page.expressions, Qt::Key_Space); // off: then nothing uses M10
+    QTRY_VERIFY2(!line("exp1") && line("M10"), qPrintable(page.told()));
+    page.strip->setFocus();
+    page.strip->setCurrentItem(line("M10"));
+    QTest::keyClick(page.strip, Qt::Key_Return);
+    QCOMPARE(page.widget.focusWidget(), page.units);
+    QCOMPARE(page.units->selectionModel()->selectedRows().value(0).row(), 2);
+    page.units->model()->setData(page.units->model()->index(2, 0), Qt::Unchecked,
+                                 Qt::CheckStateRole);
+    QTRY_VERIFY2(!line("M10"), qPrintable(page.told()));
+    QVERIFY2(page.strip->isHidden() == page.told().isEmpty(), qPrintable(page.told()));
+}
+
+void tst_ConfigPage::valuesAreCopied()
+{
+    Page page;
+    connectPort(*page.core.triggerByIndex(3), 6);
+    MatchUnit &m0 = *page.core.matchUnitByIndex(0);
+    MatchUnit &m1 = *page.core.matchUnitByIndex(1);
+    MatchUnit &m10 = *page.core.matchUnitByIndex(10);
+    m0.value0 = "10X1";
+    m1.trigger = page.core.triggerByIndex(3);
+    m1.value0 = "000000";
+    m10.match_type = MatchType::Range;
+    m10.func = MatchFunction::InRange;
+    m10.value0 = "0001";
+    m10.value1 = "0100";
+    page.show();
+    QClipboard *clipboard = QGuiApplication::clipboard();
+    const auto select = [&](int first, int last) {
+        const QAbstractItemModel *model = page.units->model();
+        page.units->selectionModel()->select({model->index(first, 1), model->index(last, 1)},
+                                             QItemSelectionModel::ClearAndSelect |
+                                                 QItemSelectionModel::Rows);
+    };
+    const auto press = [&](QKeySequence::StandardKey key) {
+        page.units->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&page.widget));
+        page.units->setFocus();
+        QTest::keySequence(page.units, key);
+    };
+    const auto values = [&] {
+        return QStringList{m0.value0, m1.value0, m10.value0 + u':' + m10.value1}.join(u' ');
+    };
+    select(0, 2);
+    press(QKeySequence::Copy);
+    QCOMPARE(clipboard->text(), "10X1\n000000\n0001 : 0100");
+    select(0, 0);
+    press(QKeySequence::Copy);
+    select(1, 1);
+    press(QKeySequence::Paste);
+    QCOMPARE(values(), "10X1 0010X1 0001:0100");
+
+    // Refused as the dialog would, and all rows or none.
+    const std::tuple<int, int, QString, QString> refused[] = {
+        {0, 1, "0x1F", "4 bit"},    {0, 2, "1", "minimum"},       {2, 2, "0111 : 0011", "less"},
+        {0, 0, "1R", "letters"},    {0, 0, "01 : 10", "range"},   {0, 0, "nothing", "digit"},
+        {0, 2, "1\n0", "2 values"}, {2, 2, "0X : 11", "letters"}, {0, 0, "", "0 values"}};
+    for (const auto &[first, last, text, reason] : refused) {
+        clipboard->setText(text);
+        select(first, last);
+        press(QKeySequence::Paste);
+        QCOMPARE(values(), "10X1 0010X1 0001:0100");
+        QVERIFY2(page.strip->item(0)->text().contains(reason), qPrintable(page.told()));
+    }
+    clipboard->setText("4'hC\n6'd33\n0b1 : 0xF\n");
+    select(0, 2);
+    const QStringList entries =
+        driveContextMenu(page.units->viewport(), QPoint(20, 10), QStringLiteral("&Paste"));
+    QCOMPARE(entries.mid(0, 2), (QStringList{"&Copy", "&Paste"}));
+    QCOMPARE(values(), "1100 100001 0001:1111");
+    QTRY_VERIFY2(!page.told().contains("Not pasted"), qPrintable(page.told()));
+}
+
+void tst_ConfigPage::expressionsAreCopied()
+{
+    Page page;
+    page.show();
+    QClipboard *clipboard = QGuiApplication::clipboard();
+    const auto press = [&](QKeySequence::StandardKey key) {
+        page.expressions->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&page.widget));
+        page.expressions->setFocus();
+        QTest::keySequence(page.expressions, key);
+    };
+    page.expressions->setCurrentRow(1);
+    press(QKeySequence::Copy);
+    QCOMPARE(clipboard->text(), "M1&M10");
+    page.expressions->setCurrentRow(0);
+    press(QKeySequence::Paste);
+    QCOMPARE(page.core.expressions[0], "M1&M10");
+    QCOMPARE(page.expressions->item(0)->text(), "exp0:  M1&M10");
+    for (const auto &[text, reason] :
+         {std::pair("M0&M2", "M2"), std::pair("M0&!!M1", "Two"), std::pair("", "no expression")}) {
+        clipboard->setText(text);
+        press(QKeySequence::Paste);
+        QCOMPARE(page.core.expressions[0], "M1&M10");
+        QVERIFY2(page.strip->item(0)->text().contains(reason), qPrintable(page.told()));
+    }
+    page.core.dynamic = 0;
+    clipboard->setText("M0");
+    press(QKeySequence::Paste);
+    QCOMPARE(page.core.expressions[0], "M1&M10");
+}
+
+void tst_ConfigPage::cellsShowWhole()
+{
+    Page page;
+    connectPort(*page.core.triggerByIndex(0), 200);
+    MatchUnit &unit = *page.core.matchUnitByIndex(0);
+    unit.value0 = QString(200, u'1');
+    unit.counter_enable = true;
+    unit.countinuous = true;
+    page.show();
+    const QModelIndex cell = page.units->model()->index(0, 6);
+    QHelpEvent help(QEvent::ToolTip, page.units->visualRect(cell).topLeft() + QPoint(5, 5), {});
+    QCoreApplication::sendEvent(page.units->viewport(), &help);
+    QTRY_COMPARE(QToolTip::text(), unit.value0);
+    const auto counterWidth = [&] {
+        page.widget.setCore(&page.core);
+        return page.units->columnWidth(5);
+    };
+    const int wide = counterWidth();
+    unit.countinuous = false;
+    QVERIFY(counterWidth() < wide); // "2, continuous" is longer
+    page.widget.resize(2000, 500);
+    QCoreApplication::processEvents();
+    QCOMPARE(page.units->horizontalHeader()->length(), page.units->viewport()->width());
+    page.widget.resize(400, 500);
+    QCoreApplication::processEvents();
+    QCOMPARE(page.units->columnWidth(6), 300);
 }
 
 void tst_ConfigPage::leavingTheCoreCancelsDialogs()

@@ -7,11 +7,13 @@
 
 #include <QAbstractItemModelTester>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QColor>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QRandomGenerator>
 #include <QSignalSpy>
@@ -99,6 +101,9 @@ private Q_SLOTS:
     void counterWidthBoundsTheCount();
     void valuesFromAFile();
     void namesAreNoMarkup();
+    void readoutTellsWhatOkStores();
+    void pastedValues_data();
+    void pastedValues();
     void goneInsideABox();
 };
 
@@ -352,6 +357,137 @@ void tst_MatchUnits::namesAreNoMarkup()
     const auto *tree = opened.find<QTreeWidget>("treeSignals");
     for (const QTreeWidgetItem *item : {tree->topLevelItem(0)->child(0), tree->topLevelItem(1)})
         QCOMPARE(shownTip(item->toolTip(0)), name);
+}
+
+void tst_MatchUnits::readoutTellsWhatOkStores()
+{
+    const auto faults = [](const Opened &o) {
+        return o.find<QPlainTextEdit>("lbFaults")->toPlainText();
+    };
+    const auto said = [](const Opened &o, int value) {
+        QStringList texts;
+        for (int row = 0; row < 3; ++row)
+            texts += o.find<QLabel>(QString("lbStored%1%2").arg(row).arg(value))->text();
+        return texts.join(u' ');
+    };
+    const auto atCursor = [](const Opened &o) { return o.find<QLabel>("lbSignal")->text(); };
+
+    Opened range(10, 4, 6, "0000000011", "1111111110");
+    range.open();
+    QCOMPARE(said(range, 0) + u'|' + said(range, 1), "0000000011 003 3|1111111110 3FE 1022");
+    QCOMPARE(faults(range), QString());
+    auto *maximum = range.find("lineEditValue1");
+    range.dialog->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(range.dialog.get())); // or shortcuts are out of reach
+    maximum->setFocus();
+    QTest::keyClick(maximum, Qt::Key_Home);
+    QTest::keyClick(maximum, Qt::Key_Right);
+    QCOMPARE(atCursor(range), "bus[7]");
+    QTest::keyClick(maximum, Qt::Key_H, Qt::AltModifier); // the key of the radix, cursor and all
+    QVERIFY(maximum->hasFocus() && range.shown("lineEditValue1") == "3FE");
+    QCOMPARE(atCursor(range), "bus[8] to bus[7]");
+    QTest::keyClick(maximum, Qt::Key_Right);
+    QTest::keyClick(maximum, Qt::Key_Right);
+    QCOMPARE(atCursor(range), "bus[2] to Last");
+    range.type("lineEditValue1", "FFF");
+    QVERIFY2(faults(range).contains("refuse"), qPrintable(faults(range)));
+
+    // Digits behind what was typed are there to fill the field, until all of it is typed.
+    range.type("lineEditValue0", "12");
+    QVERIFY2(faults(range).contains("“12” was typed"), qPrintable(faults(range)));
+    QTest::keyClicks(range.find("lineEditValue0"), "0");
+    range.type("lineEditValue1", "3FF");
+    QCOMPARE(faults(range), QString());
+    QCOMPARE(said(range, 0), "0100100000 120 288");
+
+    // Letters go with the radix, and the dialog says so until there is another value.
+    Opened letters(8, 1, 0, "1X0RXXXX");
+    letters.open();
+    QCOMPARE(said(letters, 0), "1X0RXXXX [1X0R]X no number");
+    letters.chooseRadix(Hex);
+    QVERIFY2(faults(letters).contains("1X0RXXXX"), qPrintable(faults(letters)));
+    letters.chooseRadix(Bin);
+    QVERIFY(!faults(letters).isEmpty());
+    letters.type("lineEditValue0", "11110000");
+    QCOMPARE(faults(letters), QString());
+
+    Opened wide(68, 2, 2, QString(68, u'1'));
+    wide.open();
+    QCOMPARE(said(wide, 0).section(u' ', 1), "FFFFFFFFFFFFFFFFF 295147905179352825855");
+    wide.chooseRadix(Hex);
+    wide.type("lineEditValue0", "10000000000000000");
+    QVERIFY2(faults(wide).contains("64 bits"), qPrintable(faults(wide)));
+    QCOMPARE(said(wide, 0), QString(68, u'0') + ' ' + QString(17, u'0') + " 0");
+
+    // What the core makes of a description's value and count, before OK makes something else of it.
+    Opened odd(4, 1, 0, "rfbn");
+    odd.unit->counter_enable = true;
+    odd.unit->counter_width = 40;
+    odd.unit->counter = 70000;
+    odd.open(Opened::ReadOnly);
+    for (const char *part : {"“rfbn” counts as XXXX", "70000 counts 4464"})
+        QVERIFY2(faults(odd).contains(part), qPrintable(faults(odd)));
+    QCOMPARE(said(odd, 0), "RFBN [RFBN] no number");
+}
+
+void tst_MatchUnits::pastedValues_data()
+{
+    QTest::addColumn<QString>("radix");
+    QTest::addColumn<int>("cursor");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QString>("told");
+    // The field has 12 bits: 0000 0000 1111 or 00F.
+    QTest::newRow("prefix, another radix") << QString(Bin) << 0 << "0xA5"
+                                           << "000010100101"
+                                           << "";
+    QTest::newRow("size and underscores") << QString(Hex) << 0 << "12'h0A_5\n"
+                                          << "0A5"
+                                          << "";
+    QTest::newRow("prefix in the middle") << QString(Hex) << 1 << "12'd165"
+                                          << "0A5"
+                                          << "";
+    QTest::newRow("plain number") << QString(Dec) << 0 << "17"
+                                  << "0017"
+                                  << "";
+    QTest::newRow("digits into the middle") << QString(Bin) << 4 << "1_1"
+                                            << "000011001111"
+                                            << "";
+    QTest::newRow("cut behind") << QString(Hex) << 1 << "ABC"
+                                << "0AB"
+                                << "room for 2 of 3";
+    QTest::newRow("cut in front") << QString(Hex) << 0
+                                  << "0x1A_BC"
+                                     "D"
+                                  << "BCD"
+                                  << "17 bits";
+    QTest::newRow("letters in HEX") << QString(Hex) << 0 << "12'b1X"
+                                    << "00F"
+                                    << "BIN only";
+    QTest::newRow("edges without the type") << QString(Bin) << 0 << "1R"
+                                            << "000000001111"
+                                            << "not take";
+    QTest::newRow("no digits") << QString(Bin) << 0 << "hello"
+                               << "000000001111"
+                               << "Not pasted";
+}
+
+void tst_MatchUnits::pastedValues()
+{
+    QFETCH(QString, radix);
+    QFETCH(int, cursor);
+    QFETCH(QString, text);
+    QFETCH(QString, shown);
+    QFETCH(QString, told);
+    Opened opened(12, 0, 0, "000000001111");
+    opened.open();
+    opened.chooseRadix(radix);
+    opened.find("lineEditValue0")->setCursorPosition(cursor);
+    QGuiApplication::clipboard()->setText(text);
+    QTest::keySequence(opened.find("lineEditValue0"), QKeySequence::Paste);
+    QCOMPARE(opened.shown(), shown);
+    const QString faults = opened.find<QPlainTextEdit>("lbFaults")->toPlainText();
+    QVERIFY2(told.isEmpty() ? faults.isEmpty() : faults.contains(told), qPrintable(faults));
 }
 
 // The box belongs to the dialog, and both go with the window below them.

@@ -290,14 +290,16 @@ void tst_RulerView::zoomsToMarkersAndBack()
 {
     Viewer viewer("a", 4000);
     QWidget *const viewport = viewer.waves->viewport();
-    const QStringList plain{"Zoom In", "Zoom Out"};
+    const auto menu = [&](const QString &choice = {}) {
+        return driveContextMenu(viewport, {50, 50}, choice);
+    };
     viewer.plant(10);
-    QCOMPARE(driveContextMenu(viewport, {50, 50}), plain);
+    QVERIFY(!menu().contains("Zoom to Markers"));
     viewer.ruler->plantMarker(300);
     viewer.ruler->plantMarker(1500); // the last two: 1500 and 300
     viewer.settle();
-    QCOMPARE(driveContextMenu(viewport, {50, 50}, "Zoom to Markers"),
-             plain + QStringList({"", "Zoom to Markers"}));
+    QCOMPARE(menu("Zoom to Markers").mid(0, 4),
+             (QStringList{"Zoom In", "Zoom Out", "", "Zoom to Markers"}));
     viewer.settle();
     const auto x = [&](int sample) { return viewer.waves->mapFromScene(sample * 50, 0).x(); };
     QVERIFY(x(300) > 0 && x(300) < 80);

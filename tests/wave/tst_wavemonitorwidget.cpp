@@ -230,8 +230,11 @@ void tst_WaveMonitorWidget::restoresItsState()
         viewer.tree->header()->resizeSection(1, 90);
         viewer.tree->selectOnly({viewer.model->index(0, 0), viewer.model->index(1, 0)});
         driveContextMenu(viewer.tree->viewport(), {20, 20}, "Group");
+        viewer.model->setData(viewer.model->index(2, 0), "was_d", Qt::EditRole);
+        viewer.tree->selectOnly({viewer.model->index(2, 0)});
+        driveContextMenu(viewer.tree->viewport(), {20, 20}, "Hide");
         viewer.tree->expand(viewer.model->index(0, 0));
-        viewer.tree->expand(viewer.model->index(kBus - 1, 0));
+        viewer.tree->expand(viewer.model->index(kBus - 2, 0));
         viewer.zoomTo(0.25);
         viewer.waves->horizontalScrollBar()->setValue(1733);
         viewer.waves->verticalScrollBar()->setValue(350);
@@ -262,12 +265,15 @@ void tst_WaveMonitorWidget::restoresItsState()
     QCOMPARE(viewer.waves->zoomRate(), 0.25);
     QCOMPARE(viewer.model->defaultFormat(), int(DataFormat::Octal));
     QCOMPARE(treeRows(viewer), waveRows(viewer));
-    QCOMPARE(treeRows(viewer).size(), 25 + 2 + 4);
+    QCOMPARE(treeRows(viewer).size(), 24 + 2 + 4);
     const auto place = [](const Viewer &shown) {
         return QPoint(shown.waves->horizontalScrollBar()->value(),
                       shown.waves->verticalScrollBar()->value());
     };
     QCOMPARE(place(viewer), QPoint(1733, 350));
+    driveContextMenu(viewer.tree->viewport(), {20, 20}, "Show All");
+    viewer.settle();
+    QVERIFY(rowsOf(*viewer.model).contains(" c was_d e ")); // under its name
     viewer.waves->verticalScrollBar()->setValue(30);
     viewer.zoomTo(1); // the place was for once
     QCOMPARE(place(viewer).y(), 30);

@@ -213,10 +213,10 @@ void tst_SampleSearch::refusesInWords_data()
     row("no digit", "3G", 8, DataFormat::Hexadecimal, "\"3G\" is no hexadecimal value");
     row("digit of another radix", "9", 8, DataFormat::Octal, "octal");
     row("other script", "\u0663", 8, DataFormat::UnsignedDecimal, "decimal");
-    row("too wide", "100", 8, DataFormat::Hexadecimal, "100 does not fit into 8 bit");
-    row("too wide, decimal", "256", 8, DataFormat::UnsignedDecimal, "fit");
-    row("past the greatest", "128", 8, DataFormat::SignedDecimal, "fit");
-    row("past the least", "-129", 8, DataFormat::SignedDecimal, "fit");
+    row("too wide", "100", 8, DataFormat::Hexadecimal, "100 needs more bits than the row has (8)");
+    row("too wide, decimal", "256", 8, DataFormat::UnsignedDecimal, "more bits");
+    row("past the greatest", "128", 8, DataFormat::SignedDecimal, "more bits");
+    row("past the least", "-129", 8, DataFormat::SignedDecimal, "more bits");
     row("a bit has two values", "2", 1, DataFormat::Hexadecimal, "binary");
     row("no sign in this radix", "-1", 8, DataFormat::Hexadecimal, "hexadecimal");
     row("order of X", ">3X", 8, DataFormat::Hexadecimal, "X for any digit");

@@ -38,13 +38,14 @@ ComparedPage::ComparedPage(WaveMonitorWidget *upper, QWidget *parent)
       m_splitter(new QSplitter(Qt::Vertical)),
       m_upper(upper),
       m_previous(
-          newAction(tr("Previous Difference"), Qt::ALT | Qt::Key_Left, "previousDifference")),
-      m_next(newAction(tr("Next Difference"), Qt::ALT | Qt::Key_Right, "nextDifference")),
+          newAction(tr("Previous Difference"), Qt::SHIFT | Qt::Key_F9, "previousDifference")),
+      m_next(newAction(tr("Next Difference"), Qt::Key_F9, "nextDifference")),
       m_close(newAction(tr("Close Comparison"), Qt::Key_Escape, "closeComparison")),
       m_line(new ComparisonLine(m_previous, m_next, m_close))
 {
-    for (auto [action, key] : {std::pair(m_previous, Qt::Key_Left), {m_next, Qt::Key_Right}}) {
-        action->setShortcut(Qt::ALT | key);
+    m_previous->setShortcut(Qt::SHIFT | Qt::Key_F9);
+    m_next->setShortcut(Qt::Key_F9);
+    for (QAction *action : {m_previous, m_next}) {
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
         addAction(action);
     }

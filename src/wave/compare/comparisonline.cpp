@@ -89,7 +89,7 @@ ComparisonLine::ComparisonLine(QAction *previous, QAction *next, QAction *close,
         button->setDefaultAction(action);
         button->setAutoRaise(true);
         button->setFocusPolicy(Qt::TabFocus);
-        button->setText(text); // shorter than the menu's
+        action->setIconText(text); // shorter than the menu's
         button->setArrowType(arrow);
         button->setToolButtonStyle(arrow == Qt::NoArrow ? Qt::ToolButtonTextOnly
                                                         : Qt::ToolButtonTextBesideIcon);

@@ -130,6 +130,11 @@ void RulerView::setClocks(int clocks)
     m_scaleRuler->setClocks(clocks);
 }
 
+void RulerView::setHits(const SampleHits &hits, std::optional<int> current)
+{
+    m_scaleRuler->setHits(hits, current);
+}
+
 void RulerView::setRoom(int before, int after)
 {
     m_roomBefore = before;

@@ -3,11 +3,13 @@
 #include <wave/common/localized.h>
 #include <wave/common/notificationcenter.h>
 #include <wave/common/timesliderdata.h>
+#include <wave_data/samplesearch.h>
 
 #include <QGraphicsView>
 #include <QList>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QAction;
@@ -55,6 +57,8 @@ public:
     void moveActiveMarker(int clock);
     /// Makes the marker on a sample the active one; nothing happens if none stands there.
     void activateMarkerAt(int clock);
+    /// Samples that were found, as ticks at the foot of the scale; the current one stands out.
+    void setHits(const SampleHits &hits, std::optional<int> current);
 
     Q_INVOKABLE void handleEvents(Notification *e);
 

@@ -22,6 +22,8 @@ namespace {
 constexpr qreal kScaleHeight = 20.0;
 constexpr qreal kMajorTop = 2.0;
 constexpr qreal kMinorTop = 15.0;
+constexpr qreal kHitTop = 14.0;
+constexpr QColor kHitColor(0xFF, 0xB0, 0x00);
 constexpr qreal kLabelGap = 3.0; // pixels between a tick and its number
 
 /// Draws the numbers of every \a spacing-th tick among samples \a first to \a last (not included)
@@ -78,6 +80,13 @@ void ScaleRuler::setClocks(int clocks)
     update();
 }
 
+void ScaleRuler::setHits(const SampleHits &hits, std::optional<int> current)
+{
+    m_hits = hits;
+    m_currentHit = current;
+    update();
+}
+
 QRectF ScaleRuler::boundingRect() const
 {
     return {0.0, 0.0, m_clocks * CLOCK_PITCH, kScaleHeight};
@@ -114,6 +123,31 @@ void ScaleRuler::paint(QPainter *painter, const QStyleOptionGraphicsItem *option
     painter->save();
     drawLabels(painter, first, last, spacing);
     painter->restore();
+    drawHits(painter, dirty);
+}
+
+/// Cost follows the pixels: what lies on the pixel of a hit is passed over.
+void ScaleRuler::drawHits(QPainter *painter, const QRectF &dirty) const
+{
+    const qreal zoom = painter->transform().m11();
+    const qreal pixel = 1.0 / (zoom * CLOCK_PITCH); // in samples
+    const auto from = qsizetype(dirty.left() / CLOCK_PITCH - pixel);
+    const qreal to = dirty.right() / CLOCK_PITCH + pixel;
+    QList<QLineF> lines;
+    for (auto hit = m_hits.next(from - 1); hit && qreal(*hit) <= to;
+         hit = m_hits.next(std::max(*hit, qsizetype(std::ceil(qreal(*hit) + pixel)) - 1)))
+        lines.append({*hit * CLOCK_PITCH, kHitTop, *hit * CLOCK_PITCH, kScaleHeight});
+    QPen pen(kHitColor);
+    pen.setCosmetic(true);
+    pen.setWidth(2);
+    painter->setPen(pen);
+    painter->drawLines(lines);
+    if (!m_currentHit)
+        return;
+    pen.setColor(Qt::cyan);
+    painter->setPen(pen);
+    const qreal x = *m_currentHit * CLOCK_PITCH;
+    painter->drawLine(QLineF(x, 0.0, x, kScaleHeight));
 }
 
 } // namespace WaveMonitor

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <wave_data/samplesearch.h>
+
 #include <QGraphicsItem>
+
+#include <optional>
 
 namespace WaveMonitor {
 
@@ -30,13 +34,19 @@ public:
     /// Number of samples.
     [[nodiscard]] int clocks() const { return m_clocks; }
     void setClocks(int clocks);
+    /// Ticks at the foot of the scale, one a pixel at most; \a current crosses it.
+    void setHits(const SampleHits &hits, std::optional<int> current);
 
     [[nodiscard]] QRectF boundingRect() const override;
     void paint(QPainter *painter, const QStyleOptionGraphicsItem *option,
                QWidget *widget = nullptr) override;
 
 private:
+    void drawHits(QPainter *painter, const QRectF &dirty) const;
+
     int m_clocks = 0;
+    SampleHits m_hits;
+    std::optional<int> m_currentHit;
 };
 
 } // namespace WaveMonitor

@@ -12,6 +12,8 @@
 #include <QMap>
 #include <QPointer>
 
+#include <vector>
+
 class QDomDocument;
 class QDomElement;
 
@@ -44,6 +46,8 @@ public:
     [[nodiscard]] QDomElement writeWindow(QDomDocument &document) const;
     /// Replaces the rows by those of an element `Layout`.
     void setLayout(const QDomElement &layout);
+    /// What Show All brings back; after setLayout, which shows none of it.
+    void setHiddenRows(const std::vector<HiddenRow> &rows) { m_contents.setHiddenRows(rows); }
     [[nodiscard]] QDomElement writeLayout(QDomDocument &document) const;
     /// New samples for the signals with ids 0, 1, ...; rows, names and colours stay. Nothing
     /// happens unless there are as many arrays as signals.

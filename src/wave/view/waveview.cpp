@@ -139,7 +139,7 @@ qreal WaveView::middle() const
 {
     if (horizontalScrollBar()->value() == m_middleBar)
         return m_middle;
-    return (horizontalScrollBar()->value() + viewport()->width() / 2.0) / m_zoomRate;
+    return (left() + viewport()->width() / 2.0) / m_zoomRate;
 }
 
 void WaveView::placeMiddle(qreal x)
@@ -283,13 +283,9 @@ bool WaveView::eventFilter(QObject *watched, QEvent *event)
 void WaveView::contextMenuEvent(QContextMenuEvent *event)
 {
     // What others have added to the view, as far as it applies now.
-    QList<QAction *> added = actions();
-    added.removeIf([](const QAction *action) { return !action->isVisible(); });
-    QAction separator;
-    separator.setSeparator(true);
-    if (!added.isEmpty())
-        added.prepend(&separator);
-    runMenu(this, m_contextMenu->actions() + added, event->globalPos());
+    QList<QAction *> entries = m_contextMenu->actions() + actions();
+    entries.removeIf([](const QAction *action) { return !action->isVisible(); });
+    runMenu(this, entries, event->globalPos());
 }
 
 void WaveView::paintEvent(QPaintEvent *event)

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <wave_data/clockperiod.h>
+
+#include <QMap>
+#include <QObject>
+
+#include <optional>
+
+namespace WaveMonitor {
+
+/// The periods of the cores' sample clocks, as far as the user has told them. The viewers of a
+/// project and its export share one; it is saved nowhere. GUI thread.
+class ClockPeriods final : public QObject
+{
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+    /// Core -1 stands for none, as in a viewer.
+    [[nodiscard]] std::optional<ClockPeriod> ofCore(int core) const;
+    void set(int core, const std::optional<ClockPeriod> &period);
+    void clear();
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    QMap<int, ClockPeriod> m_periods;
+};
+
+} // namespace WaveMonitor
