@@ -29,6 +29,8 @@ FindBar::FindBar(QWidget *parent)
     : QWidget(parent), m_kind(new QComboBox), m_text(new QLineEdit), m_outcome(new QLabel)
 {
     setObjectName(QStringLiteral("findBar"));
+    setSizePolicy(QSizePolicy::Ignored,
+                  QSizePolicy::Fixed); // the window's width is not its business
     m_kind->setObjectName(QStringLiteral("findKind"));
     m_kind->addItems({tr("Anything"), tr("Name"), tr("Value"), tr("Edge")});
     m_kind->setAccessibleName(tr("What to find"));

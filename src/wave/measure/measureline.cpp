@@ -10,6 +10,8 @@ MeasureLine::MeasureLine(QWidget *parent)
     : QWidget(parent), m_text(new QLabel), m_period(new QLineEdit)
 {
     setObjectName(QStringLiteral("measureLine"));
+    setSizePolicy(QSizePolicy::Ignored,
+                  QSizePolicy::Fixed); // the window's width is not its business
     m_text->setObjectName(QStringLiteral("measureText"));
     m_text->setTextFormat(Qt::PlainText);
     m_text->setAccessibleName(tr("Measurements"));
