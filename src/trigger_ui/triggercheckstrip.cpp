@@ -65,6 +65,8 @@ void TriggerCheckStrip::fill()
 
 void TriggerCheckStrip::fitHeight()
 {
+    if (count() == 0)
+        return; // out of sight, and without contents it has no size
     doItemsLayout(); // the lines wrap by the width that the strip has now
     const int wanted = contentsSize().height();
     setFixedHeight(
