@@ -27,6 +27,7 @@ WaveTabs::WaveTabs(LayoutKey layoutKey)
 
 WaveTabs::~WaveTabs()
 {
+    QObject::disconnect(m_inFront);
     for (const auto &monitor : m_waveMonitors)
         delete TabComparison::pageOf(monitor);
 }
@@ -64,11 +65,15 @@ void WaveTabs::enterWindow(QWidget *window, QTabWidget *tabs, QWidget *page)
     m_comparison.setTabs(tabs);
     m_page = page;
     m_isInWindow = true;
+    if (tabs)
+        m_inFront =
+            QObject::connect(tabs, &QTabWidget::currentChanged, tabs, [this] { giveKeys(); });
 }
 
 QTabWidget *WaveTabs::leaveWindow()
 {
     m_isInWindow = false;
+    QObject::disconnect(m_inFront);
     m_comparison.setTabs(nullptr);
     return std::exchange(m_tabs, nullptr);
 }
@@ -109,11 +114,23 @@ void WaveTabs::bringUp(WaveMonitorWidget &wave, QTabWidget &tabs)
     tabs.setCurrentWidget(page);
 }
 
+/// The waiting tip hands the keyboard to the window itself, where no key of a viewer works.
+void WaveTabs::giveKeys()
+{
+    WaveMonitorWidget *front = current();
+    if (!front)
+        return;
+    const QWidget *window = front->window();
+    if (!window->focusWidget() || window->focusWidget() == window)
+        front->focusWaves();
+}
+
 WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured)
 {
     const WindowState *layout = layoutOf(captured.core.index, captured.window);
     const quint64 domain = quint64(m_waveMonitors.size()) * kDomainStep;
-    auto *monitor = new WaveMonitorWidget(domain, m_window, layout);
+    auto *monitor = new WaveMonitorWidget(domain, nullptr, layout);
+    monitor->setParent(m_window); // not before: what it does with the focus is its own affair then
     m_waveMonitors.append(monitor);
     monitor->showStrips(&m_clockPeriods);
     addCapturedRows(*monitor, captured.signals, captured.elements);
@@ -129,7 +146,8 @@ WaveMonitorWidget *WaveTabs::add(const CapturedWindow &captured)
 void WaveTabs::showSaved(WindowPlace place, const QString &title, WindowContents contents)
 {
     // Here the window number counts, so tabs of different cores may share a domain.
-    auto *monitor = new WaveMonitorWidget(quint64(place.window) * kDomainStep, m_window);
+    auto *monitor = new WaveMonitorWidget(quint64(place.window) * kDomainStep, nullptr);
+    monitor->setParent(m_window);
     m_waveMonitors.append(monitor);
     monitor->showStrips(&m_clockPeriods);
     monitor->setTitle(place.window, place.core);

@@ -67,6 +67,8 @@ private:
     [[nodiscard]] const WaveMonitor::WindowState *layoutOf(int core, int window) const;
     /// The new tab of \a wave comes to the front if that is its place.
     void bringUp(WaveMonitor::WaveMonitorWidget &wave, QTabWidget &tabs);
+    /// The tab in front gets the keyboard if nothing else uses it.
+    void giveKeys();
     void keepLayout(std::unique_ptr<WaveMonitor::WindowState> state);
 
     WaveMonitor::ClockPeriods m_clockPeriods;
@@ -75,6 +77,7 @@ private:
     QPointer<QTabWidget> m_tabs;
     QPointer<QWidget> m_page;
     bool m_isInWindow = false;
+    QMetaObject::Connection m_inFront;  ///< of the tabs, while in the window
     std::optional<WindowPlace> m_front; ///< what was in front, until it is again
     QPointer<QWidget> m_broughtUp;      ///< what stands in for it
     LayoutKey m_layoutKey;

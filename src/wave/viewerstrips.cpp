@@ -42,6 +42,7 @@ ViewerStrips::ViewerStrips(const Panes &panes, quint64 domain, ClockPeriods *per
       m_overview(new OverviewStrip),
       m_measure(new MeasureLine),
       m_findBar(new FindBar),
+      m_find(new QAction(tr("Find..."), this)),
       m_finder(new Finder({panes.model, panes.tree, panes.ruler, panes.goTo, m_findBar}, this)),
       m_periods(periods),
       m_viewer(viewer)
@@ -55,14 +56,13 @@ ViewerStrips::ViewerStrips(const Panes &panes, quint64 domain, ClockPeriods *per
     layout->addWidget(m_measure);
     layout->addWidget(m_findBar);
 
-    auto *find = new QAction(tr("Find..."), this);
-    find->setObjectName(QStringLiteral("find"));
-    find->setShortcut(QKeySequence::Find);
-    find->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    find->setShortcutVisibleInContextMenu(true);
-    connect(find, &QAction::triggered, m_findBar, &FindBar::open);
-    m_viewer->addAction(find);
-    m_panes.waves->addAction(find);
+    m_find->setObjectName(QStringLiteral("find"));
+    m_find->setShortcut(QKeySequence::Find);
+    m_find->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    m_find->setShortcutVisibleInContextMenu(true);
+    connect(m_find, &QAction::triggered, m_findBar, &FindBar::open);
+    m_viewer->addAction(m_find);
+    m_panes.waves->addAction(m_find);
 
     connectPanes();
     NotificationCenter::instance()->subscribe(

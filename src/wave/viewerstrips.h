@@ -48,6 +48,8 @@ public:
 
     /// Whose clock period counts; -1 means none.
     void setCore(int core);
+    /// Opens the find bar. Borrowed.
+    [[nodiscard]] QAction *findAction() const { return m_find; }
     /// The samples are others.
     void refreshRows();
 
@@ -67,6 +69,7 @@ private:
     OverviewStrip *m_overview; ///< child
     MeasureLine *m_measure;    ///< child
     FindBar *m_findBar;        ///< child
+    QAction *m_find;           ///< child
     Finder *m_finder;          ///< child
     QPointer<ClockPeriods> m_periods;
     QWidget *m_viewer;

@@ -146,6 +146,16 @@ void WaveMonitorWidget::showStrips(ClockPeriods *periods)
     layout()->itemAt(0)->layout()->addWidget(m_strips);
 }
 
+void WaveMonitorWidget::focusWaves()
+{
+    m_waveView->setFocus(Qt::OtherFocusReason);
+}
+
+QAction *WaveMonitorWidget::findAction() const
+{
+    return m_strips ? m_strips->findAction() : nullptr;
+}
+
 void WaveMonitorWidget::followDataLength()
 {
     m_rulerView->setClocks(m_model->maxDataLength());

@@ -59,6 +59,10 @@ public:
     /// Adds overview, measurements and find bar below the waves. \a periods is borrowed and may go
     /// first.
     void showStrips(ClockPeriods *periods);
+    /// The keyboard goes to the waves.
+    void focusWaves();
+    /// Opens the find bar; null without one. Borrowed.
+    [[nodiscard]] QAction *findAction() const;
 
     /// Adds a row.
     void addSignal(const SignalElement &signal);

@@ -140,11 +140,16 @@ void tst_StandardProject::windowsOfACore()
     Desktop d(design);
     d.open();
     d.click("Export"); // off: nothing to export
+    d.activate();
     d.press(Qt::Key_F1);
     QCOMPARE(d.enabled(), "---XF---");
     QTRY_COMPARE_WITH_TIMEOUT(d.tabs()->count(), 2, kCaptureTime);
     d.tabs()->setCurrentIndex(1); // the user looks at it, so it stays in front
     QTRY_VERIFY_WITH_TIMEOUT(d.isIdle(), kCaptureTime);
+    // The keys are the viewer's without a click.
+    const QWidget *focus = d.window->focusWidget();
+    QVERIFY2(focus && d.wave(1)->isAncestorOf(focus),
+             focus ? focus->metaObject()->className() : "none");
     QCOMPARE(d.enabled(), "OS---WEP"); // two windows: no Auto
     QCOMPARE(d.titles(), (QStringList{"Configuration", "core 3 window 0", "core 3 window 1"}));
     QCOMPARE(d.tabs()->currentIndex(), 1);

@@ -26,6 +26,7 @@ struct Page
         : upper(new WaveMonitorWidget(160, nullptr)), offset(triggerBelow - 30)
     {
         addRows(*upper, "B(b2 b1 b0) single");
+        upper->showStrips(nullptr);
         upper->setTriggerPosition(30);
         WindowSamples other{upper->signalMap(), triggerBelow};
         for (SignalElement &element : other.elements) {
@@ -245,6 +246,12 @@ void tst_ComparedPage::givesTheViewerBack()
     QVERIFY(QTest::qWaitForWindowActive(shown.page.get()));
     QTest::keyClick(tree, Qt::Key_Escape);
     QTRY_COMPARE(asked.size(), 2);
+    // The one find bar comes up from below too, and gives the keyboard back.
+    QTest::keyClick(tree, Qt::Key_F, Qt::ControlModifier);
+    QTRY_VERIFY(shown.upper->findChild<QWidget *>("findBar")->isVisible());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QVERIFY(tree->hasFocus());
+    QCOMPARE(asked.size(), 2);
     const std::unique_ptr<WaveMonitorWidget> viewer(shown.page->takeUpper());
     shown.page.reset();
     QCOMPARE(viewer.get(), shown.upper.data());

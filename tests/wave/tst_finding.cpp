@@ -316,11 +316,13 @@ void tst_Finding::showsHitsOnTheRuler()
     const int scroll = user.waves->horizontalScrollBar()->value();
     for (int k = 1; k < kSamples; ++k) {
         const int x = k * 50 - scroll;
-        if (x < 1 || x >= before.width() - 1)
+        if (x < 1 || x >= user.ruler->viewport()->width() - 1)
             continue;
         const bool isHit = user.value(0, k) != user.value(0, k - 1);
         ticks += isHit;
-        const QColor foot = picture().pixelColor(x, 47);
+        const QImage now = picture();
+        const qreal ratio = now.devicePixelRatio();
+        const QColor foot = now.pixelColor(int(x * ratio), int(47 * ratio));
         QCOMPARE(foot == QColor(0xFF, 0xB0, 0x00) || foot == QColor(Qt::cyan), isHit);
     }
     QVERIFY(ticks > 0);
