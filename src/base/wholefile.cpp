@@ -47,11 +47,9 @@ Error tooLarge(const QString &path, qint64 maxBytes)
         Text::tr("%1 is larger than the %2 bytes allowed.").arg(path, QString::number(maxBytes))};
 }
 
-/// The toolkit has no words for bytes that a full disk did not take, the system has.
 Error failure(const QString &path, const QString &toolkitReason)
 {
-    return {Error::File, Text::tr("%1 can't be written: %2")
-                             .arg(path, errno != 0 ? qt_error_string(errno) : toolkitReason)};
+    return {Error::File, Text::tr("%1 can't be written: %2").arg(path, writeFault(toolkitReason))};
 }
 
 /// Waits until the system has the bytes of \a file on the disk. Some disks refuse them only now.
@@ -213,6 +211,11 @@ QList<FileSet::Fault> FileSet::commit()
     m_files.clear();
     errno = reason;
     return faults;
+}
+
+QString writeFault(const QString &toolkitReason)
+{
+    return errno != 0 ? qt_error_string(errno) : toolkitReason;
 }
 
 std::optional<Error> writeWholeFile(const QString &path, const QByteArray &content,

@@ -66,6 +66,11 @@ private:
     QList<Entry> m_files;
 };
 
+/// Why a file did not take what was written to it. The toolkit has no words for bytes that a full
+/// disk refuses, the system has: it counts if errno was set to 0 before the attempt, else
+/// \a toolkitReason.
+[[nodiscard]] QString writeFault(const QString &toolkitReason);
+
 /// A set of one file: writes \a content to \a path whole or not at all; after an error a file that
 /// was there before has its old content. Errors are those of FileSet::add.
 [[nodiscard]] std::optional<Error> writeWholeFile(const QString &path, const QByteArray &content,

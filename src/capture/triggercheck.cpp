@@ -132,8 +132,8 @@ void Checker::checkCore()
     else if (!offeredAmounts(m_core.storage_depth, m_core.window_num)
                   .contains(m_core.capture_amount))
         add(Subject::Amount, 0, Weight::Obstacle,
-            Text::tr("%1 samples is no amount that is offered: until one is chosen, nothing is "
-                     "captured.")
+            Text::tr("%1 samples is no amount that the page offers: until one is chosen there, its "
+                     "Start captures nothing.")
                 .arg(m_core.capture_amount));
 
     if (m_program.tables == TriggerProgram::Tables::AnyInput)

@@ -47,5 +47,5 @@ int main(int argc, char **argv)
     KEO::setLogOutput(options->quiet ? KEO::LogOutput::Nothing : KEO::LogOutput::Warnings);
     const auto application = makeApplication(argc, argv, !options->picture.isEmpty());
     QCoreApplication::setApplicationName(QStringLiteral("signalscope-capture"));
-    return int(KEO::CaptureProgram(*options, KEO::drawPicture).run());
+    return int(KEO::runCaptureProgram(*options, KEO::drawPicture));
 }

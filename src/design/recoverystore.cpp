@@ -16,6 +16,7 @@
 #include <QUuid>
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 namespace KEO {
@@ -234,6 +235,7 @@ bool RecoveryWriter::step()
 {
     if (m_isDone || m_error)
         return false;
+    errno = 0;
     if (m_part.isEmpty())
         m_error = begin();
     else if (m_written < m_dataFile.size())
@@ -264,10 +266,10 @@ std::optional<Error> RecoveryWriter::begin()
     QFile description(part + u'/' + QFileInfo(m_about.description).fileName());
     if (!description.open(QIODevice::WriteOnly) ||
         description.write(m_description) != m_description.size() || !description.flush())
-        return Error{Error::File, description.errorString()};
+        return Error{Error::File, writeFault(description.errorString())};
     m_file.setFileName(part + u'/' + baseName() + QStringLiteral(".xml"));
     if (!m_file.open(QIODevice::WriteOnly))
-        return Error{Error::File, m_file.errorString()};
+        return Error{Error::File, writeFault(m_file.errorString())};
     return {};
 }
 
@@ -275,7 +277,7 @@ std::optional<Error> RecoveryWriter::writePiece()
 {
     const qsizetype size = std::min(kPiece, m_dataFile.size() - m_written);
     if (m_file.write(m_dataFile.constData() + m_written, size) != size || !m_file.flush())
-        return Error{Error::File, m_file.errorString()};
+        return Error{Error::File, writeFault(m_file.errorString())};
     m_written += size;
     return {};
 }
@@ -291,7 +293,7 @@ std::optional<Error> RecoveryWriter::complete()
         QFile file(m_part + u'/' + name);
         if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() ||
             !file.flush())
-            return Error{Error::File, file.errorString()};
+            return Error{Error::File, writeFault(file.errorString())};
     }
     const QString entry = m_store.m_folder + u'/' + entryName(m_about.time);
     if (!QDir().rename(m_part, entry))

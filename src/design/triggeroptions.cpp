@@ -90,7 +90,7 @@ Result<QString> storedExpression(const QString &text, const CoreConfig &core)
     for (const auto &unit : core.matchUnits)
         units.append(unit->enabled);
     ExpressionInput input;
-    input.type(text);
+    input.type(withUnitNames(text)); // as a description has it, too
     const QString fault = expressionFault(input.tokens(), units);
     if (!fault.isEmpty())
         return refusal(core, Text::tr("\"%1\" is no expression: %2").arg(text, fault));

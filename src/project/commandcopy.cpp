@@ -67,7 +67,12 @@ void CommandCopy::copy(const QString &description, const QString &cable)
 {
     if (m_parts.design.isBusy() || description.isEmpty())
         return;
-    m_parts.page.saveSettings();
+    // Saved, an amount that the page does not offer would be lost.
+    m_parts.page.withSettings([&] { copySettings(description, cable); });
+}
+
+void CommandCopy::copySettings(const QString &description, const QString &cable)
+{
     const Result<RunSettings> settings =
         m_parts.design.runSettings(m_parts.programmer.targetName());
     if (!settings) {

@@ -26,11 +26,13 @@ public:
     /// Takes it out of the window again.
     void leave();
 
-    /// Saves the page's settings to the design, copies and tells so in the status line, or why
-    /// there is nothing to copy.
+    /// Copies what the page's fields hold and tells so in the status line, or why there is nothing
+    /// to copy.
     void copy(const QString &description, const QString &cable);
 
 private:
+    void copySettings(const QString &description, const QString &cable);
+
     const ProjectParts m_parts;
     QAction *m_action; // child
     QPointer<QWidget> m_window;

@@ -33,6 +33,12 @@ void LitePage::saveSettings()
         m_design.setDelay(m_triggerOptionForm->delay());
 }
 
+void LitePage::withSettings(const std::function<void()> &use)
+{
+    saveSettings(); // which are none of the core's
+    use();
+}
+
 void LitePage::leaveDesign()
 {
     if (m_triggerOptionForm)

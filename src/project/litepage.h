@@ -23,6 +23,7 @@ public:
     void reset() override;
     void setEnabled(bool) override {}
     void saveSettings() override;
+    void withSettings(const std::function<void()> &use) override;
     void showDesign() override {}
     void leaveDesign() override;
 

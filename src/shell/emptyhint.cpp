@@ -15,6 +15,8 @@
 #include <QKeySequence>
 #include <QLabel>
 #include <QLocale>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -34,9 +36,31 @@ QString shown(const QKeySequence &key)
     return key.toString(QKeySequence::NativeText);
 }
 
+/// Scrolls once its lists are as low as they may be, not sooner.
+class Content final : public QWidget
+{
+public:
+    [[nodiscard]] int heightForWidth(int width) const override
+    {
+        return layout()->minimumHeightForWidth(width);
+    }
+};
+
+QScrollArea *makeScrollArea(QWidget *content)
+{
+    auto *area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setWidget(content);
+    for (QWidget *clear : {content, area->viewport()}) // the tab widget's page shows through
+        clear->setAutoFillBackground(false);
+    return area;
+}
+
 } // namespace
 
-EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs), m_refused(new QLabel)
+EmptyHint::EmptyHint(QTabWidget *tabs)
+    : QWidget(tabs), m_tabs(tabs), m_area(makeScrollArea(new Content)), m_refused(new QLabel)
 {
     setObjectName(QStringLiteral("emptyHint"));
 
@@ -69,7 +93,7 @@ EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs), m_refused(
     middle->addLayout(lists, kListWidth);
     middle->addStretch(1);
 
-    auto *layout = new QVBoxLayout(this);
+    auto *layout = new QVBoxLayout(m_area->widget());
     layout->setSpacing(kTitleGap);
     layout->addStretch();
     layout->addWidget(title, 0, Qt::AlignHCenter);
@@ -78,6 +102,9 @@ EmptyHint::EmptyHint(QTabWidget *tabs) : QWidget(tabs), m_tabs(tabs), m_refused(
     layout->setAlignment(keys, Qt::AlignHCenter);
     layout->addLayout(middle);
     layout->addStretch();
+    auto *page = new QVBoxLayout(this);
+    page->setContentsMargins(0, 0, 0, 0);
+    page->addWidget(m_area);
 
     mute();
     tabs->installEventFilter(this);
@@ -92,6 +119,7 @@ void EmptyHint::setRefused(const QString &file, const QString &reason)
         return;
     const QString path = QDir::toNativeSeparators(QFileInfo(file).absoluteFilePath());
     m_refused->setText(tr("%1 was not opened.\n%2").arg(path, reason));
+    m_area->verticalScrollBar()->setValue(0);
 }
 
 ChoiceList *EmptyHint::addList(QVBoxLayout *layout, const QString &title, const char *name)
@@ -104,7 +132,18 @@ ChoiceList *EmptyHint::addList(QVBoxLayout *layout, const QString &title, const 
     layout->addWidget(list);
     // The page goes with the first click, and the list with it.
     connect(list, &ChoiceList::chosen, this, &EmptyHint::openRequested, Qt::QueuedConnection);
+    connect(
+        list, &ChoiceList::currentItemChanged, this, [this, list] { showCurrent(list); },
+        Qt::QueuedConnection); // once the list has scrolled to it
     return list;
+}
+
+void EmptyHint::showCurrent(const ChoiceList *list)
+{
+    const QRect row = list->visualItemRect(list->currentItem());
+    const int y = list->viewport()->mapTo(m_area->widget(), row.center()).y();
+    if (list->hasFocus())
+        m_area->ensureVisible(m_area->horizontalScrollBar()->value(), y, 0, row.height());
 }
 
 void EmptyHint::fillLists()

@@ -4,6 +4,7 @@
 
 class QGridLayout;
 class QLabel;
+class QScrollArea;
 class QTabWidget;
 class QVBoxLayout;
 
@@ -13,7 +14,7 @@ class ChoiceList;
 
 /// What to do next, and why the file asked for is not open, in the middle of a tab widget without
 /// tabs; gone while there is one. Offers the captures that were never saved and the files that were
-/// open last. Lies over the tab widget as its child.
+/// open last. Lies over the tab widget as its child, and scrolls where that is too small.
 class EmptyHint final : public QWidget
 {
     Q_OBJECT
@@ -39,10 +40,13 @@ private:
     /// A list under its title in \a layout.
     [[nodiscard]] ChoiceList *addList(QVBoxLayout *layout, const QString &title, const char *name);
     void fillLists();
+    /// Scrolls the page to where the keys have led to.
+    void showCurrent(const ChoiceList *list);
     void mute();
     void follow();
 
     QTabWidget *m_tabs;       // its parent
+    QScrollArea *m_area;      // child
     QLabel *m_refused;        // child
     ChoiceList *m_recoveries; // child
     ChoiceList *m_recent;     // child

@@ -50,12 +50,13 @@ public:
     /// Shows no core.
     void clearPage();
 
-    /// Looks at the size of the table.
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 Q_SIGNALS:
     /// The user chose a number of windows. The core has it after the next saveToCore.
     void windowNumChanged();
+
+protected:
+    /// Looks at the size of the table.
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private Q_SLOTS:
     void editMu();

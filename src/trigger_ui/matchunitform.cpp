@@ -89,17 +89,16 @@ QWidget *MatchUnitForm::makeSettingsSide()
 {
     comboBoxType = named(new QComboBox, "comboBoxType");
     comboBoxFunc = named(new QComboBox, "comboBoxFunc");
-    // What they offer changes; so much of it shows at least, in letters as wide as "X".
-    constexpr int kTypeLetters = 10;
+    constexpr int kTypeStretch = 10;
+    comboBoxType->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    // What it offers changes; so much of it shows at least, in letters as wide as "X".
     constexpr int kFunctionLetters = 7;
-    for (QComboBox *box : {comboBoxType, comboBoxFunc})
-        box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    comboBoxType->setMinimumContentsLength(kTypeLetters);
+    comboBoxFunc->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     comboBoxFunc->setMinimumContentsLength(kFunctionLetters);
     // In one row: below them is much to show on a small screen.
     auto *combos = new QHBoxLayout;
     combos->addWidget(labelFor(comboBoxType, tr("Match Type:")));
-    combos->addWidget(comboBoxType, kTypeLetters);
+    combos->addWidget(comboBoxType, kTypeStretch);
     combos->addWidget(labelFor(comboBoxFunc, tr("Function:")));
     combos->addWidget(comboBoxFunc, kFunctionLetters);
 

@@ -11,7 +11,7 @@ namespace KEO {
 
 namespace {
 
-constexpr int kMaxLines = 4; // of text, before it scrolls
+constexpr int kMaxRows = 4; // of one line of text each, before it scrolls
 
 } // namespace
 
@@ -66,11 +66,22 @@ void TriggerCheckStrip::fill()
 void TriggerCheckStrip::fitHeight()
 {
     if (count() == 0)
-        return; // out of sight, and without contents it has no size
+        return;      // out of sight, and without contents it has no size
     doItemsLayout(); // the lines wrap by the width that the strip has now
-    const int wanted = contentsSize().height();
-    setFixedHeight(
-        std::min(wanted, kMaxLines * std::max(fontMetrics().lineSpacing(), iconSize().height())));
+    // A row of one line, with what the style puts around it, unless all rows have more.
+    int line = 3 * std::max(fontMetrics().lineSpacing(), iconSize().height()) / 2;
+    for (int row = 0; row < count(); ++row)
+        line = std::min(line, visualItemRect(item(row)).height());
+    // Whole rows: one that is cut can't be read.
+    const int top = visualItemRect(item(0)).top();
+    int height = 0;
+    for (int row = 0; row < count(); ++row) {
+        const int bottom = visualItemRect(item(row)).bottom() + 1 - top;
+        if (row > 0 && bottom > kMaxRows * line)
+            break;
+        height = bottom;
+    }
+    setFixedHeight(height);
 }
 
 void TriggerCheckStrip::resizeEvent(QResizeEvent *event)

@@ -34,7 +34,10 @@ QColor faultColor(const QPalette &palette)
 } // namespace
 
 ValueReadout::ValueReadout(QWidget *parent)
-    : QWidget(parent), m_signal(makeText(QStringLiteral("lbSignal"))), m_faults(new QPlainTextEdit)
+    : QWidget(parent),
+      m_signal(makeText(QStringLiteral("lbSignal"))),
+      m_faults(new QPlainTextEdit),
+      m_grid(new QGridLayout(this))
 {
     m_faults->setObjectName(QStringLiteral("lbFaults"));
     m_faults->setAccessibleName(tr("Faults of the values"));
@@ -48,21 +51,19 @@ ValueReadout::ValueReadout(QWidget *parent)
     m_faults->setPalette(colors);
     showFaults({});
 
-    auto *grid = new QGridLayout(this);
-    grid->setContentsMargins({});
-    grid->setVerticalSpacing(2);
+    m_grid->setContentsMargins({});
+    m_grid->setVerticalSpacing(2);
     const QStringList names = {tr("Binary:"), tr("Hexadecimal:"), tr("Decimal:")};
     for (int row = 0; row < kRows; ++row) {
-        grid->addWidget(new QLabel(names[row]), row, 0);
+        m_grid->addWidget(new QLabel(names[row]), row, 0);
         for (int value = 0; value < kValues; ++value) {
             m_texts[row][value] = makeText(QStringLiteral("lbStored%1%2").arg(row).arg(value));
-            grid->addWidget(m_texts[row][value], row, 1 + value);
-            grid->setColumnStretch(1 + value, 1);
+            m_grid->addWidget(m_texts[row][value], row, 1 + value);
         }
     }
-    grid->addWidget(new QLabel(tr("At the cursor:")), kRows, 0);
-    grid->addWidget(m_signal, kRows, 1, 1, kValues);
-    grid->addWidget(m_faults, kRows + 1, 0, 1, 1 + kValues);
+    m_grid->addWidget(new QLabel(tr("At the cursor:")), kRows, 0);
+    m_grid->addWidget(m_signal, kRows, 1, 1, kValues);
+    m_grid->addWidget(m_faults, kRows + 1, 0, 1, 1 + kValues);
 }
 
 void ValueReadout::showValues(const QStringList &binaries)
@@ -76,6 +77,7 @@ void ValueReadout::showValues(const QStringList &binaries)
         m_texts[2][value]->setText(isShown && decimal.isEmpty() ? tr("no number") : decimal);
         for (int row = 0; row < kRows; ++row)
             m_texts[row][value]->setVisible(isShown || value == 0);
+        m_grid->setColumnStretch(1 + value, isShown || value == 0 ? 1 : 0); // or half stays empty
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <array>
 
+class QGridLayout;
 class QPlainTextEdit;
 
 namespace KEO {
@@ -32,6 +33,7 @@ private:
     std::array<std::array<ElidedLabel *, kValues>, kRows> m_texts{}; // owned by the object tree,
     ElidedLabel *m_signal;                                           // as are these
     QPlainTextEdit *m_faults;
+    QGridLayout *m_grid;
 };
 
 } // namespace KEO

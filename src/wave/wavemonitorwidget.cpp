@@ -89,6 +89,9 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
 WaveMonitorWidget::~WaveMonitorWidget()
 {
     NotificationCenter::instance()->unsubscribe(this);
+    // They look at the panes, which would go before them.
+    delete std::exchange(m_strips, nullptr);
+    delete std::exchange(m_goTo, nullptr);
 }
 
 void WaveMonitorWidget::joinScrollBars()

@@ -4,13 +4,12 @@
 #include <base/wholefile.h>
 #include <base/xmltext.h>
 
+#include <support/fulldisk.h>
 #include <support/testmain.h>
 
 #include <QXmlStreamWriter>
 
 #include <cerrno>
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace KEO;
@@ -94,19 +93,16 @@ void tst_FileContents::lineEnds()
     QCOMPARE(*readWholeFile(path("f"), 5, LineEnds::Native), QByteArray("a\nb\n"));
 }
 
-// A limit on the file size stands for the full disk: write() takes the bytes, the flush fails.
 void tst_FileContents::keepsTheOldFileWhenTheDiskIsFull()
 {
     QVERIFY(!writeWholeFile(path("kept"), "old", LineEnds::AsTheyAre));
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
-    rlimit tight = before;
-    tight.rlim_cur = 1000;
-    QCOMPARE(setrlimit(RLIMIT_FSIZE, &tight), 0);
-    const auto small = writeWholeFile(path("kept"), QByteArray(2000, 'x'), LineEnds::AsTheyAre);
-    const auto large = writeWholeFile(path("kept"), QByteArray(200'000, 'x'), LineEnds::AsTheyAre);
-    QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::optional<Error> small;
+    std::optional<Error> large;
+    {
+        const FullDisk disk(1000);
+        small = writeWholeFile(path("kept"), QByteArray(2000, 'x'), LineEnds::AsTheyAre);
+        large = writeWholeFile(path("kept"), QByteArray(200'000, 'x'), LineEnds::AsTheyAre);
+    }
     for (const auto &error : {small, large})
         QVERIFY2(error && error->message.endsWith(qt_error_string(EFBIG)), "the reason is told");
     QCOMPARE(*readWholeFile(path("kept"), 10, LineEnds::AsTheyAre), QByteArray("old"));

@@ -293,8 +293,8 @@ void tst_TriggerCheck::tells_data()
             with(Equal, "0000")(core);
             core.capture_amount = 100;
         },
-        {"amount! 100 samples is no amount that is offered: until one is chosen, nothing is "
-         "captured."});
+        {"amount! 100 samples is no amount that the page offers: until one is chosen there, its "
+         "Start captures nothing."});
     row("amount that can't be read",
         [&](CoreConfig &core) {
             with(Equal, "0000")(core);

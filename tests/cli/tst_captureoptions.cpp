@@ -266,6 +266,8 @@ void tst_CaptureOptions::triggerRules_data()
            "32, 64, 128, 256.");
     addRow("position", TriggerOptions{.amount = 32, .position = 24}, "0 to 23");
     addRow("one expression", TriggerOptions{.expressions = {" m0 & ! M2 "}}, "2 512 400 M0&!M2");
+    addRow("as a description has it", TriggerOptions{.expressions = {"match[0]&!match[2]"}},
+           "2 512 400 M0&!M2");
     addRow("in its own place", TriggerOptions{.expressions = {"M2"}}, "2 512 400 M2");
     addRow("none", TriggerOptions{.expressions = {"none"}}, "2 512 400");
     addRow("too many", TriggerOptions{.expressions = {"M0", "M2", "M0"}}, "room for 2");

@@ -7,6 +7,7 @@
 #include <design/savedcapture.h>
 #include <support/desktop.h>
 #include <support/files.h>
+#include <support/fulldisk.h>
 
 #include <QDir>
 #include <QFileDialog>
@@ -16,6 +17,7 @@
 #include <QProcess>
 #include <QRandomGenerator>
 
+#include <cerrno>
 #include <cstring>
 #include <functional>
 
@@ -440,6 +442,13 @@ void tst_Recovery::limitsAndFaults()
     const auto tooLarge = capture.writer(RecoveryStore(folder.path(), {.bytes = 100'000})).finish();
     QVERIFY(!tooLarge);
     QCOMPARE(tooLarge.error().kind, Error::Limit);
+    {
+        const FullDisk disk(20'000);
+        const auto cut = capture.writer(twoFit).finish();
+        QVERIFY(!cut);
+        QCOMPARE(cut.error().message, qt_error_string(EFBIG));
+    }
+    QCOMPARE(count(), 2);
     { // given up half-way
         RecoveryWriter writer = capture.writer(twoFit);
         QVERIFY(writer.step() && writer.step());

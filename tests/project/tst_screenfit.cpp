@@ -10,6 +10,8 @@
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
+#include <QDir>
+#include <QListWidget>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSpinBox>
@@ -25,6 +27,7 @@ private Q_SLOTS:
     void cleanup() { QApplication::setFont(m_font); }
     void windows_data();
     void windows();
+    void pageWithoutDesign();
     void wheelPassesFields();
     void dialogs_data();
     void dialogs();
@@ -112,6 +115,38 @@ void tst_ScreenFit::windows()
     window.resize(kScreen.width() / 2, kScreen.height() / 2);
     const auto *area = tabs->widget(0)->findChild<QAbstractScrollArea *>();
     QTRY_VERIFY(area->verticalScrollBar()->maximum() + area->horizontalScrollBar()->maximum() > 0);
+}
+
+// The reason stands below a long path, and the files below the reason.
+void tst_ScreenFit::pageWithoutDesign()
+{
+    enlargeFont();
+    Desktop d({});
+    const QString deep =
+        d.directory.filePath(QStringLiteral("a_folder_of_many_letters/").repeated(6));
+    QVERIFY(QDir().mkpath(deep));
+    for (const char *name : {"1.keo", "2.keo", "3.keo"}) {
+        QVERIFY(QFile::copy(d.file(), deep + name));
+        d.open(deep + name);
+    }
+    d.open(deep + "none.keo");
+    d.window->resize(kScreen - kFrame);
+    QTest::qWait(10);
+    const auto *refused = d.find<QLabel>("refusedFile");
+    QVERIFY2(refused->height() >= refused->heightForWidth(refused->width()), text(refused->size()));
+    auto *recent = d.find<QListWidget>("recentList");
+    QVERIFY2(recent->height() >= recent->minimumSizeHint().height(), text(recent->size()));
+    const auto isSeen = [](const QWidget *widget, const QPoint &place) {
+        return widget->visibleRegion().contains(place);
+    };
+    const auto lastRow = [&] { return recent->visualItemRect(recent->item(2)).bottomLeft(); };
+    d.activate();
+    recent->setFocus();
+    for (int row = 0; row < 2; ++row)
+        QTest::keyClick(recent, Qt::Key_Down);
+    QTRY_VERIFY(isSeen(recent->viewport(), lastRow()));
+    d.open(deep + "none.keo");
+    QTRY_VERIFY(isSeen(refused, {refused->width() / 2, 0}));
 }
 
 // Rolling down a page must not set a trigger position.

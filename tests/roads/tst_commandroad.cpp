@@ -324,6 +324,20 @@ void tst_CommandRoad::tellsWhatItCanNotCopy()
     tree->topLevelItem(0)->setCheckState(0, Qt::Unchecked);
     QCOMPARE(copied(user), QString());
     QVERIFY2(told().contains("No core is checked."), qPrintable(told()));
+
+    // An amount that is not offered is not lost for the asking.
+    user.window->openFile(
+        putFile(path("amount.keo"),
+                contentOf(kExamples + "uart_fifo/uart_fifo.keo")
+                    .replace("capture_amount=\"1024\"", "capture_amount=\"384\"")),
+        {}, {}, {});
+    const auto *strip = user.find<QListWidget>("triggerCheck");
+    QTRY_VERIFY(strip->count() > 0 && strip->item(0)->text().contains("384"));
+    QCOMPARE(copied(user), QString());
+    QVERIFY2(told().contains("nothing to read"), qPrintable(told()));
+    user.find<QSpinBox>("spinBoxTrPos")->stepUp();
+    QTest::qWait(0);
+    QVERIFY2(strip->item(0)->text().contains("384"), qPrintable(strip->item(0)->text()));
 }
 
 KEO_WIDGET_TEST_MAIN(tst_CommandRoad)

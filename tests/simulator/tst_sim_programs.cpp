@@ -552,6 +552,7 @@ void tst_SimPrograms::programmerRefusals()
         {kDownload + QStringList{"--device", "KR-C"}, "--device is there 2 times"},
         {with("--cable-index", "3"), "there is no cable 3"},
         {with("--chain_size", "3"), "2 entries"},
+        {with("--chain_index", "2"), "--chain_index is 2"},
         {kDownload.first(kDownload.size() - 2), "--chain_ir is missing"},
         {with("--chain_ir", "6,"), "--chain_ir: \"\""}};
     for (const auto &[arguments, reason] : commands) {

@@ -57,7 +57,8 @@ int runTest(int argc, char **argv)
         return 1;
     }
     qputenv("TMPDIR", sockets.path().toLocal8Bit());
-    qputenv("XDG_DATA_HOME", sockets.path().toLocal8Bit()); // not the user's own
+    for (const char *home : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"}) // not the user's own
+        qputenv(home, sockets.path().toLocal8Bit());
     Application application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("keo-test"));
     Test test;

@@ -92,6 +92,7 @@ private Q_SLOTS:
     void typedExpressions();
     void unitIsEdited();
     void findingsLeadToTheirPlaces();
+    void stripShowsWholeRows();
     void valuesAreCopied();
     void expressionsAreCopied();
     void cellsShowWhole();
@@ -383,6 +384,29 @@ void tst_ConfigPage::findingsLeadToTheirPlaces()
                                  Qt::CheckStateRole);
     QTRY_VERIFY2(!line("M10"), qPrintable(page.told()));
     QVERIFY2(page.strip->isHidden() == page.told().isEmpty(), qPrintable(page.told()));
+}
+
+void tst_ConfigPage::stripShowsWholeRows()
+{
+    for (const int width : {900, 450, 300}) {
+        Page page;
+        page.core.expressions = QStringList{"M0&!M0", "M0&&", "M9", "M1|!M1", "!M10&M10", "M8"};
+        page.show();
+        page.widget.resize(width, 500);
+        QCoreApplication::processEvents();
+        QStringList whole;
+        const QRect seen = page.strip->viewport()->rect();
+        for (int row = 0; row < page.strip->count(); ++row) {
+            const QRect place = page.strip->visualItemRect(page.strip->item(row));
+            if (seen.intersects(place))
+                QVERIFY2(seen.top() <= place.top() && place.bottom() <= seen.bottom(),
+                         qPrintable(page.strip->item(row)->text()));
+            if (seen.intersects(place))
+                whole.append(page.strip->item(row)->text());
+        }
+        QVERIFY(!whole.isEmpty() && whole.size() < page.strip->count()); // the others scroll
+        QVERIFY(width < 900 || whole.size() == 4);
+    }
 }
 
 void tst_ConfigPage::valuesAreCopied()

@@ -16,8 +16,10 @@
 #include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QSpinBox>
+#include <QStyleOptionComboBox>
 #include <QTreeWidget>
 
 using namespace KEO;
@@ -102,6 +104,7 @@ private Q_SLOTS:
     void valuesFromAFile();
     void namesAreNoMarkup();
     void readoutTellsWhatOkStores();
+    void textsHaveRoom();
     void pastedValues_data();
     void pastedValues();
     void goneInsideABox();
@@ -357,6 +360,32 @@ void tst_MatchUnits::namesAreNoMarkup()
     const auto *tree = opened.find<QTreeWidget>("treeSignals");
     for (const QTreeWidgetItem *item : {tree->topLevelItem(0)->child(0), tree->topLevelItem(1)})
         QCOMPARE(shownTip(item->toolTip(0)), name);
+}
+
+void tst_MatchUnits::textsHaveRoom()
+{
+    const QFont before = QApplication::font();
+    const auto restore = qScopeGuard([&] { QApplication::setFont(before); });
+    for (const int points : {9, 15}) {
+        QFont font = before;
+        font.setPointSize(points);
+        QApplication::setFont(font);
+        Opened o(128, 3, 0, QString(128, u'1'));
+        o.open();
+        const auto *type = o.find<QComboBox>("comboBoxType");
+        QStyleOptionComboBox option;
+        option.initFrom(type);
+        const QRect room = type->style()->subControlRect(QStyle::CC_ComboBox, &option,
+                                                         QStyle::SC_ComboBoxEditField, type);
+        QCOMPARE(type->currentText(), "Extended w/edges");
+        QVERIFY(type->fontMetrics().horizontalAdvance(type->currentText()) <= room.width());
+        // One value has the width of both.
+        const auto *value = o.find<QLabel>("lbStored00");
+        QVERIFY(value->width() > value->parentWidget()->width() / 2);
+        o.choose("comboBoxType", "Range w/edges");
+        o.choose("comboBoxFunc", "in range");
+        QTRY_VERIFY(value->width() <= value->parentWidget()->width() / 2);
+    }
 }
 
 void tst_MatchUnits::readoutTellsWhatOkStores()

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "captureoptions.h"
+
+#include <base/result.h>
+#include <design/design.h>
+
+#include <memory>
+#include <optional>
+
+namespace KEO {
+
+class ProgressReport;
+
+/// The design that the description of \a options is for, still without cores.
+[[nodiscard]] std::unique_ptr<Design> makeDesign(const CaptureOptions &options);
+/// Loads the description and sets the cores as the options ask. Warns in \a report of what makes
+/// samples look wrong.
+[[nodiscard]] std::optional<Error> setUp(Design &design, const CaptureOptions &options,
+                                         ProgressReport &report);
+
+} // namespace KEO
