@@ -49,9 +49,9 @@ struct WrittenOptions
 struct RunSettings
 {
     QList<TriggerOptions> cores = {}; ///< those that run; of a lite core its number alone
-    int delay = 0;               ///< ms before a lite core starts
-    QString device = {};         ///< model on which the samples depend; empty: not known
-    QStringList remarks = {};    ///< see WrittenOptions
+    int delay = 0;                    ///< ms before a lite core starts
+    QString device = {};              ///< model on which the samples depend; empty: not known
+    QStringList remarks = {};         ///< see WrittenOptions
 };
 
 } // namespace KEO
