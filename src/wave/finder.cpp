@@ -36,8 +36,9 @@ std::optional<SamplePattern::Kind> edgeNamed(const QString &text)
 void appendRows(QModelIndexList &rows, const QAbstractItemModel &model, const QModelIndex &parent)
 {
     for (int row = 0; row < model.rowCount(parent); ++row) {
-        rows.append(model.index(row, 0, parent));
-        appendRows(rows, model, rows.last());
+        const QModelIndex index = model.index(row, 0, parent);
+        rows.append(index);
+        appendRows(rows, model, index);
     }
 }
 
