@@ -192,10 +192,10 @@ QString titleOf(const DescriptionChange &change)
         title += u' ' + QString::number(change.core);
     if (!change.name.isEmpty())
         title += u' ' + quoted(change.name);
-    if (change.action != Action::Changed)
-        title += u' ' + wordOf(change.action);
     if (change.subject == Subject::Bus && change.signalCount > 1)
         title += Text::tr(" with %1 signals").arg(change.signalCount);
+    if (change.action != Action::Changed)
+        title += u' ' + wordOf(change.action);
     return title;
 }
 
@@ -223,7 +223,9 @@ QString lineOf(const DescriptionChange &change)
 
 QString placeOf(const DescriptionChange &change)
 {
-    return change.core < 0 ? Text::tr("Design") : Text::tr("Core %1").arg(change.core);
+    return change.core < 0 || change.subject == Subject::Core
+               ? Text::tr("Design")
+               : Text::tr("Core %1").arg(change.core);
 }
 
 QString summaryOf(const QList<DescriptionChange> &changes)

@@ -83,7 +83,7 @@ struct DescriptionChange
 [[nodiscard]] QString titleOf(const DescriptionChange &change);
 /// The same with the values, such as "M3: match type Basic → Range".
 [[nodiscard]] QString lineOf(const DescriptionChange &change);
-/// "Design" or "Core 1".
+/// "Core 1", or "Design" of what concerns the whole, such as a core that was added.
 [[nodiscard]] QString placeOf(const DescriptionChange &change);
 
 /// All in a line, the design's changes first and core by core; signals and settings are counted.
