@@ -1,6 +1,7 @@
 #include "captureprogram.h"
 
 #include "capturerun.h"
+#include "descriptiontask.h"
 #include "dryrun.h"
 #include "listings.h"
 #include "savedtasks.h"
@@ -27,6 +28,8 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
         return exportSaved(options, windows);
     case CaptureOptions::Task::Compare:
         return compareSaved(options, output);
+    case CaptureOptions::Task::Diff:
+        return diffDescriptions(options, output);
     case CaptureOptions::Task::Capture:
     case CaptureOptions::Task::ShowHelp:
     case CaptureOptions::Task::ShowVersion:

@@ -61,6 +61,10 @@ void tst_CaptureOptions::refuses_data()
     addRow("compare no project", "--compare a.analyzer_prj b.keo", "b.keo");
     addRow("compare and export", "--compare a.analyzer_prj --format vcd b.analyzer_prj",
            "--format");
+    addRow("diff with nothing", "--diff a.keo", "two descriptions");
+    addRow("diff of a project", "--diff a.analyzer_prj b.keo", "a.analyzer_prj");
+    addRow("diff and compare", "--diff a.keo --compare b.analyzer_prj b.keo", "--diff");
+    addRow("diff and save", "--diff a.keo --save a.analyzer_prj b.keo", "--save");
     addRow("compare and open", "--compare a.analyzer_prj --open b.analyzer_prj", "--open");
     addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
 }
