@@ -224,6 +224,11 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
     m_programmer->setDevice(family, device, fsFile);
 }
 
+void CaptureProject::setPace(const CapturePace &pace)
+{
+    m_design->manager().setPace(pace);
+}
+
 QString CaptureProject::startPreview()
 {
     QStringList lines;

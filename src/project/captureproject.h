@@ -11,6 +11,7 @@
 
 namespace KEO {
 
+struct CapturePace;
 class CommandCopy;
 class ConfigPage;
 class Design;
@@ -53,6 +54,9 @@ public:
     bool event(QEvent *event) override;
     /// Catches what the tip hands to the main window.
     bool eventFilter(QObject *watched, QEvent *event) override;
+
+    /// How fast runs ask the cable server, from the next one on.
+    void setPace(const CapturePace &pace);
 
 public Q_SLOTS:
     void onStart();
