@@ -272,6 +272,8 @@ QString AidPane::hitText() const
         return tr("%1: no hit").arg(row.name);
     const int place = m_panes.goTo->place();
     const bool isHit = place >= 0 && aidLevel(row, place) == AidLevel::Holds;
+    if (!isHit && m_hits == 1)
+        return tr("%1: 1 hit").arg(row.name);
     if (!isHit)
         return tr("%1: %2 hits").arg(row.name, QString::number(m_hits));
     return tr("%1: hit %2 of %3")
