@@ -37,6 +37,13 @@ void forEachWord(Operation operation)
         operation(i);
 }
 
+/// Whether a loop over the bits of a port can end before bit \a bit, since \a open has nothing left
+/// to decide. Looked at now and then only.
+bool isDecided(const Block &open, qsizetype bit)
+{
+    return bit % 8 == 0 && std::ranges::all_of(open, [](quint64 word) { return word == 0; });
+}
+
 /// The levels of a bit in the block from word \a first on; null was not captured.
 void readLevels(Levels &levels, const QBitArray *bits, size_t first)
 {
@@ -119,7 +126,7 @@ Outcome comparePattern(const MatchUnitWords &words, const PortBlock &port)
     const auto stays = [&](size_t i) {
         return (now.can0[i] & before.can0[i]) | (now.can1[i] & before.can1[i]);
     };
-    for (qsizetype bit = 0; bit < words.compareWord.size(); ++bit) {
+    for (qsizetype bit = 0; bit < words.compareWord.size() && !isDecided(all.canHold, bit); ++bit) {
         const bool compare = words.compareWord.testBit(bit);
         const bool mask = words.maskWord.testBit(bit);
         const bool edge = words.edgeWord.testBit(bit);
@@ -160,7 +167,7 @@ Order compareBound(const QBitArray &bound, const PortBlock &port)
     order.equal.fill(kAll);
     order.above.fill(0);
     Levels now;
-    for (qsizetype bit = 0; bit < bound.size(); ++bit) {
+    for (qsizetype bit = 0; bit < bound.size() && !isDecided(order.equal, bit); ++bit) {
         port.read(now, bit);
         const bool one = bound.testBit(bit);
         const Block &same = one ? now.can1 : now.can0;
