@@ -2,6 +2,7 @@
 
 #include "triggeroptionreader.h"
 
+#include <capture/capturepace.h>
 #include <design/recoverystore.h>
 
 #include <QCommandLineParser>
@@ -183,6 +184,15 @@ std::optional<Error> readDelay(CaptureOptions &options, Values values)
     return {};
 }
 
+std::optional<Error> readPace(CaptureOptions &options, Values values)
+{
+    const auto pace = numberList("pace", {values.last()}, CapturePace::kMaxSectionPause);
+    if (!pace)
+        return pace.error();
+    options.pace = pace->first();
+    return {};
+}
+
 std::optional<Error> readRounds(CaptureOptions &options, Values values)
 {
     bool ok = false;
@@ -280,6 +290,11 @@ const QList<OptionRow> &optionTable()
          [](O &options, Values values) {
              return store(options.timeout, milliseconds("timeout", values.last()));
          }},
+        {"pace", "MS",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Pause of MS milliseconds between sections, for a slow cable; "
+                           "default 0."),
+         kCapture, readPace},
         {"auto", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Capture N rounds, each exported under its own number."),

@@ -39,6 +39,7 @@ struct CaptureOptions
     QList<TriggerOptions> triggers;   ///< of cores named once each; none with --open
     QList<int> chain{0};              ///< instruction codes, 0 for the target
     std::optional<int> delay;         ///< ms before a lite core starts
+    int pace = 0;                     ///< ms between two sections of the capture memory
     std::optional<qint64> forceAfter; ///< ms
     std::optional<qint64> timeout;    ///< ms
     std::optional<int> autoRounds;

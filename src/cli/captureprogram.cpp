@@ -21,7 +21,7 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
     WindowExport windows(options, drawPicture, output, report);
     switch (options.task) {
     case CaptureOptions::Task::ListCables:
-        return listCables(output);
+        return listCables(options, output);
     case CaptureOptions::Task::ListRecovery:
         return listRecovery(output);
     case CaptureOptions::Task::ExportSaved:

@@ -37,6 +37,7 @@ void tst_CaptureOptions::refuses_data()
     addRow("core not a number", "--core x a.keo", "\"x\"");
     addRow("core out of range", "--core 16 a.keo", "\"16\"");
     addRow("chain with a gap", "--chain 0,,8 a.keo", "chain");
+    addRow("pause too long", "--pace 10001 a.keo", "10000");
     addRow("delay too long", "--delay 3600001 a.keo", "3600000");
     addRow("time zero", "--timeout 0 a.keo", "timeout");
     addRow("time not finite", "--timeout nan a.keo", "nan");
