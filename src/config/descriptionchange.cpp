@@ -169,6 +169,16 @@ QStringList countedParts(const QList<DescriptionChange> &changes)
     return parts;
 }
 
+// Of one place in the summary. What is more, or longer, is for the list.
+constexpr qsizetype kMaxParts = 6;
+constexpr qsizetype kMaxPartLength = 60;
+
+QString summaryPart(const DescriptionChange &change)
+{
+    const QString line = lineOf(change);
+    return line.size() > kMaxPartLength ? titleOf(change) : line;
+}
+
 } // namespace
 
 QString nameOf(Subject subject)
@@ -243,7 +253,11 @@ QString summaryOf(const QList<DescriptionChange> &changes)
         QStringList parts = countedParts(*core);
         for (const DescriptionChange &change : *core) {
             if (!isCounted(change))
-                parts.append(lineOf(change));
+                parts.append(summaryPart(change));
+        }
+        if (const qsizetype more = parts.size() - kMaxParts; more > 0) {
+            parts.resize(kMaxParts);
+            parts.append(Text::tr("%1 more").arg(more));
         }
         const QString joined = parts.join(QLatin1String(", "));
         places.append(core.key() < 0

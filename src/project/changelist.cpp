@@ -22,7 +22,8 @@ constexpr int kTitle = 0;
 constexpr int kBefore = 1;
 constexpr int kAfter = 2;
 constexpr QSize kSize(640, 400);
-constexpr int kGreatestTitleWidth = 320;
+constexpr int kLeastWidth = 140; // of the columns but the last, in pixels
+constexpr int kGreatestWidth = 280;
 constexpr int kLineRole = Qt::UserRole; // what a line is as text
 
 QString groupOf(const DescriptionChange &change)
@@ -99,10 +100,11 @@ void ChangeList::setChanges(const QList<DescriptionChange> &changes)
     for (QTreeWidgetItem *group : designs + settings)
         group->setFirstColumnSpanned(true);
     m_tree->expandAll();
-    m_tree->resizeColumnToContents(kTitle);
-    m_tree->setColumnWidth(kTitle, std::min(m_tree->columnWidth(kTitle), kGreatestTitleWidth));
-    m_tree->resizeColumnToContents(kBefore);
-    m_tree->setColumnWidth(kBefore, std::min(m_tree->columnWidth(kBefore), kSize.width() / 3));
+    for (const int column : {kTitle, kBefore}) {
+        m_tree->resizeColumnToContents(column);
+        m_tree->setColumnWidth(
+            column, std::clamp(m_tree->columnWidth(column), kLeastWidth, kGreatestWidth));
+    }
     if (m_tree->topLevelItemCount() > 0)
         m_tree->setCurrentItem(m_tree->topLevelItem(0), kTitle, QItemSelectionModel::NoUpdate);
     m_tree->setFocus();

@@ -552,6 +552,10 @@ void tst_DescriptionDiff::summaries()
     QCOMPARE(summary(description(2048, {"x", "b", "y", "c"}, 2)),
              "core 0: signals: 1 added, 1 renamed; core 1: port 2: 1 added, 1 renamed, memory "
              "1024 \u2192 2048; settings in the file: 1 changed");
+    LoadedDescription many = description(1024, {"a", "b", "c"}, 1);
+    for (const auto &unit : many.standard[1]->matchUnits)
+        unit->match_type = MatchType::Range;
+    QVERIFY(summary(many).endsWith("M5: match type Basic \u2192 Range, 10 more"));
     LoadedDescription fewer = description(1024, {"b"}, 1);
     fewer.standard.pop_back();
     QCOMPARE(summary(fewer), "core 1 removed: signals: 0; core 0: signals: 2 removed");
