@@ -23,6 +23,7 @@ class RecoveryKeeper;
 class RunControl;
 class RunStatus;
 class RunToolBar;
+class SetupCarrier;
 class StatusLine;
 
 /// A design with its page in the main window: puts the parts of a project together and says what
@@ -46,6 +47,8 @@ public:
     bool openFile(const QString &path) final;
     [[nodiscard]] QString refusal() const final;
     void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
+    [[nodiscard]] std::shared_ptr<const ProjectSetup> setup() final;
+    void takeOver(const ProjectSetup &setup) final;
     [[nodiscard]] QString startPreview() final;
     void stopReading() final;
 
@@ -127,6 +130,7 @@ private:
     ProjectFiles *m_files;                // child
     CommandCopy *m_command;               // child
     RecoveryKeeper *m_recovery;           // child
+    SetupCarrier *m_carrier;              // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

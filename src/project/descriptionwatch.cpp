@@ -65,7 +65,7 @@ void DescriptionWatch::setButtonsEnabled(bool isEnabled) const
     if (!m_page)
         return;
     for (ReloadBanner *banner : m_page->findChildren<ReloadBanner *>())
-        banner->setButtonEnabled(isEnabled);
+        banner->setButtonsEnabled(isEnabled);
 }
 
 void DescriptionWatch::onFileChanged(const QString &path)
@@ -92,6 +92,7 @@ void DescriptionWatch::addBanner(int mode, const QString &path)
         return;
     m_reloadBanner = new ReloadBanner(mode, path, m_page);
     connect(m_reloadBanner, &ReloadBanner::reload, this, &DescriptionWatch::onReloadKeoFile);
+    connect(m_reloadBanner, &ReloadBanner::reloadAndKeep, this, &DescriptionWatch::onReloadAndKeep);
     connect(m_reloadBanner, &ReloadBanner::closeIt, this, &DescriptionWatch::onBannerClose);
     layout->insertWidget(0, m_reloadBanner);
     markTab(true);
@@ -147,6 +148,16 @@ void DescriptionWatch::removeBanner(ReloadBanner *banner) const
 
 void DescriptionWatch::onReloadKeoFile()
 {
+    reload(&DescriptionWatch::reopenRequested);
+}
+
+void DescriptionWatch::onReloadAndKeep()
+{
+    reload(&DescriptionWatch::reopenAndKeepRequested);
+}
+
+void DescriptionWatch::reload(Reopen request)
+{
     if (m_isBusy())
         return;
     removeBanner(std::exchange(m_reloadBanner, nullptr));
@@ -156,7 +167,7 @@ void DescriptionWatch::onReloadKeoFile()
     const QPointer<DescriptionWatch> self(this);
     const QString path = m_keoFilePath;
     if (QFileInfo::exists(path))
-        Q_EMIT reopenRequested(path);
+        Q_EMIT(this->*request)(path);
     if (self)
         Q_EMIT reloaded();
 }

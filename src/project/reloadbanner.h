@@ -7,7 +7,7 @@ class QPushButton;
 namespace KEO {
 
 /// A strip above a project's page that tells what happened to its core description on disk, with
-/// one button to act on it. Acts on nothing itself.
+/// buttons to act on it. Acts on nothing itself.
 class ReloadBanner final : public QWidget
 {
     Q_OBJECT
@@ -21,10 +21,11 @@ public:
     /// \a path stands in the message. Any other mode gives a strip without texts.
     ReloadBanner(int mode, const QString &path, QWidget *parent = nullptr);
 
-    void setButtonEnabled(bool isEnabled);
+    void setButtonsEnabled(bool isEnabled);
 
 Q_SIGNALS:
     void reload();
+    void reloadAndKeep();
     void closeIt();
     // For a strip with a way to dismiss it, which this one has not.
     void cancel();
@@ -35,6 +36,7 @@ protected:
 
 private:
     QPushButton *m_button; // child
+    QPushButton *m_keep;   // child; hidden unless it offers to reload
 };
 
 } // namespace KEO
