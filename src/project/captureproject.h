@@ -24,6 +24,7 @@ class RecoveryKeeper;
 class RunControl;
 class RunStatus;
 class RunToolBar;
+class SetupCarrier;
 class StatusLine;
 class TriggerRehearsal;
 
@@ -48,6 +49,8 @@ public:
     bool openFile(const QString &path) final;
     [[nodiscard]] QString refusal() const final;
     void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
+    [[nodiscard]] std::shared_ptr<const ProjectSetup> setup() final;
+    void takeOver(const ProjectSetup &setup) final;
     [[nodiscard]] QString startPreview() final;
     void stopReading() final;
 
@@ -133,6 +136,7 @@ private:
     CommandCopy *m_command;               // child
     RecoveryKeeper *m_recovery;           // child
     TriggerRehearsal *m_rehearsal;        // child
+    SetupCarrier *m_carrier;              // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

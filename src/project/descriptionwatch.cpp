@@ -86,7 +86,7 @@ void DescriptionWatch::setButtonsEnabled(bool isEnabled) const
     if (!m_page)
         return;
     for (ReloadBanner *banner : m_page->findChildren<ReloadBanner *>())
-        banner->setButtonEnabled(isEnabled);
+        banner->setButtonsEnabled(isEnabled);
 }
 
 void DescriptionWatch::onFileChanged(const QString &path)
@@ -113,6 +113,7 @@ void DescriptionWatch::addBanner(int mode, const QString &path)
         return;
     m_reloadBanner = new ReloadBanner(mode, path, m_page);
     connect(m_reloadBanner, &ReloadBanner::reload, this, &DescriptionWatch::onReloadKeoFile);
+    connect(m_reloadBanner, &ReloadBanner::reloadAndKeep, this, &DescriptionWatch::onReloadAndKeep);
     connect(m_reloadBanner, &ReloadBanner::closeIt, this, &DescriptionWatch::onBannerClose);
     connect(m_reloadBanner, &ReloadBanner::detailsAsked, this, &DescriptionWatch::showChanges);
     if (mode == ReloadBanner::Changed)
@@ -197,6 +198,16 @@ void DescriptionWatch::removeBanner(ReloadBanner *banner) const
 
 void DescriptionWatch::onReloadKeoFile()
 {
+    reload(&DescriptionWatch::reopenRequested);
+}
+
+void DescriptionWatch::onReloadAndKeep()
+{
+    reload(&DescriptionWatch::reopenAndKeepRequested);
+}
+
+void DescriptionWatch::reload(Reopen request)
+{
     if (m_isBusy())
         return;
     removeBanner(std::exchange(m_reloadBanner, nullptr));
@@ -206,7 +217,7 @@ void DescriptionWatch::onReloadKeoFile()
     const QPointer<DescriptionWatch> self(this);
     const QString path = m_keoFilePath;
     if (QFileInfo::exists(path))
-        Q_EMIT reopenRequested(path);
+        Q_EMIT(this->*request)(path);
     if (self)
         Q_EMIT reloaded();
 }

@@ -50,6 +50,7 @@ public Q_SLOTS:
     void onFileChanged(const QString &path);
     // These two do nothing during a capture, and the banner stays.
     void onReloadKeoFile();
+    void onReloadAndKeep();
     void onBannerClose();
     /// Takes the banner away and goes on watching.
     void onBannerCancel();
@@ -59,8 +60,10 @@ public Q_SLOTS:
 Q_SIGNALS:
     /// Open the description anew; it exists.
     void reopenRequested(const QString &keoFilePath);
-    /// The user pressed Reload, and the description has been opened anew if it exists: a new
-    /// download is for the user to decide.
+    /// The same, with what the user has set and arranged.
+    void reopenAndKeepRequested(const QString &keoFilePath);
+    /// The user pressed one of the two buttons, and the description has been opened anew if it
+    /// exists: a new download is for the user to decide.
     void reloaded();
     void closeRequested();
 
@@ -68,6 +71,8 @@ private:
     void addBanner(int mode, const QString &path);
     void tellChanges(ReloadBanner &banner);
     void showChanges();
+    using Reopen = void (DescriptionWatch::*)(const QString &);
+    void reload(Reopen request);
     void removeBanners() const;
     void removeBanner(ReloadBanner *banner) const;
     void markTab(bool isMarked) const;

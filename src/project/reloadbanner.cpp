@@ -73,16 +73,29 @@ private:
     QString m_path;
 };
 
+QString keepTip()
+{
+    return ReloadBanner::tr(
+        "The trigger and the arrangement of the waves go along as far as the new design holds "
+        "them");
+}
+
 } // namespace
 
 ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     : QWidget(parent),
       m_details(named(new ElidedLabel, "labelDetails")),
       m_detailButton(named(new QPushButton(tr("&What changed...")), "buttonDetails")),
-      m_button(new QPushButton)
+      m_button(new QPushButton),
+      m_keep(new QPushButton)
 {
     setObjectName(QStringLiteral("reloadBanner"));
     m_button->setObjectName(QStringLiteral("btnA"));
+    m_keep->setObjectName(QStringLiteral("btnKeep"));
+    m_keep->setText(tr("Reload and &keep settings"));
+    m_keep->setToolTip(keepTip());
+    m_keep->setVisible(mode == Changed);
+    connect(m_keep, &QPushButton::clicked, this, &ReloadBanner::reloadAndKeep);
     auto *labelFile = new PathLabel;
     labelFile->setObjectName(QStringLiteral("labelFile"));
     QFont bold = labelFile->font();
@@ -114,14 +127,18 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     layout->addWidget(sign);
     layout->addLayout(texts);
     layout->addStretch();
+    buttons->addWidget(m_keep);
     layout->addLayout(buttons);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
-void ReloadBanner::setButtonEnabled(bool isEnabled)
+void ReloadBanner::setButtonsEnabled(bool isEnabled)
 {
+    const QString busy = tr("Not while a capture is running");
     m_button->setEnabled(isEnabled);
-    m_button->setToolTip(isEnabled ? QString() : tr("Not while a capture is running"));
+    m_button->setToolTip(isEnabled ? QString() : busy);
+    m_keep->setEnabled(isEnabled);
+    m_keep->setToolTip(isEnabled ? keepTip() : busy);
 }
 
 void ReloadBanner::setDetails(const QString &line, bool hasMore)

@@ -9,7 +9,7 @@ class QPushButton;
 namespace KEO {
 
 /// A strip above a project's page that tells what happened to its core description on disk, with
-/// a button to act on it, and in a second line what is different in it. Acts on nothing itself.
+/// buttons to act on it, and in a second line what is different in it. Acts on nothing itself.
 class ReloadBanner final : public QWidget
 {
     Q_OBJECT
@@ -23,13 +23,14 @@ public:
     /// \a path stands in the message. Any other mode gives a strip without texts.
     ReloadBanner(int mode, const QString &path, QWidget *parent = nullptr);
 
-    void setButtonEnabled(bool isEnabled);
+    void setButtonsEnabled(bool isEnabled);
     /// Tells \a line below the message, shortened where there is no room. With \a hasMore there is
     /// a button that asks for more of it.
     void setDetails(const QString &line, bool hasMore);
 
 Q_SIGNALS:
     void reload();
+    void reloadAndKeep();
     void closeIt();
     /// The user asks for more than the line below the message.
     void detailsAsked();
@@ -44,6 +45,7 @@ private:
     QLabel *m_details;           // child; hidden without details
     QPushButton *m_detailButton; // child; hidden if there is no more to show
     QPushButton *m_button;       // child
+    QPushButton *m_keep;         // child; hidden unless it offers to reload
 };
 
 } // namespace KEO
