@@ -24,6 +24,7 @@ class RunControl;
 class RunStatus;
 class RunToolBar;
 class StatusLine;
+class TriggerRehearsal;
 
 /// A design with its page in the main window: puts the parts of a project together and says what
 /// is enabled. The kinds of project differ in their design and their page.
@@ -127,6 +128,7 @@ private:
     ProjectFiles *m_files;                // child
     CommandCopy *m_command;               // child
     RecoveryKeeper *m_recovery;           // child
+    TriggerRehearsal *m_rehearsal;        // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };
