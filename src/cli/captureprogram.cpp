@@ -6,6 +6,7 @@
 #include "savedtasks.h"
 
 #include <link/jtagsession.h>
+#include <version/version.h>
 
 #include <utility>
 
@@ -46,7 +47,7 @@ ExitStatus runCaptureProgram(const CaptureOptions &options, const PictureWriter 
         ResultOutput text(false);
         text.line(options.task == Task::ShowHelp
                       ? options.helpText
-                      : QStringLiteral("signalscope-capture " SIGNALSCOPE_VERSION));
+                      : QStringLiteral("signalscope-capture ") + versionText());
         return text.finish({});
     }
     ResultOutput output(options.json);
