@@ -11,6 +11,7 @@
 #include "runstatus.h"
 #include "runtoolbar.h"
 #include "statusline.h"
+#include "triggerrehearsal.h"
 #include "waitingtip.h"
 
 #include <capture/registerpreview.h>
@@ -51,12 +52,14 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     m_files = new ProjectFiles(parts, this);
     m_command = new CommandCopy(parts, this);
     m_recovery = new RecoveryKeeper(parts, *m_files, this);
+    m_rehearsal = new TriggerRehearsal(parts, this);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
     connect(m_files, &ProjectFiles::saved, m_recovery, &RecoveryKeeper::saved);
     connect(m_recovery, &RecoveryKeeper::told, this, &CaptureProject::told);
     connect(m_run, &RunControl::shown, m_recovery, &RecoveryKeeper::captured);
     connect(m_run, &RunControl::wavesGoing, m_recovery, &RecoveryKeeper::finish);
     connect(m_run, &RunControl::shown, m_runStatus, &RunStatus::countWindow);
+    connect(m_run, &RunControl::shown, m_rehearsal, &TriggerRehearsal::followWindows);
     connect(this, &CaptureProject::told, m_status, &StatusLine::tell);
     connect(m_command->action(), &QAction::triggered, this, &CaptureProject::onCopyCommand);
     connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
@@ -145,6 +148,7 @@ void CaptureProject::setupProject(QWidget *mainWindow)
     if (tabs)
         tabs->addTab(m_tab, m_page->title());
     m_waveTabs.enterWindow(mainWindow, tabs, m_tab);
+    m_rehearsal->enter(*m_tab, mainWindow, tabs);
     m_status->enter(mainWindow ? mainWindow->findChild<QStatusBar *>() : nullptr);
     m_runStatus->clear();
     updateConnections();
@@ -178,6 +182,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     if (QWidget *window = m_boxes->window())
         window->removeEventFilter(this);
     m_command->leave();
+    m_rehearsal->leave();
     tabWidgetGetter = nullptr;
     toolBarGetter = nullptr;
     openActionGetter = nullptr;
@@ -196,6 +201,7 @@ bool CaptureProject::openFile(const QString &path)
         updateActions();
         if (m_files->recovered())
             m_recovery->opened(*m_files->recovered());
+        m_rehearsal->followWindows();
         followFile();
     }
     return isOpened;
@@ -222,6 +228,11 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
     m_design->manager().setDeviceName(device);
     updateConnections();
     m_programmer->setDevice(family, device, fsFile);
+}
+
+void CaptureProject::setPace(const CapturePace &pace)
+{
+    m_design->manager().setPace(pace);
 }
 
 QString CaptureProject::startPreview()

@@ -11,6 +11,7 @@
 
 namespace KEO {
 
+struct CapturePace;
 class CommandCopy;
 class ConfigPage;
 class Design;
@@ -24,6 +25,7 @@ class RunControl;
 class RunStatus;
 class RunToolBar;
 class StatusLine;
+class TriggerRehearsal;
 
 /// A design with its page in the main window: puts the parts of a project together and says what
 /// is enabled. The kinds of project differ in their design and their page.
@@ -53,6 +55,9 @@ public:
     bool event(QEvent *event) override;
     /// Catches what the tip hands to the main window.
     bool eventFilter(QObject *watched, QEvent *event) override;
+
+    /// How fast runs ask the cable server, from the next one on.
+    void setPace(const CapturePace &pace);
 
 public Q_SLOTS:
     void onStart();
@@ -127,6 +132,7 @@ private:
     ProjectFiles *m_files;                // child
     CommandCopy *m_command;               // child
     RecoveryKeeper *m_recovery;           // child
+    TriggerRehearsal *m_rehearsal;        // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

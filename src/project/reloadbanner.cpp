@@ -1,6 +1,8 @@
 #include "reloadbanner.h"
 
 #include <widgets/colormix.h>
+#include <widgets/elidedlabel.h>
+#include <widgets/formwidgets.h>
 #include <widgets/plaintip.h>
 
 #include <QHBoxLayout>
@@ -8,6 +10,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QStyle>
+#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -73,7 +76,10 @@ private:
 } // namespace
 
 ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
-    : QWidget(parent), m_button(new QPushButton)
+    : QWidget(parent),
+      m_details(named(new ElidedLabel, "labelDetails")),
+      m_detailButton(named(new QPushButton(tr("&What changed...")), "buttonDetails")),
+      m_button(new QPushButton)
 {
     setObjectName(QStringLiteral("reloadBanner"));
     m_button->setObjectName(QStringLiteral("btnA"));
@@ -96,10 +102,19 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     auto *sign = new QLabel;
     sign->setPixmap(QPixmap(QStringLiteral(":/keo/image/warning.png")));
     auto *layout = new QHBoxLayout(this);
+    auto *texts = new QVBoxLayout;
+    texts->addWidget(labelFile);
+    texts->addWidget(m_details);
+    m_details->hide();
+    m_detailButton->hide();
+    connect(m_detailButton, &QPushButton::clicked, this, &ReloadBanner::detailsAsked);
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(m_detailButton);
+    buttons->addWidget(m_button);
     layout->addWidget(sign);
-    layout->addWidget(labelFile);
+    layout->addLayout(texts);
     layout->addStretch();
-    layout->addWidget(m_button);
+    layout->addLayout(buttons);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
@@ -107,6 +122,13 @@ void ReloadBanner::setButtonEnabled(bool isEnabled)
 {
     m_button->setEnabled(isEnabled);
     m_button->setToolTip(isEnabled ? QString() : tr("Not while a capture is running"));
+}
+
+void ReloadBanner::setDetails(const QString &line, bool hasMore)
+{
+    m_details->setText(line);
+    m_details->setVisible(!line.isEmpty());
+    m_detailButton->setVisible(hasMore);
 }
 
 void ReloadBanner::paintEvent(QPaintEvent *)
