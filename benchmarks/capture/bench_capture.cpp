@@ -2,6 +2,7 @@
 #include <capture/registerimage.h>
 #include <capture/samplecutter.h>
 #include <capture/triggercheck.h>
+#include <capture/triggerevaluation.h>
 #include <trigger/truthtable.h>
 
 #include <benchmark/benchmark.h>
@@ -105,6 +106,63 @@ void triggerCheck(benchmark::State &state)
 BENCHMARK(triggerCheck)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 constexpr qsizetype kRows = 65'536;
+
+/// 256 signals of random samples, each called by its number.
+QList<QBitArray> randomSignals(CoreConfig &core)
+{
+    std::mt19937_64 random(7);
+    std::vector<quint64> noise(kRows / 64);
+    QList<QBitArray> samples;
+    for (int i = 0; i < 256; ++i) {
+        core.signals.append({QString::number(i), {}, {}});
+        for (quint64 &word : noise)
+            word = random();
+        samples.append(QBitArray::fromBits(reinterpret_cast<const char *>(noise.data()), kRows));
+    }
+    return samples;
+}
+
+/// What a set-up would have triggered on: 16 units and 16 expressions over all of them, 65,536
+/// samples of 256 signals. The ports have 16 signals each, or, range(0), are all the same with 256,
+/// compared with patterns, orders and ranges in turn. With range(1), the last 64
+/// signals were not captured.
+void triggerEvaluation(benchmark::State &state)
+{
+    CoreConfig core;
+    useAllUnits(core);
+    const QList<QBitArray> samples = randomSignals(core);
+    QStringList names = core.flatSignalNames();
+    std::mt19937 random(7);
+    for (int i = 0; i < CoreConfig::kUnits; ++i) {
+        core.triggers[size_t(i)]->signals =
+            state.range(0) ? core.signals : core.signals.mid(i * 16, 16);
+        MatchUnit &unit = *core.matchUnits[size_t(i)];
+        unit.match_type = MatchType::RangeWithEdges;
+        unit.func = MatchFunction(i % 8);
+        unit.counter_enable = true;
+        unit.counter = i + 1;
+        unit.countinuous = i % 3 == 0;
+        const qsizetype width = core.triggers[size_t(i)]->signals.size();
+        for (qsizetype bit = 0; bit < width; ++bit) {
+            unit.value0 += isEqualityFunction(unit.func) ? QStringLiteral("XXXXXR01")[random() % 8]
+                                                         : QStringLiteral("01")[random() % 2];
+            unit.value1 += u'1';
+        }
+    }
+    core.expressions = QStringList(16, core.expressions.first());
+    core.expressionEnabled = QList<bool>(16, true);
+    for (qsizetype i = 192; state.range(1) && i < names.size(); ++i)
+        names[i].clear();
+    TriggerEvaluation evaluation;
+    for (auto _ : state) {
+        const PortSamples ports(core, names, samples);
+        evaluation = evaluateTrigger(triggerProgram(core), ports);
+    }
+    const qsizetype known = setSamples(evaluation.trigger.known);
+    if (evaluation.expressions.size() != 16 || known == 0 || known == kRows)
+        state.SkipWithError("nothing, or all, is known");
+}
+BENCHMARK(triggerEvaluation)->ArgsProduct({{0, 1}, {0, 1}})->Unit(benchmark::kMillisecond);
 
 /// The position of a bit of row \a row (row 0 is the last one) in sections of 128 rows.
 struct BitPlace

@@ -20,6 +20,7 @@ struct CaptureOptions
         Capture,
         ExportSaved,
         Compare,
+        Diff,
         ListCables,
         ListRecovery,
         ShowHelp,
@@ -27,9 +28,10 @@ struct CaptureOptions
     };
 
     Task task = Task::Capture;
-    /// Core description, or the project of ExportSaved or the first one of Compare; absolute path.
+    /// Core description, of Diff the older one, or the project of ExportSaved or the first one of
+    /// Compare; absolute path.
     QString file;
-    QString otherFile; ///< second project of Compare, absolute path
+    QString otherFile; ///< second project of Compare or description of Diff, absolute path
     QString project;   ///< project file to save, absolute path; empty: none
     QString device;    ///< device model; may be empty
     QString cable;     ///< cable name; empty means the first that answers
@@ -37,6 +39,7 @@ struct CaptureOptions
     QList<TriggerOptions> triggers;   ///< of cores named once each; none with --open
     QList<int> chain{0};              ///< instruction codes, 0 for the target
     std::optional<int> delay;         ///< ms before a lite core starts
+    int pace = 0;                     ///< ms between two sections of the capture memory
     std::optional<qint64> forceAfter; ///< ms
     std::optional<qint64> timeout;    ///< ms
     std::optional<int> autoRounds;

@@ -1,6 +1,7 @@
 #include "captureprogram.h"
 
 #include "capturerun.h"
+#include "descriptiontask.h"
 #include "dryrun.h"
 #include "listings.h"
 #include "savedtasks.h"
@@ -20,13 +21,15 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
     WindowExport windows(options, drawPicture, output, report);
     switch (options.task) {
     case CaptureOptions::Task::ListCables:
-        return listCables(output);
+        return listCables(options, output);
     case CaptureOptions::Task::ListRecovery:
         return listRecovery(output);
     case CaptureOptions::Task::ExportSaved:
         return exportSaved(options, windows);
     case CaptureOptions::Task::Compare:
         return compareSaved(options, output);
+    case CaptureOptions::Task::Diff:
+        return diffDescriptions(options, output);
     case CaptureOptions::Task::Capture:
     case CaptureOptions::Task::ShowHelp:
     case CaptureOptions::Task::ShowVersion:

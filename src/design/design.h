@@ -23,6 +23,8 @@
 
 namespace KEO {
 
+struct CoreConfig;
+
 /// The cores of one description, the runs on them and what may be done with their captures: all
 /// that the kinds of core differ in, without a window. Owns the data manager and with it the core
 /// records. See CaptureManager for threads and for what may happen inside its signals.
@@ -96,6 +98,8 @@ public:
     [[nodiscard]] virtual std::optional<CapturedWindow> take(int core, int window,
                                                              const QString &deviceModel) = 0;
 
+    /// The core with that number if it has a trigger, else null. Borrowed until the next load.
+    [[nodiscard]] virtual const CoreConfig *triggerCore(int) const { return nullptr; }
     /// What an export tells of the core with that number; of an unknown one, its number.
     [[nodiscard]] virtual ExportCore exportCore(int core) const = 0;
     /// The user has named the signals of a core, by flat position.

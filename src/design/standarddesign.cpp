@@ -172,6 +172,11 @@ std::optional<CapturedWindow> StandardDesign::take(int core, int window, const Q
                           extractSignalData(config, sections)};
 }
 
+const CoreConfig *StandardDesign::triggerCore(int core) const
+{
+    return m_manager.coreByIndex(core);
+}
+
 ExportCore StandardDesign::exportCore(int core) const
 {
     const CoreConfig *config = m_manager.coreByIndex(core);

@@ -12,6 +12,7 @@
 #include "runtoolbar.h"
 #include "setupcarrier.h"
 #include "statusline.h"
+#include "triggerrehearsal.h"
 #include "waitingtip.h"
 
 #include <capture/registerpreview.h>
@@ -54,12 +55,14 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     m_recovery = new RecoveryKeeper(parts, *m_files, this);
     m_carrier = new SetupCarrier(parts, this);
     connect(m_carrier, &SetupCarrier::told, this, &CaptureProject::told);
+    m_rehearsal = new TriggerRehearsal(parts, this);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
     connect(m_files, &ProjectFiles::saved, m_recovery, &RecoveryKeeper::saved);
     connect(m_recovery, &RecoveryKeeper::told, this, &CaptureProject::told);
     connect(m_run, &RunControl::shown, m_recovery, &RecoveryKeeper::captured);
     connect(m_run, &RunControl::wavesGoing, m_recovery, &RecoveryKeeper::finish);
     connect(m_run, &RunControl::shown, m_runStatus, &RunStatus::countWindow);
+    connect(m_run, &RunControl::shown, m_rehearsal, &TriggerRehearsal::followWindows);
     connect(this, &CaptureProject::told, m_status, &StatusLine::tell);
     connect(m_command->action(), &QAction::triggered, this, &CaptureProject::onCopyCommand);
     connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
@@ -152,6 +155,7 @@ void CaptureProject::setupProject(QWidget *mainWindow)
     if (tabs)
         tabs->addTab(m_tab, m_page->title());
     m_waveTabs.enterWindow(mainWindow, tabs, m_tab);
+    m_rehearsal->enter(*m_tab, mainWindow, tabs);
     m_status->enter(mainWindow ? mainWindow->findChild<QStatusBar *>() : nullptr);
     m_runStatus->clear();
     updateConnections();
@@ -186,6 +190,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     if (QWidget *window = m_boxes->window())
         window->removeEventFilter(this);
     m_command->leave();
+    m_rehearsal->leave();
     tabWidgetGetter = nullptr;
     toolBarGetter = nullptr;
     openActionGetter = nullptr;
@@ -204,6 +209,7 @@ bool CaptureProject::openFile(const QString &path)
         updateActions();
         if (m_files->recovered())
             m_recovery->opened(*m_files->recovered());
+        m_rehearsal->followWindows();
         followFile();
     }
     return isOpened;
@@ -241,6 +247,11 @@ void CaptureProject::takeOver(const ProjectSetup &setup)
 {
     m_carrier->give(setup);
     updateActions();
+}
+
+void CaptureProject::setPace(const CapturePace &pace)
+{
+    m_design->manager().setPace(pace);
 }
 
 QString CaptureProject::startPreview()

@@ -11,6 +11,7 @@
 
 namespace KEO {
 
+struct CapturePace;
 class CommandCopy;
 class ConfigPage;
 class Design;
@@ -25,6 +26,7 @@ class RunStatus;
 class RunToolBar;
 class SetupCarrier;
 class StatusLine;
+class TriggerRehearsal;
 
 /// A design with its page in the main window: puts the parts of a project together and says what
 /// is enabled. The kinds of project differ in their design and their page.
@@ -56,6 +58,9 @@ public:
     bool event(QEvent *event) override;
     /// Catches what the tip hands to the main window.
     bool eventFilter(QObject *watched, QEvent *event) override;
+
+    /// How fast runs ask the cable server, from the next one on.
+    void setPace(const CapturePace &pace);
 
 public Q_SLOTS:
     void onStart();
@@ -131,6 +136,7 @@ private:
     CommandCopy *m_command;               // child
     RecoveryKeeper *m_recovery;           // child
     SetupCarrier *m_carrier;              // child
+    TriggerRehearsal *m_rehearsal;        // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

@@ -1,6 +1,8 @@
 #include "reloadbanner.h"
 
 #include <widgets/colormix.h>
+#include <widgets/elidedlabel.h>
+#include <widgets/formwidgets.h>
 #include <widgets/plaintip.h>
 
 #include <QHBoxLayout>
@@ -8,6 +10,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QStyle>
+#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -80,14 +83,17 @@ QString keepTip()
 } // namespace
 
 ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
-    : QWidget(parent), m_button(new QPushButton), m_keep(new QPushButton)
+    : QWidget(parent),
+      m_details(named(new ElidedLabel, "labelDetails")),
+      m_detailButton(named(new QPushButton(tr("&What changed...")), "buttonDetails")),
+      m_button(new QPushButton),
+      m_keep(new QPushButton)
 {
     setObjectName(QStringLiteral("reloadBanner"));
     m_button->setObjectName(QStringLiteral("btnA"));
     m_keep->setObjectName(QStringLiteral("btnKeep"));
     m_keep->setText(tr("Reload and &keep settings"));
     m_keep->setToolTip(keepTip());
-    m_keep->setVisible(mode == Changed);
     connect(m_keep, &QPushButton::clicked, this, &ReloadBanner::reloadAndKeep);
     auto *labelFile = new PathLabel;
     labelFile->setObjectName(QStringLiteral("labelFile"));
@@ -102,17 +108,27 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     } else if (mode == Removed) {
         labelFile->setSentence(tr("Keo file '%1' has been removed on disk."), path);
         m_button->setText(tr("Close"));
+        m_keep->hide();
         connect(m_button, &QPushButton::clicked, this, &ReloadBanner::closeIt);
     }
 
     auto *sign = new QLabel;
     sign->setPixmap(QPixmap(QStringLiteral(":/keo/image/warning.png")));
     auto *layout = new QHBoxLayout(this);
+    auto *texts = new QVBoxLayout;
+    texts->addWidget(labelFile);
+    texts->addWidget(m_details);
+    m_details->hide();
+    m_detailButton->hide();
+    connect(m_detailButton, &QPushButton::clicked, this, &ReloadBanner::detailsAsked);
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(m_detailButton);
+    buttons->addWidget(m_button);
+    buttons->addWidget(m_keep);
     layout->addWidget(sign);
-    layout->addWidget(labelFile);
+    layout->addLayout(texts);
     layout->addStretch();
-    layout->addWidget(m_button);
-    layout->addWidget(m_keep);
+    layout->addLayout(buttons);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
@@ -123,6 +139,13 @@ void ReloadBanner::setButtonsEnabled(bool isEnabled)
     m_button->setToolTip(isEnabled ? QString() : busy);
     m_keep->setEnabled(isEnabled);
     m_keep->setToolTip(isEnabled ? keepTip() : busy);
+}
+
+void ReloadBanner::setDetails(const QString &line, bool hasMore)
+{
+    m_details->setText(line);
+    m_details->setVisible(!line.isEmpty());
+    m_detailButton->setVisible(hasMore);
 }
 
 void ReloadBanner::paintEvent(QPaintEvent *)

@@ -64,6 +64,7 @@ QWidget *StandardPage::build(QWidget *programmer)
     m_dynamicConfigWidget->setObjectName(QStringLiteral("dynamicConfigWidget"));
     connect(m_dynamicConfigWidget, &DynamicConfigWidget::windowNumChanged, this,
             &StandardPage::onWindowNumChanged);
+    connect(m_dynamicConfigWidget, &DynamicConfigWidget::edited, this, &ConfigPage::edited);
     m_configDock = makeFixedDock("configDock", tr(" Core 0"), m_dynamicConfigWidget);
 
     auto *coreArea = new QWidget;

@@ -40,6 +40,14 @@ ProjectKind projectKind(DescriptionKind kind)
     return ProjectKind::Unknown;
 }
 
+template <typename Project>
+std::unique_ptr<AnalyzerProject> makeProject(QObject *parent, const CapturePace &pace)
+{
+    auto project = std::make_unique<Project>(parent);
+    project->setPace(pace);
+    return project;
+}
+
 } // namespace
 
 ProjectKind kindOfFile(const QString &path)
@@ -47,12 +55,13 @@ ProjectKind kindOfFile(const QString &path)
     return projectKind(descriptionKind(path));
 }
 
-ProjectFactories projectFactories()
+ProjectFactories projectFactories(const CapturePace &pace)
 {
-    return {{ProjectKind::Standard,
-             [](QObject *parent) { return std::make_unique<KeoStandardAnalyzerProject>(parent); }},
-            {ProjectKind::Lite,
-             [](QObject *parent) { return std::make_unique<KeoLiteAnalyzerProject>(parent); }}};
+    return {
+        {ProjectKind::Standard,
+         [pace](QObject *parent) { return makeProject<KeoStandardAnalyzerProject>(parent, pace); }},
+        {ProjectKind::Lite,
+         [pace](QObject *parent) { return makeProject<KeoLiteAnalyzerProject>(parent, pace); }}};
 }
 
 ProjectManager::ProjectManager(QObject *parent, const ProjectFactories &factories) : QObject(parent)

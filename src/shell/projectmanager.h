@@ -1,6 +1,7 @@
 #pragma once
 
 #include <base/result.h>
+#include <capture/capturepace.h>
 
 #include <QList>
 #include <QObject>
@@ -36,8 +37,8 @@ struct ProjectFactory
 };
 using ProjectFactories = QList<ProjectFactory>;
 
-/// The kinds of project that the program has.
-[[nodiscard]] ProjectFactories projectFactories();
+/// The kinds of project that the program has; their runs go at that pace.
+[[nodiscard]] ProjectFactories projectFactories(const CapturePace &pace = {});
 
 /// Decides which project takes a file. Holds one project object of each kind for as long as it
 /// lives; at most one of them is open, and opening a file closes it first. Shows nothing itself:

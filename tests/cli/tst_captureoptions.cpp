@@ -37,6 +37,7 @@ void tst_CaptureOptions::refuses_data()
     addRow("core not a number", "--core x a.keo", "\"x\"");
     addRow("core out of range", "--core 16 a.keo", "\"16\"");
     addRow("chain with a gap", "--chain 0,,8 a.keo", "chain");
+    addRow("pause too long", "--pace 10001 a.keo", "10000");
     addRow("delay too long", "--delay 3600001 a.keo", "3600000");
     addRow("time zero", "--timeout 0 a.keo", "timeout");
     addRow("time not finite", "--timeout nan a.keo", "nan");
@@ -61,6 +62,10 @@ void tst_CaptureOptions::refuses_data()
     addRow("compare no project", "--compare a.analyzer_prj b.keo", "b.keo");
     addRow("compare and export", "--compare a.analyzer_prj --format vcd b.analyzer_prj",
            "--format");
+    addRow("diff with nothing", "--diff a.keo", "two descriptions");
+    addRow("diff of a project", "--diff a.analyzer_prj b.keo", "a.analyzer_prj");
+    addRow("diff and compare", "--diff a.keo --compare b.analyzer_prj b.keo", "--diff");
+    addRow("diff and save", "--diff a.keo --save a.analyzer_prj b.keo", "--save");
     addRow("compare and open", "--compare a.analyzer_prj --open b.analyzer_prj", "--open");
     addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
 }
