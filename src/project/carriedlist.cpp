@@ -15,6 +15,14 @@ qsizetype count(const CarriedSettings &account, CarryOutcome outcome)
     return std::ranges::count(account, outcome, &CarriedSetting::outcome);
 }
 
+/// What it is, and was if that differs.
+QString valueOf(const CarriedSetting &entry)
+{
+    if (entry.after.isEmpty() || entry.before == entry.after)
+        return entry.before;
+    return QStringLiteral("%1 \u2192 %2").arg(entry.before, entry.after).trimmed();
+}
+
 GroupList::Group groupOf(const CarriedSettings &account, CarryOutcome outcome, const QString &title)
 {
     GroupList::Group group;
@@ -24,8 +32,8 @@ GroupList::Group groupOf(const CarriedSettings &account, CarryOutcome outcome, c
         if (entry.outcome != outcome)
             continue;
         const QString setting = CarriedList::tr("%1: %2").arg(entry.place, entry.setting);
-        const QStringList cells{setting, entry.before, entry.after, entry.reason};
-        group.lines.append({cells, (QStringList{title} + cells).join(u'\t')});
+        const QStringList text{title, setting, entry.before, entry.after, entry.reason};
+        group.lines.append({{setting, valueOf(entry), entry.reason}, text.join(u'\t')});
     }
     return group;
 }
@@ -42,7 +50,7 @@ QString countsOf(const CarriedSettings &account)
 
 CarriedList::CarriedList(const CarriedSettings &account, QWidget *parent)
     : GroupList(QStringLiteral("carriedList"), tr("Settings in the New Design"),
-                {tr("Setting"), tr("Before"), tr("Now"), tr("Reason")}, parent)
+                {tr("Setting"), tr("Value"), tr("Reason")}, parent)
 {
     setHead(tr("Reloaded. Of the settings: %1. Where one was lost, the new description counts.")
                 .arg(countsOf(account)));

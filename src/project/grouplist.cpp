@@ -13,13 +13,14 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace KEO {
 
 namespace {
 
 constexpr QSize kSize(640, 400);
-constexpr int kLeastWidth = 140; // of the columns but the last, in pixels
+constexpr int kLeastWidth = 70; // of the columns but the last, in pixels
 constexpr int kGreatestWidth = 280;
 constexpr int kLineRole = Qt::UserRole; // what a line is as text
 
@@ -85,22 +86,43 @@ void GroupList::setGroups(const QList<Group> &groups)
         for (const Line &line : group.lines)
             item->addChild(itemOf(line));
     }
-    m_tree->expandAll(); // for the columns to fit what stands in all of them
-    fitColumns();
     for (int i = 0; i < groups.size(); ++i)
         m_tree->topLevelItem(i)->setExpanded(groups[i].isExpanded);
+    fitColumns();
     if (m_tree->topLevelItemCount() > 0)
         m_tree->setCurrentItem(m_tree->topLevelItem(0), 0, QItemSelectionModel::NoUpdate);
     m_tree->setFocus();
 }
 
+void GroupList::resizeEvent(QResizeEvent *event)
+{
+    QDialog::resizeEvent(event);
+    fitColumns();
+}
+
+/// The last column often says most: it gets half of the room if it needs that, and what is left.
 void GroupList::fitColumns()
 {
-    for (int column = 0; column < m_tree->columnCount() - 1; ++column) {
+    const int last = m_tree->columnCount() - 1;
+    QList<int> widths;
+    for (int column = 0; column <= last; ++column) {
         m_tree->resizeColumnToContents(column);
-        m_tree->setColumnWidth(
-            column, std::clamp(m_tree->columnWidth(column), kLeastWidth, kGreatestWidth));
+        widths.append(m_tree->columnWidth(column));
     }
+    const int room = m_tree->viewport()->width();
+    const int roomBefore = room - std::min(widths.takeLast(), room / 2);
+    int greatest = kGreatestWidth;
+    const auto taken = [&] {
+        int sum = 0;
+        for (const int width : std::as_const(widths))
+            sum += std::clamp(width, kLeastWidth, greatest);
+        return sum;
+    };
+    while (greatest > kLeastWidth && taken() > roomBefore)
+        --greatest;
+    for (int column = 0; column < last; ++column)
+        m_tree->setColumnWidth(column, std::clamp(widths[column], kLeastWidth, greatest));
+    m_tree->setColumnWidth(last, kLeastWidth); // and stretches, with its tip for what is cut off
 }
 
 /// A selected group stands for all of its lines.

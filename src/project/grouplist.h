@@ -41,6 +41,8 @@ protected:
     /// A sentence above the list.
     void setHead(const QString &text);
 
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     void fitColumns();
     void copy() const;
