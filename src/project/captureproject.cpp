@@ -10,6 +10,7 @@
 #include "runcontrol.h"
 #include "runstatus.h"
 #include "runtoolbar.h"
+#include "setupcarrier.h"
 #include "statusline.h"
 #include "triggerrehearsal.h"
 #include "waitingtip.h"
@@ -53,6 +54,8 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     m_command = new CommandCopy(parts, this);
     m_recovery = new RecoveryKeeper(parts, *m_files, this);
     m_rehearsal = new TriggerRehearsal(parts, this);
+    m_carrier = new SetupCarrier(parts, this);
+    connect(m_carrier, &SetupCarrier::told, this, &CaptureProject::told);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
     connect(m_files, &ProjectFiles::saved, m_recovery, &RecoveryKeeper::saved);
     connect(m_recovery, &RecoveryKeeper::told, this, &CaptureProject::told);
@@ -119,6 +122,10 @@ void CaptureProject::connectDescriptionWatch()
             [this](const QString &path) {
                 QMetaObject::invokeMethod(parent(), "reopen", Q_ARG(QString, path));
             });
+    connect(m_descriptionWatch, &DescriptionWatch::reopenAndKeepRequested, this,
+            [this](const QString &path) {
+                QMetaObject::invokeMethod(parent(), "reopenAndKeep", Q_ARG(QString, path));
+            });
     connect(m_descriptionWatch, &DescriptionWatch::closeRequested, this,
             [this] { QMetaObject::invokeMethod(parent(), "closeCurrentProject"); });
     // What was downloaded belongs to the description of before.
@@ -174,6 +181,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     WaitingTip::close();
     m_descriptionWatch->stop();
     m_files->close();
+    m_carrier->closeList();
     if (toolBarGetter)
         m_runToolBar->detach(*toolBarGetter());
     m_waveTabs.clear(WaveTabs::Layouts::Forget);
@@ -229,6 +237,22 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
     m_design->manager().setDeviceName(device);
     updateConnections();
     m_programmer->setDevice(family, device, fsFile);
+}
+
+void CaptureProject::setPace(const CapturePace &pace)
+{
+    m_design->manager().setPace(pace);
+}
+
+std::shared_ptr<const ProjectSetup> CaptureProject::setup()
+{
+    return m_carrier->take();
+}
+
+void CaptureProject::takeOver(const ProjectSetup &setup)
+{
+    m_carrier->give(setup);
+    updateActions();
 }
 
 QString CaptureProject::startPreview()

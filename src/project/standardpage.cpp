@@ -119,13 +119,9 @@ void StandardPage::showDesign()
     for (const auto &core : m_design.cores()) {
         auto *item = new QTreeWidgetItem(m_coreTree, {tr("Core %1").arg(core->index)});
         item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
-        item->setCheckState(0, Qt::Unchecked);
+        item->setCheckState(0, core->active != 0 ? Qt::Checked : Qt::Unchecked);
     }
-    if (CoreConfig *first = coreAt(0)) {
-        m_coreTree->topLevelItem(0)->setCheckState(0, Qt::Checked);
-        m_coreTree->setCurrentItem(m_coreTree->topLevelItem(0));
-        first->active = 1;
-    }
+    m_coreTree->setCurrentItem(m_coreTree->topLevelItem(0));
     showCore(0);
 }
 
