@@ -81,6 +81,7 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
 // The page goes while there still is somebody to talk to.
 CaptureProject::~CaptureProject()
 {
+    m_rehearsal->leave();
     delete m_tab;
     WaitingTip::close();
 }
