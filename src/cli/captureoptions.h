@@ -20,6 +20,7 @@ struct CaptureOptions
         Capture,
         ExportSaved,
         Compare,
+        Rehearse,
         ListCables,
         ListRecovery,
         ShowHelp,
@@ -27,7 +28,8 @@ struct CaptureOptions
     };
 
     Task task = Task::Capture;
-    /// Core description, or the project of ExportSaved or the first one of Compare; absolute path.
+    /// Core description, or the project of ExportSaved and Rehearse or the first one of
+    /// Compare; absolute path.
     QString file;
     QString otherFile; ///< second project of Compare, absolute path
     QString project;   ///< project file to save, absolute path; empty: none

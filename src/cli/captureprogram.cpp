@@ -27,6 +27,8 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
         return exportSaved(options, windows);
     case CaptureOptions::Task::Compare:
         return compareSaved(options, output);
+    case CaptureOptions::Task::Rehearse:
+        return rehearseSaved(options, output);
     case CaptureOptions::Task::Capture:
     case CaptureOptions::Task::ShowHelp:
     case CaptureOptions::Task::ShowVersion:

@@ -62,6 +62,10 @@ void tst_CaptureOptions::refuses_data()
     addRow("compare and export", "--compare a.analyzer_prj --format vcd b.analyzer_prj",
            "--format");
     addRow("compare and open", "--compare a.analyzer_prj --open b.analyzer_prj", "--open");
+    addRow("rehearse with a file", "--rehearse a.analyzer_prj b.keo", "FILE");
+    addRow("rehearse two", "--rehearse a.analyzer_prj --rehearse b.analyzer_prj", "one project");
+    addRow("rehearse on a cable", "--rehearse a.analyzer_prj --timeout 3", "--timeout");
+    addRow("rehearse and open", "--rehearse a.analyzer_prj --open b.analyzer_prj", "--open");
     addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
 }
 
@@ -128,6 +132,11 @@ void tst_CaptureOptions::readsWhatIsLeftOut()
     QCOMPARE(compare->file, QDir::current().absoluteFilePath("a.analyzer_prj"));
     QCOMPARE(compare->otherFile, QDir::current().absoluteFilePath("dir/b.analyzer_prj"));
     QCOMPARE(compare->cores, QList<int>{2});
+    const auto rehearse = parseCaptureOptions(
+        {"program", "--rehearse", "a.analyzer_prj", "--core", "2", "--set", "M0===1", "--json"});
+    QVERIFY(rehearse && rehearse->task == Rehearse && rehearse->json);
+    QCOMPARE(rehearse->file, QDir::current().absoluteFilePath("a.analyzer_prj"));
+    QCOMPARE(rehearse->triggers, (QList{TriggerOptions{.core = 2, .units = {"M0===1"}}}));
     QCOMPARE((ClockPeriod{3, "us"}).picoseconds(), 3000000);
 }
 
