@@ -94,7 +94,8 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     m_keep->setObjectName(QStringLiteral("btnKeep"));
     m_keep->setText(tr("Reload and &keep settings"));
     m_keep->setToolTip(keepTip());
-    m_keep->setVisible(mode == Changed);
+    if (mode != Changed)
+        m_keep->hide(); // never shown before it has a parent: it would be a window
     connect(m_keep, &QPushButton::clicked, this, &ReloadBanner::reloadAndKeep);
     auto *labelFile = new PathLabel;
     labelFile->setObjectName(QStringLiteral("labelFile"));
@@ -124,10 +125,10 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(m_detailButton);
     buttons->addWidget(m_button);
+    buttons->addWidget(m_keep);
     layout->addWidget(sign);
     layout->addLayout(texts);
     layout->addStretch();
-    buttons->addWidget(m_keep);
     layout->addLayout(buttons);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
