@@ -1,4 +1,5 @@
 #include "startup.h"
+#include "startupmarks.h"
 
 #include <base/console.h>
 #include <image/images.h>
@@ -9,7 +10,9 @@
 int main(int argc, char **argv)
 {
     qInstallMessageHandler(&KEO::printMessage);
+    KEO::markStartup("program loaded");
     QApplication application(argc, argv);
+    KEO::markStartup("application made");
     QApplication::setApplicationName(QStringLiteral("signalscope"));
     QApplication::setApplicationVersion(QStringLiteral(SIGNALSCOPE_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("signalscope"));
