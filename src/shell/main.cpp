@@ -3,6 +3,7 @@
 
 #include <base/console.h>
 #include <image/images.h>
+#include <version/version.h>
 
 #include <QApplication>
 #include <QIcon>
@@ -14,7 +15,7 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     KEO::markStartup("application made");
     QApplication::setApplicationName(QStringLiteral("signalscope"));
-    QApplication::setApplicationVersion(QStringLiteral(SIGNALSCOPE_VERSION));
+    QApplication::setApplicationVersion(KEO::versionText());
     QApplication::setDesktopFileName(QStringLiteral("signalscope"));
     QApplication::setWindowIcon(KEO::programIcon());
     return KEO::Startup(KEO::parseStartupOptions(QApplication::arguments())).run();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <capture/capturepace.h>
+
 #include <QString>
 #include <QStringList>
 
@@ -13,6 +15,9 @@ struct StartupOptions
     QString family;   ///< `-family`: device family; the program does not start without it
     QString device;   ///< `-device`: device model; the same
     QString fsFile;   ///< `-fs`: bitstream
+    /// `-pace`: ms before each section of the capture memory; 0 to kMaxSectionPause, else as if it
+    /// were not there.
+    int sectionPause = CapturePace().sectionPause;
 
     bool operator==(const StartupOptions &other) const = default;
 };
