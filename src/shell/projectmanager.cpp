@@ -75,8 +75,10 @@ ProjectManager::ProjectManager(QObject *parent, const ProjectFactories &factorie
 ProjectManager::~ProjectManager() = default;
 
 bool ProjectManager::openFile(QWidget *parent, const QString &family, const QString &device,
-                              const QString &fsFile, const QString &file)
+                              const QString &fsFile, const QString &file, Settings settings)
 {
+    const bool keeps = settings == Settings::Keep && m_current;
+    const std::shared_ptr<const ProjectSetup> setup = keeps ? m_current->setup() : nullptr;
     if (!closeCurrent(parent, {}))
         return false;
     const Result<AnalyzerProject *> taker = projectFor(file);
@@ -98,6 +100,8 @@ bool ProjectManager::openFile(QWidget *parent, const QString &family, const QStr
         project->closeProject(parent, {});
     project->setDevice(family, device, fsFile);
     clearGetters();
+    if (isOpened && setup)
+        project->takeOver(*setup);
     if (!isOpened) {
         const QString reason = project->refusal();
         Q_EMIT fileRefused(file, reason.isEmpty() ? tr("It can't be loaded.") : reason);

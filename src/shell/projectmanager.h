@@ -49,6 +49,9 @@ class ProjectManager final : public QObject
     Q_OBJECT
 
 public:
+    /// What becomes of what the user has set and arranged in the project that was open.
+    enum class Settings { Forget, Keep };
+
     /// The projects have the same parent as the manager, and end with the manager.
     explicit ProjectManager(QObject *parent,
                             const ProjectFactories &factories = projectFactories());
@@ -60,7 +63,7 @@ public:
     /// of its kind and hands it the device, also when the file did not open. False if the project
     /// that was open stays.
     bool openFile(QWidget *parent, const QString &family, const QString &device,
-                  const QString &fsFile, const QString &file);
+                  const QString &fsFile, const QString &file, Settings settings = Settings::Forget);
 
     /// Closes the open project, if any; \a askStop says whether a running capture may be stopped,
     /// and none at all means no. False if the project stays open.

@@ -76,6 +76,7 @@ private Q_SLOTS:
     void exportsProjects();
     void comparesProjects_data();
     void comparesProjects();
+    void tellsWhatHasChanged();
     void refusesProjects_data();
     void refusesProjects();
     void endsWithItsStatus_data();
@@ -344,6 +345,48 @@ void tst_CaptureProgram::comparesProjects()
     }
     QVERIFY(QFile::remove(file("b.xml")));
     QCOMPARE(run(compare, lonely).status, 6);
+}
+
+// A design that was built anew, and one that has become lite.
+void tst_CaptureProgram::tellsWhatHasChanged()
+{
+    TestDesign design;
+    design.extension = "zeo";
+    design.write(m_directory->path());
+    design.extension = "keo";
+    design.cores = 2;
+    design.noise = 9;
+    design.storageDepth = 8192;
+    design.position = 20;
+    design.write(m_directory->path());
+    const QString diff = "--diff design.zeo design.keo";
+    const Outcome told = run(diff);
+    QVERIFY2(told.status == 1 && told.errors.isEmpty(), qPrintable(told.errors));
+    QCOMPARE(told.output, QString("Core 0: memory 4096 \u2192 8192\n"
+                                  "Core 0, setting: trigger position 16 \u2192 20\n"
+                                  "Core 0: signal added: %1\n"
+                                  "Design: core 1 added: clock clk, signals: 25\n")
+                              .arg(design.name(24)));
+    const QJsonDocument json = QJsonDocument::fromJson(run(diff + " --json").output.toUtf8());
+    QCOMPARE(json["status"].toInt(), 1);
+    QCOMPARE(json["changes"].toArray().size(), 4);
+    QCOMPARE(json["changes"][0]["subject"], "storage_depth");
+    QCOMPARE(json["changes"][0]["after"], "8192");
+    QCOMPARE(json["changes"][1]["setting"], true);
+    QCOMPARE(json["changes"][2]["action"], "added");
+    QCOMPARE(run(diff + " --core 1").output.count(u'\n'), 1);
+    const Outcome equal = run("--diff design.keo design.keo");
+    QCOMPARE(equal.status, 0);
+    QCOMPARE(equal.output, "equal\n");
+
+    design.lite = true;
+    design.extension = "zeo";
+    design.write(m_directory->path());
+    QVERIFY(run(diff).output.contains("Design: kind of cores Lite \u2192 Standard\n"));
+    write("design.zeo", "<KEO_CONFIG>");
+    const Outcome broken = run(diff);
+    QCOMPARE(broken.status, 6);
+    QVERIFY2(broken.errors.contains("design.zeo can not be used: "), qPrintable(broken.errors));
 }
 
 void tst_CaptureProgram::refusesProjects_data()
