@@ -8,11 +8,12 @@ namespace KEO {
 /// What the tool flow says on the command line. All empty until named.
 struct StartupOptions
 {
-    QString keoFile;  ///< `-keo`: core description or project file to open
-    QString startDir; ///< `-dir`: where the open dialog starts
-    QString family;   ///< `-family`: device family; the program does not start without it
-    QString device;   ///< `-device`: device model; the same
-    QString fsFile;   ///< `-fs`: bitstream
+    QString keoFile;         ///< `-keo`: core description or project file to open
+    QString startDir;        ///< `-dir`: where the open dialog starts
+    QString family;          ///< `-family`: device family; the program does not start without it
+    QString device;          ///< `-device`: device model; the same
+    QString fsFile;          ///< `-fs`: bitstream
+    QString transcript = {}; ///< `-transcript`: file of all packets to and from the cable servers
 
     bool operator==(const StartupOptions &other) const = default;
 };

@@ -101,6 +101,7 @@ void tst_Startup::options_data()
     row("the last mention counts", "-keo a.keo -keo b.keo", {"b.keo", "", "", "", ""}, false);
     row("nothing behind the last", "-device KR-C -family", {"", "", "", "KR-C", ""}, false);
     row("no value swallows nothing", "-keo -family KR", {"-family", "", "KR", "", ""}, false);
+    row("transcript", "-transcript t -family KR", {"", "", "KR", "", "", "t"}, false);
     row("debug as a value", "-keo -debug", {"-debug", "", "", "", ""}, true);
     row("unknown words are passed over", "x -Keo a.keo -FS b --family KR -debug -device KR-C y",
         {"", "", "", "KR-C", ""}, true);
@@ -126,6 +127,11 @@ void tst_Startup::fails()
         QCOMPARE(Startup(options, {.serverDirectory = burner.path()}).run(), 1);
         QCOMPARE(std::exchange(boxes.seen, {}), QStringList("Error: Can not set device."));
     }
+    StartupOptions unwritable = kDevice;
+    unwritable.transcript = m_dir.path();
+    QCOMPARE(Startup(unwritable, {.serverDirectory = burner.path()}).run(), 3);
+    QVERIFY(
+        std::exchange(boxes.seen, {}).value(0).startsWith("Error: The transcript " + m_dir.path()));
     QVERIFY(!QFile::exists(burner.filePath("chainserver.args")));
 
     bool covered = true;
