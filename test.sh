@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 . scripts/packages.sh
 
-ensure_packages "${build_packages[@]}"
+ensure_packages "${build_packages[@]}" "${test_packages[@]}"
 build release
 # Most of a test is waiting for the simulated cable, so there are more of them than processors.
 ctest --preset release --parallel $((3 * $(nproc))) "$@" || die "tests failed, see the messages above"
