@@ -230,6 +230,14 @@ std::optional<Error> readSize(CaptureOptions &options, Values values)
     return store(options.pictureSize, pictureSize(values.last()));
 }
 
+std::optional<Error> readTranscript(CaptureOptions &options, Values values)
+{
+    if (values.last().isEmpty())
+        return usage(Text::tr("--transcript takes a file."));
+    options.transcript = QFileInfo(values.last()).absoluteFilePath();
+    return {};
+}
+
 const QString kCompletedShell = QStringLiteral("bash");
 
 struct OptionRow
@@ -365,6 +373,10 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Print what would be sent to the cores, without a server."),
          kCapture, setFlag<&O::dryRun>},
+        {"transcript", "FILE",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Write every packet to and from the cable server to FILE."),
+         kCapture, readTranscript},
         {"list-cables", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the cables that answer."), kList},
         {"json", nullptr,
@@ -541,6 +553,18 @@ std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &
     return store(options.project, projectPath(QStringLiteral("save"), parser.value("save")));
 }
 
+/// The desktop program spells its options with one dash; the one that both have may be spelled so
+/// here too.
+QStringList withTwoDashes(QStringList arguments)
+{
+    for (qsizetype i = 1; i < arguments.size() && arguments.at(i) != QLatin1String("--"); ++i) {
+        if (arguments.at(i) == QLatin1String("-transcript") ||
+            arguments.at(i).startsWith(QLatin1String("-transcript=")))
+            arguments[i].prepend(u'-');
+    }
+    return arguments;
+}
+
 } // namespace
 
 Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
@@ -558,7 +582,7 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         "by Ctrl-C, 143 by SIGTERM."));
     addOptions(parser);
     CaptureOptions options;
-    if (!parser.parse(arguments))
+    if (!parser.parse(withTwoDashes(arguments)))
         return usage(parser.errorText());
     if (parser.isSet("completion")) {
         options.task = Task::ShowCompletion;

@@ -52,6 +52,7 @@ struct CaptureOptions
     ClockPeriod period;
     QString picture;              ///< PNG file, absolute path; empty: none
     QSize pictureSize{1280, 720}; ///< pixels
+    QString transcript;           ///< file of all packets, absolute path; empty: none
     bool dryRun = false;          ///< of Capture: tell what would be sent, and stop there
     bool json = false;
     bool quiet = false;

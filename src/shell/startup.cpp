@@ -66,6 +66,12 @@ int Startup::run()
     if (m_options.device.isEmpty() || m_options.family.isEmpty())
         return fail(StartupStatus::NoDevice, tr("Can not set device."));
 
+    if (!m_options.transcript.isEmpty()) {
+        const auto error = JtagSession::instance()->startTranscript(m_options.transcript);
+        if (error)
+            return fail(StartupStatus::NoTranscript, error->message);
+    }
+
     // The splash screen goes before any box: it could lie on top of it.
     QSplashScreen splash(QPixmap(QStringLiteral(":/keo/image/Tarno_LOGO_blue.png")));
     splash.show();
