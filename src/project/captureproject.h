@@ -137,10 +137,10 @@ private:
     ProjectFiles *m_files;                // child
     CommandCopy *m_command;               // child
     RecoveryKeeper *m_recovery;           // child
+    SetupCarrier *m_carrier;              // child
     TriggerRehearsal *m_rehearsal;        // child
     WhyNoTrigger *m_why;                  // child
     TriggerFromWaves *m_fromWaves;        // child
-    SetupCarrier *m_carrier;              // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };
