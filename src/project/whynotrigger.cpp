@@ -190,10 +190,7 @@ void WhyNoTrigger::refresh()
         return;
     const PortSamples ports(*core, capture.names, capture.samples);
     QList<DiagnosisLine> lines;
-    m_parts.page.withSettings([&] {
-        const auto [program, evaluation] = rehearse(*core, ports);
-        lines = diagnosisLines(*core, program, diagnoseTrigger(program, ports, evaluation));
-    });
+    m_parts.page.withSettings([&] { lines = whyNoTrigger(*core, ports, rehearse(*core, ports)); });
     m_panel->tell(lines, capture.monitor);
 }
 
