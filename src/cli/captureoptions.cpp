@@ -11,7 +11,9 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace KEO {
 
@@ -57,21 +59,25 @@ Result<QList<int>> numberList(const QString &option, const QStringList &texts, i
     return numbers;
 }
 
+const QList<std::pair<QString, ExportFormat>> &formatNames()
+{
+    static const QList<std::pair<QString, ExportFormat>> names = {
+        {QStringLiteral("csv"), ExportFormat::Csv},
+        {QStringLiteral("vcd"), ExportFormat::Vcd},
+        {QStringLiteral("prn"), ExportFormat::Prn}};
+    return names;
+}
+
 Result<QList<ExportFormat>> formatList(const QStringList &texts)
 {
     QList<ExportFormat> formats;
     for (const QString &text : texts) {
-        ExportFormat format;
-        if (text == "csv")
-            format = ExportFormat::Csv;
-        else if (text == "vcd")
-            format = ExportFormat::Vcd;
-        else if (text == "prn")
-            format = ExportFormat::Prn;
-        else
+        const auto named =
+            std::ranges::find(formatNames(), text, &std::pair<QString, ExportFormat>::first);
+        if (named == formatNames().end())
             return usage(Text::tr("--format takes csv, vcd or prn, not \"%1\".").arg(text));
-        if (!formats.contains(format))
-            formats.append(format);
+        if (!formats.contains(named->second))
+            formats.append(named->second);
     }
     return formats;
 }
@@ -220,6 +226,8 @@ std::optional<Error> readSize(CaptureOptions &options, Values values)
     return store(options.pictureSize, pictureSize(values.last()));
 }
 
+const QString kCompletedShell = QStringLiteral("bash");
+
 struct OptionRow
 {
     QString names;               ///< a blank between them, the long one last
@@ -357,10 +365,25 @@ const QList<OptionRow> &optionTable()
         {"quiet", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "No progress on standard error."),
          kCapture | kExport | kCompare | kDiff | kList, setFlag<&O::quiet>},
+        {"completion", "SHELL",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Print a script that completes these options in bash.")},
         {"h help", nullptr, QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Show this help.")},
         {"v version", nullptr, QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Show the version.")},
     };
     return table;
+}
+
+QStringList choicesOf(const OptionRow &row)
+{
+    QStringList choices;
+    if (row.name() == QLatin1String("completion"))
+        choices = {kCompletedShell};
+    if (row.name() == QLatin1String("format")) {
+        for (const auto &[name, format] : formatNames())
+            choices.append(name);
+    }
+    return choices;
 }
 
 void addOptions(QCommandLineParser &parser)
@@ -508,11 +531,18 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         "differs between two core descriptions.\n\n"
         "Exit status: 0 captured, or equal, 1 different, 2 usage, 3 no server, "
         "4 timed out, 5 the device refused, 6 a file could not be read or written, 130 stopped "
-        "by Ctrl-C."));
+        "by Ctrl-C, 143 by SIGTERM."));
     addOptions(parser);
     CaptureOptions options;
     if (!parser.parse(arguments))
         return usage(parser.errorText());
+    if (parser.isSet("completion")) {
+        options.task = Task::ShowCompletion;
+        if (parser.value("completion") != kCompletedShell)
+            return usage(
+                Text::tr("--completion takes bash, not \"%1\".").arg(parser.value("completion")));
+        return options;
+    }
     if (parser.isSet("help")) {
         options.task = Task::ShowHelp;
         // The options are read before there is an application that knows the program's name.
@@ -540,6 +570,20 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
     if (options.baseName.isEmpty() || options.baseName != asExportName(options.baseName))
         return usage(
             Text::tr("--name takes letters, digits and _, not \"%1\".").arg(options.baseName));
+    return options;
+}
+
+QList<OptionName> captureOptionNames()
+{
+    QList<OptionName> options;
+    for (const OptionRow &row : optionTable()) {
+        OptionName &option = options.emplaceBack();
+        for (const QString &name : row.names.split(u' '))
+            option.spellings.append((name.size() > 1 ? QLatin1String("--") : QLatin1String("-")) +
+                                    name);
+        option.value = QString::fromLatin1(row.value);
+        option.choices = choicesOf(row);
+    }
     return options;
 }
 

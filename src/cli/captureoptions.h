@@ -23,6 +23,7 @@ struct CaptureOptions
         Diff,
         ListCables,
         ListRecovery,
+        ShowCompletion,
         ShowHelp,
         ShowVersion
     };
@@ -59,5 +60,15 @@ struct CaptureOptions
 /// Reads a command line whose first entry is the program's name. An error's message is one
 /// sentence for the user.
 Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments);
+
+/// An option as it is typed.
+struct OptionName
+{
+    QStringList spellings; ///< with their dashes
+    QString value;         ///< what it takes, as the help names it; empty: nothing
+    QStringList choices;   ///< the values that there are, if these can be told
+};
+/// Every option, in the order of the help.
+[[nodiscard]] QList<OptionName> captureOptionNames();
 
 } // namespace KEO
