@@ -15,9 +15,10 @@ class Analyzer;
 
 /// What the tool flow learns from the end of the program; otherwise the event loop's own result.
 enum class StartupStatus : int {
-    NoDevice = 1,    ///< the command line names no family or no device
-    NoServer = 1,    ///< none of the cable servers could be started
-    NoConnection = 2 ///< none of those that started answered
+    NoDevice = 1,     ///< the command line names no family or no device
+    NoServer = 1,     ///< none of the cable servers could be started
+    NoConnection = 2, ///< none of those that started answered
+    NoTranscript = 3  ///< the file of `-transcript` can't be written
 };
 
 /// The course of the desktop program from the command line to its exit code: starts the cable

@@ -18,6 +18,7 @@ struct StartupOptions
     /// `-pace`: ms before each section of the capture memory; 0 to kMaxSectionPause, else as if it
     /// were not there.
     int sectionPause = CapturePace().sectionPause;
+    QString transcript = {}; ///< `-transcript`: file of all packets to and from the cable servers
 
     bool operator==(const StartupOptions &other) const = default;
 };

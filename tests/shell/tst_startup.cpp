@@ -105,6 +105,9 @@ void tst_Startup::options_data()
     paced.sectionPause = 5;
     row("pause in bounds, and others passed over",
         "-keo -pace 5 -family KR -device KR-C -pace 10001 -pace -1 -pace slow", paced, false);
+    StartupOptions transcribed{"", "", "KR", "", ""};
+    transcribed.transcript = "t";
+    row("transcript", "-transcript t -family KR", transcribed, false);
     row("debug as a value", "-keo -debug", {"-debug", "", "", "", ""}, true);
     row("unknown words are passed over", "x -Keo a.keo -FS b --family KR -debug -device KR-C y",
         {"", "", "", "KR-C", ""}, true);
@@ -130,6 +133,11 @@ void tst_Startup::fails()
         QCOMPARE(Startup(options, {.serverDirectory = burner.path()}).run(), 1);
         QCOMPARE(std::exchange(boxes.seen, {}), QStringList("Error: Can not set device."));
     }
+    StartupOptions unwritable = kDevice;
+    unwritable.transcript = m_dir.path();
+    QCOMPARE(Startup(unwritable, {.serverDirectory = burner.path()}).run(), 3);
+    QVERIFY(
+        std::exchange(boxes.seen, {}).value(0).startsWith("Error: The transcript " + m_dir.path()));
     QVERIFY(!QFile::exists(burner.filePath("chainserver.args")));
 
     bool covered = true;
