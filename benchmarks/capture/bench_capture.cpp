@@ -2,6 +2,8 @@
 #include <capture/registerimage.h>
 #include <capture/samplecutter.h>
 #include <capture/triggercheck.h>
+#include <capture/triggerdiagnosis.h>
+#include <capture/triggerevaluation.h>
 #include <trigger/truthtable.h>
 
 #include <benchmark/benchmark.h>
@@ -105,6 +107,96 @@ void triggerCheck(benchmark::State &state)
 BENCHMARK(triggerCheck)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 constexpr qsizetype kRows = 65'536;
+
+/// 256 signals of random samples, each called by its number.
+QList<QBitArray> randomSignals(CoreConfig &core)
+{
+    std::mt19937_64 random(7);
+    std::vector<quint64> noise(kRows / 64);
+    QList<QBitArray> samples;
+    for (int i = 0; i < 256; ++i) {
+        core.signals.append({QString::number(i), {}, {}});
+        for (quint64 &word : noise)
+            word = random();
+        samples.append(QBitArray::fromBits(reinterpret_cast<const char *>(noise.data()), kRows));
+    }
+    return samples;
+}
+
+/// 16 units and 16 expressions over all of them, 65,536 samples of 256 signals. The ports have 16
+/// signals each, or, with \a isWide, are all the same with 256, compared with patterns, orders and
+/// ranges in turn. With \a isPartial, the last 64 signals were not captured.
+struct FullSetup
+{
+    FullSetup(bool isWide, bool isPartial)
+    {
+        useAllUnits(core);
+        samples = randomSignals(core);
+        names = core.flatSignalNames();
+        std::mt19937 random(7);
+        for (int i = 0; i < CoreConfig::kUnits; ++i) {
+            core.triggers[size_t(i)]->signals =
+                isWide ? core.signals : core.signals.mid(i * 16, 16);
+            MatchUnit &unit = *core.matchUnits[size_t(i)];
+            unit.match_type = MatchType::RangeWithEdges;
+            unit.func = MatchFunction(i % 8);
+            unit.counter_enable = true;
+            unit.counter = i + 1;
+            unit.countinuous = i % 3 == 0;
+            const qsizetype width = core.triggers[size_t(i)]->signals.size();
+            for (qsizetype bit = 0; bit < width; ++bit) {
+                unit.value0 += isEqualityFunction(unit.func)
+                                   ? QStringLiteral("XXXXXR01")[random() % 8]
+                                   : QStringLiteral("01")[random() % 2];
+                unit.value1 += u'1';
+            }
+        }
+        core.expressions = QStringList(16, core.expressions.first());
+        core.expressionEnabled = QList<bool>(16, true);
+        for (qsizetype i = 192; isPartial && i < names.size(); ++i)
+            names[i].clear();
+    }
+
+    CoreConfig core;
+    QStringList names;
+    QList<QBitArray> samples;
+};
+
+/// What a set-up would have triggered on.
+void triggerEvaluation(benchmark::State &state)
+{
+    const FullSetup setup(state.range(0), state.range(1));
+    TriggerEvaluation evaluation;
+    for (auto _ : state) {
+        const PortSamples ports(setup.core, setup.names, setup.samples);
+        evaluation = evaluateTrigger(triggerProgram(setup.core), ports);
+    }
+    const qsizetype known = setSamples(evaluation.trigger.known);
+    if (evaluation.expressions.size() != 16 || known == 0 || known == kRows)
+        state.SkipWithError("nothing, or all, is known");
+}
+BENCHMARK(triggerEvaluation)->ArgsProduct({{0, 1}, {0, 1}})->Unit(benchmark::kMillisecond);
+
+/// Why it did not: once evaluated. With range(2), no counter keeps the units' reports steady.
+void triggerDiagnosis(benchmark::State &state)
+{
+    FullSetup setup(state.range(0), state.range(1));
+    for (const auto &unit : setup.core.matchUnits)
+        unit->counter_enable = !state.range(2);
+    QStringList terms; // that are never all true
+    for (int i = 0; i < CoreConfig::kUnits; ++i)
+        terms.append((i % 2 ? QStringLiteral("!M%1") : QStringLiteral("M%1")).arg(i));
+    setup.core.expressions.fill(terms.join(u'&'));
+    const PortSamples ports(setup.core, setup.names, setup.samples);
+    const TriggerProgram program = triggerProgram(setup.core);
+    const TriggerEvaluation evaluation = evaluateTrigger(program, ports);
+    TriggerDiagnosis diagnosis;
+    for (auto _ : state)
+        diagnosis = diagnoseTrigger(program, ports, evaluation);
+    if (diagnosis.expressions.size() != 16 || diagnosis.hits != 0 || !diagnosis.units[0].nearest)
+        state.SkipWithError("found no nearest sample");
+}
+BENCHMARK(triggerDiagnosis)->ArgsProduct({{0, 1}, {0, 1}, {0, 1}})->Unit(benchmark::kMillisecond);
 
 /// The position of a bit of row \a row (row 0 is the last one) in sections of 128 rows.
 struct BitPlace

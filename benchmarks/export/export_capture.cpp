@@ -30,7 +30,7 @@ QList<QBitArray> channelsOf(const uchar *input, qsizetype rows, int channels)
     const qsizetype rowBytes = channels / 8;
     const qsizetype words = (rows + 63) / 64;
     QList<QBitArray> samples;
-    std::vector<quint64> columns(size_t(words) * 64);
+    std::vector<quint64> columns(size_t(words) * size_t(std::min(64, channels)));
     for (int first = 0; first < channels; first += 64) {
         const int used = std::min(64, channels - first);
         for (qsizetype word = 0; word < words; ++word) {

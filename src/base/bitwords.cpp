@@ -2,17 +2,33 @@
 
 namespace KEO {
 
-void transposeBits(BitSquare &square)
+namespace {
+
+/// Swaps the off-diagonal quarters of squares of 2 * \a Half bits. The inner loop has neighbours
+/// of which the compiler takes several at once.
+template <size_t Half>
+void swapQuarters(BitSquare &square)
 {
-    // Swap the off-diagonal quarters of squares of 64, 32, ... 2 bits.
-    quint64 mask = 0x00000000FFFFFFFFU;
-    for (size_t half = 32; half != 0; half >>= 1, mask ^= mask << half) {
-        for (size_t r = 0; r < square.size(); r = (r + half + 1) & ~half) {
-            const quint64 swapped = (square[r] >> half ^ square[r + half]) & mask;
-            square[r] ^= swapped << half;
-            square[r + half] ^= swapped;
+    constexpr quint64 mask = ~quint64(0) / ((quint64(1) << Half) + 1);
+    for (size_t first = 0; first < square.size(); first += 2 * Half) {
+        for (size_t r = first; r < first + Half; ++r) {
+            const quint64 swapped = (square[r] >> Half ^ square[r + Half]) & mask;
+            square[r] ^= swapped << Half;
+            square[r + Half] ^= swapped;
         }
     }
+}
+
+} // namespace
+
+void transposeBits(BitSquare &square)
+{
+    swapQuarters<32>(square);
+    swapQuarters<16>(square);
+    swapQuarters<8>(square);
+    swapQuarters<4>(square);
+    swapQuarters<2>(square);
+    swapQuarters<1>(square);
 }
 
 } // namespace KEO

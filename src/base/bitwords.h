@@ -3,7 +3,6 @@
 #include <QBitArray>
 #include <QtEndian>
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -17,7 +16,10 @@ inline quint64 bitWord(const QBitArray &bits, qsizetype first)
     if (bytes <= 0)
         return 0;
     quint64 word = 0;
-    std::memcpy(&word, bits.bits() + first / 8, std::min<qsizetype>(bytes, sizeof word));
+    if (bytes >= qsizetype(sizeof word)) // of a size that the compiler knows
+        std::memcpy(&word, bits.bits() + first / 8, sizeof word);
+    else
+        std::memcpy(&word, bits.bits() + first / 8, size_t(bytes));
     return qFromLittleEndian(word);
 }
 

@@ -1,5 +1,8 @@
 #include "boundedxml.h"
 
+#include "markupcheck.h"
+#include "markupfeed.h"
+
 #include <QCoreApplication>
 #include <QRegularExpression>
 #include <QStringConverter>
@@ -14,136 +17,14 @@ using namespace Qt::StringLiterals;
 /// An attribute is a node with a text node of its own and a place in a hash.
 constexpr int kNodesOfAttribute = 3;
 
-constexpr qint64 kCheckAhead = 64 * 1024; // bytes
-
 struct Text
 {
     Q_DECLARE_TR_FUNCTIONS(KEO::BoundedXml)
 };
 
-// Text is UTF-16 or bytes of UTF-8; what markup is made of looks the same in both.
-qsizetype find(QStringView text, QLatin1StringView wanted, qsizetype from)
-{
-    return text.indexOf(wanted, from);
-}
-
-qsizetype find(QByteArrayView text, QLatin1StringView wanted, qsizetype from)
-{
-    return text.indexOf(QByteArrayView(wanted.data(), wanted.size()), from);
-}
-
-qsizetype findTag(QStringView text, qsizetype from)
-{
-    return text.indexOf(u'<', from);
-}
-
-qsizetype findTag(QByteArrayView text, qsizetype from)
-{
-    return text.indexOf('<', from);
-}
-
-bool begins(QStringView text, QLatin1StringView wanted)
-{
-    return text.startsWith(wanted);
-}
-
-bool begins(QByteArrayView text, QLatin1StringView wanted)
-{
-    return text.startsWith(QByteArrayView(wanted.data(), wanted.size()));
-}
-
-char16_t unit(QChar c)
-{
-    return c.unicode();
-}
-
-char16_t unit(char c)
-{
-    return uchar(c);
-}
-
-template <typename View>
-XmlFault faultAt(View text, qsizetype position, const QString &message)
-{
-    XmlFault fault{Error::Limit, message, 1, 1};
-    for (qsizetype i = 0; i < position; ++i) {
-        const bool endsLine = unit(text[i]) == u'\n';
-        fault.line += endsLine ? 1 : 0;
-        fault.column = endsLine ? 1 : fault.column + 1;
-    }
-    return fault;
-}
-
 XmlFault tooLarge(qsizetype allowed)
 {
     return {Error::Limit, Text::tr("The document is larger than %1 bytes").arg(allowed)};
-}
-
-/// First of \a wanted in \a text from \a position on that no quotes enclose; the end if there is
-/// none.
-template <typename View, typename Wanted>
-qsizetype findUnquoted(View text, qsizetype position, Wanted wanted)
-{
-    char16_t quote = 0;
-    for (; position < text.size(); ++position) {
-        const char16_t c = unit(text[position]);
-        if (quote != 0)
-            quote = c == quote ? 0 : quote;
-        else if (c == u'"' || c == u'\'')
-            quote = c;
-        else if (wanted(c))
-            break;
-    }
-    return position;
-}
-
-template <typename View>
-qsizetype behind(View text, QLatin1StringView terminator, qsizetype position)
-{
-    const qsizetype found = find(text, terminator, position);
-    return found < 0 ? text.size() : found + terminator.size();
-}
-
-/// Refuses what already costs the stream parser too much: it compares every attribute of a tag with
-/// every other, and expands entities while it reads the declarations of a DOCTYPE. Follows markup
-/// only as far as well-formed text needs; in other text the parser stops first. Goes on from
-/// \a position until that is behind \a until.
-template <typename View>
-std::optional<XmlFault> checkMarkup(View text, const XmlLimits &limits, qsizetype &position,
-                                    qsizetype until)
-{
-    while (position <= until) {
-        position = findTag(text, position);
-        if (position < 0) {
-            position = text.size() + 1;
-            break;
-        }
-        const View rest = text.sliced(position);
-        if (begins(rest, "<!--"_L1)) {
-            position = behind(text, "-->"_L1, position + 4);
-        } else if (begins(rest, "<![CDATA["_L1)) {
-            position = behind(text, "]]>"_L1, position);
-        } else if (begins(rest, "<?"_L1)) {
-            position = behind(text, "?>"_L1, position);
-        } else if (begins(rest, "<!"_L1)) {
-            position =
-                findUnquoted(text, position, [](char16_t c) { return c == u'[' || c == u'>'; });
-            if (position < text.size() && unit(text[position]) == u'[')
-                return faultAt(text, position, Text::tr("A DOCTYPE must not declare anything"));
-        } else {
-            int attributes = 0;
-            const auto endsTag = [&](char16_t c) {
-                attributes += c == u'=' ? 1 : 0;
-                return c == u'>' || attributes > limits.maxAttributes;
-            };
-            position = findUnquoted(text, position, endsTag);
-            if (attributes > limits.maxAttributes)
-                return faultAt(
-                    text, position,
-                    Text::tr("A tag has more than %1 attributes").arg(limits.maxAttributes));
-        }
-    }
-    return std::nullopt;
 }
 
 const QRegularExpression &declaration()
@@ -200,7 +81,8 @@ Error XmlFault::toError() const
             Text::tr("%1 at %2:%3").arg(message, QString::number(line), QString::number(column))};
 }
 
-BoundedXmlReader::BoundedXmlReader(const QByteArray &bytes, const XmlLimits &limits)
+BoundedXmlReader::BoundedXmlReader(const QByteArray &bytes, const XmlLimits &limits,
+                                   const QByteArray &digitElement)
     : m_limits(limits)
 {
     if (bytes.size() > limits.maxSize) {
@@ -211,9 +93,8 @@ BoundedXmlReader::BoundedXmlReader(const QByteArray &bytes, const XmlLimits &lim
         start(withoutDeclaration(text));
     } else {
         // A device is decoded piece by piece, bytes all at once.
-        m_buffer.setData(bytes);
-        m_buffer.open(QIODevice::ReadOnly);
-        m_xml.setDevice(&m_buffer);
+        m_feed = std::make_unique<MarkupFeed>(bytes, limits, digitElement);
+        m_xml.setDevice(m_feed.get());
         m_xml.setNamespaceProcessing(false);
     }
 }
@@ -230,10 +111,13 @@ void BoundedXmlReader::start(const QString &text)
 {
     qsizetype position = 0;
     if (!m_fault)
-        m_fault = checkMarkup(QStringView(text), m_limits, position, text.size());
+        m_fault = MarkupCheck::checkMarkup(QStringView(text), m_limits, position, text.size(),
+                                           [](qsizetype, qsizetype end) { return end; });
     m_xml.addData(text);
     m_xml.setNamespaceProcessing(false);
 }
+
+BoundedXmlReader::~BoundedXmlReader() = default;
 
 bool BoundedXmlReader::next()
 {
@@ -241,20 +125,23 @@ bool BoundedXmlReader::next()
         return false;
     if (std::exchange(m_leaves, false))
         --m_depth;
+    if (!std::exchange(m_digits, {}).isNull())
+        ++m_nodes;
     m_xml.readNext();
     takeIntoAccount();
+    if (m_feed && m_feed->fault() && m_xml.hasError()) // why the parser got no more
+        m_fault = m_feed->fault();
     if (m_xml.hasError() && !m_fault)
         refuse(Error::Format, m_xml.errorString());
     return !m_fault;
 }
 
-/// Keeps the check ahead of what the parser has read, and by more than a token. A document that is
-/// refused early is not looked at to its end.
 bool BoundedXmlReader::checkAhead()
 {
-    if (m_buffer.isOpen() && m_checked <= m_buffer.pos() + kCheckAhead)
-        m_fault = checkMarkup(QByteArrayView(m_buffer.data()), m_limits, m_checked,
-                              m_buffer.pos() + 2 * kCheckAhead);
+    if (m_feed && !m_fault) {
+        m_feed->checkAhead();
+        m_fault = m_feed->fault();
+    }
     return !m_fault;
 }
 
@@ -268,6 +155,7 @@ void BoundedXmlReader::takeIntoAccount()
     if (m_xml.isStartElement()) {
         m_nodes += kNodesOfAttribute * m_xml.attributes().size();
         ++m_depth;
+        takeDigits();
     }
     if (m_depth > m_limits.maxDepth)
         refuse(Error::Limit,
@@ -278,10 +166,29 @@ void BoundedXmlReader::takeIntoAccount()
                    .arg(m_allowedNodes));
 }
 
+void BoundedXmlReader::takeDigits()
+{
+    if (!m_feed)
+        return;
+    m_digits = m_feed->takeRun(++m_startTags);
+    if (m_digits.isNull())
+        return;
+    if (std::exchange(m_digitLine, m_xml.lineNumber()) != m_xml.lineNumber())
+        m_digitColumns = 0;
+    m_digitColumns += m_digits.size();
+}
+
 void BoundedXmlReader::refuse(Error::Kind kind, const QString &message)
 {
-    if (!m_fault)
-        m_fault = XmlFault{kind, message, m_xml.lineNumber(), m_xml.columnNumber()};
+    if (m_fault)
+        return;
+    const qint64 line = m_xml.lineNumber();
+    qint64 column = m_xml.columnNumber();
+    // The parser has not seen the digits that were left out before the present place; where it
+    // tells no place within the line, it says 0.
+    if (line == m_digitLine && column > 0)
+        column += m_digitColumns - m_digits.size();
+    m_fault = XmlFault{kind, message, line, column};
 }
 
 Result<QDomDocument> parseBoundedXml(const QString &text, const XmlLimits &limits)

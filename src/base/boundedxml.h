@@ -2,15 +2,18 @@
 
 #include "result.h"
 
-#include <QBuffer>
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QDomDocument>
 #include <QString>
 #include <QXmlStreamReader>
 
+#include <memory>
 #include <optional>
 
 namespace KEO {
+
+class MarkupFeed;
 
 /// What a document may cost before it is turned into a tree, which takes some 300 bytes a node and
 /// time in the square of depth and of the attributes of one tag. The defaults suit a data file with
@@ -43,14 +46,21 @@ class BoundedXmlReader final
 {
 public:
     /// Takes the encoding of the byte order mark, else of the XML declaration, else UTF-8. Bytes
-    /// that the encoding does not know are a fault. Shares \a bytes.
-    explicit BoundedXmlReader(const QByteArray &bytes, const XmlLimits &limits = {});
+    /// that the encoding does not know are a fault. Shares \a bytes. A long text of "0" and "1"
+    /// alone that is the first in an element \a digitElement may be kept out of the tokens, see
+    /// digits().
+    explicit BoundedXmlReader(const QByteArray &bytes, const XmlLimits &limits = {},
+                              const QByteArray &digitElement = {});
     explicit BoundedXmlReader(const QString &text, const XmlLimits &limits = {});
+    ~BoundedXmlReader();
 
     /// Reads the next token. False behind the last one and at a fault.
     bool next();
     /// The present token. Not to be moved on.
     [[nodiscard]] const QXmlStreamReader &token() const { return m_xml; }
+    /// The text that stands directly behind the present start tag and is no token of its own, as a
+    /// part of the bytes; null if there is none.
+    [[nodiscard]] QByteArrayView digits() const { return m_digits; }
     /// Elements that are open, the present start or end tag's included.
     [[nodiscard]] int depth() const { return m_depth; }
     /// Raises the limit on nodes for an owner that has its own bounds on what it takes.
@@ -63,12 +73,16 @@ private:
     void start(const QString &text);
     [[nodiscard]] bool checkAhead();
     void takeIntoAccount();
+    void takeDigits();
 
     const XmlLimits m_limits;
-    QBuffer m_buffer; ///< what m_xml reads, unless it has a text of its own
+    std::unique_ptr<MarkupFeed> m_feed; ///< what m_xml reads, unless it has a text of its own
     QXmlStreamReader m_xml;
     std::optional<XmlFault> m_fault;
-    qsizetype m_checked = 0; ///< bytes of m_buffer that may be parsed
+    QByteArrayView m_digits;
+    qint64 m_startTags = 0;
+    qint64 m_digitLine = 0;    ///< the last one from which digits were kept out
+    qint64 m_digitColumns = 0; ///< how many of that line, up to the present place
     qint64 m_nodes = 0;
     qint64 m_allowedNodes = m_limits.maxNodes;
     int m_depth = 0;

@@ -24,7 +24,7 @@ void setLogOutput(LogOutput output)
         rules = QStringLiteral("default.debug=false");
         break;
     case LogOutput::Nothing:
-        rules = QStringLiteral("default.debug=false\nsignalscope.*=false");
+        rules = QStringLiteral("*=false");
         break;
     }
     QLoggingCategory::setFilterRules(rules);

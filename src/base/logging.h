@@ -22,7 +22,7 @@ Q_DECLARE_LOGGING_CATEGORY(lcTrigger)
 Q_DECLARE_LOGGING_CATEGORY(lcWavePaint)
 
 /// What of the log and of the viewer's accounts a program shows: everything but the painting, all
-/// but debug messages, or of the log nothing at all. QT_LOGGING_RULES has the last word.
+/// but debug messages, or nothing at all. QT_LOGGING_RULES has the last word.
 enum class LogOutput { Debug, Warnings, Nothing };
 void setLogOutput(LogOutput output);
 

@@ -8,9 +8,7 @@
 
 #include <base/logging.h>
 
-#include <QCoreApplication>
 #include <QHash>
-#include <QThread>
 #include <QTimer>
 
 #include <algorithm>
@@ -21,7 +19,6 @@ namespace KEO {
 
 namespace {
 
-constexpr int kSectionPause = 50;   // ms
 constexpr int kTrailingBits = 1;    // that a memory read shifts out behind the rows
 constexpr int kWatchInterval = 500; // ms
 constexpr int kPatience = 3000;     // ms without an answer until the user is told
@@ -58,8 +55,12 @@ CaptureManager::CaptureManager(JtagSession &session, QObject *parent)
     : QObject(parent),
       m_session(session),
       m_requests(std::make_unique<CaptureRequests>(session)),
-      m_watch(new QTimer(this))
+      m_watch(new QTimer(this)),
+      m_sectionTimer(new QTimer(this))
 {
+    m_sectionTimer->setSingleShot(true);
+    m_sectionTimer->setTimerType(Qt::PreciseTimer);
+    connect(m_sectionTimer, &QTimer::timeout, this, &CaptureManager::onSectionDue);
     m_watch->setInterval(kWatchInterval);
     connect(m_watch, &QTimer::timeout, this, &CaptureManager::watchServer);
 }
@@ -121,6 +122,8 @@ void CaptureManager::endRun()
 {
     const Step step = beginStep();
     forgetRun();
+    m_unasked.reset();
+    m_sectionTimer->stop();
     m_watch->stop();
     m_autorun = -1;
     m_state = CaptureState::Idle;
@@ -233,38 +236,78 @@ void CaptureManager::readMemory(const ReadPlan &plan, Evidence evidence)
         return;
     if (plan.sectionCount == 0) {
         qCDebug(lcCapture, "core %d: nothing to read", plan.core);
-        return; // not even a pause, or a huge window number would hang here
+        return; // a huge number of empty windows would take its time here
     }
-    for (int window = 0; window < plan.windowCount; ++window) {
-        m_windows.append(Window());
-        m_windows.last().isTrusted = !m_isDoubted;
-        if (!readSections(plan, window, step))
-            return;
-    }
+    if (plan.windowCount <= 0)
+        return;
+    m_unasked = {plan, step};
+    beginWindow();
+    m_sinceAsked.start();
+    scheduleSection();
 }
 
-bool CaptureManager::readSections(const ReadPlan &plan, int window, const Step &step)
+void CaptureManager::beginWindow()
 {
-    for (int section = 0; section < plan.sectionCount; ++section) {
-        // The pause paces the server, and the event loop takes its replies and the user's Stop.
-        QThread::msleep(kSectionPause);
-        QCoreApplication::processEvents();
-        if (!step.isCurrent() || m_state != CaptureState::Reading)
-            return false;
-        m_windows[window].sections.append(Section());
-        const SectionPlace place{section, plan.sectionCount, window};
-        const qint64 row = window * plan.stride + qint64(section) * plan.sectionRows;
-        m_session.sendCommand(burstReadPacket(sectionWord(plan, row), place));
-        const auto read = std::make_shared<SectionRead>(SectionRead{plan, place, step, m_reading});
-        const auto judge = [window](const CmdPack &reply) {
-            using Verdict = CaptureRequests::Verdict;
-            return windowOf(reply) == window ? Verdict::Keep : Verdict::Foreign;
-        };
-        m_requests->read(readRamPacket(plan.sectionBits(), place),
-                         {judge, [this, read](const CmdPack &reply) { takeSection(*read, reply); },
-                          [this, read](const CmdPack &reply) { takeSectionAgain(*read, reply); }});
+    m_windows.append(Window());
+    m_windows.last().isTrusted = !m_isDoubted;
+}
+
+void CaptureManager::scheduleSection()
+{
+    const bool isFull = m_unasked->inFlight >= m_pace.sectionsInFlight;
+    const qint64 pause =
+        isFull ? CapturePace::kAnswerPatience : m_pace.sectionPause - m_sinceAsked.elapsed();
+    m_sectionTimer->start(int(std::max<qint64>(pause, 0)));
+}
+
+void CaptureManager::onSectionDue()
+{
+    if (!m_unasked || !m_unasked->step.isCurrent() || m_state != CaptureState::Reading) {
+        m_unasked.reset();
+        return;
     }
-    return true;
+    const Unasked due = *m_unasked;
+    Unasked &next = *m_unasked;
+    if (next.inFlight >= m_pace.sectionsInFlight)
+        next.inFlight = 0; // they are lost, or nearly so
+    ++next.inFlight;
+    m_sinceAsked.start();
+    m_windows[due.window].sections.append(Section());
+    if (++next.section == next.plan.sectionCount) {
+        next.section = 0;
+        if (++next.window < next.plan.windowCount)
+            beginWindow();
+    }
+    if (next.window < next.plan.windowCount)
+        scheduleSection();
+    else
+        m_unasked.reset();
+    // Last: a server that is found gone while it is written to may end the run.
+    askSection(due.plan, {due.section, due.plan.sectionCount, due.window}, due.step);
+}
+
+void CaptureManager::askSection(const ReadPlan &plan, const SectionPlace &place, const Step &step)
+{
+    const int window = place.window;
+    const qint64 row = window * plan.stride + qint64(place.section) * plan.sectionRows;
+    m_session.sendCommand(burstReadPacket(sectionWord(plan, row), place));
+    const auto read = std::make_shared<SectionRead>(SectionRead{plan, place, step, m_reading});
+    const auto judge = [window](const CmdPack &reply) {
+        using Verdict = CaptureRequests::Verdict;
+        return windowOf(reply) == window ? Verdict::Keep : Verdict::Foreign;
+    };
+    m_requests->read(readRamPacket(plan.sectionBits(), place),
+                     {judge, [this, read](const CmdPack &reply) { takeSection(*read, reply); },
+                      [this, read](const CmdPack &reply) { takeSectionAgain(*read, reply); }});
+}
+
+/// A section of the reading under way has been answered.
+void CaptureManager::noteAnswered()
+{
+    if (!m_unasked || m_unasked->inFlight == 0)
+        return;
+    if (m_unasked->inFlight-- >= m_pace.sectionsInFlight)
+        scheduleSection();
 }
 
 /// A reply does not name its section, so the place is that of the request.
@@ -286,6 +329,7 @@ void CaptureManager::takeSection(SectionRead &read, const CmdPack &reply)
 {
     if (!read.step.isCurrent() || read.place.window >= m_windows.size())
         return;
+    noteAnswered();
     Window &window = m_windows[read.place.window];
     Section &section = window.sections[read.place.section];
     section = sectionOf(reply, read.plan);

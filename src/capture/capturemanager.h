@@ -1,5 +1,6 @@
 #pragma once
 
+#include "capturepace.h"
 #include "runreport.h"
 
 #include <config/capturelimits.h>
@@ -7,6 +8,7 @@
 #include <link/jtagsession.h>
 
 #include <QBitArray>
+#include <QElapsedTimer>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -22,6 +24,7 @@ class QTimer;
 namespace KEO {
 
 class CaptureRequests;
+struct SectionPlace;
 
 /// Where a run stands. The numbers are fixed; a standard core's run has no state 2, and the state 1
 /// of the two kinds of core has two names.
@@ -38,10 +41,11 @@ enum class CaptureState {
 /// may disturb them, reading the capture memory section by section, and the end. A kind of core
 /// adds how it is armed and polled and what its memory looks like.
 ///
-/// GUI thread; nothing blocks, but reading runs the event loop between two sections. A run ends
-/// with triggerComplete: when everything has been read, on stop, or when the device can't be
-/// opened. There is no time-out: a lost reply, or a description that asks for no section at all,
-/// leaves the run waiting for stop. The report tells meanwhile that a server does not answer.
+/// GUI thread; nothing blocks and nothing runs an event loop: what is read is asked for section by
+/// section on a timer, at the pace that the program has set. A run ends with triggerComplete: when
+/// everything has been read, on stop, or when the device can't be opened. There is no time-out: a
+/// lost reply, or a description that asks for no section at all, leaves the run waiting for stop.
+/// The report tells meanwhile that a server does not answer.
 ///
 /// A window is handed out only if every section of it came as it was asked for; of any other it is
 /// told that it is complete, and nothing is handed out. Which replies are believed, see
@@ -79,6 +83,9 @@ public:
     void setZeo(bool isZeo) { m_isZeo = isZeo; }
     /// What the run that is going on, or the last one, has to tell; begins anew with each start.
     [[nodiscard]] const RunReport &report() const { return m_report; }
+    [[nodiscard]] const CapturePace &pace() const { return m_pace; }
+    /// From the next run on.
+    void setPace(const CapturePace &pace) { m_pace = pace; }
 
 Q_SIGNALS:
     /// A run is over: 0, or after that the result of an "OPEN" that failed.
@@ -109,8 +116,8 @@ protected:
         [[nodiscard]] int sectionBits() const;
     };
 
-    /// Remembers a step of a run, so that a loop or reply can tell whether the run has moved on, or
-    /// the manager is gone.
+    /// Remembers a step of a run, so that a timer or reply can tell whether the run has moved on,
+    /// or the manager is gone.
     struct Step
     {
         QPointer<CaptureManager> manager;
@@ -144,7 +151,7 @@ protected:
     // What a kind of core may use.
 
     [[nodiscard]] Step currentStep() { return {this, m_step}; }
-    /// Makes all loops and replies that are under way stale.
+    /// Makes all requests and replies that are under way stale.
     Step beginStep();
     void enterState(CaptureState state);
     /// A run begins. False when a receiver of the state has made it move on.
@@ -167,8 +174,7 @@ protected:
                            std::function<void(RegisterAnswer)> answered);
     /// The reads under way are lost; the run goes on.
     void giveUpReads();
-    /// Reads all windows, with the event loop running between two sections. Returns when all has
-    /// been asked for, or the run has moved on.
+    /// Begins to read all windows; the sections are asked for one by one, see CapturePace.
     void readMemory(const ReadPlan &plan, Evidence evidence = Evidence::Told);
     /// The sections of a window in list order, the last one first; empty if it was not read whole.
     [[nodiscard]] QList<QBitArray> sections(int window) const;
@@ -193,10 +199,23 @@ private:
         bool isDelivered = false;
     };
     struct SectionRead;
+    /// What of a reading has not been asked for yet.
+    struct Unasked
+    {
+        ReadPlan plan;
+        Step step;
+        int window = 0; ///< of the next section
+        int section = 0;
+        int inFlight = 0; ///< sections that wait for their answers
+    };
 
     void endRun();
-    /// False when the run has moved on meanwhile.
-    bool readSections(const ReadPlan &plan, int window, const Step &step);
+    void beginWindow();
+    /// Has the next section asked for when its time has come.
+    void scheduleSection();
+    void onSectionDue();
+    void askSection(const ReadPlan &plan, const SectionPlace &place, const Step &step);
+    void noteAnswered();
     [[nodiscard]] static Section sectionOf(const CmdPack &reply, const ReadPlan &plan);
     void takeSection(SectionRead &read, const CmdPack &reply);
     void takeSectionAgain(const SectionRead &read, const CmdPack &reply);
@@ -211,7 +230,11 @@ private:
     std::unique_ptr<CaptureRequests> m_requests;
     CaptureState m_state = CaptureState::Idle;
     RunReport m_report;
+    CapturePace m_pace;
     QTimer *m_watch; // owned by the object tree; runs in a run
+    std::optional<Unasked> m_unasked;
+    QTimer *m_sectionTimer;     // owned by the object tree; runs while sections are to be asked for
+    QElapsedTimer m_sinceAsked; // since the latest section was, or the reading began
     // Of the latest reading of a core's memory.
     quint64 m_reading = 0; // its number
     int m_readCore = 0;

@@ -227,7 +227,7 @@ void KeoLiteDataManager::takeInitRegister(RegisterAnswer answer)
 /// the tasks that wait pile up over a long wait.
 void KeoLiteDataManager::poll()
 {
-    if (*m_unansweredPolls >= kMaxUnansweredPolls) {
+    if (*m_unansweredPolls >= std::min(kMaxUnansweredPolls, pace().pollsInFlight)) {
         m_checkTimer->stop();
         m_patienceTimer->start();
         return;

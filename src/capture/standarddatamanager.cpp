@@ -21,8 +21,7 @@ namespace KEO {
 
 namespace {
 
-constexpr int kPollInterval = 500; // ms
-constexpr int kLeadingBits = 32;   // that a memory read shifts out before the rows
+constexpr int kLeadingBits = 32; // that a memory read shifts out before the rows
 
 } // namespace
 
@@ -49,7 +48,6 @@ KeoStandardDataManager::KeoStandardDataManager(QObject *parent)
 KeoStandardDataManager::KeoStandardDataManager(JtagSession &session, QObject *parent)
     : CaptureManager(session, parent), m_timer(new QTimer(this))
 {
-    m_timer->setInterval(kPollInterval);
     connect(m_timer, &QTimer::timeout, this, &KeoStandardDataManager::checkState);
 }
 
@@ -96,7 +94,7 @@ void KeoStandardDataManager::start(const QList<int> &positions)
         return;
     for (CoreConfig *core : coresAt(positions))
         arm(*core, wholeImage(*core));
-    m_timer->start();
+    startTimer();
 }
 
 QList<QBitArray> KeoStandardDataManager::startWords(const QList<int> &positions) const
@@ -134,7 +132,7 @@ QList<QBitArray> KeoStandardDataManager::rawWindow(int window)
     if (autorun() >= 0)
         rearm();
     else if (state() == CaptureState::ReadComplete)
-        m_timer->start();
+        startTimer();
     return sections;
 }
 
@@ -167,6 +165,10 @@ void KeoStandardDataManager::checkState()
     CoreConfig *core = firstArmedCore();
     if (core) {
         const bool goesOn = state() == CaptureState::Armed && core == m_currentCore;
+        if (goesOn && awaitsAnswers())
+            return;
+        if (!goesOn)
+            m_pollsWaiting = 0;
         const Step step = goesOn ? currentStep() : beginStep();
         enterState(CaptureState::Armed);
         if (step.isCurrent())
@@ -202,8 +204,21 @@ void KeoStandardDataManager::disarm()
 void KeoStandardDataManager::forgetRun()
 {
     m_timer->stop();
+    m_pollsWaiting = 0;
     m_currentCore = nullptr;
     m_selectedCore = nullptr;
+}
+
+void KeoStandardDataManager::startTimer()
+{
+    m_timer->start(pace().pollInterval);
+}
+
+/// As many polls wait for their answers as may.
+bool KeoStandardDataManager::awaitsAnswers() const
+{
+    return m_pollsWaiting >= pace().pollsInFlight &&
+           !m_sincePoll.hasExpired(CapturePace::kAnswerPatience);
 }
 
 QBitArray KeoStandardDataManager::sectionWord(const ReadPlan &plan, qint64 row) const
@@ -260,6 +275,7 @@ void KeoStandardDataManager::rearm()
     if (state() != CaptureState::ReadComplete)
         return;
     const Step step = beginStep();
+    m_pollsWaiting = 0;
     beginRound();
     enterState(CaptureState::Armed);
     if (!step.isCurrent())
@@ -268,7 +284,7 @@ void KeoStandardDataManager::rearm()
         if (core->active != 0)
             arm(*core, buildRegisterImage(*core, deviceName(), isZeo()));
     }
-    m_timer->start();
+    startTimer();
 }
 
 /// The core is selected when it becomes the current one, and again after a forced trigger or a new
@@ -279,6 +295,10 @@ void KeoStandardDataManager::poll(CoreConfig &core, const Step &step)
         m_currentCore = &core;
         selectCore(core);
     }
+    if (m_pollsWaiting >= pace().pollsInFlight)
+        m_pollsWaiting = 0; // they are lost, or nearly so
+    ++m_pollsWaiting;
+    m_sincePoll.start();
     readStartRegister(core.requiredRegisterWidth(), EmptyAnswer::SaysNothing,
                       [this, step](RegisterAnswer answer) {
                           if (step.isCurrent())
@@ -289,8 +309,14 @@ void KeoStandardDataManager::poll(CoreConfig &core, const Step &step)
 /// The core clears its start register when its windows are full.
 void KeoStandardDataManager::takeStartRegister(RegisterAnswer answer)
 {
-    if (state() != CaptureState::Armed || answer != RegisterAnswer::Zero)
+    if (state() != CaptureState::Armed)
         return;
+    m_pollsWaiting = std::max(m_pollsWaiting - 1, 0);
+    if (answer != RegisterAnswer::Zero) {
+        if (pace().pollsInFlight != CapturePace::kUnbounded)
+            startTimer();
+        return;
+    }
     m_currentCore->active = 2;
     m_timer->stop();
     readMemory(readPlan(*m_currentCore));

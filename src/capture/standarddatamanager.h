@@ -5,6 +5,7 @@
 #include <config/coreconfig.h>
 
 #include <QBitArray>
+#include <QElapsedTimer>
 #include <QList>
 #include <QString>
 
@@ -91,11 +92,15 @@ private:
 
     void poll(CoreConfig &core, const Step &step);
     void takeStartRegister(RegisterAnswer answer);
+    void startTimer();
+    [[nodiscard]] bool awaitsAnswers() const;
 
     QTimer *m_timer; // owned by the object tree
     CoreList m_cores;
     CoreConfig *m_currentCore = nullptr;  // in m_cores; polled or read
     CoreConfig *m_selectedCore = nullptr; // in m_cores; the one that shift words reach
+    int m_pollsWaiting = 0;               // for their answers
+    QElapsedTimer m_sincePoll;
     ErrorBox m_errorBox;
 };
 

@@ -41,9 +41,19 @@ Socket probe(const QString &serverName)
 
 } // namespace
 
+CableAccess::CableAccess(const CaptureOptions &options)
+    : m_errors(options.quiet ? ServerErrors::Discarded : ServerErrors::Forwarded)
+{
+}
+
 CableAccess::~CableAccess()
 {
-    killServers(m_processes);
+    endServers([] { return false; });
+}
+
+void CableAccess::endServers(const std::function<bool()> &isGivenUp)
+{
+    KEO::endServers(m_processes, isGivenUp);
 }
 
 CableAccess::Reached CableAccess::connectTo(const ServerRow &row)
@@ -54,7 +64,7 @@ CableAccess::Reached CableAccess::connectTo(const ServerRow &row)
         return Reached::Busy;
     if (socket == Socket::NobodyListens) {
         const Interruption::ChildShield shield;
-        if (launchServers(m_processes, siblingDirectory(), {row}).isEmpty())
+        if (launchServers(m_processes, siblingDirectory(), {row}, m_errors).isEmpty())
             return Reached::No;
     }
     if (JtagSession::instance()->connectServer(connection, kConnectTime, isInterrupted))

@@ -1,19 +1,24 @@
 #pragma once
 
+#include "captureoptions.h"
+
 #include <base/result.h>
 #include <servers/serverlauncher.h>
 
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 namespace KEO {
 
 /// Gets at the cable servers: reaches one that already runs on its name (the desktop program's,
-/// say), else starts it. Servers that it started end with it.
+/// say), else starts it. Servers that it started end with it at the latest.
 class CableAccess final
 {
 public:
-    CableAccess() = default;
+    /// A quiet program starts quiet servers.
+    explicit CableAccess(const CaptureOptions &options);
     CableAccess(const CableAccess &) = delete;
     CableAccess &operator=(const CableAccess &) = delete;
     ~CableAccess();
@@ -23,12 +28,15 @@ public:
     Result<QString> reach(const QString &cable);
     /// Connects the session to every cable that answers; their names in table order.
     QStringList reachAll();
+    /// Ends the servers that it started, in good order; see KEO::endServers.
+    void endServers(const std::function<bool()> &isGivenUp);
 
 private:
     enum class Reached { Yes, No, Busy };
 
     Reached connectTo(const ServerRow &row);
 
+    ServerErrors m_errors;
     ServerProcesses m_processes;
 };
 

@@ -2,6 +2,7 @@
 
 #include "triggeroptionreader.h"
 
+#include <capture/capturepace.h>
 #include <design/recoverystore.h>
 
 #include <QCommandLineParser>
@@ -10,7 +11,9 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace KEO {
 
@@ -56,21 +59,25 @@ Result<QList<int>> numberList(const QString &option, const QStringList &texts, i
     return numbers;
 }
 
+const QList<std::pair<QString, ExportFormat>> &formatNames()
+{
+    static const QList<std::pair<QString, ExportFormat>> names = {
+        {QStringLiteral("csv"), ExportFormat::Csv},
+        {QStringLiteral("vcd"), ExportFormat::Vcd},
+        {QStringLiteral("prn"), ExportFormat::Prn}};
+    return names;
+}
+
 Result<QList<ExportFormat>> formatList(const QStringList &texts)
 {
     QList<ExportFormat> formats;
     for (const QString &text : texts) {
-        ExportFormat format;
-        if (text == "csv")
-            format = ExportFormat::Csv;
-        else if (text == "vcd")
-            format = ExportFormat::Vcd;
-        else if (text == "prn")
-            format = ExportFormat::Prn;
-        else
+        const auto named =
+            std::ranges::find(formatNames(), text, &std::pair<QString, ExportFormat>::first);
+        if (named == formatNames().end())
             return usage(Text::tr("--format takes csv, vcd or prn, not \"%1\".").arg(text));
-        if (!formats.contains(format))
-            formats.append(format);
+        if (!formats.contains(named->second))
+            formats.append(named->second);
     }
     return formats;
 }
@@ -120,6 +127,7 @@ constexpr int kCapture = 1;
 constexpr int kExport = 2; // of a saved capture
 constexpr int kList = 4;
 constexpr int kCompare = 8; // of two saved captures
+constexpr int kDiff = 16;   // of two descriptions
 
 int bitOf(Task task)
 {
@@ -130,6 +138,8 @@ int bitOf(Task task)
         return kExport;
     case Task::Compare:
         return kCompare;
+    case Task::Diff:
+        return kDiff;
     default:
         return kList;
     }
@@ -180,6 +190,15 @@ std::optional<Error> readDelay(CaptureOptions &options, Values values)
     return {};
 }
 
+std::optional<Error> readPace(CaptureOptions &options, Values values)
+{
+    const auto pace = numberList("pace", {values.last()}, CapturePace::kMaxSectionPause);
+    if (!pace)
+        return pace.error();
+    options.pace = pace->first();
+    return {};
+}
+
 std::optional<Error> readRounds(CaptureOptions &options, Values values)
 {
     bool ok = false;
@@ -215,6 +234,8 @@ std::optional<Error> readTranscript(CaptureOptions &options, Values values)
     return {};
 }
 
+const QString kCompletedShell = QStringLiteral("bash");
+
 struct OptionRow
 {
     QString names;               ///< a blank between them, the long one last
@@ -242,7 +263,7 @@ const QList<OptionRow> &optionTable()
         {"core", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Core to capture, repeatable; default the first."),
-         kCapture | kExport | kCompare, readCores},
+         kCapture | kExport | kCompare | kDiff, readCores},
         {"set", "UNIT=SETTING",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Set a match unit of the core named last, repeatable: M0='==RX01', "
@@ -285,6 +306,11 @@ const QList<OptionRow> &optionTable()
          [](O &options, Values values) {
              return store(options.timeout, milliseconds("timeout", values.last()));
          }},
+        {"pace", "MS",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Pause of MS milliseconds between sections, for a slow cable; "
+                           "default 0."),
+         kCapture, readPace},
         {"auto", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Capture N rounds, each exported under its own number."),
@@ -330,6 +356,11 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Compare a saved project with another one, the FILE."),
          kCompare},
+        {"diff", "OLD.keo",
+         QT_TRANSLATE_NOOP(
+             "KEO::CaptureOptions",
+             "Tell what differs between a core description and another one, the FILE."),
+         kDiff},
         {"dry-run", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Print what would be sent to the cores, without a server."),
@@ -342,14 +373,29 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the cables that answer."), kList},
         {"json", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Print one JSON document on standard output."),
-         kCapture | kExport | kCompare | kList, setFlag<&O::json>},
+         kCapture | kExport | kCompare | kDiff | kList, setFlag<&O::json>},
         {"quiet", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "No progress on standard error."),
-         kCapture | kExport | kCompare | kList, setFlag<&O::quiet>},
+         kCapture | kExport | kCompare | kDiff | kList, setFlag<&O::quiet>},
+        {"completion", "SHELL",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Print a script that completes these options in bash.")},
         {"h help", nullptr, QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Show this help.")},
         {"v version", nullptr, QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Show the version.")},
     };
     return table;
+}
+
+QStringList choicesOf(const OptionRow &row)
+{
+    QStringList choices;
+    if (row.name() == QLatin1String("completion"))
+        choices = {kCompletedShell};
+    if (row.name() == QLatin1String("format")) {
+        for (const auto &[name, format] : formatNames())
+            choices.append(name);
+    }
+    return choices;
 }
 
 void addOptions(QCommandLineParser &parser)
@@ -358,7 +404,8 @@ void addOptions(QCommandLineParser &parser)
         parser.addOption(
             {row.names.split(u' '), Text::tr(row.text), QString::fromLatin1(row.value)});
     parser.addPositionalArgument(
-        "FILE", Text::tr("Core description to capture with; with --compare the second project."));
+        "FILE", Text::tr("Core description to capture with; with --compare the second project, "
+                         "with --diff the newer description."));
 }
 
 /// Reads all options but those that say what the task is.
@@ -373,15 +420,21 @@ std::optional<Error> readOptions(const QCommandLineParser &parser, CaptureOption
     return {};
 }
 
-/// The description FILE.
-Result<QString> descriptionPath(const QStringList &files)
+/// A description named on the command line.
+Result<QString> descriptionPath(const QString &file)
+{
+    if (!file.endsWith(".keo") && !file.endsWith(".zeo"))
+        return usage(Text::tr("FILE must end in .keo or .zeo: %1").arg(file));
+    return QFileInfo(file).absoluteFilePath();
+}
+
+/// The description FILE of a capture.
+Result<QString> capturedDescription(const QStringList &files)
 {
     if (files.size() != 1)
         return usage(files.isEmpty() ? Text::tr("FILE is missing.")
                                      : Text::tr("Only one FILE is taken."));
-    if (!files.first().endsWith(".keo") && !files.first().endsWith(".zeo"))
-        return usage(Text::tr("FILE must end in .keo or .zeo: %1").arg(files.first()));
-    return QFileInfo(files.first()).absoluteFilePath();
+    return descriptionPath(files.first());
 }
 
 /// Options that the task of the option \a name has no use for.
@@ -431,6 +484,19 @@ std::optional<Error> readCompared(const QCommandLineParser &parser, CaptureOptio
     return store(options.otherFile, savedProject(name, parser.positionalArguments().first()));
 }
 
+/// The two descriptions of --diff.
+std::optional<Error> readDiffed(const QCommandLineParser &parser, CaptureOptions &options)
+{
+    const QString name = QStringLiteral("diff");
+    if (const auto error = refuseOthers(parser, name, Task::Diff))
+        return error;
+    if (parser.values(name).size() != 1 || parser.positionalArguments().size() != 1)
+        return usage(Text::tr("--diff takes two descriptions."));
+    if (const auto error = store(options.file, descriptionPath(parser.value(name))))
+        return error;
+    return store(options.otherFile, descriptionPath(parser.positionalArguments().first()));
+}
+
 /// What there is to do, and with which files.
 std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &options)
 {
@@ -440,7 +506,7 @@ std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &
             continue;
         options.task = task;
         if (!parser.positionalArguments().isEmpty() || parser.isSet("open") ||
-            parser.isSet("compare"))
+            parser.isSet("compare") || parser.isSet("diff"))
             return usage(Text::tr("--%1 takes no FILE.").arg(QLatin1String(name)));
         return {};
     }
@@ -448,11 +514,15 @@ std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &
         options.task = Task::Compare;
         return readCompared(parser, options);
     }
+    if (parser.isSet("diff")) {
+        options.task = Task::Diff;
+        return readDiffed(parser, options);
+    }
     if (parser.isSet("open")) {
         options.task = Task::ExportSaved;
         return store(options.file, openedProject(parser));
     }
-    if (const auto error = store(options.file, descriptionPath(parser.positionalArguments())))
+    if (const auto error = store(options.file, capturedDescription(parser.positionalArguments())))
         return error;
     if (!parser.isSet("save"))
         return {};
@@ -481,14 +551,22 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         "Captures from an on-chip logic analyzer without a window: loads the core description "
         "FILE (.keo or .zeo), arms its cores through a cable server, waits for the trigger (a "
         "lite core has none and starts after the delay), reads the samples and exports them. "
-        "Or exports what was saved as a project before, or compares two such projects.\n\n"
+        "Or exports what was saved as a project before, compares two such projects, or tells what "
+        "differs between two core descriptions.\n\n"
         "Exit status: 0 captured, or equal, 1 different, 2 usage, 3 no server, "
         "4 timed out, 5 the device refused, 6 a file could not be read or written, 130 stopped "
-        "by Ctrl-C."));
+        "by Ctrl-C, 143 by SIGTERM."));
     addOptions(parser);
     CaptureOptions options;
     if (!parser.parse(withTwoDashes(arguments)))
         return usage(parser.errorText());
+    if (parser.isSet("completion")) {
+        options.task = Task::ShowCompletion;
+        if (parser.value("completion") != kCompletedShell)
+            return usage(
+                Text::tr("--completion takes bash, not \"%1\".").arg(parser.value("completion")));
+        return options;
+    }
     if (parser.isSet("help")) {
         options.task = Task::ShowHelp;
         // The options are read before there is an application that knows the program's name.
@@ -504,7 +582,7 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         return *error;
     if (const auto error = readOptions(parser, options))
         return *error;
-    if (bitOf(options.task) == kList || options.task == Task::Compare)
+    if (bitOf(options.task) == kList || options.task == Task::Compare || options.task == Task::Diff)
         return options;
     if (options.task == Task::Capture) {
         if (const auto error = store(options.triggers, readTriggerOptions(parser)))
@@ -516,6 +594,20 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
     if (options.baseName.isEmpty() || options.baseName != asExportName(options.baseName))
         return usage(
             Text::tr("--name takes letters, digits and _, not \"%1\".").arg(options.baseName));
+    return options;
+}
+
+QList<OptionName> captureOptionNames()
+{
+    QList<OptionName> options;
+    for (const OptionRow &row : optionTable()) {
+        OptionName &option = options.emplaceBack();
+        for (const QString &name : row.names.split(u' '))
+            option.spellings.append((name.size() > 1 ? QLatin1String("--") : QLatin1String("-")) +
+                                    name);
+        option.value = QString::fromLatin1(row.value);
+        option.choices = choicesOf(row);
+    }
     return options;
 }
 

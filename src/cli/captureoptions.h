@@ -20,16 +20,19 @@ struct CaptureOptions
         Capture,
         ExportSaved,
         Compare,
+        Diff,
         ListCables,
         ListRecovery,
+        ShowCompletion,
         ShowHelp,
         ShowVersion
     };
 
     Task task = Task::Capture;
-    /// Core description, or the project of ExportSaved or the first one of Compare; absolute path.
+    /// Core description, of Diff the older one, or the project of ExportSaved or the first one of
+    /// Compare; absolute path.
     QString file;
-    QString otherFile; ///< second project of Compare, absolute path
+    QString otherFile; ///< second project of Compare or description of Diff, absolute path
     QString project;   ///< project file to save, absolute path; empty: none
     QString device;    ///< device model; may be empty
     QString cable;     ///< cable name; empty means the first that answers
@@ -37,6 +40,7 @@ struct CaptureOptions
     QList<TriggerOptions> triggers;   ///< of cores named once each; none with --open
     QList<int> chain{0};              ///< instruction codes, 0 for the target
     std::optional<int> delay;         ///< ms before a lite core starts
+    int pace = 0;                     ///< ms between two sections of the capture memory
     std::optional<qint64> forceAfter; ///< ms
     std::optional<qint64> timeout;    ///< ms
     std::optional<int> autoRounds;
@@ -57,5 +61,15 @@ struct CaptureOptions
 /// Reads a command line whose first entry is the program's name. An error's message is one
 /// sentence for the user.
 Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments);
+
+/// An option as it is typed.
+struct OptionName
+{
+    QStringList spellings; ///< with their dashes
+    QString value;         ///< what it takes, as the help names it; empty: nothing
+    QStringList choices;   ///< the values that there are, if these can be told
+};
+/// Every option, in the order of the help.
+[[nodiscard]] QList<OptionName> captureOptionNames();
 
 } // namespace KEO

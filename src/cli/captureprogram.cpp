@@ -1,12 +1,16 @@
 #include "captureprogram.h"
 
+#include "bashcompletion.h"
 #include "capturerun.h"
+#include "descriptiontask.h"
 #include "dryrun.h"
 #include "listings.h"
 #include "savedtasks.h"
 
 #include <link/jtagsession.h>
+#include <version/version.h>
 
+#include <optional>
 #include <utility>
 
 namespace KEO {
@@ -20,14 +24,17 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
     WindowExport windows(options, drawPicture, output, report);
     switch (options.task) {
     case CaptureOptions::Task::ListCables:
-        return listCables(output);
+        return listCables(options, output);
     case CaptureOptions::Task::ListRecovery:
         return listRecovery(output);
     case CaptureOptions::Task::ExportSaved:
         return exportSaved(options, windows);
     case CaptureOptions::Task::Compare:
         return compareSaved(options, output);
+    case CaptureOptions::Task::Diff:
+        return diffDescriptions(options, output);
     case CaptureOptions::Task::Capture:
+    case CaptureOptions::Task::ShowCompletion:
     case CaptureOptions::Task::ShowHelp:
     case CaptureOptions::Task::ShowVersion:
         break;
@@ -42,17 +49,29 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
     return CaptureRun(options, windows, output, report).run();
 }
 
+/// What the program says of itself; nothing for a task that is work.
+std::optional<QString> ownText(const CaptureOptions &options)
+{
+    switch (options.task) {
+    case CaptureOptions::Task::ShowCompletion:
+        return bashCompletion();
+    case CaptureOptions::Task::ShowHelp:
+        return options.helpText;
+    case CaptureOptions::Task::ShowVersion:
+        return QStringLiteral("signalscope-capture ") + versionText();
+    default:
+        return {};
+    }
+}
+
 } // namespace
 
 ExitStatus runCaptureProgram(const CaptureOptions &options, const PictureWriter &drawPicture)
 {
-    using Task = CaptureOptions::Task;
-    if (options.task == Task::ShowHelp || options.task == Task::ShowVersion) {
-        ResultOutput text(false);
-        text.line(options.task == Task::ShowHelp
-                      ? options.helpText
-                      : QStringLiteral("signalscope-capture " SIGNALSCOPE_VERSION));
-        return text.finish({});
+    if (const auto text = ownText(options)) {
+        ResultOutput output(false);
+        output.line(*text);
+        return output.finish({});
     }
     ResultOutput output(options.json);
     TaskResult result = runTask(options, drawPicture, output);

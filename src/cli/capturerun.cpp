@@ -18,6 +18,8 @@ namespace {
 
 // How often the program looks whether the server is still there.
 constexpr int kLinkCheckInterval = 500;
+// For the server to take what the end of a run has sent.
+constexpr int kLeaveTime = 1000;
 
 /// The sentences of this program, which name core, window and result for every kind of core.
 const KindTraits &words()
@@ -33,12 +35,16 @@ CaptureRun::CaptureRun(const CaptureOptions &options, WindowExport &windows, Res
       m_exports(windows),
       m_output(output),
       m_report(report),
+      m_cables(options),
       m_design(makeDesign(options)),
       m_manager(m_design->manager()),
       m_forceTimer(new QTimer(this)),
       m_timeoutTimer(new QTimer(this)),
       m_linkTimer(new QTimer(this))
 {
+    CapturePace pace = kEagerPace;
+    pace.sectionPause = m_options.pace;
+    m_manager.setPace(pace);
     m_forceTimer->setSingleShot(true);
     m_timeoutTimer->setSingleShot(true);
     connect(m_forceTimer, &QTimer::timeout, this, [this] {
@@ -73,6 +79,7 @@ TaskResult CaptureRun::run()
         QTimer::singleShot(0, this, &CaptureRun::start);
         QCoreApplication::exec();
     }
+    leaveServer();
     m_result.document = {
         {"file", m_options.file}, {"captures", m_exports.captures()}, {"cable", m_cable}};
     if (m_projectSaved)
@@ -273,6 +280,17 @@ void CaptureRun::end(ExitStatus status, const QString &message)
     if (m_manager.state() != CaptureState::Idle)
         m_manager.stop(); // disarms the cores and closes the device
     QCoreApplication::quit();
+}
+
+/// The cores are disarmed and the device is closed only once the server has read so; one that this
+/// program has started would be ended before. Another signal ends all waiting.
+void CaptureRun::leaveServer()
+{
+    const auto isGivenUp = [count = Interruption::count()] {
+        return Interruption::count() > count;
+    };
+    m_design->session().endConnection(kLeaveTime, isGivenUp);
+    m_cables.endServers(isGivenUp);
 }
 
 } // namespace KEO

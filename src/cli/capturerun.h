@@ -48,6 +48,7 @@ private:
     void onTriggerComplete(int resultId);
     void endIfIncomplete();
     void end(ExitStatus status, const QString &message = {});
+    void leaveServer();
 
     [[nodiscard]] QString waitingFor() const;
     [[nodiscard]] bool isAuto() const { return m_options.autoRounds.has_value(); }

@@ -5,7 +5,7 @@ namespace KEO {
 /// Exit status of the capture program; scripts rely on the numbers.
 enum class ExitStatus {
     Captured = 0,      ///< or exported, or compared and equal
-    Different = 1,     ///< compared
+    Different = 1,     ///< compared: projects or descriptions
     Usage = 2,         ///< the command line asks for something that cannot be done
     NoServer = 3,      ///< no cable server could be started or reached, or it went away
     TimedOut = 4,      ///< --timeout ran out

@@ -9,10 +9,12 @@ namespace KEO {
 namespace {
 
 volatile std::sig_atomic_t received = 0;
+volatile std::sig_atomic_t signalCount = 0;
 
 void remember(int number)
 {
     received = number;
+    signalCount = signalCount + 1;
 }
 
 // Felt as immediate, and no load to speak of.
@@ -33,6 +35,7 @@ Interruption::ChildShield::~ChildShield()
 Interruption::Interruption(QObject *parent) : QObject(parent), m_poll(new QTimer(this))
 {
     received = 0;
+    signalCount = 0;
     std::signal(SIGINT, remember);
     std::signal(SIGTERM, remember);
     // A signal handler may only set a flag; the event loop looks at it.
@@ -56,6 +59,11 @@ std::optional<ExitStatus> Interruption::pending()
     if (received == 0)
         return std::nullopt;
     return received == SIGTERM ? ExitStatus::Terminated : ExitStatus::Interrupted;
+}
+
+int Interruption::count()
+{
+    return signalCount;
 }
 
 } // namespace KEO

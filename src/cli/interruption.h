@@ -36,6 +36,8 @@ public:
 
     /// The status to exit with once a signal has arrived.
     static std::optional<ExitStatus> pending();
+    /// Signals so far.
+    static int count();
 
 Q_SIGNALS:
     void interrupted();

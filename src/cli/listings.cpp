@@ -30,9 +30,9 @@ QJsonObject jsonOf(const QString &name, const Recovery &entry)
 
 } // namespace
 
-TaskResult listCables(ResultOutput &output)
+TaskResult listCables(const CaptureOptions &options, ResultOutput &output)
 {
-    CableAccess access;
+    CableAccess access(options);
     const QStringList cables = access.reachAll();
     for (const QString &cable : cables)
         output.line(cable);

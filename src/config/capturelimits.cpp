@@ -6,6 +6,8 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+
 namespace KEO {
 
 namespace {
@@ -40,10 +42,21 @@ std::optional<Error> captureObstacle(const CoreConfig &core)
 
 std::optional<Error> captureObstacle(const CoreConfig &core, const CaptureNumbers &asked)
 {
-    const auto [windows, amount, position] = asked;
     if (core.index < 0 || core.index >= kMaxChipCores)
         return refusal(Text::tr("Core %1: a chip has only cores 0 to %2."), core.index,
                        kMaxChipCores - 1);
+    if (std::optional<Error> obstacle = memoryObstacle(core, asked))
+        return obstacle;
+    for (const auto &unit : core.matchUnits) {
+        if (std::optional<Error> obstacle = counterObstacle(*unit))
+            return obstacle;
+    }
+    return {};
+}
+
+std::optional<Error> memoryObstacle(const CoreConfig &core, const CaptureNumbers &asked)
+{
+    const auto [windows, amount, position] = asked;
     if (core.signals.isEmpty() || amount < 1 || windows < 1)
         return refusal(Text::tr("Core %1 captures %2 samples of %3 signals in %4 windows: nothing "
                                 "to read."),
@@ -64,10 +77,6 @@ std::optional<Error> captureObstacle(const CoreConfig &core, const CaptureNumber
         return refusal(Text::tr("Core %1 has its trigger at sample %2 of %3; it has to leave %4 to "
                                 "the end."),
                        core.index, position, amount, kMinRowsFromTrigger);
-    for (const auto &unit : core.matchUnits) {
-        if (std::optional<Error> obstacle = counterObstacle(*unit))
-            return obstacle;
-    }
     return {};
 }
 
@@ -82,7 +91,6 @@ std::optional<Error> captureObstacle(const LiteCoreConfig &core)
     return {};
 }
 
-/// A width of 0 is what a description without one gives; then only the register bounds the count.
 std::optional<Error> counterObstacle(const MatchUnit &unit)
 {
     if (!unit.isInUse() || !unit.counter_enable)
@@ -91,11 +99,16 @@ std::optional<Error> counterObstacle(const MatchUnit &unit)
         return refusal(Text::tr("Core %1: the counter of match unit %2 has %3 bits; 1 to %4 are "
                                 "possible."),
                        unit.core->index, unit.index, unit.counter_width, kMaxCounterBits);
-    const int most = 1 << (unit.counter_width > 0 ? unit.counter_width : kMaxCounterBits);
+    const int most = greatestCount(unit.counter_width);
     if (unit.counter < 1 || unit.counter > most)
         return refusal(Text::tr("Core %1: match unit %2 counts %3 matches; 1 to %4 are possible."),
                        unit.core->index, unit.index, unit.counter, most);
     return {};
+}
+
+int greatestCount(int width)
+{
+    return 1 << (width > 0 ? std::min(width, kMaxCounterBits) : kMaxCounterBits);
 }
 
 } // namespace KEO

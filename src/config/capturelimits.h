@@ -39,6 +39,8 @@ struct CaptureNumbers
     int windows = 0;
     int amount = 0;
     int position = 0;
+
+    bool operator==(const CaptureNumbers &other) const = default;
 };
 
 /// Why \a core can't be captured as it stands, as an error of kind Format; nothing if it can. Looks
@@ -49,8 +51,14 @@ struct CaptureNumbers
 [[nodiscard]] std::optional<Error> captureObstacle(const CoreConfig &core,
                                                    const CaptureNumbers &asked);
 [[nodiscard]] std::optional<Error> captureObstacle(const LiteCoreConfig &core);
+/// Why the memory of \a core can't hold \a asked, whatever its match units are set to.
+[[nodiscard]] std::optional<Error> memoryObstacle(const CoreConfig &core,
+                                                  const CaptureNumbers &asked);
 /// Why a core can't be captured with the counter of \a unit, which belongs to a core; nothing if it
 /// can.
 [[nodiscard]] std::optional<Error> counterObstacle(const MatchUnit &unit);
+/// The most matches that a counter of \a width bits counts. 0 is what a description without a
+/// width gives; then only the register bounds the count.
+[[nodiscard]] int greatestCount(int width);
 
 } // namespace KEO

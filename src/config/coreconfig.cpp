@@ -111,4 +111,30 @@ int CoreConfig::requiredRegisterWidth() const
     return int(width);
 }
 
+std::unique_ptr<CoreConfig> copyOf(const CoreConfig &core)
+{
+    auto copy = std::make_unique<CoreConfig>(core.index);
+    copy->active = core.active;
+    copy->sample_clock = core.sample_clock;
+    copy->trig_type = core.trig_type;
+    copy->dynamic = core.dynamic;
+    copy->storage_depth = core.storage_depth;
+    copy->capture_amount = core.capture_amount;
+    copy->trigger_pos = core.trigger_pos;
+    copy->window_num = core.window_num;
+    for (size_t port = 0; port < core.triggers.size(); ++port)
+        copy->triggers[port]->signals = core.triggers[port]->signals;
+    for (size_t unit = 0; unit < core.matchUnits.size(); ++unit) {
+        MatchUnit &own = *copy->matchUnits[unit];
+        own = *core.matchUnits[unit];
+        own.core = copy.get();
+        own.trigger = own.trigger ? copy->triggerByIndex(own.trigger->index) : nullptr;
+    }
+    copy->expressions = core.expressions;
+    copy->expressionEnabled = core.expressionEnabled;
+    copy->signals = core.signals;
+    copy->module_name = core.module_name;
+    return copy;
+}
+
 } // namespace KEO

@@ -103,6 +103,9 @@ struct CoreConfig
     [[nodiscard]] int requiredRegisterWidth() const;
 };
 
+/// A core of its own with everything that \a core has.
+[[nodiscard]] std::unique_ptr<CoreConfig> copyOf(const CoreConfig &core);
+
 using CoreList = std::vector<std::unique_ptr<CoreConfig>>;
 
 } // namespace KEO

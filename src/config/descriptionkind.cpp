@@ -44,15 +44,27 @@ Result<DescriptionKind> kindOfMode(const QDomElement &mode)
 
 } // namespace
 
+Result<DescriptionHead> readDescriptionHead(const QByteArray &bytes)
+{
+    const Result<QDomDocument> document = parseDescription(bytes);
+    if (!document)
+        return document.error();
+    const QDomElement root = document->documentElement();
+    const Result<DescriptionKind> kind = kindOfMode(root.firstChildElement(QStringLiteral("Mode")));
+    if (!kind)
+        return kind.error();
+    return DescriptionHead{*kind, root.firstChildElement(QStringLiteral("Version")).text()};
+}
+
 Result<DescriptionKind> readDescriptionKind(const QString &path)
 {
     const Result<QByteArray> bytes = readWholeFile(path, kMaxDescriptionSize, LineEnds::Native);
     if (!bytes)
         return bytes.error();
-    const Result<QDomDocument> document = parseDescription(*bytes);
-    if (!document)
-        return document.error();
-    return kindOfMode(document->documentElement().firstChildElement(QStringLiteral("Mode")));
+    const Result<DescriptionHead> head = readDescriptionHead(*bytes);
+    if (!head)
+        return head.error();
+    return head->kind;
 }
 
 DescriptionKind descriptionKind(const QString &path)

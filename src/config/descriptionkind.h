@@ -2,6 +2,7 @@
 
 #include <base/result.h>
 
+#include <QByteArray>
 #include <QString>
 
 namespace KEO {
@@ -14,7 +15,17 @@ enum class DescriptionKind { Unknown, Standard, Lite };
 /// as is a file that is no XML or can't be read.
 [[nodiscard]] Result<DescriptionKind> readDescriptionKind(const QString &path);
 
-/// The same, with Unknown for an error, which goes to the debug log.
+/// What stands before the cores of a description.
+struct DescriptionHead
+{
+    DescriptionKind kind = DescriptionKind::Unknown; ///< never Unknown when it was read
+    QString version;                                 ///< text of the element; may be empty
+};
+
+/// The head of a description's bytes, as readDescriptionKind looks into a file.
+[[nodiscard]] Result<DescriptionHead> readDescriptionHead(const QByteArray &bytes);
+
+/// The same as readDescriptionKind, with Unknown for an error, which goes to the debug log.
 DescriptionKind descriptionKind(const QString &path);
 
 } // namespace KEO

@@ -23,9 +23,12 @@ namespace KEO {
 CoreList loadStandardConfigFile(const QString &path, QString *idOut = nullptr,
                                 bool *okOut = nullptr, QString *errorOut = nullptr);
 
-/// The same on a text.
+/// The same on a text, such as the one that a file's bytes stand for.
 CoreList loadStandardConfig(const QString &text, QString *idOut = nullptr, bool *okOut = nullptr,
                             QString *errorOut = nullptr);
+
+/// The text of a file's bytes: Latin-1, without a byte order mark.
+QString standardConfigText(const QByteArray &bytes);
 
 /// The cores of a parsed description and its check value, whatever its version says. Empty when the
 /// cores exceed the bounds above.

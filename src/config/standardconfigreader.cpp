@@ -144,21 +144,21 @@ Result<StandardDescription> parseDescription(const QString &text)
     }
 }
 
+} // namespace
+
 /// A byte order mark is no content, and as Latin-1 it would be text before the document.
-QByteArrayView withoutByteOrderMark(QByteArrayView bytes)
+QString standardConfigText(const QByteArray &bytes)
 {
     constexpr QByteArrayView mark("\xEF\xBB\xBF");
-    return bytes.startsWith(mark) ? bytes.sliced(mark.size()) : bytes;
+    const QByteArrayView view(bytes);
+    return QString::fromLatin1(view.startsWith(mark) ? view.sliced(mark.size()) : view);
 }
-
-} // namespace
 
 CoreList loadStandardConfigFile(const QString &path, QString *idOut, bool *okOut, QString *errorOut)
 {
     const Result<QByteArray> bytes = readDescriptionFile(path, Text::tr("Open file failed."));
     if (bytes)
-        return loadStandardConfig(QString::fromLatin1(withoutByteOrderMark(*bytes)), idOut, okOut,
-                                  errorOut);
+        return loadStandardConfig(standardConfigText(*bytes), idOut, okOut, errorOut);
     return deliver<CoreList>(bytes.error(), idOut, okOut, errorOut);
 }
 

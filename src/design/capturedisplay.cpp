@@ -46,6 +46,13 @@ WindowContents CapturedWindow::contents() const
     return contents;
 }
 
+WindowContents contentsWithoutSamples(const QList<SignalEntry> &signals)
+{
+    WindowContents contents;
+    addCapturedRows(contents, signals, elementsOf(signals, QList<QBitArray>(signalBits(signals))));
+    return contents;
+}
+
 QList<SignalElement> extractSignalData(const CoreConfig *core, const QList<QBitArray> &sections)
 {
     if (!core)

@@ -24,6 +24,9 @@ struct CapturedWindow
     [[nodiscard]] WaveMonitor::WindowContents contents() const;
 };
 
+/// What a viewer shows at first of a capture of \a signals, samples apart.
+[[nodiscard]] WaveMonitor::WindowContents contentsWithoutSamples(const QList<SignalEntry> &signals);
+
 /// Cuts the raw sections of one capture window, in the order in which the data manager hands them
 /// out, into one element for each captured bit of \a core: ids from 0 in flat signal order, sample
 /// 0 the oldest. Empty if there is no core or no whole row in the sections.

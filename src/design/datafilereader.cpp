@@ -44,7 +44,7 @@ Error tooLarge()
 class DataFileParser final
 {
 public:
-    explicit DataFileParser(const QByteArray &bytes) : m_reader(bytes, kDataFileLimits) {}
+    explicit DataFileParser(const QByteArray &bytes) : m_reader(bytes, kDataFileLimits, "Signal") {}
 
     Result<LoadedWindows> parse()
     {
@@ -205,7 +205,8 @@ private:
             const QXmlStreamAttributes attributes = token.attributes();
             SignalElement signal = WaveMonitor::readSignalTag(readerOf(attributes));
             signal.name = window.signalNames.last(); // one text for both
-            signal.data = WaveMonitor::readSamples(readTexts());
+            const QByteArrayView digits = m_reader.digits();
+            signal.data = WaveMonitor::readSamples(digits, readTexts());
             window.contents.addSignal(signal);
         }
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capturedisplay.h"
+#include "coresetup.h"
 #include "datafilecheck.h"
 #include "kindtraits.h"
 #include "triggeroptions.h"
@@ -21,6 +22,8 @@
 #include <vector>
 
 namespace KEO {
+
+struct CoreConfig;
 
 /// The cores of one description, the runs on them and what may be done with their captures: all
 /// that the kinds of core differ in, without a window. Owns the data manager and with it the core
@@ -43,7 +46,7 @@ public:
 
     /// Replaces the cores with those of the description at \a path and gives its check value. An
     /// error of kind File says in words for the user why it can't be used; one that is missing
-    /// changes nothing, any other leaves no cores.
+    /// changes nothing, any other leaves no cores. Of standard cores the first is in the run then.
     [[nodiscard]] Result<QString> load(const QString &path);
     /// The description as the cores are now, to be written in text mode; null without cores.
     [[nodiscard]] virtual QByteArray descriptionText() const = 0;
@@ -58,6 +61,11 @@ public:
     /// Changes the settings of cores as a command line asks, see applyTriggerOptions; to be called
     /// before choose. An error of kind Usage if there is no such core, or nothing to set on it.
     [[nodiscard]] virtual std::optional<Error> apply(const QList<TriggerOptions> &options) = 0;
+    /// Copies of the cores as they are set.
+    [[nodiscard]] virtual CoreSetup setup() const = 0;
+    /// Takes over what was set in an older build of the design that was just loaded, as far as it
+    /// holds that. See carrySettings; all of a design of the other kind is lost.
+    virtual SettingsCarry carry(const CoreSetup &before) = 0;
     /// What would make another run on the same description the same as the next one here. An error
     /// of kind Usage or Format tells why that one can't be. \a deviceModel is as in take.
     [[nodiscard]] virtual Result<RunSettings> runSettings(const QString &deviceModel) const = 0;
@@ -69,6 +77,7 @@ public:
     /// From start to the capture, in ms; negative: not before forceTrigger. Only for a kind that
     /// has a delay.
     void setDelay(int delay) { m_delay = delay; }
+    [[nodiscard]] int delay() const { return m_delay; }
     virtual void start() = 0;
     /// The shift words that start would send as the cores are now, as far as they are known
     /// beforehand. Changes nothing.
@@ -89,6 +98,8 @@ public:
     [[nodiscard]] virtual std::optional<CapturedWindow> take(int core, int window,
                                                              const QString &deviceModel) = 0;
 
+    /// The core with that number if it has a trigger, else null. Borrowed until the next load.
+    [[nodiscard]] virtual const CoreConfig *triggerCore(int) const { return nullptr; }
     /// What an export tells of the core with that number; of an unknown one, its number.
     [[nodiscard]] virtual ExportCore exportCore(int core) const = 0;
     /// The user has named the signals of a core, by flat position.
@@ -120,7 +131,6 @@ protected:
                                     TriggerPosition position) const = 0;
     /// Nothing for a window that is not to be shown.
     [[nodiscard]] virtual std::optional<WindowPlace> placeOf(const LoadedWindow &window) const = 0;
-    [[nodiscard]] int delay() const { return m_delay; }
     [[nodiscard]] static Error unknownCore(int number);
 
 private:

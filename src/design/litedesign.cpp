@@ -53,6 +53,25 @@ std::optional<Error> LiteDesign::apply(const QList<TriggerOptions> &options)
     return {};
 }
 
+CoreSetup LiteDesign::setup() const
+{
+    CoreSetup setup;
+    if (m_manager.core())
+        setup.lite = *m_manager.core();
+    setup.delay = delay();
+    return setup;
+}
+
+SettingsCarry LiteDesign::carry(const CoreSetup &before)
+{
+    LiteCoreConfig *core = m_manager.core();
+    if (!before.lite || !core)
+        return lostSetup(before);
+    setDelay(before.delay);
+    return {delayEntry(before, CarryOutcome::Kept) + carrySettings(*before.lite, *core),
+            {{before.lite->index, core->index}}};
+}
+
 Result<RunSettings> LiteDesign::runSettings(const QString &deviceModel) const
 {
     if (!m_manager.core())

@@ -23,6 +23,8 @@ public:
     void leave() override {}
     [[nodiscard]] std::optional<Error> choose(const QList<int> &cores) override;
     [[nodiscard]] std::optional<Error> apply(const QList<TriggerOptions> &options) override;
+    [[nodiscard]] CoreSetup setup() const override;
+    SettingsCarry carry(const CoreSetup &before) override;
     [[nodiscard]] Result<RunSettings> runSettings(const QString &deviceModel) const override;
     [[nodiscard]] bool canStart() const override { return m_manager.core() != nullptr; }
     [[nodiscard]] bool canAuto() const override { return canStart(); }

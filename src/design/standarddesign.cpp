@@ -17,7 +17,11 @@ StandardDesign::StandardDesign(JtagSession &session)
 
 bool StandardDesign::loadCores(const QString &path, QString &id, QString &reason)
 {
-    return m_manager.load(path, id, &reason);
+    if (!m_manager.load(path, id, &reason))
+        return false;
+    if (!cores().empty())
+        cores().front()->active = 1;
+    return true;
 }
 
 QByteArray StandardDesign::descriptionText() const
@@ -61,6 +65,19 @@ std::optional<Error> StandardDesign::apply(const QList<TriggerOptions> &options)
             return error;
     }
     return {};
+}
+
+CoreSetup StandardDesign::setup() const
+{
+    CoreSetup setup;
+    for (const auto &core : cores())
+        setup.standard.push_back(copyOf(*core));
+    return setup;
+}
+
+SettingsCarry StandardDesign::carry(const CoreSetup &before)
+{
+    return before.lite ? lostSetup(before) : carrySettings(before.standard, cores());
 }
 
 Result<RunSettings> StandardDesign::runSettings(const QString &) const
@@ -153,6 +170,11 @@ std::optional<CapturedWindow> StandardDesign::take(int core, int window, const Q
         return std::nullopt;
     return CapturedWindow{KEO::exportCore(*config), window, config->signals,
                           extractSignalData(config, sections)};
+}
+
+const CoreConfig *StandardDesign::triggerCore(int core) const
+{
+    return m_manager.coreByIndex(core);
 }
 
 ExportCore StandardDesign::exportCore(int core) const

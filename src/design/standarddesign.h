@@ -22,6 +22,8 @@ public:
     void leave() override;
     [[nodiscard]] std::optional<Error> choose(const QList<int> &cores) override;
     [[nodiscard]] std::optional<Error> apply(const QList<TriggerOptions> &options) override;
+    [[nodiscard]] CoreSetup setup() const override;
+    SettingsCarry carry(const CoreSetup &before) override;
     [[nodiscard]] Result<RunSettings> runSettings(const QString &deviceModel) const override;
     [[nodiscard]] bool canStart() const override;
     /// An Auto run reads one window of one core.
@@ -34,6 +36,7 @@ public:
     [[nodiscard]] QString waitingFor() const override;
     [[nodiscard]] std::optional<CapturedWindow> take(int core, int window,
                                                      const QString &deviceModel) override;
+    [[nodiscard]] const CoreConfig *triggerCore(int core) const override;
     [[nodiscard]] ExportCore exportCore(int core) const override;
     void keepNames(int core, const QMap<int, SignalNames> &names) override;
 

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "decimaltext.h"
+
 #include <QByteArrayView>
 #include <QString>
 
 #include <algorithm>
-#include <charconv>
 #include <memory>
 
 class QIODevice;
@@ -18,8 +19,6 @@ class ByteSink final
 public:
     /// The most that one call of room may ask for.
     static constexpr qsizetype kMaximumRoom = 4096;
-    /// What any number takes in decimal.
-    static constexpr qsizetype kNumberRoom = 20;
 
     explicit ByteSink(QIODevice &device);
     ByteSink(const ByteSink &) = delete;
@@ -47,8 +46,7 @@ public:
     void appendText(const QString &text) { append(QByteArrayView(text.toUtf8())); }
     void appendNumber(qint64 number)
     {
-        char *to = room(kNumberRoom);
-        taken(std::to_chars(to, to + kNumberRoom, number).ptr);
+        taken(writeDecimal(room(kDecimalRoom), number));
     }
 
     /// False as soon as the device refused bytes; nobody needs to go on then.

@@ -43,11 +43,11 @@ public:
     /// known to the compiler: a text more than needed must fit.
     char *write(char *to, quint64 bits, int count) const
     {
-        for (; count > 0; count -= kCells, bits >>= kCells) {
+        const int whole = kCells * m_cell;
+        for (; count >= kCells; count -= kCells, bits >>= kCells, to += whole)
             std::memcpy(to, m_texts[bits & 0xFF].data(), sizeof(Text));
-            to += std::min(count, kCells) * m_cell;
-        }
-        return to;
+        std::memcpy(to, m_texts[bits & 0xFF].data(), sizeof(Text));
+        return to + count * m_cell;
     }
 
 private:

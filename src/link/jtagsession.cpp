@@ -1,6 +1,7 @@
 #include "jtagsession.h"
 
 #include "jtagclient.h"
+#include "socketend.h"
 #include "socketowner.h"
 #include "transcript.h"
 
@@ -240,6 +241,24 @@ void JtagSession::clearTasks()
 {
     clear(m_taskMutex, m_tasks);
     clear(m_dataTaskMutex, m_dataTasks);
+}
+
+bool JtagSession::endConnection(int msecs, const std::function<bool()> &isGivenUp)
+{
+    QElapsedTimer time;
+    time.start();
+    const auto goesOn = [&] {
+        return isCurrentConnected() && !time.hasExpired(msecs) && !(isGivenUp && isGivenUp());
+    };
+    while (goesOn() && m_current->bytesToWrite() > 0)
+        m_current->waitForBytesWritten(std::min(kWaitSlice, msecs));
+    if (!isCurrentConnected())
+        return true;
+    if (m_current->bytesToWrite() > 0 || !endOutput(*m_current))
+        return false;
+    while (goesOn())
+        m_current->waitForDisconnected(std::min(kWaitSlice, msecs));
+    return !isCurrentConnected();
 }
 
 void JtagSession::disconnectAll()

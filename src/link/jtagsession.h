@@ -106,6 +106,12 @@ public:
     /// leaves it to the tasks to tell which of the others are late.
     [[nodiscard]] LateReplies lateReplies() const { return m_lateReplies.value(m_current); }
     void setLateReplies(LateReplies late) { m_lateReplies[m_current] = late; }
+    /// Tells the current server that no more packets come and waits, up to \a msecs, until it has
+    /// taken all that were sent: it shows so by ending the connection in turn. True if it did, or
+    /// is gone anyway; without such an end of one direction (there is none for named pipes) the
+    /// packets have left, and that is all. Blocks; no task runs meanwhile. \a isGivenUp is asked
+    /// every 50 ms.
+    bool endConnection(int msecs, const std::function<bool()> &isGivenUp = {});
     /// Drops all connections and tasks. The clients, idle from now on, stay children of the
     /// session.
     void disconnectAll();

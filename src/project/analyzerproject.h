@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 
 class QAction;
 class QTabWidget;
@@ -11,6 +12,8 @@ class QToolBar;
 class QWidget;
 
 namespace KEO {
+
+struct ProjectSetup;
 
 /// One kind of project as the project manager drives it. A project object lives as long as the
 /// program and is opened and closed many times; at most one is open.
@@ -38,6 +41,13 @@ public:
     [[nodiscard]] virtual QString refusal() const { return {}; }
     /// Takes over the device that the command line named; each may be empty.
     virtual void setDevice(const QString &family, const QString &device, const QString &fsFile) = 0;
+
+    /// What the user has set and arranged in the open project; null for nothing. It outlives the
+    /// project's closing.
+    [[nodiscard]] virtual std::shared_ptr<const ProjectSetup> setup() { return {}; }
+    /// Takes that over into the file that was just opened, as far as its design holds it, and tells
+    /// what became of it.
+    virtual void takeOver(const ProjectSetup &) {}
 
     /// What Start would send to the cores with the settings that show, for people to read; empty if
     /// there is nothing to run.

@@ -10,7 +10,9 @@
 #include "runcontrol.h"
 #include "runstatus.h"
 #include "runtoolbar.h"
+#include "setupcarrier.h"
 #include "statusline.h"
+#include "triggerrehearsal.h"
 #include "waitingtip.h"
 
 #include <capture/registerpreview.h>
@@ -51,12 +53,16 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     m_files = new ProjectFiles(parts, this);
     m_command = new CommandCopy(parts, this);
     m_recovery = new RecoveryKeeper(parts, *m_files, this);
+    m_rehearsal = new TriggerRehearsal(parts, this);
+    m_carrier = new SetupCarrier(parts, this);
+    connect(m_carrier, &SetupCarrier::told, this, &CaptureProject::told);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
     connect(m_files, &ProjectFiles::saved, m_recovery, &RecoveryKeeper::saved);
     connect(m_recovery, &RecoveryKeeper::told, this, &CaptureProject::told);
     connect(m_run, &RunControl::shown, m_recovery, &RecoveryKeeper::captured);
     connect(m_run, &RunControl::wavesGoing, m_recovery, &RecoveryKeeper::finish);
     connect(m_run, &RunControl::shown, m_runStatus, &RunStatus::countWindow);
+    connect(m_run, &RunControl::shown, m_rehearsal, &TriggerRehearsal::followWindows);
     connect(this, &CaptureProject::told, m_status, &StatusLine::tell);
     connect(m_command->action(), &QAction::triggered, this, &CaptureProject::onCopyCommand);
     connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
@@ -115,6 +121,10 @@ void CaptureProject::connectDescriptionWatch()
             [this](const QString &path) {
                 QMetaObject::invokeMethod(parent(), "reopen", Q_ARG(QString, path));
             });
+    connect(m_descriptionWatch, &DescriptionWatch::reopenAndKeepRequested, this,
+            [this](const QString &path) {
+                QMetaObject::invokeMethod(parent(), "reopenAndKeep", Q_ARG(QString, path));
+            });
     connect(m_descriptionWatch, &DescriptionWatch::closeRequested, this,
             [this] { QMetaObject::invokeMethod(parent(), "closeCurrentProject"); });
     // What was downloaded belongs to the description of before.
@@ -145,6 +155,7 @@ void CaptureProject::setupProject(QWidget *mainWindow)
     if (tabs)
         tabs->addTab(m_tab, m_page->title());
     m_waveTabs.enterWindow(mainWindow, tabs, m_tab);
+    m_rehearsal->enter(*m_tab, mainWindow, tabs);
     m_status->enter(mainWindow ? mainWindow->findChild<QStatusBar *>() : nullptr);
     m_runStatus->clear();
     updateConnections();
@@ -169,6 +180,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     WaitingTip::close();
     m_descriptionWatch->stop();
     m_files->close();
+    m_carrier->closeList();
     if (toolBarGetter)
         m_runToolBar->detach(*toolBarGetter());
     m_waveTabs.clear(WaveTabs::Layouts::Forget);
@@ -178,6 +190,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     if (QWidget *window = m_boxes->window())
         window->removeEventFilter(this);
     m_command->leave();
+    m_rehearsal->leave();
     tabWidgetGetter = nullptr;
     toolBarGetter = nullptr;
     openActionGetter = nullptr;
@@ -196,6 +209,7 @@ bool CaptureProject::openFile(const QString &path)
         updateActions();
         if (m_files->recovered())
             m_recovery->opened(*m_files->recovered());
+        m_rehearsal->followWindows();
         followFile();
     }
     return isOpened;
@@ -222,6 +236,22 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
     m_design->manager().setDeviceName(device);
     updateConnections();
     m_programmer->setDevice(family, device, fsFile);
+}
+
+void CaptureProject::setPace(const CapturePace &pace)
+{
+    m_design->manager().setPace(pace);
+}
+
+std::shared_ptr<const ProjectSetup> CaptureProject::setup()
+{
+    return m_carrier->take();
+}
+
+void CaptureProject::takeOver(const ProjectSetup &setup)
+{
+    m_carrier->give(setup);
+    updateActions();
 }
 
 QString CaptureProject::startPreview()

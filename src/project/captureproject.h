@@ -11,6 +11,7 @@
 
 namespace KEO {
 
+struct CapturePace;
 class CommandCopy;
 class ConfigPage;
 class Design;
@@ -23,7 +24,9 @@ class RecoveryKeeper;
 class RunControl;
 class RunStatus;
 class RunToolBar;
+class SetupCarrier;
 class StatusLine;
+class TriggerRehearsal;
 
 /// A design with its page in the main window: puts the parts of a project together and says what
 /// is enabled. The kinds of project differ in their design and their page.
@@ -46,6 +49,8 @@ public:
     bool openFile(const QString &path) final;
     [[nodiscard]] QString refusal() const final;
     void setDevice(const QString &family, const QString &device, const QString &fsFile) final;
+    [[nodiscard]] std::shared_ptr<const ProjectSetup> setup() final;
+    void takeOver(const ProjectSetup &setup) final;
     [[nodiscard]] QString startPreview() final;
     void stopReading() final;
 
@@ -53,6 +58,9 @@ public:
     bool event(QEvent *event) override;
     /// Catches what the tip hands to the main window.
     bool eventFilter(QObject *watched, QEvent *event) override;
+
+    /// How fast runs ask the cable server, from the next one on.
+    void setPace(const CapturePace &pace);
 
 public Q_SLOTS:
     void onStart();
@@ -127,6 +135,8 @@ private:
     ProjectFiles *m_files;                // child
     CommandCopy *m_command;               // child
     RecoveryKeeper *m_recovery;           // child
+    TriggerRehearsal *m_rehearsal;        // child
+    SetupCarrier *m_carrier;              // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

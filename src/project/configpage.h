@@ -36,6 +36,8 @@ public:
 Q_SIGNALS:
     /// The user has changed what decides whether a run may start.
     void changed();
+    /// The user has changed some setting, see withSettings.
+    void edited();
 };
 
 } // namespace KEO

@@ -1,7 +1,9 @@
 #include "descriptionwatch.h"
 
+#include "changelist.h"
 #include "reloadbanner.h"
 
+#include <config/descriptiondiff.h>
 #include <config/descriptionkind.h>
 
 #include <QBoxLayout>
@@ -21,6 +23,19 @@ using namespace std::chrono_literals;
 
 constexpr auto kHoldStep = 300ms;                   // between looks at a file that is being written
 constexpr std::chrono::milliseconds kPatience = 4s; // with one that is no description
+
+/// The description in \a bytes, if a project can be opened with it.
+Result<LoadedDescription> usableDescription(const Result<QByteArray> &bytes)
+{
+    if (!bytes)
+        return bytes.error();
+    Result<LoadedDescription> description = loadDescription(*bytes);
+    if (description && description->lite.size() > 1)
+        return Error{Error::Format,
+                     DescriptionWatch::tr("It has %1 lite cores, and a lite design has one.")
+                         .arg(description->lite.size())};
+    return description;
+}
 
 } // namespace
 
@@ -42,10 +57,16 @@ void DescriptionWatch::start(const QString &keoFilePath, QWidget *page)
     removeBanners();
     m_keoFilePath = keoFilePath;
     m_fileWatcher.watch(keoFilePath);
+    const Result<QByteArray> bytes = descriptionBytes(keoFilePath);
+    m_opened = bytes ? *bytes : QByteArray();
 }
 
 void DescriptionWatch::stop()
 {
+    m_opened.clear();
+    m_changes.clear();
+    if (m_changeList)
+        m_changeList->close();
     m_fileWatcher.stop();
     m_holdTimer.stop();
     m_heldSince.invalidate();
@@ -65,7 +86,7 @@ void DescriptionWatch::setButtonsEnabled(bool isEnabled) const
     if (!m_page)
         return;
     for (ReloadBanner *banner : m_page->findChildren<ReloadBanner *>())
-        banner->setButtonEnabled(isEnabled);
+        banner->setButtonsEnabled(isEnabled);
 }
 
 void DescriptionWatch::onFileChanged(const QString &path)
@@ -92,9 +113,39 @@ void DescriptionWatch::addBanner(int mode, const QString &path)
         return;
     m_reloadBanner = new ReloadBanner(mode, path, m_page);
     connect(m_reloadBanner, &ReloadBanner::reload, this, &DescriptionWatch::onReloadKeoFile);
+    connect(m_reloadBanner, &ReloadBanner::reloadAndKeep, this, &DescriptionWatch::onReloadAndKeep);
     connect(m_reloadBanner, &ReloadBanner::closeIt, this, &DescriptionWatch::onBannerClose);
+    connect(m_reloadBanner, &ReloadBanner::detailsAsked, this, &DescriptionWatch::showChanges);
+    if (mode == ReloadBanner::Changed)
+        tellChanges(*m_reloadBanner);
     layout->insertWidget(0, m_reloadBanner);
     markTab(true);
+}
+
+/// Also in the list, if that is open.
+void DescriptionWatch::tellChanges(ReloadBanner &banner)
+{
+    m_changes.clear();
+    const Result<LoadedDescription> now = usableDescription(descriptionBytes(m_keoFilePath));
+    if (!now) {
+        banner.setDetails(tr("It can't be loaded: %1").arg(now.error().message), false);
+    } else if (const Result<LoadedDescription> before = usableDescription(m_opened)) {
+        m_changes = descriptionChanges(*before, *now);
+        banner.setDetails(summaryOf(m_changes), !m_changes.isEmpty());
+    }
+    if (m_changeList)
+        m_changeList->setChanges(m_changes);
+}
+
+void DescriptionWatch::showChanges()
+{
+    if (!m_changeList || !m_changeList->isVisible()) { // closed, and about to go
+        m_changeList = new ChangeList(m_page->window());
+        m_changeList->setChanges(m_changes);
+    }
+    m_changeList->show();
+    m_changeList->raise();
+    m_changeList->activateWindow();
 }
 
 bool DescriptionWatch::isHeldBack()
@@ -147,6 +198,16 @@ void DescriptionWatch::removeBanner(ReloadBanner *banner) const
 
 void DescriptionWatch::onReloadKeoFile()
 {
+    reload(&DescriptionWatch::reopenRequested);
+}
+
+void DescriptionWatch::onReloadAndKeep()
+{
+    reload(&DescriptionWatch::reopenAndKeepRequested);
+}
+
+void DescriptionWatch::reload(Reopen request)
+{
     if (m_isBusy())
         return;
     removeBanner(std::exchange(m_reloadBanner, nullptr));
@@ -156,7 +217,7 @@ void DescriptionWatch::onReloadKeoFile()
     const QPointer<DescriptionWatch> self(this);
     const QString path = m_keoFilePath;
     if (QFileInfo::exists(path))
-        Q_EMIT reopenRequested(path);
+        Q_EMIT(this->*request)(path);
     if (self)
         Q_EMIT reloaded();
 }

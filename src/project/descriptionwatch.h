@@ -1,7 +1,9 @@
 #pragma once
 
 #include <base/filewatch.h>
+#include <config/descriptionchange.h>
 
+#include <QByteArray>
 #include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
@@ -14,12 +16,15 @@ class QWidget;
 
 namespace KEO {
 
+class ChangeList;
 class ReloadBanner;
 
 /// Watches the core description of an open project and tells the user in a banner above the
 /// project's page when it was changed or removed. During a capture nothing shows; the change is
 /// told when the capture is over. A file that a tool is still writing is told once it is a
 /// description, or after a few seconds. While a banner shows, the page's tab has a warning sign.
+/// The banner tells in a line what has changed since the description was opened, and opens the list
+/// of it, or why the description can't be loaded any more.
 /// The project does what the banner's buttons ask for.
 class DescriptionWatch final : public QObject
 {
@@ -45,6 +50,7 @@ public Q_SLOTS:
     void onFileChanged(const QString &path);
     // These two do nothing during a capture, and the banner stays.
     void onReloadKeoFile();
+    void onReloadAndKeep();
     void onBannerClose();
     /// Takes the banner away and goes on watching.
     void onBannerCancel();
@@ -54,13 +60,19 @@ public Q_SLOTS:
 Q_SIGNALS:
     /// Open the description anew; it exists.
     void reopenRequested(const QString &keoFilePath);
-    /// The user pressed Reload, and the description has been opened anew if it exists: a new
-    /// download is for the user to decide.
+    /// The same, with what the user has set and arranged.
+    void reopenAndKeepRequested(const QString &keoFilePath);
+    /// The user pressed one of the two buttons, and the description has been opened anew if it
+    /// exists: a new download is for the user to decide.
     void reloaded();
     void closeRequested();
 
 private:
     void addBanner(int mode, const QString &path);
+    void tellChanges(ReloadBanner &banner);
+    void showChanges();
+    using Reopen = void (DescriptionWatch::*)(const QString &);
+    void reload(Reopen request);
     void removeBanners() const;
     void removeBanner(ReloadBanner *banner) const;
     void markTab(bool isMarked) const;
@@ -72,6 +84,9 @@ private:
     QString m_keoFilePath;
     QPointer<QWidget> m_page;
     QPointer<ReloadBanner> m_reloadBanner; ///< the newest one, in the page
+    QByteArray m_opened;                   ///< the description as it was opened
+    QList<DescriptionChange> m_changes;    ///< since then, as the banner tells them
+    QPointer<ChangeList> m_changeList;     ///< null when it is not open
     bool m_reloadPending = false;
     QTimer m_holdTimer;        ///< runs while a file is held back
     QElapsedTimer m_heldSince; ///< invalid while none is

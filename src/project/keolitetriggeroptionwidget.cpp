@@ -57,6 +57,13 @@ int KeoLiteTriggerOptionWidget::delay() const
     return m_checkAutoTrigger->isChecked() ? m_spinTriggerDelay->value() : kWaitsForUser;
 }
 
+void KeoLiteTriggerOptionWidget::setDelay(int delay)
+{
+    m_checkAutoTrigger->setChecked(delay != kWaitsForUser);
+    if (delay != kWaitsForUser)
+        m_spinTriggerDelay->setValue(delay);
+}
+
 void KeoLiteTriggerOptionWidget::checkAutoTrigger()
 {
     m_checkAutoTrigger->setChecked(true);

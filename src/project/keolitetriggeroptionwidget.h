@@ -18,6 +18,7 @@ public:
 
     /// From Start to the capture, in ms; -1 if the capture waits for Force Trigger.
     [[nodiscard]] int delay() const;
+    void setDelay(int delay);
     /// Captures begin by themselves.
     void checkAutoTrigger();
     /// As at first: captures begin by themselves, and at once.

@@ -39,8 +39,15 @@ void LitePage::withSettings(const std::function<void()> &use)
     use();
 }
 
+void LitePage::showDesign()
+{
+    if (m_triggerOptionForm)
+        m_triggerOptionForm->setDelay(m_design.delay());
+}
+
 void LitePage::leaveDesign()
 {
+    m_design.setDelay(0);
     if (m_triggerOptionForm)
         m_triggerOptionForm->reset();
 }

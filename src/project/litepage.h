@@ -24,7 +24,7 @@ public:
     void setEnabled(bool) override {}
     void saveSettings() override;
     void withSettings(const std::function<void()> &use) override;
-    void showDesign() override {}
+    void showDesign() override;
     void leaveDesign() override;
 
 private:

@@ -26,5 +26,7 @@ struct ProjectParts
 
 /// The waves that show, as a data file has them. Borrowed.
 [[nodiscard]] QList<WindowToSave> windowsToSave(const ProjectParts &parts);
+/// The design takes the names that its signals have in the waves that show.
+void keepSignalNames(const ProjectParts &parts);
 
 } // namespace KEO

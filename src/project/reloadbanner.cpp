@@ -1,6 +1,8 @@
 #include "reloadbanner.h"
 
 #include <widgets/colormix.h>
+#include <widgets/elidedlabel.h>
+#include <widgets/formwidgets.h>
 #include <widgets/plaintip.h>
 
 #include <QHBoxLayout>
@@ -8,6 +10,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QStyle>
+#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -70,13 +73,30 @@ private:
     QString m_path;
 };
 
+QString keepTip()
+{
+    return ReloadBanner::tr(
+        "The trigger and the arrangement of the waves go along as far as the new design holds "
+        "them");
+}
+
 } // namespace
 
 ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
-    : QWidget(parent), m_button(new QPushButton)
+    : QWidget(parent),
+      m_details(named(new ElidedLabel, "labelDetails")),
+      m_detailButton(named(new QPushButton(tr("&What changed...")), "buttonDetails")),
+      m_button(new QPushButton),
+      m_keep(new QPushButton)
 {
     setObjectName(QStringLiteral("reloadBanner"));
     m_button->setObjectName(QStringLiteral("btnA"));
+    m_keep->setObjectName(QStringLiteral("btnKeep"));
+    m_keep->setText(tr("Reload and &keep settings"));
+    m_keep->setToolTip(keepTip());
+    if (mode != Changed)
+        m_keep->hide(); // never shown before it has a parent: it would be a window
+    connect(m_keep, &QPushButton::clicked, this, &ReloadBanner::reloadAndKeep);
     auto *labelFile = new PathLabel;
     labelFile->setObjectName(QStringLiteral("labelFile"));
     QFont bold = labelFile->font();
@@ -96,17 +116,37 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     auto *sign = new QLabel;
     sign->setPixmap(QPixmap(QStringLiteral(":/keo/image/warning.png")));
     auto *layout = new QHBoxLayout(this);
+    auto *texts = new QVBoxLayout;
+    texts->addWidget(labelFile);
+    texts->addWidget(m_details);
+    m_details->hide();
+    m_detailButton->hide();
+    connect(m_detailButton, &QPushButton::clicked, this, &ReloadBanner::detailsAsked);
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(m_detailButton);
+    buttons->addWidget(m_button);
+    buttons->addWidget(m_keep);
     layout->addWidget(sign);
-    layout->addWidget(labelFile);
+    layout->addLayout(texts);
     layout->addStretch();
-    layout->addWidget(m_button);
+    layout->addLayout(buttons);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
-void ReloadBanner::setButtonEnabled(bool isEnabled)
+void ReloadBanner::setButtonsEnabled(bool isEnabled)
 {
+    const QString busy = tr("Not while a capture is running");
     m_button->setEnabled(isEnabled);
-    m_button->setToolTip(isEnabled ? QString() : tr("Not while a capture is running"));
+    m_button->setToolTip(isEnabled ? QString() : busy);
+    m_keep->setEnabled(isEnabled);
+    m_keep->setToolTip(isEnabled ? keepTip() : busy);
+}
+
+void ReloadBanner::setDetails(const QString &line, bool hasMore)
+{
+    m_details->setText(line);
+    m_details->setVisible(!line.isEmpty());
+    m_detailButton->setVisible(hasMore);
 }
 
 void ReloadBanner::paintEvent(QPaintEvent *)

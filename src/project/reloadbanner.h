@@ -2,12 +2,14 @@
 
 #include <QWidget>
 
+class QHBoxLayout;
+class QLabel;
 class QPushButton;
 
 namespace KEO {
 
 /// A strip above a project's page that tells what happened to its core description on disk, with
-/// one button to act on it. Acts on nothing itself.
+/// buttons to act on it, and in a second line what is different in it. Acts on nothing itself.
 class ReloadBanner final : public QWidget
 {
     Q_OBJECT
@@ -21,11 +23,17 @@ public:
     /// \a path stands in the message. Any other mode gives a strip without texts.
     ReloadBanner(int mode, const QString &path, QWidget *parent = nullptr);
 
-    void setButtonEnabled(bool isEnabled);
+    void setButtonsEnabled(bool isEnabled);
+    /// Tells \a line below the message, shortened where there is no room. With \a hasMore there is
+    /// a button that asks for more of it.
+    void setDetails(const QString &line, bool hasMore);
 
 Q_SIGNALS:
     void reload();
+    void reloadAndKeep();
     void closeIt();
+    /// The user asks for more than the line below the message.
+    void detailsAsked();
     // For a strip with a way to dismiss it, which this one has not.
     void cancel();
     void keepIt();
@@ -34,7 +42,10 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    QPushButton *m_button; // child
+    QLabel *m_details;           // child; hidden without details
+    QPushButton *m_detailButton; // child; hidden if there is no more to show
+    QPushButton *m_button;       // child
+    QPushButton *m_keep;         // child; hidden unless it offers to reload
 };
 
 } // namespace KEO

@@ -16,6 +16,17 @@ namespace KEO {
 
 using WaveMonitor::WaveMonitorWidget;
 
+void keepSignalNames(const ProjectParts &parts)
+{
+    for (const WaveMonitorWidget *wave : parts.waves.monitors()) {
+        QMap<int, SignalNames> names; // by flat position
+        const QMap<int, WaveMonitor::SignalElement> elements = wave->signalMap();
+        for (auto element = elements.begin(); element != elements.end(); ++element)
+            names.insert(element.key(), {element->name, element->text});
+        parts.design.keepNames(wave->coreNumber(), names);
+    }
+}
+
 void RunControl::start(RunKind kind, const QString &cable)
 {
     const auto &[design, page, programmer, waves, boxes, status] = m_parts;
@@ -42,13 +53,7 @@ void RunControl::start(RunKind kind, const QString &cable)
 
 void RunControl::keepWaves()
 {
-    for (const WaveMonitorWidget *wave : m_parts.waves.monitors()) {
-        QMap<int, SignalNames> names; // by flat position
-        const QMap<int, WaveMonitor::SignalElement> elements = wave->signalMap();
-        for (auto element = elements.begin(); element != elements.end(); ++element)
-            names.insert(element.key(), {element->name, element->text});
-        m_parts.design.keepNames(wave->coreNumber(), names);
-    }
+    keepSignalNames(m_parts);
     m_parts.waves.clear(WaveTabs::Layouts::Keep);
 }
 

@@ -64,6 +64,7 @@ QWidget *StandardPage::build(QWidget *programmer)
     m_dynamicConfigWidget->setObjectName(QStringLiteral("dynamicConfigWidget"));
     connect(m_dynamicConfigWidget, &DynamicConfigWidget::windowNumChanged, this,
             &StandardPage::onWindowNumChanged);
+    connect(m_dynamicConfigWidget, &DynamicConfigWidget::edited, this, &ConfigPage::edited);
     m_configDock = makeFixedDock("configDock", tr(" Core 0"), m_dynamicConfigWidget);
 
     auto *coreArea = new QWidget;
@@ -118,13 +119,9 @@ void StandardPage::showDesign()
     for (const auto &core : m_design.cores()) {
         auto *item = new QTreeWidgetItem(m_coreTree, {tr("Core %1").arg(core->index)});
         item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
-        item->setCheckState(0, Qt::Unchecked);
+        item->setCheckState(0, core->active != 0 ? Qt::Checked : Qt::Unchecked);
     }
-    if (CoreConfig *first = coreAt(0)) {
-        m_coreTree->topLevelItem(0)->setCheckState(0, Qt::Checked);
-        m_coreTree->setCurrentItem(m_coreTree->topLevelItem(0));
-        first->active = 1;
-    }
+    m_coreTree->setCurrentItem(m_coreTree->topLevelItem(0));
     showCore(0);
 }
 

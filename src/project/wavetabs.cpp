@@ -158,8 +158,34 @@ void WaveTabs::showSaved(WindowPlace place, const QString &title, WindowContents
         m_tabs->insertTab(int(m_waveMonitors.size()), monitor, title);
 }
 
+std::vector<WindowState> WaveTabs::layouts() const
+{
+    std::vector<WindowState> all;
+    const auto add = [&](const WindowState &state) {
+        if (std::ranges::none_of(
+                all, [&](const WindowState &other) { return areOfOneWindow(state, other); }))
+            all.push_back(state);
+    };
+    for (const WaveMonitorWidget *monitor : monitors())
+        add(*monitor->saveState());
+    for (const auto *kept : {&m_layoutCache, &m_offeredLayouts}) {
+        for (const auto &state : *kept)
+            add(*state);
+    }
+    return all;
+}
+
+void WaveTabs::offerLayouts(const std::vector<WindowState> &layouts)
+{
+    m_offeredLayouts.clear();
+    for (const WindowState &layout : layouts)
+        m_offeredLayouts.push_back(std::make_unique<WindowState>(layout));
+}
+
 void WaveTabs::clear(Layouts layouts)
 {
+    if (layouts == Layouts::Forget)
+        m_offeredLayouts.clear();
     // With one core and one window there is nothing to keep for a capture after the next.
     if (layouts == Layouts::Forget || m_layoutKey == LayoutKey::Window)
         m_layoutCache.clear();
@@ -185,14 +211,26 @@ void WaveTabs::clear(Layouts layouts)
 
 const WindowState *WaveTabs::layoutOf(int core, int window) const
 {
-    const auto found = std::ranges::find_if(m_layoutCache, [=, this](const auto &state) {
-        return state->window == window && (m_layoutKey == LayoutKey::Window || state->core == core);
-    });
-    return found == m_layoutCache.end() ? nullptr : found->get();
+    WindowState place;
+    place.core = core;
+    place.window = window;
+    for (const auto *kept : {&m_layoutCache, &m_offeredLayouts}) {
+        const auto found = std::ranges::find_if(
+            *kept, [&](const auto &state) { return areOfOneWindow(*state, place); });
+        if (found != kept->end())
+            return found->get();
+    }
+    return nullptr;
+}
+
+bool WaveTabs::areOfOneWindow(const WindowState &a, const WindowState &b) const
+{
+    return a.window == b.window && (m_layoutKey == LayoutKey::Window || a.core == b.core);
 }
 
 void WaveTabs::keepLayout(std::unique_ptr<WindowState> state)
 {
+    std::erase_if(m_offeredLayouts, [&](const auto &old) { return areOfOneWindow(*old, *state); });
     if (m_layoutKey == LayoutKey::CoreAndWindow) {
         std::erase_if(m_layoutCache, [&](const auto &old) {
             return old->core == state->core && old->window == state->window;

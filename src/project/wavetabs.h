@@ -57,6 +57,10 @@ public:
     void show(const CapturedWindow &captured, int rounds);
     /// Shows a saved window in a new tab behind the others; core -1 means none.
     void showSaved(WindowPlace place, const QString &title, WaveMonitor::WindowContents contents);
+    /// The arrangement of each window that shows or that one is kept for.
+    [[nodiscard]] std::vector<WaveMonitor::WindowState> layouts() const;
+    /// Arrangements for windows that come, each until there is a newer one of its window.
+    void offerLayouts(const std::vector<WaveMonitor::WindowState> &layouts);
     /// Takes all tabs away. Kept layouts replace the older ones of their windows, or all older
     /// ones, see LayoutKey.
     void clear(Layouts layouts);
@@ -70,6 +74,8 @@ private:
     /// The tab in front gets the keyboard if nothing else uses it.
     void giveKeys();
     void keepLayout(std::unique_ptr<WaveMonitor::WindowState> state);
+    [[nodiscard]] bool areOfOneWindow(const WaveMonitor::WindowState &a,
+                                      const WaveMonitor::WindowState &b) const;
 
     WaveMonitor::ClockPeriods m_clockPeriods;
     QList<QPointer<WaveMonitor::WaveMonitorWidget>> m_waveMonitors;
@@ -83,6 +89,7 @@ private:
     LayoutKey m_layoutKey;
     TabComparison m_comparison;
     std::vector<std::unique_ptr<WaveMonitor::WindowState>> m_layoutCache;
+    std::vector<std::unique_ptr<WaveMonitor::WindowState>> m_offeredLayouts;
 };
 
 } // namespace KEO

@@ -3,6 +3,7 @@
 #include <base/logging.h>
 #include <base/siblingprogram.h>
 
+#include <QElapsedTimer>
 #include <QProcess>
 
 namespace KEO {
@@ -11,18 +12,35 @@ namespace {
 
 constexpr int kStartTime = 5000; // ms
 constexpr int kEndTime = 3000;   // ms
+constexpr int kLeaveTime = 500;  // ms for a server to end by itself
+constexpr int kWaitSlice = 50;   // ms
 
-std::unique_ptr<QProcess> startServer(const QString &path)
+std::unique_ptr<QProcess> startServer(const QString &path, ServerErrors errors)
 {
     auto process = std::make_unique<QProcess>();
     // Nobody reads what a server prints, so it must not gather in memory.
     process->setStandardOutputFile(QProcess::nullDevice());
-    process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    if (errors == ServerErrors::Forwarded)
+        process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    else
+        process->setStandardErrorFile(QProcess::nullDevice());
     process->start(path, {QStringLiteral("-local")}, QIODevice::ReadWrite);
     if (process->waitForStarted(kStartTime))
         return process;
     qCDebug(lcServers) << "server not started:" << path << process->errorString();
     return nullptr;
+}
+
+/// Waits until all have ended, for the time that servers get to do so, or until it is given up.
+void awaitEnd(const ServerProcesses &processes, const std::function<bool()> &isGivenUp)
+{
+    QElapsedTimer time;
+    time.start();
+    for (const auto &[cable, process] : processes) {
+        while (process->state() != QProcess::NotRunning && !time.hasExpired(kLeaveTime) &&
+               !isGivenUp())
+            process->waitForFinished(kWaitSlice);
+    }
 }
 
 } // namespace
@@ -40,12 +58,13 @@ QList<ServerRow> serverTable()
 }
 
 QList<JtagConnection> launchServers(ServerProcesses &processes, const QString &directory,
-                                    const QList<ServerRow> &rows)
+                                    const QList<ServerRow> &rows, ServerErrors errors)
 {
     QList<JtagConnection> started;
     for (const ServerRow &row : rows) {
         Q_ASSERT(!processes.contains(row.connection.name));
-        std::unique_ptr<QProcess> process = startServer(programPath(directory, row.executable));
+        std::unique_ptr<QProcess> process =
+            startServer(programPath(directory, row.executable), errors);
         if (!process)
             continue;
         processes.emplace(row.connection.name, std::move(process));
@@ -70,6 +89,17 @@ void killServers(ServerProcesses &processes)
         process->kill();
     while (!processes.empty())
         stopServer(processes, processes.begin()->first);
+}
+
+void endServers(ServerProcesses &processes, const std::function<bool()> &isGivenUp)
+{
+    for (const auto &[cable, process] : processes)
+        process->closeWriteChannel();
+    awaitEnd(processes, isGivenUp);
+    for (const auto &[cable, process] : processes)
+        process->terminate();
+    awaitEnd(processes, isGivenUp);
+    killServers(processes);
 }
 
 } // namespace KEO

@@ -90,12 +90,13 @@ struct AnalyzerPrivate
         tabWidget->setObjectName(QStringLiteral("tabWidget"));
     }
 
-    bool open(const QString &file) const
+    bool open(const QString &file,
+              ProjectManager::Settings settings = ProjectManager::Settings::Forget) const
     {
         projectManager->tabWidgetGetter = [this] { return tabWidget; };
         projectManager->toolBarGetter = [this] { return toolBar; };
         projectManager->openActionGetter = [this] { return openAction; };
-        return projectManager->openFile(window, family, device, fsFile, file);
+        return projectManager->openFile(window, family, device, fsFile, file, settings);
     }
 
     std::unique_ptr<ProjectManager> projectManager;
@@ -153,6 +154,11 @@ void Analyzer::openFile(const QString &file, const QString &family, const QStrin
 void Analyzer::reopen(const QString &file)
 {
     m_d->open(file);
+}
+
+void Analyzer::reopenAndKeep(const QString &file)
+{
+    m_d->open(file, ProjectManager::Settings::Keep);
 }
 
 bool Analyzer::closeCurrentProject()

@@ -16,8 +16,8 @@ struct AnalyzerPrivate;
 /// The one top-level window: an Open action, tool bar, tab widget and status bar, and the debug
 /// dock when the command line asks for it. Whatever else the user sees, the open project puts
 /// there. The window itself decides which file to open and whether the program may close; a project
-/// reaches `startDir`, reopen and closeCurrentProject through the meta-object system, since it
-/// knows only that it has a window.
+/// reaches `startDir`, reopen, reopenAndKeep and closeCurrentProject through the meta-object
+/// system, since it knows only that it has a window.
 class Analyzer final : public QMainWindow
 {
     Q_OBJECT
@@ -41,6 +41,8 @@ public:
                   const QString &fsFile);
     /// Opens \a file for the same device as the file before.
     Q_INVOKABLE void reopen(const QString &file);
+    /// The same, with what the user has set and arranged in the project that is open.
+    Q_INVOKABLE void reopenAndKeep(const QString &file);
     /// Closes the open project without a question; false if a capture is running.
     Q_INVOKABLE bool closeCurrentProject();
 

@@ -2,6 +2,7 @@
 
 #include <base/console.h>
 #include <image/images.h>
+#include <version/version.h>
 
 #include <QApplication>
 #include <QIcon>
@@ -11,7 +12,7 @@ int main(int argc, char **argv)
     qInstallMessageHandler(&KEO::printMessage);
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("signalscope"));
-    QApplication::setApplicationVersion(QStringLiteral(SIGNALSCOPE_VERSION));
+    QApplication::setApplicationVersion(KEO::versionText());
     QApplication::setDesktopFileName(QStringLiteral("signalscope"));
     QApplication::setWindowIcon(KEO::programIcon());
     return KEO::Startup(KEO::parseStartupOptions(QApplication::arguments())).run();

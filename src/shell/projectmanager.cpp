@@ -40,6 +40,14 @@ ProjectKind projectKind(DescriptionKind kind)
     return ProjectKind::Unknown;
 }
 
+template <typename Project>
+std::unique_ptr<AnalyzerProject> makeProject(QObject *parent, const CapturePace &pace)
+{
+    auto project = std::make_unique<Project>(parent);
+    project->setPace(pace);
+    return project;
+}
+
 } // namespace
 
 ProjectKind kindOfFile(const QString &path)
@@ -47,12 +55,13 @@ ProjectKind kindOfFile(const QString &path)
     return projectKind(descriptionKind(path));
 }
 
-ProjectFactories projectFactories()
+ProjectFactories projectFactories(const CapturePace &pace)
 {
-    return {{ProjectKind::Standard,
-             [](QObject *parent) { return std::make_unique<KeoStandardAnalyzerProject>(parent); }},
-            {ProjectKind::Lite,
-             [](QObject *parent) { return std::make_unique<KeoLiteAnalyzerProject>(parent); }}};
+    return {
+        {ProjectKind::Standard,
+         [pace](QObject *parent) { return makeProject<KeoStandardAnalyzerProject>(parent, pace); }},
+        {ProjectKind::Lite,
+         [pace](QObject *parent) { return makeProject<KeoLiteAnalyzerProject>(parent, pace); }}};
 }
 
 ProjectManager::ProjectManager(QObject *parent, const ProjectFactories &factories) : QObject(parent)
@@ -66,8 +75,10 @@ ProjectManager::ProjectManager(QObject *parent, const ProjectFactories &factorie
 ProjectManager::~ProjectManager() = default;
 
 bool ProjectManager::openFile(QWidget *parent, const QString &family, const QString &device,
-                              const QString &fsFile, const QString &file)
+                              const QString &fsFile, const QString &file, Settings settings)
 {
+    const bool keeps = settings == Settings::Keep && m_current;
+    const std::shared_ptr<const ProjectSetup> setup = keeps ? m_current->setup() : nullptr;
     if (!closeCurrent(parent, {}))
         return false;
     const Result<AnalyzerProject *> taker = projectFor(file);
@@ -89,6 +100,8 @@ bool ProjectManager::openFile(QWidget *parent, const QString &family, const QStr
         project->closeProject(parent, {});
     project->setDevice(family, device, fsFile);
     clearGetters();
+    if (isOpened && setup)
+        project->takeOver(*setup);
     if (!isOpened) {
         const QString reason = project->refusal();
         Q_EMIT fileRefused(file, reason.isEmpty() ? tr("It can't be loaded.") : reason);

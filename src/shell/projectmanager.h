@@ -1,6 +1,7 @@
 #pragma once
 
 #include <base/result.h>
+#include <capture/capturepace.h>
 
 #include <QList>
 #include <QObject>
@@ -36,8 +37,8 @@ struct ProjectFactory
 };
 using ProjectFactories = QList<ProjectFactory>;
 
-/// The kinds of project that the program has.
-[[nodiscard]] ProjectFactories projectFactories();
+/// The kinds of project that the program has; their runs go at that pace.
+[[nodiscard]] ProjectFactories projectFactories(const CapturePace &pace = {});
 
 /// Decides which project takes a file. Holds one project object of each kind for as long as it
 /// lives; at most one of them is open, and opening a file closes it first. Shows nothing itself:
@@ -48,6 +49,9 @@ class ProjectManager final : public QObject
     Q_OBJECT
 
 public:
+    /// What becomes of what the user has set and arranged in the project that was open.
+    enum class Settings { Forget, Keep };
+
     /// The projects have the same parent as the manager, and end with the manager.
     explicit ProjectManager(QObject *parent,
                             const ProjectFactories &factories = projectFactories());
@@ -59,7 +63,7 @@ public:
     /// of its kind and hands it the device, also when the file did not open. False if the project
     /// that was open stays.
     bool openFile(QWidget *parent, const QString &family, const QString &device,
-                  const QString &fsFile, const QString &file);
+                  const QString &fsFile, const QString &file, Settings settings = Settings::Forget);
 
     /// Closes the open project, if any; \a askStop says whether a running capture may be stopped,
     /// and none at all means no. False if the project stays open.

@@ -39,9 +39,16 @@ bool connectServers(const QList<JtagConnection> &started, ServerProcesses &proce
     return session->hasConnection();
 }
 
+Startup::Surroundings surroundingsFor(const StartupOptions &options)
+{
+    Startup::Surroundings surroundings;
+    surroundings.projects = projectFactories({.sectionPause = options.sectionPause});
+    return surroundings;
+}
+
 } // namespace
 
-Startup::Startup(StartupOptions options) : Startup(std::move(options), Surroundings())
+Startup::Startup(const StartupOptions &options) : Startup(options, surroundingsFor(options))
 {
 }
 

@@ -38,7 +38,7 @@ public:
         ProjectFactories projects = projectFactories();
     };
 
-    explicit Startup(StartupOptions options);
+    explicit Startup(const StartupOptions &options);
     Startup(StartupOptions options, Surroundings surroundings);
 
     /// Shows its errors in boxes. Ends when the last window has closed; the exit code of the

@@ -22,6 +22,14 @@ QString *fieldOf(StartupOptions &options, const QString &argument)
     return nullptr;
 }
 
+void readPace(StartupOptions &options, const QString &text)
+{
+    bool isNumber = false;
+    const int pause = text.toInt(&isNumber);
+    if (isNumber && pause >= 0 && pause <= CapturePace::kMaxSectionPause)
+        options.sectionPause = pause;
+}
+
 } // namespace
 
 StartupOptions parseStartupOptions(const QStringList &arguments)
@@ -30,6 +38,8 @@ StartupOptions parseStartupOptions(const QStringList &arguments)
     for (qsizetype i = 1; i + 1 < arguments.size(); ++i) {
         if (QString *field = fieldOf(options, arguments.at(i)))
             *field = arguments.at(i + 1);
+        else if (arguments.at(i) == QLatin1String("-pace"))
+            readPace(options, arguments.at(i + 1));
     }
     return options;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <capture/capturepace.h>
+
 #include <QString>
 #include <QStringList>
 
@@ -8,11 +10,14 @@ namespace KEO {
 /// What the tool flow says on the command line. All empty until named.
 struct StartupOptions
 {
-    QString keoFile;         ///< `-keo`: core description or project file to open
-    QString startDir;        ///< `-dir`: where the open dialog starts
-    QString family;          ///< `-family`: device family; the program does not start without it
-    QString device;          ///< `-device`: device model; the same
-    QString fsFile;          ///< `-fs`: bitstream
+    QString keoFile;  ///< `-keo`: core description or project file to open
+    QString startDir; ///< `-dir`: where the open dialog starts
+    QString family;   ///< `-family`: device family; the program does not start without it
+    QString device;   ///< `-device`: device model; the same
+    QString fsFile;   ///< `-fs`: bitstream
+    /// `-pace`: ms before each section of the capture memory; 0 to kMaxSectionPause, else as if it
+    /// were not there.
+    int sectionPause = CapturePace().sectionPause;
     QString transcript = {}; ///< `-transcript`: file of all packets to and from the cable servers
 
     bool operator==(const StartupOptions &other) const = default;

@@ -164,6 +164,7 @@ void DynamicConfigWidget::connectSlots()
     connect(m_listExpressions, &QListWidget::itemChanged, this, &DynamicConfigWidget::fieldsEdited);
     connect(m_model, &MatchUnitModel::modified, this, &DynamicConfigWidget::scheduleCheck);
     connect(&m_checkTimer, &QTimer::timeout, this, &DynamicConfigWidget::checkSettings);
+    connect(&m_checkTimer, &QTimer::timeout, this, &DynamicConfigWidget::edited);
     connect(m_strip, &TriggerCheckStrip::chosen, this, &DynamicConfigWidget::lead);
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
         connect(shortcutOf(m_tableUnit, key), &QShortcut::activated, this,

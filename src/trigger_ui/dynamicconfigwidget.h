@@ -53,6 +53,9 @@ public:
 Q_SIGNALS:
     /// The user chose a number of windows. The core has it after the next saveToCore.
     void windowNumChanged();
+    /// The user has changed something of the trigger or the capture, in a field or a dialog: once
+    /// for all changes of a turn of the event loop.
+    void edited();
 
 protected:
     /// Looks at the size of the table.

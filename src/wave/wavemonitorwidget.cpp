@@ -1,5 +1,6 @@
 #include "wavemonitorwidget.h"
 
+#include "aidpane.h"
 #include "goto.h"
 #include "markeractions.h"
 #include "viewerstrips.h"
@@ -83,6 +84,7 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
     addAction(m_zoomHistory->action());
     m_waveView->addActions({m_markerActions->zoomAction(), m_zoomHistory->action()});
     m_goTo = new GoTo({m_model, m_treeView, m_waveView, m_rulerView}, this);
+    m_aidPane = new AidPane({m_model, m_treeView, m_waveView, m_rulerView, m_goTo}, domain, this);
     m_waveView->setFocus(); // when the viewer gets the focus for the first time
 }
 
@@ -91,6 +93,7 @@ WaveMonitorWidget::~WaveMonitorWidget()
     NotificationCenter::instance()->unsubscribe(this);
     // They look at the panes, which would go before them.
     delete std::exchange(m_strips, nullptr);
+    delete std::exchange(m_aidPane, nullptr);
     delete std::exchange(m_goTo, nullptr);
 }
 
@@ -368,6 +371,21 @@ void WaveMonitorWidget::addWaveAction(QAction *action)
 void WaveMonitorWidget::removeWaveAction(QAction *action)
 {
     m_waveView->removeAction(action);
+}
+
+void WaveMonitorWidget::showAidRows(const AidRows &rows)
+{
+    m_aidPane->show(rows);
+}
+
+void WaveMonitorWidget::hideAidRows()
+{
+    m_aidPane->hide();
+}
+
+QList<QAction *> WaveMonitorWidget::hitActions() const
+{
+    return m_aidPane->actions();
 }
 
 void WaveMonitorWidget::setAutorunCounter(int count)

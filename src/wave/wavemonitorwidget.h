@@ -23,6 +23,8 @@ class QSplitter;
 
 namespace WaveMonitor {
 
+class AidPane;
+struct AidRows;
 class ClockPeriods;
 class GoTo;
 class MarkerActions;
@@ -124,6 +126,13 @@ public:
     void addWaveAction(QAction *action);
     void removeWaveAction(QAction *action);
 
+    /// Lays rows of somebody's making beside those of the window, in place of earlier ones. They
+    /// are no part of the contents.
+    void showAidRows(const AidRows &rows);
+    void hideAidRows();
+    /// The ways to the previous and the next hit of such rows. Borrowed.
+    [[nodiscard]] QList<QAction *> hitActions() const;
+
     /// Shows how many captures an autorun has made.
     void setAutorunCounter(int count);
 
@@ -170,6 +179,7 @@ private:
     RulerView *m_rulerView;           ///< child
     QLabel *m_counterLabel;           ///< child
     GoTo *m_goTo;                     ///< child
+    AidPane *m_aidPane;               ///< child
     ViewerStrips *m_strips = nullptr; ///< child, null until they are shown
     QSplitter *m_splitter;            ///< child; tree and waves
     std::unique_ptr<MarkerActions> m_markerActions;

@@ -89,27 +89,6 @@ int leastId(const RowRecord &row)
     return least == row.members.end() ? -1 : least->id;
 }
 
-/// Puts \a row after the top-level row with the greatest id below its own.
-void insertById(std::vector<RowRecord> &rows, RowRecord row)
-{
-    const int id = leastId(row);
-    auto place = rows.begin();
-    int best = -1;
-    for (auto each = rows.begin(); each != rows.end(); ++each) {
-        const auto consider = [&](int other) {
-            if (other < id && other >= best) {
-                best = other;
-                place = each + 1;
-            }
-        };
-        if (each->type == LayoutNode::Signal)
-            consider(each->id);
-        for (const RowRecord &member : each->members)
-            consider(member.id);
-    }
-    rows.insert(place, std::move(row));
-}
-
 void show(std::vector<RowRecord> &rows, HiddenRow hidden)
 {
     std::vector<RowRecord> *siblings = &rows;
@@ -182,6 +161,26 @@ QSet<int> shownSignals(const LayoutSnapshot &snapshot)
             ids.insert(member.id);
     }
     return ids;
+}
+
+void insertById(std::vector<RowRecord> &rows, RowRecord row)
+{
+    const int id = leastId(row);
+    auto place = rows.begin();
+    int best = -1;
+    for (auto each = rows.begin(); each != rows.end(); ++each) {
+        const auto consider = [&](int other) {
+            if (other < id && other >= best) {
+                best = other;
+                place = each + 1;
+            }
+        };
+        if (each->type == LayoutNode::Signal)
+            consider(each->id);
+        for (const RowRecord &member : each->members)
+            consider(member.id);
+    }
+    rows.insert(place, std::move(row));
 }
 
 LayoutSnapshot withRowsHidden(LayoutSnapshot snapshot, const QSet<LayoutNode::Key> &keys)

@@ -67,4 +67,7 @@ struct LayoutSnapshot
 /// signal before it.
 [[nodiscard]] LayoutSnapshot withRowsShown(LayoutSnapshot snapshot, const QList<int> &ids);
 
+/// Puts \a row after the top-level row with the greatest id below its own, or in front.
+void insertById(std::vector<RowRecord> &rows, RowRecord row);
+
 } // namespace WaveMonitor

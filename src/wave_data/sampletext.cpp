@@ -1,6 +1,7 @@
 #include "sampletext.h"
 
 #include <QDomElement>
+#include <QtEndian>
 
 #include <algorithm>
 #include <array>
@@ -58,6 +59,20 @@ public:
             appendOne(*next++);
     }
 
+    /// To be called first, with "0" and "1" alone.
+    void appendDigits(QByteArrayView digits)
+    {
+        const char *next = digits.begin();
+        for (; digits.end() - next >= kByteSamples; next += kByteSamples) {
+            const auto eight = qFromLittleEndian<quint64>(next) & 0x0101010101010101U;
+            // Each product of a digit with one bit of the factor lands on the digit's own place.
+            m_bytes[size_t(m_samples) / kByteSamples] = char(eight * 0x0102040810204080U >> 56);
+            m_samples += kByteSamples;
+        }
+        while (next != digits.end())
+            appendOne(uchar(*next++));
+    }
+
     [[nodiscard]] QBitArray samples() const
     {
         return QBitArray::fromBits(m_bytes.data(), m_samples);
@@ -97,15 +112,16 @@ QString sampleText(const QBitArray &samples)
 
 QBitArray readSamples(const QDomElement &element)
 {
-    return readSamples(ownTexts(element));
+    return readSamples({}, ownTexts(element));
 }
 
-QBitArray readSamples(const QStringList &texts)
+QBitArray readSamples(QByteArrayView digits, const QStringList &texts)
 {
-    qsizetype samples = 0;
+    qsizetype samples = digits.size();
     for (const QString &text : texts)
         samples += text.size();
     SamplePacker packer(samples);
+    packer.appendDigits(digits);
     for (const QString &text : texts)
         packer.append(text);
     return packer.samples();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QBitArray>
+#include <QByteArrayView>
 #include <QString>
 #include <QStringList>
 
@@ -17,7 +18,7 @@ namespace WaveMonitor {
 /// Reads back what sampleText wrote from the text directly inside \a element: as many samples as
 /// there are characters, and every character but "1" is 0.
 [[nodiscard]] QBitArray readSamples(const QDomElement &element);
-/// The same from the pieces of that text.
-[[nodiscard]] QBitArray readSamples(const QStringList &texts);
+/// The same from the pieces of that text, the first of which may be \a digits, "0" and "1" alone.
+[[nodiscard]] QBitArray readSamples(QByteArrayView digits, const QStringList &texts);
 
 } // namespace WaveMonitor

@@ -185,6 +185,7 @@ private Q_SLOTS:
     void numbersOfADescription();
     void delays();
     void longWait();
+    void boundedPace();
     void lostPolls();
     void load();
     void timeout();
@@ -657,7 +658,6 @@ void tst_DataManagers::numbersOfADescription()
         Rig rig(Kind::Standard, amount);
         rig.standard->cores()[0]->window_num = windows;
         rig.standard->cores()[0]->storage_depth = depth;
-        // Reading goes on inside one call for as long as there are windows.
         rig.server.answer = [&](const Wire::Packet &request, const Wire::Packet &reply) {
             if (isFor(request, reads > 0 ? "READ_RAM" : "READ_START_REG") &&
                 rig.sent("READ_RAM") == reads)
@@ -720,6 +720,47 @@ void tst_DataManagers::longWait()
     const qsizetype polls = rig.sent("READ_START_REG");
     QTest::qWait(500);
     QCOMPARE(rig.sent("READ_START_REG"), polls);
+}
+
+/// A server with answers that take their time never has more to answer than the bounds allow, and
+/// all is asked for in order; a poll and a section without an answer hold nothing up for good.
+void tst_DataManagers::boundedPace()
+{
+    for (const Kind kind : kKinds) {
+        Rig rig(kind, 6 * CaptureManager::kSectionRows);
+        rig.isImpatient = false;
+        rig.manager->setPace(
+            {.sectionPause = 0, .sectionsInFlight = 2, .pollInterval = 5, .pollsInFlight = 1});
+        rig.server.busyPolls = 6;
+        QMap<bool, int> waiting; // by whether they are sections
+        QMap<bool, int> most;
+        rig.server.answer = [&](const Wire::Packet &request, const Wire::Packet &reply) {
+            const bool isSection = isFor(request, "READ_RAM");
+            most[isSection] = std::max(most[isSection], ++waiting[isSection]);
+            const bool isLost =
+                isSection ? rig.sent("READ_RAM") == 3
+                          : isFor(request, "READ_START_REG") && rig.sent("READ_START_REG") == 2;
+            // The next one may come as soon as this one does not count any more.
+            const int delay = isLost ? CapturePace::kAnswerPatience - 1000 : 3;
+            QTimer::singleShot(delay, &rig.context, [&, isSection, isLost, reply] {
+                --waiting[isSection];
+                if (!isLost)
+                    rig.server.send(reply);
+            });
+            return Replies{};
+        };
+        rig.start();
+        QTRY_COMPARE_WITH_TIMEOUT(rig.sent("READ_RAM"), 6, 12'000);
+        QVERIFY(rig.sent("READ_START_REG") >= 7);
+        QCOMPARE(most, (QMap<bool, int>{{false, 1}, {true, 2}}));
+        QStringList sections;
+        for (const QString &line : rig.server.logged("READ_RAM"))
+            sections += line.section(u' ', 3, 3);
+        QCOMPARE(sections, QStringList({"0", "1", "2", "3", "4", "5"}));
+        QTRY_COMPARE(rig.events.count("section"), 5);
+        rig.manager->stop();
+        QCOMPARE(rig.manager->report().missing.size(), 1);
+    }
 }
 
 /// More answers are lost than polls may wait, some at first and then every second one: polling goes

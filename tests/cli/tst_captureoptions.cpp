@@ -1,4 +1,5 @@
 #include <capture/registerimage.h>
+#include <cli/bashcompletion.h>
 #include <cli/captureoptions.h>
 #include <config/capturelimits.h>
 #include <design/capturecommand.h>
@@ -7,7 +8,10 @@
 #include <trigger/randomunit.h>
 
 #include <QDir>
+#include <QFile>
+#include <QProcess>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 
 using namespace KEO;
 
@@ -24,7 +28,9 @@ private Q_SLOTS:
     void takesWhatIsWritten();
     void triggerRules_data();
     void triggerRules();
-    void pagesNameEveryOption();
+    void manPageNamesEveryOption();
+    void bashCompletes_data();
+    void bashCompletes();
 };
 
 void tst_CaptureOptions::refuses_data()
@@ -37,6 +43,7 @@ void tst_CaptureOptions::refuses_data()
     addRow("core not a number", "--core x a.keo", "\"x\"");
     addRow("core out of range", "--core 16 a.keo", "\"16\"");
     addRow("chain with a gap", "--chain 0,,8 a.keo", "chain");
+    addRow("pause too long", "--pace 10001 a.keo", "10000");
     addRow("delay too long", "--delay 3600001 a.keo", "3600000");
     addRow("time zero", "--timeout 0 a.keo", "timeout");
     addRow("time not finite", "--timeout nan a.keo", "nan");
@@ -61,6 +68,10 @@ void tst_CaptureOptions::refuses_data()
     addRow("compare no project", "--compare a.analyzer_prj b.keo", "b.keo");
     addRow("compare and export", "--compare a.analyzer_prj --format vcd b.analyzer_prj",
            "--format");
+    addRow("diff with nothing", "--diff a.keo", "two descriptions");
+    addRow("diff of a project", "--diff a.analyzer_prj b.keo", "a.analyzer_prj");
+    addRow("diff and compare", "--diff a.keo --compare b.analyzer_prj b.keo", "--diff");
+    addRow("diff and save", "--diff a.keo --save a.analyzer_prj b.keo", "--save");
     addRow("compare and open", "--compare a.analyzer_prj --open b.analyzer_prj", "--open");
     addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
 }
@@ -320,19 +331,60 @@ QStringList optionsIn(const QString &text, const QString &pattern)
 }
 
 // What is written about the options keeps up with them.
-void tst_CaptureOptions::pagesNameEveryOption()
+void tst_CaptureOptions::manPageNamesEveryOption()
 {
     const auto help = parseCaptureOptions({"program", "--help"});
     QVERIFY(help);
     const QStringList known = optionsIn(help->helpText, "^  (-.*?)  ");
     QVERIFY(known.size() > 15);
-    for (const auto &[page, entry] :
-         {std::pair("packaging/signalscope-capture.1", R"(^\.TP\n\.BI? (.*)$)"),
-          std::pair("README.md", R"(^\| (`--(?:[^|\\]|\\.)*)\|)")}) {
-        const QByteArray text = contentOf(QStringLiteral(KEO_SOURCE_DIR "/") + QLatin1String(page));
-        QCOMPARE(optionsIn(QString::fromUtf8(text).replace("\\-", "-"), entry).join(u' '),
-                 known.join(u' '));
-    }
+    const QByteArray page =
+        contentOf(QStringLiteral(KEO_SOURCE_DIR "/packaging/signalscope-capture.1"));
+    QCOMPARE(
+        optionsIn(QString::fromUtf8(page).replace("\\-", "-"), R"(^\.TP\n\.BI? (.*)$)").join(u' '),
+        known.join(u' '));
+}
+
+void tst_CaptureOptions::bashCompletes_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("offered");
+    const auto row = [](const char *typed, const char *offered) {
+        QTest::newRow(typed) << typed << offered;
+    };
+    row("--di", "--diff");
+    row("--format v", "vcd");
+    row("--format = v", "vcd"); // as bash splits "--format=v"
+    row("--out =", "folder other");
+    row("--open fo", "folder");
+    row("--open ", "folder other run.analyzer_prj");
+    row("--picture ", "folder it.png other");
+    row("--timeout ", "");
+    row("", "folder new.zeo other run.analyzer_prj two words.keo");
+    row("--diff two", "two words.keo");
+}
+
+void tst_CaptureOptions::bashCompletes()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, offered);
+    QTemporaryDir folder;
+    for (const char *name : {"two words.keo", "new.zeo", "run.analyzer_prj", "it.png", "a.txt"})
+        QVERIFY(QFile(folder.filePath(name)).open(QIODevice::WriteOnly));
+    QVERIFY(QDir(folder.path()).mkdir("folder") && QDir(folder.path()).mkdir("other"));
+    QProcess bash;
+    bash.setWorkingDirectory(folder.path());
+    bash.start("bash", {"-c", bashCompletion() + R"(
+        words=$1 # the last one is being typed, perhaps empty
+        COMP_WORDS=(signalscope-capture)
+        while [[ $words == *' '* ]]; do COMP_WORDS+=("${words%%' '*}"); words=${words#*' '}; done
+        COMP_WORDS+=("$words")
+        COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+        __signalscope_capture
+        [ ${#COMPREPLY[@]} -eq 0 ] || printf '%s\n' "${COMPREPLY[@]}" | LC_ALL=C sort)",
+                        "bash", typed});
+    QVERIFY(bash.waitForFinished());
+    QCOMPARE(QString::fromUtf8(bash.readAllStandardError()), "");
+    QCOMPARE(QString::fromUtf8(bash.readAllStandardOutput()).trimmed().replace('\n', ' '), offered);
 }
 
 KEO_TEST_MAIN(tst_CaptureOptions)

@@ -76,6 +76,7 @@ private Q_SLOTS:
     void exportsProjects();
     void comparesProjects_data();
     void comparesProjects();
+    void tellsWhatHasChanged();
     void refusesProjects_data();
     void refusesProjects();
     void endsWithItsStatus_data();
@@ -90,6 +91,8 @@ private Q_SLOTS:
     void usesAServerThatRuns();
     void stopsOnASignal_data();
     void stopsOnASignal();
+    void leavesItsServerInOrder_data();
+    void leavesItsServerInOrder();
     void tellsWhatItWouldSend();
     void findsNoServer();
 
@@ -344,6 +347,48 @@ void tst_CaptureProgram::comparesProjects()
     QCOMPARE(run(compare, lonely).status, 6);
 }
 
+// A design that was built anew, and one that has become lite.
+void tst_CaptureProgram::tellsWhatHasChanged()
+{
+    TestDesign design;
+    design.extension = "zeo";
+    design.write(m_directory->path());
+    design.extension = "keo";
+    design.cores = 2;
+    design.noise = 9;
+    design.storageDepth = 8192;
+    design.position = 20;
+    design.write(m_directory->path());
+    const QString diff = "--diff design.zeo design.keo";
+    const Outcome told = run(diff);
+    QVERIFY2(told.status == 1 && told.errors.isEmpty(), qPrintable(told.errors));
+    QCOMPARE(told.output, QString("Core 0: memory 4096 \u2192 8192\n"
+                                  "Core 0, setting: trigger position 16 \u2192 20\n"
+                                  "Core 0: signal added: %1\n"
+                                  "Design: core 1 added: clock clk, signals: 25\n")
+                              .arg(design.name(24)));
+    const QJsonDocument json = QJsonDocument::fromJson(run(diff + " --json").output.toUtf8());
+    QCOMPARE(json["status"].toInt(), 1);
+    QCOMPARE(json["changes"].toArray().size(), 4);
+    QCOMPARE(json["changes"][0]["subject"], "storage_depth");
+    QCOMPARE(json["changes"][0]["after"], "8192");
+    QCOMPARE(json["changes"][1]["setting"], true);
+    QCOMPARE(json["changes"][2]["action"], "added");
+    QCOMPARE(run(diff + " --core 1").output.count(u'\n'), 1);
+    const Outcome equal = run("--diff design.keo design.keo");
+    QCOMPARE(equal.status, 0);
+    QCOMPARE(equal.output, "equal\n");
+
+    design.lite = true;
+    design.extension = "zeo";
+    design.write(m_directory->path());
+    QVERIFY(run(diff).output.contains("Design: kind of cores Lite \u2192 Standard\n"));
+    write("design.zeo", "<KEO_CONFIG>");
+    const Outcome broken = run(diff);
+    QCOMPARE(broken.status, 6);
+    QVERIFY2(broken.errors.contains("design.zeo can not be used: "), qPrintable(broken.errors));
+}
+
 void tst_CaptureProgram::refusesProjects_data()
 {
     addColumns<bool, QByteArray, QString>({"lite", "data", "words"});
@@ -379,6 +424,7 @@ void tst_CaptureProgram::refusesProjects()
         QVERIFY(QFile::remove(file("design.keo")));
     const Outcome outcome = run("--quiet --open p.analyzer_prj");
     QCOMPARE(outcome.status, 6);
+
     QVERIFY2(outcome.errors.startsWith("signalscope-capture: "), // and no message of the log
              qPrintable(outcome.errors));
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
@@ -666,12 +712,69 @@ void tst_CaptureProgram::stopsOnASignal()
     QVERIFY(outcome.errors.contains("Capture Stopped!"));
 }
 
+void tst_CaptureProgram::leavesItsServerInOrder_data()
+{
+    addColumns<QString, int>({"end", "status"});
+    addRow("captured", "", 0);
+    addRow("time-out", "--timeout 0.1", 4);
+    addRow("Ctrl-C", "wait", 130);
+    addRow("Ctrl-C twice, and the server hangs", "hang", 130);
+}
+
+/// By the server's own account: the core is disarmed and the device closed, then it ends by itself.
+void tst_CaptureProgram::leavesItsServerInOrder()
+{
+    QFETCH(const QString, end);
+    QFETCH(const int, status);
+    TestDesign design;
+    design.fires = end.isEmpty();
+    design.logs = true;
+    if (end == u"hang")
+        design.faults = R"([{"at": "CLOSE", "do": "hang"}])";
+    board(design);
+    constexpr int kRuns = 8;
+    for (int time = 1; time <= kRuns; ++time) {
+        QProcess process;
+        process.setWorkingDirectory(m_directory->path());
+        QStringList arguments{"--device", "KR-A", "design.keo"};
+        if (end.startsWith(u'-'))
+            arguments += end.split(u' ');
+        process.start(kProgram, arguments);
+        QVERIFY(process.waitForStarted());
+        const auto id = pid_t(process.processId()); // which is 0, a whole group, once it has ended
+        if (status == 130) {
+            QTRY_COMPARE(contentOf(file("packets.log")).count(" > OPEN"), time);
+            ::kill(id, SIGINT);
+            QTRY_COMPARE(contentOf(file("packets.log")).count(" > CLOSE"), time);
+            if (end == u"hang")
+                ::kill(id, SIGINT);
+        }
+        QCOMPARE(finished(process).status, status);
+        const QStringList log = lines(file("packets.log"));
+        QCOMPARE(log.filter(" > CLOSE").size(), time);
+        if (end != u"hang")
+            QCOMPARE(log.filter(" chainserver ends").size(), time);
+        // What a core was told before the device was closed: to disarm, unless it had triggered.
+        const QStringList told = log.filter("OPRATE=WRITE_START_REG");
+        QCOMPARE(told.last().contains("write 0x0000 = 0x0 "), !end.isEmpty());
+    }
+}
+
 void tst_CaptureProgram::findsNoServer()
 {
     board(TestDesign());
     const QString copy = copyWithoutServers();
     for (const char *line : {"design.keo", "--list-cables"})
         QCOMPARE(run(line, copy).status, 3);
+    // Quiet, only the sentence of the refusal is told: not by servers, and not by the log.
+    write("board.json", "no board");
+    for (const char *line : {"design.keo", "--list-cables", "--expression M0) design.keo"}) {
+        const Outcome outcome = run(QStringLiteral("--quiet ") + line);
+        QVERIFY(outcome.status != 0);
+        QVERIFY2(outcome.errors.startsWith("signalscope-capture: "), qPrintable(outcome.errors));
+        QCOMPARE(outcome.errors.count(u'\n'), 1);
+    }
+    board(TestDesign());
     QCOMPARE(run("--list-cables").output, "Tarno USB Cable(FT2CH)\nParallel Port(LPT)\nLK7\n");
 }
 

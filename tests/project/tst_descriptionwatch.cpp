@@ -5,6 +5,7 @@
 #include <support/desktop.h>
 #include <support/files.h>
 
+#include <QClipboard>
 #include <QFile>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -19,6 +20,7 @@ class tst_DescriptionWatch : public WidgetTest
 
 private Q_SLOTS:
     void reload();
+    void tellsWhatHasChanged();
     void removal();
     void buttonsWaitForTheRun();
     void changeDuringCapture_data();
@@ -62,12 +64,29 @@ struct Session : Desktop
     {
         QTest::mouseClick(banners().first()->findChild<QPushButton *>("btnA"), Qt::LeftButton);
     }
+    QString details() const
+    {
+        return banners().first()->findChild<QLabel *>("labelDetails")->text();
+    }
+    QWidget *changeList() const
+    {
+        const QList<QWidget *> lists = window->findChildren<QWidget *>("changeList");
+        for (QWidget *list : lists) {
+            if (list->isVisible())
+                return list;
+        }
+        return nullptr;
+    }
     /// The tool flow has built the design anew, now with so many cores.
     void rebuild(int cores) const
     {
         TestDesign built = design;
         built.cores = cores;
         built.amount = 64;
+        write(built);
+    }
+    void write(const TestDesign &built) const
+    {
         const QTemporaryDir folder;
         built.write(folder.path());
         putFile(file(), contentOf(folder.filePath("design." + design.extension)));
@@ -120,6 +139,60 @@ void tst_DescriptionWatch::reload()
     QTest::qWait(kQuiet);
     QCOMPARE(s.words(), QStringList());
     QVERIFY(s.boxes.seen.isEmpty());
+}
+
+// The line in the banner and the list behind it follow the file, and go with what they tell of.
+void tst_DescriptionWatch::tellsWhatHasChanged()
+{
+    Session s({});
+    s.window->resize(800, 600);
+    TestDesign built = s.design;
+    built.storageDepth = 8192;
+    built.noise = 40;
+    built.position = 20;
+    s.write(built);
+    QTRY_COMPARE(s.words(), QStringList(kChanged));
+    QCOMPARE(s.details(), QString("core 0: signals: 32 added, memory 4096 \u2192 8192; "
+                                  "settings in the file: 1 changed"));
+    QCOMPARE(s.window->size(), QSize(800, 600));
+    const auto ask = [&s] {
+        auto *button = s.banners().first()->findChild<QPushButton *>("buttonDetails");
+        button->setFocus();
+        QTest::keyClick(button, Qt::Key_Space);
+    };
+    ask();
+    QVERIFY(s.changeList() && !s.changeList()->isModal());
+    const auto copied = [&s] {
+        QTest::mouseClick(s.changeList()->findChild<QPushButton *>("buttonCopyChanges"),
+                          Qt::LeftButton);
+        return QGuiApplication::clipboard()->text().split(u'\n');
+    };
+    QCOMPARE(copied().size(), 34);
+    QCOMPARE(copied().first(), QString("Core 0: memory 4096 \u2192 8192"));
+    QCOMPARE(copied().last(),
+             QString("Core 0, settings in the file: trigger position 16 \u2192 20"));
+
+    built.noise = 9; // and once more, while the list is open and one of its lines is selected
+    s.write(built);
+    auto *tree = s.changeList()->findChild<QTreeWidget *>("changeTree");
+    QTRY_COMPARE(tree->topLevelItem(0)->childCount(), 2);
+    tree->topLevelItem(0)->child(1)->setSelected(true);
+    QTest::keyClick(tree, Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QGuiApplication::clipboard()->text(), "Core 0: signal added: noise_8");
+    QTest::keyClick(tree, Qt::Key_Escape);
+    QVERIFY(!s.changeList());
+    QCOMPARE(s.words(), QStringList(kChanged));
+    ask();
+    QVERIFY(s.changeList());
+    s.pressTop();
+    QVERIFY(!s.changeList());
+
+    s.write(built); // now it is what is open
+    QTRY_COMPARE(s.words(), QStringList(kChanged));
+    QCOMPARE(s.details(), "The design is the same");
+    QVERIFY(!s.banners().first()->findChild<QPushButton *>("buttonDetails")->isVisible());
+    putFile(s.file(), "<KEO_CONFIG><Version>9</Version><KoCore/></KEO_CONFIG>");
+    QTRY_COMPARE(s.details(), "It can't be loaded: The version of Keo config file is too high.");
 }
 
 void tst_DescriptionWatch::removal()

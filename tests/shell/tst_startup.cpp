@@ -101,7 +101,13 @@ void tst_Startup::options_data()
     row("the last mention counts", "-keo a.keo -keo b.keo", {"b.keo", "", "", "", ""}, false);
     row("nothing behind the last", "-device KR-C -family", {"", "", "", "KR-C", ""}, false);
     row("no value swallows nothing", "-keo -family KR", {"-family", "", "KR", "", ""}, false);
-    row("transcript", "-transcript t -family KR", {"", "", "KR", "", "", "t"}, false);
+    StartupOptions paced{"-pace", "", "KR", "KR-C", ""};
+    paced.sectionPause = 5;
+    row("pause in bounds, and others passed over",
+        "-keo -pace 5 -family KR -device KR-C -pace 10001 -pace -1 -pace slow", paced, false);
+    StartupOptions told{"", "", "KR", "", ""};
+    told.transcript = "t";
+    row("transcript", "-transcript t -family KR", told, false);
     row("debug as a value", "-keo -debug", {"-debug", "", "", "", ""}, true);
     row("unknown words are passed over", "x -Keo a.keo -FS b --family KR -debug -device KR-C y",
         {"", "", "", "KR-C", ""}, true);

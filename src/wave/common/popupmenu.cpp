@@ -12,6 +12,7 @@ QAction *runMenu(QWidget *parent, const QList<QAction *> &actions, const QPoint 
     // On the heap, because a parent that dies meanwhile takes the menu along.
     const QPointer<QMenu> menu = new QMenu(parent);
     menu->addActions(actions);
+    menu->setToolTipsVisible(true); // of entries that have one of their own
     QAction *chosen = menu->exec(globalPosition);
     if (!menu)
         return nullptr;

@@ -49,9 +49,10 @@ ComparedPage::ComparedPage(WaveMonitorWidget *upper, QWidget *parent)
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
         addAction(action);
     }
-    // What is looked for stands above, wherever the keyboard is.
+    // What is looked for, and the hits, stand above, wherever the keyboard is.
     if (QAction *find = upper->findAction())
         addAction(find);
+    addActions(upper->hitActions());
     connect(m_previous, &QAction::triggered, this, &ComparedPage::previousDifference);
     connect(m_next, &QAction::triggered, this, &ComparedPage::nextDifference);
     connect(m_close, &QAction::triggered, this, &ComparedPage::closeAsked, Qt::QueuedConnection);

@@ -135,6 +135,11 @@ void RulerView::setHits(const SampleHits &hits, std::optional<int> current)
     m_scaleRuler->setHits(hits, current);
 }
 
+void RulerView::setAidHits(const SampleHits &hits, std::optional<int> current)
+{
+    m_scaleRuler->setAidHits(hits, current);
+}
+
 void RulerView::setRoom(int before, int after)
 {
     m_roomBefore = before;

@@ -59,6 +59,8 @@ public:
     void activateMarkerAt(int clock);
     /// Samples that were found, as ticks at the foot of the scale; the current one stands out.
     void setHits(const SampleHits &hits, std::optional<int> current);
+    /// Hits of a row beside those of the window, as ticks at the top of the scale.
+    void setAidHits(const SampleHits &hits, std::optional<int> current);
 
     Q_INVOKABLE void handleEvents(Notification *e);
 

@@ -1,5 +1,6 @@
 #include "scaleruler.h"
 
+#include <wave/common/viewercolors.h>
 #include <wave/common/viewergeometry.h>
 
 #include <QFontMetrics>
@@ -22,8 +23,18 @@ namespace {
 constexpr qreal kScaleHeight = 20.0;
 constexpr qreal kMajorTop = 2.0;
 constexpr qreal kMinorTop = 15.0;
-constexpr qreal kHitTop = 14.0;
-constexpr QColor kHitColor(0xFF, 0xB0, 0x00);
+
+/// Ticks of one kind.
+struct HitLook
+{
+    qreal top;
+    qreal bottom;
+    QColor color;
+    QColor currentColor;
+};
+constexpr HitLook kFoundLook{14.0, kScaleHeight, QColor(0xFF, 0xB0, 0x00), QColor(0, 0xFF, 0xFF)};
+constexpr HitLook kAidLook{0.0, 6.0, kAidHitColor, kAidHitColor};
+
 constexpr qreal kLabelGap = 3.0; // pixels between a tick and its number
 
 /// Draws the numbers of every \a spacing-th tick among samples \a first to \a last (not included)
@@ -41,6 +52,31 @@ void drawLabels(QPainter *painter, int first, int last, int spacing)
         painter->drawText(QRectF(place, metrics.size(Qt::TextSingleLine, text)), text,
                           QTextOption());
     }
+}
+
+/// Cost follows the pixels: what lies on the pixel of a hit is passed over.
+void drawHits(QPainter *painter, const QRectF &dirty, const SampleHits &hits,
+              std::optional<int> current, const HitLook &look)
+{
+    const qreal zoom = painter->transform().m11();
+    const qreal pixel = 1.0 / (zoom * CLOCK_PITCH); // in samples
+    const auto from = qsizetype(dirty.left() / CLOCK_PITCH - pixel);
+    const qreal to = dirty.right() / CLOCK_PITCH + pixel;
+    QList<QLineF> lines;
+    for (auto hit = hits.next(from - 1); hit && qreal(*hit) <= to;
+         hit = hits.next(std::max(*hit, qsizetype(std::ceil(qreal(*hit) + pixel)) - 1)))
+        lines.append({*hit * CLOCK_PITCH, look.top, *hit * CLOCK_PITCH, look.bottom});
+    QPen pen(look.color);
+    pen.setCosmetic(true);
+    pen.setWidth(2);
+    painter->setPen(pen);
+    painter->drawLines(lines);
+    if (!current)
+        return;
+    pen.setColor(look.currentColor);
+    painter->setPen(pen);
+    const qreal x = *current * CLOCK_PITCH;
+    painter->drawLine(QLineF(x, 0.0, x, kScaleHeight));
 }
 
 } // namespace
@@ -82,8 +118,13 @@ void ScaleRuler::setClocks(int clocks)
 
 void ScaleRuler::setHits(const SampleHits &hits, std::optional<int> current)
 {
-    m_hits = hits;
-    m_currentHit = current;
+    m_found = {hits, current};
+    update();
+}
+
+void ScaleRuler::setAidHits(const SampleHits &hits, std::optional<int> current)
+{
+    m_aid = {hits, current};
     update();
 }
 
@@ -123,31 +164,8 @@ void ScaleRuler::paint(QPainter *painter, const QStyleOptionGraphicsItem *option
     painter->save();
     drawLabels(painter, first, last, spacing);
     painter->restore();
-    drawHits(painter, dirty);
-}
-
-/// Cost follows the pixels: what lies on the pixel of a hit is passed over.
-void ScaleRuler::drawHits(QPainter *painter, const QRectF &dirty) const
-{
-    const qreal zoom = painter->transform().m11();
-    const qreal pixel = 1.0 / (zoom * CLOCK_PITCH); // in samples
-    const auto from = qsizetype(dirty.left() / CLOCK_PITCH - pixel);
-    const qreal to = dirty.right() / CLOCK_PITCH + pixel;
-    QList<QLineF> lines;
-    for (auto hit = m_hits.next(from - 1); hit && qreal(*hit) <= to;
-         hit = m_hits.next(std::max(*hit, qsizetype(std::ceil(qreal(*hit) + pixel)) - 1)))
-        lines.append({*hit * CLOCK_PITCH, kHitTop, *hit * CLOCK_PITCH, kScaleHeight});
-    QPen pen(kHitColor);
-    pen.setCosmetic(true);
-    pen.setWidth(2);
-    painter->setPen(pen);
-    painter->drawLines(lines);
-    if (!m_currentHit)
-        return;
-    pen.setColor(Qt::cyan);
-    painter->setPen(pen);
-    const qreal x = *m_currentHit * CLOCK_PITCH;
-    painter->drawLine(QLineF(x, 0.0, x, kScaleHeight));
+    drawHits(painter, dirty, m_aid.hits, m_aid.current, kAidLook);
+    drawHits(painter, dirty, m_found.hits, m_found.current, kFoundLook);
 }
 
 } // namespace WaveMonitor

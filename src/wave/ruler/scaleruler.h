@@ -36,17 +36,23 @@ public:
     void setClocks(int clocks);
     /// Ticks at the foot of the scale, one a pixel at most; \a current crosses it.
     void setHits(const SampleHits &hits, std::optional<int> current);
+    /// The same at the top of the scale and in another colour, beside them.
+    void setAidHits(const SampleHits &hits, std::optional<int> current);
 
     [[nodiscard]] QRectF boundingRect() const override;
     void paint(QPainter *painter, const QStyleOptionGraphicsItem *option,
                QWidget *widget = nullptr) override;
 
 private:
-    void drawHits(QPainter *painter, const QRectF &dirty) const;
+    struct Ticks
+    {
+        SampleHits hits;
+        std::optional<int> current;
+    };
 
     int m_clocks = 0;
-    SampleHits m_hits;
-    std::optional<int> m_currentHit;
+    Ticks m_found;
+    Ticks m_aid;
 };
 
 } // namespace WaveMonitor
