@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 . scripts/packages.sh
 
-ensure_packages "${build_packages[@]}"
+ensure_packages "${build_packages[@]}" "${test_packages[@]}"
 preset=${PRESET:-release}
 build "$preset"
 # Most of a test is waiting for the simulated cable, so there are more of them than processors.
