@@ -31,7 +31,7 @@ std::optional<Error> exportWindows(const CaptureOptions &options, WindowExport &
     const qsizetype wanted = std::ranges::count_if(project->captures, isWanted);
     if (wanted == 0)
         return Error{Error::Usage, Text::tr("The project has no waves of these cores.")};
-    if (const auto error = windows.prepare())
+    if (const auto error = windows.prepare(wanted))
         return error;
     for (SavedCapture &capture : project->captures) {
         if (!isWanted(capture))
