@@ -284,6 +284,11 @@ QString CaptureProject::startPreview()
     return lines.join(u'\n');
 }
 
+void CaptureProject::tell(const QString &text)
+{
+    m_status->tell(text);
+}
+
 void CaptureProject::stopReading()
 {
     if (m_design->manager().state() == CaptureState::Reading)

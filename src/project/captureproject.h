@@ -55,6 +55,7 @@ public:
     void takeOver(const ProjectSetup &setup) final;
     [[nodiscard]] QString startPreview() final;
     void stopReading() final;
+    void tell(const QString &text) final;
 
     /// F3 forces the trigger and F4 stops, and both take the waiting tip away.
     bool event(QEvent *event) override;
