@@ -83,9 +83,12 @@ Result<std::vector<RehearsalReport>> rehearsals(const CaptureOptions &options)
             rehearsal = design.rehearse(place.core, contents);
         if (!rehearsal)
             continue;
+        QList<DiagnosisLine> why;
+        if (const CoreConfig *core = std::as_const(design).triggerCore(place.core))
+            why = whyNoTrigger(*core, portSamplesOf(*core, contents), *rehearsal);
         rehearsed.append(place.core);
         reports.emplace_back(place.core, place.window, contents.triggerPosition(),
-                             std::move(*rehearsal));
+                             std::move(*rehearsal), std::move(why));
     }
     for (const int core : options.cores) {
         if (!rehearsed.contains(core))

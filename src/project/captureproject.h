@@ -26,7 +26,9 @@ class RunStatus;
 class RunToolBar;
 class SetupCarrier;
 class StatusLine;
+class TriggerFromWaves;
 class TriggerRehearsal;
+class WhyNoTrigger;
 
 /// A design with its page in the main window: puts the parts of a project together and says what
 /// is enabled. The kinds of project differ in their design and their page.
@@ -137,6 +139,8 @@ private:
     RecoveryKeeper *m_recovery;           // child
     SetupCarrier *m_carrier;              // child
     TriggerRehearsal *m_rehearsal;        // child
+    WhyNoTrigger *m_why;                  // child
+    TriggerFromWaves *m_fromWaves;        // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

@@ -396,6 +396,12 @@ void tst_CaptureProgram::rehearsesProjects()
     QVERIFY2(never.output.startsWith("core 1 window 0: hits: 0 of 256 samples\n  M0: matches: 1\n"
                                      "  M1: matches: 0\n"),
              qPrintable(never.output));
+    QVERIFY2(
+        never.output.contains("  why: exp0 fails by M1 alone, which never reports: otherwise it "
+                              "would be true at 1 sample, first at 16.\n"),
+        qPrintable(never.output));
+    QVERIFY(second["why"].toArray().size() > 1);
+    QVERIFY(!own.output.contains("why: "));
     const Outcome absent = run("--rehearse p.analyzer_prj --core 0", lonely);
     QCOMPARE(absent.status, 2);
     QVERIFY2(absent.errors.contains("no waves of core 0"), qPrintable(absent.errors));
