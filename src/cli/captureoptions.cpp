@@ -126,8 +126,10 @@ using Values = const QStringList &; // of one option, in the order given; at lea
 constexpr int kCapture = 1;
 constexpr int kExport = 2; // of a saved capture
 constexpr int kList = 4;
-constexpr int kCompare = 8; // of two saved captures
-constexpr int kDiff = 16;   // of two descriptions
+constexpr int kCompare = 8;   // of two saved captures
+constexpr int kDiff = 16;     // of two descriptions
+constexpr int kRehearse = 32; // of a trigger on a saved capture
+constexpr int kTrigger = kCapture | kRehearse;
 
 int bitOf(Task task)
 {
@@ -138,6 +140,8 @@ int bitOf(Task task)
         return kExport;
     case Task::Compare:
         return kCompare;
+    case Task::Rehearse:
+        return kRehearse;
     case Task::Diff:
         return kDiff;
     default:
@@ -263,28 +267,28 @@ const QList<OptionRow> &optionTable()
         {"core", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Core to capture, repeatable; default the first."),
-         kCapture | kExport | kCompare | kDiff, readCores},
+         kTrigger | kExport | kCompare | kDiff, readCores},
         {"set", "UNIT=SETTING",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Set a match unit of the core named last, repeatable: M0='==RX01', "
                            "M1='in 0x10..0x2F', M2='>0d9,count=5,continuous'."),
-         kCapture},
+         kTrigger},
         {"expression", "TEXT",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Put only this expression of the core named last in force, or none, "
                            "repeatable: 'M0&!M1'."),
-         kCapture},
+         kTrigger},
         {"windows", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Windows of the core named last, 1 to 8."),
-         kCapture},
+         kTrigger},
         {"amount", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Samples in a window of the core named last: 32, 64, 128 and so on."),
-         kCapture},
+         kTrigger},
         {"position", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Samples before the trigger of the core named last."),
-         kCapture},
+         kTrigger},
         {"chain", "LIST",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Instruction codes of the JTAG chain, 0 for the target; default 0."),
@@ -356,6 +360,10 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Compare a saved project with another one, the FILE."),
          kCompare},
+        {"rehearse", "FILE.analyzer_prj",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Tell where the trigger would come in the waves of a saved project."),
+         kRehearse},
         {"diff", "OLD.keo",
          QT_TRANSLATE_NOOP(
              "KEO::CaptureOptions",
@@ -373,10 +381,10 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the cables that answer."), kList},
         {"json", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Print one JSON document on standard output."),
-         kCapture | kExport | kCompare | kDiff | kList, setFlag<&O::json>},
+         kCapture | kExport | kCompare | kDiff | kRehearse | kList, setFlag<&O::json>},
         {"quiet", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "No progress on standard error."),
-         kCapture | kExport | kCompare | kDiff | kList, setFlag<&O::quiet>},
+         kCapture | kExport | kCompare | kDiff | kRehearse | kList, setFlag<&O::quiet>},
         {"completion", "SHELL",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Print a script that completes these options in bash.")},
@@ -484,6 +492,17 @@ std::optional<Error> readCompared(const QCommandLineParser &parser, CaptureOptio
     return store(options.otherFile, savedProject(name, parser.positionalArguments().first()));
 }
 
+/// The project of --rehearse.
+Result<QString> rehearsedProject(const QCommandLineParser &parser)
+{
+    const QString name = QStringLiteral("rehearse");
+    if (const auto error = refuseOthers(parser, name, Task::Rehearse))
+        return *error;
+    if (parser.values(name).size() != 1 || !parser.positionalArguments().isEmpty())
+        return usage(Text::tr("--rehearse takes one project and no FILE."));
+    return savedProject(name, parser.value(name));
+}
+
 /// The two descriptions of --diff.
 std::optional<Error> readDiffed(const QCommandLineParser &parser, CaptureOptions &options)
 {
@@ -506,9 +525,13 @@ std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &
             continue;
         options.task = task;
         if (!parser.positionalArguments().isEmpty() || parser.isSet("open") ||
-            parser.isSet("compare") || parser.isSet("diff"))
+            parser.isSet("compare") || parser.isSet("diff") || parser.isSet("rehearse"))
             return usage(Text::tr("--%1 takes no FILE.").arg(QLatin1String(name)));
         return {};
+    }
+    if (parser.isSet("rehearse")) {
+        options.task = Task::Rehearse;
+        return store(options.file, rehearsedProject(parser));
     }
     if (parser.isSet("compare")) {
         options.task = Task::Compare;
@@ -551,9 +574,10 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         "Captures from an on-chip logic analyzer without a window: loads the core description "
         "FILE (.keo or .zeo), arms its cores through a cable server, waits for the trigger (a "
         "lite core has none and starts after the delay), reads the samples and exports them. "
-        "Or exports what was saved as a project before, compares two such projects, or tells what "
-        "differs between two core descriptions.\n\n"
-        "Exit status: 0 captured, or equal, 1 different, 2 usage, 3 no server, "
+        "Or exports what was saved as a project before, compares two such projects, tells where a "
+        "trigger would come in one, or what differs between two core descriptions.\n\n"
+        "Exit status: 0 captured, or equal, or a hit, 1 different, or no hit, 2 usage, 3 no "
+        "server, "
         "4 timed out, 5 the device refused, 6 a file could not be read or written, 130 stopped "
         "by Ctrl-C, 143 by SIGTERM."));
     addOptions(parser);
@@ -582,12 +606,12 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         return *error;
     if (const auto error = readOptions(parser, options))
         return *error;
-    if (bitOf(options.task) == kList || options.task == Task::Compare || options.task == Task::Diff)
-        return options;
-    if (options.task == Task::Capture) {
+    if (bitOf(options.task) & kTrigger) {
         if (const auto error = store(options.triggers, readTriggerOptions(parser)))
             return *error;
     }
+    if (!(bitOf(options.task) & (kCapture | kExport)))
+        return options;
     options.directory = QDir(options.directory).absolutePath();
     if (!parser.isSet("name"))
         options.baseName = asExportName(QFileInfo(options.file).completeBaseName());

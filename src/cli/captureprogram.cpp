@@ -31,6 +31,8 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
         return exportSaved(options, windows);
     case CaptureOptions::Task::Compare:
         return compareSaved(options, output);
+    case CaptureOptions::Task::Rehearse:
+        return rehearseSaved(options, output);
     case CaptureOptions::Task::Diff:
         return diffDescriptions(options, output);
     case CaptureOptions::Task::Capture:

@@ -145,6 +145,16 @@ QList<Design::CoreFinding> StandardDesign::findings() const
     return all;
 }
 
+std::optional<Rehearsal> StandardDesign::rehearse(int core,
+                                                  const WaveMonitor::WindowContents &contents)
+{
+    CoreConfig *config = m_manager.coreByIndex(core);
+    if (!config)
+        return std::nullopt;
+    config->ensureExpressionFlags();
+    return KEO::rehearse(*config, portSamplesOf(*config, contents));
+}
+
 void StandardDesign::forceTrigger()
 {
     m_manager.forceTrigger();

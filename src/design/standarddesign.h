@@ -32,6 +32,8 @@ public:
     void start() override;
     [[nodiscard]] QList<QBitArray> startWords() const override;
     [[nodiscard]] QList<CoreFinding> findings() const override;
+    [[nodiscard]] std::optional<Rehearsal>
+    rehearse(int core, const WaveMonitor::WindowContents &contents) override;
     void forceTrigger() override;
     [[nodiscard]] QString waitingFor() const override;
     [[nodiscard]] std::optional<CapturedWindow> take(int core, int window,

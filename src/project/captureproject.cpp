@@ -53,9 +53,9 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     m_files = new ProjectFiles(parts, this);
     m_command = new CommandCopy(parts, this);
     m_recovery = new RecoveryKeeper(parts, *m_files, this);
-    m_rehearsal = new TriggerRehearsal(parts, this);
     m_carrier = new SetupCarrier(parts, this);
     connect(m_carrier, &SetupCarrier::told, this, &CaptureProject::told);
+    m_rehearsal = new TriggerRehearsal(parts, this);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
     connect(m_files, &ProjectFiles::saved, m_recovery, &RecoveryKeeper::saved);
     connect(m_recovery, &RecoveryKeeper::told, this, &CaptureProject::told);
@@ -81,6 +81,7 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
 // The page goes while there still is somebody to talk to.
 CaptureProject::~CaptureProject()
 {
+    m_rehearsal->leave();
     delete m_tab;
     WaitingTip::close();
 }
@@ -238,11 +239,6 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
     m_programmer->setDevice(family, device, fsFile);
 }
 
-void CaptureProject::setPace(const CapturePace &pace)
-{
-    m_design->manager().setPace(pace);
-}
-
 std::shared_ptr<const ProjectSetup> CaptureProject::setup()
 {
     return m_carrier->take();
@@ -252,6 +248,11 @@ void CaptureProject::takeOver(const ProjectSetup &setup)
 {
     m_carrier->give(setup);
     updateActions();
+}
+
+void CaptureProject::setPace(const CapturePace &pace)
+{
+    m_design->manager().setPace(pace);
 }
 
 QString CaptureProject::startPreview()

@@ -135,8 +135,8 @@ private:
     ProjectFiles *m_files;                // child
     CommandCopy *m_command;               // child
     RecoveryKeeper *m_recovery;           // child
-    TriggerRehearsal *m_rehearsal;        // child
     SetupCarrier *m_carrier;              // child
+    TriggerRehearsal *m_rehearsal;        // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

@@ -94,8 +94,6 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     m_keep->setObjectName(QStringLiteral("btnKeep"));
     m_keep->setText(tr("Reload and &keep settings"));
     m_keep->setToolTip(keepTip());
-    if (mode != Changed)
-        m_keep->hide(); // never shown before it has a parent: it would be a window
     connect(m_keep, &QPushButton::clicked, this, &ReloadBanner::reloadAndKeep);
     auto *labelFile = new PathLabel;
     labelFile->setObjectName(QStringLiteral("labelFile"));
@@ -110,6 +108,7 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     } else if (mode == Removed) {
         labelFile->setSentence(tr("Keo file '%1' has been removed on disk."), path);
         m_button->setText(tr("Close"));
+        m_keep->hide();
         connect(m_button, &QPushButton::clicked, this, &ReloadBanner::closeIt);
     }
 

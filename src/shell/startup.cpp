@@ -1,6 +1,7 @@
 #include "startup.h"
 
 #include "analyzer.h"
+#include "startupmarks.h"
 
 #include <base/logging.h>
 #include <widgets/messagebox.h>
@@ -75,6 +76,7 @@ int Startup::run()
     QSplashScreen splash(QPixmap(QStringLiteral(":/keo/image/Tarno_LOGO_blue.png")));
     splash.show();
     announce(splash, tr("starting JTAG server..."));
+    markStartup("splash screen shown");
     ServerProcesses processes;
     const QList<JtagConnection> started =
         launchServers(processes, m_surroundings.serverDirectory, m_surroundings.servers);
@@ -82,16 +84,20 @@ int Startup::run()
         splash.close();
         return fail(StartupStatus::NoServer, tr("Can not launch JTAG server."));
     }
+    markStartup("servers launched");
     announce(splash, tr("connecting JTAG server..."));
     if (!connectServers(started, processes)) {
         splash.close();
         return fail(StartupStatus::NoConnection, tr("Can not connect to JTAG server."));
     }
+    markStartup("servers connected");
 
     Analyzer window(nullptr, m_surroundings.projects);
     window.setStartDir(m_options.startDir);
+    markStartup("window made");
     window.showMaximized();
     splash.close();
+    markStartup("window shown");
     const int result = serve(window);
     killServers(processes);
     return result;
@@ -101,6 +107,8 @@ int Startup::serve(Analyzer &window) const
 {
     if (!m_options.keoFile.isEmpty())
         window.openFile(m_options.keoFile, m_options.family, m_options.device, m_options.fsFile);
+    markStartup("file opened");
+    markFirstPaint(window);
     // Opening may show boxes, and the system may have closed the window behind one: then the event
     // loop would never end.
     return window.isVisible() ? QApplication::exec() : 0;

@@ -105,9 +105,9 @@ void tst_Startup::options_data()
     paced.sectionPause = 5;
     row("pause in bounds, and others passed over",
         "-keo -pace 5 -family KR -device KR-C -pace 10001 -pace -1 -pace slow", paced, false);
-    StartupOptions told{"", "", "KR", "", ""};
-    told.transcript = "t";
-    row("transcript", "-transcript t -family KR", told, false);
+    StartupOptions transcribed{"", "", "KR", "", ""};
+    transcribed.transcript = "t";
+    row("transcript", "-transcript t -family KR", transcribed, false);
     row("debug as a value", "-keo -debug", {"-debug", "", "", "", ""}, true);
     row("unknown words are passed over", "x -Keo a.keo -FS b --family KR -debug -device KR-C y",
         {"", "", "", "KR-C", ""}, true);
