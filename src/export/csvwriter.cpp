@@ -49,7 +49,8 @@ bool writeCsv(QIODevice &device, const QString &timeUnit, int period, const Expo
     ByteSink out(device);
     writeGroups(out, window);
     writeHead(out, timeUnit, columns);
-    writeTableRows(out, columns, kCsvStyle, period, period);
+    writeTableRows(out, columns, kCsvStyle,
+                   {.count = firstColumnSize(columns), .firstTime = period, .period = period});
     return out.finish();
 }
 

@@ -42,7 +42,8 @@ bool writeTable(QIODevice &device, const QString &timeUnit, int period,
         out.appendText(column->name());
         out.append(column == columns.back() ? QByteArrayView("\n") : kPrnStyle.separator);
     }
-    writeTableRows(out, columns, kPrnStyle, 0, period);
+    writeTableRows(out, columns, kPrnStyle,
+                   {.count = firstColumnSize(columns), .firstTime = 0, .period = period});
     return out.finish();
 }
 

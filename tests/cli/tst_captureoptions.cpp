@@ -52,6 +52,11 @@ void tst_CaptureOptions::refuses_data()
     addRow("period without unit", "--period 10 a.keo", "\"10\"");
     addRow("period too long", "--period 10000000us a.keo", "10000000us");
     addRow("half a picosecond", "--period 1ps --format vcd a.keo", "2ps");
+    addRow("formula-proof without a plain csv", "--format csv --formula-proof a.keo", "csv-plain");
+    addRow("two formats to standard output", "--out - --format csv --format vcd a.keo", "--out -");
+    addRow("no format to standard output", "--out - --save a.analyzer_prj a.keo", "--out -");
+    addRow("rounds to standard output", "--out - --auto 2 a.keo", "--out -");
+    addRow("json beside samples", "--out - --json --open a.analyzer_prj", "--json");
     addRow("name with a slash", "--name a/b a.keo", "a/b");
     addRow("picture of another kind", "--picture a.jpg a.keo", "a.jpg");
     addRow("size without picture", "--size 800x600 a.keo", "--picture");
@@ -361,8 +366,8 @@ void tst_CaptureOptions::bashCompletes_data()
         QTest::newRow(typed) << typed << offered;
     };
     row("--di", "--diff");
-    row("--format v", "vcd");
-    row("--format = v", "vcd"); // as bash splits "--format=v"
+    row("--format v", "vcd vcd-plain");
+    row("--format = v", "vcd vcd-plain"); // as bash splits "--format=v"
     row("--out =", "folder other");
     row("--open fo", "folder");
     row("--open ", "folder other run.analyzer_prj");
