@@ -37,7 +37,8 @@ ensure_packages() {
 }
 
 build_packages=(g++ cmake ninja-build qt6-base-dev)
-test_packages=(sigrok-cli gtkwave python3) # read exports back
+test_packages=(socat  # stands for the way to another machine
+    sigrok-cli gtkwave python3) # read exports back
 wayland_packages=(qt6-wayland) # where no X server stands beside the compositor
 ci_packages=(clang libclang-rt-14-dev clang-format clang-tidy libbenchmark-dev
     appstream desktop-file-utils shared-mime-info groff man-db dpkg-dev file procps)

@@ -29,7 +29,11 @@ class Connection final : public QObject
 
 public:
     Connection(Server *server, QLocalSocket *socket, int number)
-        : m_server(server), m_socket(socket), m_number(number), m_replies(socket)
+        : m_server(server),
+          m_socket(socket),
+          m_number(number),
+          m_replies(socket),
+          m_replay(server->m_replay)
     {
         socket->setParent(this);
         connect(socket, &QLocalSocket::readyRead, this, &Connection::drain);
@@ -38,6 +42,8 @@ public:
 
     [[nodiscard]] int number() const { return m_number; }
     ReplyChannel &replies() { return m_replies; }
+    /// What answers it in place of the cable.
+    std::optional<Replay> &replay() { return m_replay; }
 
     void silence()
     {
@@ -66,7 +72,6 @@ public:
             abandon(QStringLiteral("the client takes no replies"));
     }
 
-private:
     void abandon(const QString &why)
     {
         if (m_isSilent)
@@ -78,11 +83,13 @@ private:
         m_socket->abort();
     }
 
+private:
     Server *m_server;       // borrowed, outlives this
     QLocalSocket *m_socket; // owned by the object tree
     int m_number = 0;
     FrameDecoder m_decoder;
     ReplyChannel m_replies;
+    std::optional<Replay> m_replay;
     bool m_isSilent = false;
 };
 
@@ -158,6 +165,8 @@ void Server::drop(Connection *connection)
 
 void Server::handle(Connection &connection, const Packet &packet)
 {
+    if (connection.replay())
+        return answerFrom(*connection.replay(), connection, packet);
     sample(); // what a core holds is a matter of when it is asked
     const QString operation = operationOf(packet);
     notePacket(connection, QStringLiteral(">"), packet);
@@ -198,6 +207,18 @@ void Server::handle(Connection &connection, const Packet &packet)
         connection.replies().sendWith(*delivery, encodeFrame(*reply));
     else
         connection.replies().send(encodeFrame(*reply));
+}
+
+void Server::answerFrom(Replay &replay, Connection &connection, const Packet &packet)
+{
+    notePacket(connection, QStringLiteral(">"), packet);
+    const Replay::Answer answer = replay.take(packet);
+    if (!answer.difference.isEmpty())
+        m_log->complain(answer.difference);
+    if (answer.isRefused)
+        return connection.abandon(QStringLiteral("the transcript tells no answer"));
+    if (!answer.frames.isEmpty())
+        connection.replies().send(answer.frames);
 }
 
 void Server::notePacket(const Connection &connection, const QString &way, const Packet &packet)

@@ -5,6 +5,7 @@
 #include "chainstate.h"
 #include "faultplan.h"
 #include "logbook.h"
+#include "replay.h"
 
 #include <QElapsedTimer>
 #include <QLocalServer>
@@ -12,6 +13,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QLocalSocket;
@@ -31,6 +33,8 @@ public:
            ChainStateFile chainState, Logbook *log, QObject *parent = nullptr);
     ~Server() override;
 
+    /// Answers each client from \a replay, from its start on, and no more from the cable.
+    void play(const Replay &replay) { m_replay = replay; }
     /// Serves clients of this user under \a name, and switches the board's power on. The place of a
     /// server that died is taken; when one lives there, or on any other obstacle, the result is the
     /// error's text.
@@ -42,11 +46,13 @@ private:
     void acceptClients();
     void drop(Connection *connection);
     void handle(Connection &connection, const Packet &packet);
+    void answerFrom(Replay &replay, Connection &connection, const Packet &packet);
     void notePacket(const Connection &connection, const QString &way, const Packet &packet);
     void sample();
     void hang();
 
     std::unique_ptr<Cable> m_cable;
+    std::optional<Replay> m_replay; ///< as it begins
     FaultPlan m_faults;
     qint64 m_samplesPerSecond = 0;
     ChainStateFile m_chainState;                     ///< what a programmer leaves

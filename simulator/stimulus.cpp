@@ -35,15 +35,15 @@ public:
 
     bool wants(int code) const override { return m_values[size_t(code)].isWatched; }
 
-    void change(int code, const QByteArray &bits) override
+    void change(int code, QByteArrayView bits) override
     {
-        if (!m_isPending.contains(code))
-            m_isPending.insert(code, m_pending.size());
-        const qsizetype at = m_isPending.value(code);
-        if (at == m_pending.size())
-            m_pending.append({code, bits});
-        else
-            m_pending[at].bits = bits; // only the last value of one time counts
+        Value &value = m_values[size_t(code)];
+        if (!value.isPending) {
+            value.isPending = true;
+            m_pending.push_back(code);
+        }
+        value.pending.resize(0); // only the last value of one time counts
+        value.pending.append(bits);
     }
 
     bool timePassed() override
@@ -56,10 +56,9 @@ public:
             if (wasKnown && isEdge && task.rows < task.maxRows)
                 takeRow(task);
         }
-        for (const Change &change : std::as_const(m_pending))
-            settle(change);
+        for (const int code : m_pending)
+            settle(m_values[size_t(code)]);
         m_pending.clear();
-        m_isPending.clear();
         return std::any_of(m_tasks.begin(), m_tasks.end(),
                            [](const Task &task) { return task.rows < task.maxRows; });
     }
@@ -91,15 +90,11 @@ private:
 
     struct Value
     {
-        QByteArray bits; ///< characters, most significant first
+        QByteArray bits;    ///< characters, most significant first
+        QByteArray pending; ///< what they become with the present time
+        bool isPending = false;
         bool isWatched = false;
         bool isKnown = false;
-    };
-
-    struct Change
-    {
-        int code;
-        QByteArray bits;
     };
 
     static bool levelIn(const QByteArray &bits, int bit)
@@ -116,16 +111,14 @@ private:
 
     std::optional<bool> pendingLevel(const VcdNets::Bit &source) const
     {
-        const auto at = m_isPending.constFind(source.code);
-        if (at == m_isPending.cend())
-            return std::nullopt;
-        return levelIn(m_pending.at(*at).bits, source.bit);
+        const Value &value = m_values[size_t(source.code)];
+        return value.isPending ? std::optional(levelIn(value.pending, source.bit)) : std::nullopt;
     }
 
-    void settle(const Change &change)
+    static void settle(Value &value)
     {
-        Value &value = m_values[size_t(change.code)];
-        value.bits = change.bits;
+        value.bits.swap(value.pending);
+        value.isPending = false;
         value.isKnown = true;
     }
 
@@ -170,9 +163,8 @@ private:
 
     SamplingLimits m_limits;
     std::vector<Task> m_tasks;
-    std::vector<Value> m_values;       ///< by code, before the changes of the present time
-    QList<Change> m_pending;           ///< of the present time
-    QHash<int, qsizetype> m_isPending; ///< place in m_pending by code
+    std::vector<Value> m_values; ///< by code
+    std::vector<int> m_pending;  ///< codes that change with the present time
 };
 
 QStringList renamedNets(QStringList nets, const QMap<QString, QString> &renamed)

@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <vector>
 
 namespace Sim {
 
@@ -70,25 +71,27 @@ class Tokens final
 public:
     explicit Tokens(QIODevice &device) : m_device(device) {}
 
-    /// The next token; empty at the end. A token beyond the limit sets tooLong().
-    const QByteArray &next()
+    /// The next token; empty at the end. A token beyond the limit sets tooLong(). Valid until the
+    /// next call.
+    QByteArrayView next()
     {
-        m_token.clear();
+        m_token.resize(0);
         while (fill()) {
             const char *begin = m_chunk.constData() + m_at;
             const char *end = m_chunk.constData() + m_chunk.size();
             const char *stop = std::find_if(begin, end, isBlank);
             if (stop != begin && m_token.size() + (stop - begin) > kMaxToken) {
                 m_tooLong = true;
-                m_token.clear();
-                return m_token;
+                return {};
             }
-            m_token.append(begin, stop - begin);
             m_at += stop - begin;
+            if (stop != end && stop != begin && m_token.isEmpty())
+                return {begin, stop}; // the blank stays for the next call, as for the line number
+            m_token.append(begin, stop - begin);
             if (stop == end)
                 continue;
             if (!m_token.isEmpty())
-                break; // the blank stays for the next call, so that the line number is right
+                break;
             if (*stop == '\n')
                 ++m_line;
             ++m_at;
@@ -119,6 +122,43 @@ private:
     bool m_tooLong = false;
 };
 
+/// Numbers for the codes of nets, counted from 0 as they come. Most codes have one or two
+/// characters; these take no hash.
+class CodeTable final
+{
+public:
+    [[nodiscard]] int size() const { return m_size; }
+
+    int add(QByteArrayView code)
+    {
+        if (const int known = find(code); known >= 0)
+            return known;
+        if (isShort(code))
+            m_short[place(code)] = m_size;
+        else
+            m_long.insert(code.toByteArray(), m_size);
+        return m_size++;
+    }
+
+    /// Below 0 for a code that was never added.
+    [[nodiscard]] int find(QByteArrayView code) const
+    {
+        return isShort(code) ? m_short[place(code)]
+                             : m_long.value(QByteArray::fromRawData(code.data(), code.size()), -1);
+    }
+
+private:
+    static bool isShort(QByteArrayView code) { return code.size() == 1 || code.size() == 2; }
+    static size_t place(QByteArrayView code)
+    {
+        return uchar(code.front()) + (code.size() == 2 ? size_t(256) * (1 + uchar(code[1])) : 0);
+    }
+
+    std::vector<int> m_short = std::vector<int>(size_t(256) * 257, -1);
+    QHash<QByteArray, int> m_long;
+    int m_size = 0;
+};
+
 class VcdParser final
 {
 public:
@@ -144,12 +184,12 @@ private:
     void readHeader()
     {
         while (m_error.isEmpty()) {
-            const QByteArray word = m_tokens.next();
+            const QByteArray word = m_tokens.next().toByteArray();
             if (word.isEmpty())
                 return fail(QStringLiteral("the file ends before $enddefinitions"));
             if (word == "$enddefinitions") {
                 skipSection();
-                const QString error = m_listener.netsKnown(m_nets, int(m_codes.size()));
+                const QString error = m_listener.netsKnown(m_nets, m_codes.size());
                 if (!error.isEmpty())
                     m_error = error;
                 return;
@@ -170,7 +210,7 @@ private:
 
     void skipSection()
     {
-        QByteArray word;
+        QByteArrayView word;
         do {
             word = m_tokens.next();
         } while (!word.isEmpty() && word != "$end");
@@ -180,13 +220,13 @@ private:
     QList<QByteArray> section()
     {
         QList<QByteArray> words;
-        for (QByteArray word = m_tokens.next(); !word.isEmpty() && word != "$end";
+        for (QByteArrayView word = m_tokens.next(); !word.isEmpty() && word != "$end";
              word = m_tokens.next()) {
             if (words.size() == 16) {
                 fail(QStringLiteral("a declaration has too many words"));
                 return words;
             }
-            words.append(word);
+            words.append(word.toByteArray());
         }
         return words;
     }
@@ -236,17 +276,14 @@ private:
             net.first = net.width - 1;
             net.hasRange = true;
         }
-        auto code = m_codes.find(words.at(2));
-        if (code == m_codes.end())
-            code = m_codes.insert(words.at(2), int(m_codes.size()));
-        net.code = *code;
+        net.code = m_codes.add(words.at(2));
         m_nets.add(net);
     }
 
     void readChanges()
     {
         while (m_error.isEmpty()) {
-            const QByteArray word = m_tokens.next();
+            const QByteArrayView word = m_tokens.next();
             if (word.isEmpty())
                 break;
             switch (word.at(0)) {
@@ -258,9 +295,11 @@ private:
                 readCommand(word);
                 break;
             case 'b':
-            case 'B':
-                tell(m_tokens.next(), word.mid(1));
+            case 'B': {
+                const QByteArray bits = word.sliced(1).toByteArray();
+                tell(m_tokens.next(), bits);
                 break;
+            }
             case 'r':
             case 'R':
             case 's':
@@ -276,13 +315,13 @@ private:
     }
 
     /// False when the listener has had enough.
-    bool readTime(const QByteArray &word)
+    bool readTime(QByteArrayView word)
     {
         bool ok = false;
-        const quint64 time = word.mid(1).toULongLong(&ok);
+        const quint64 time = word.sliced(1).toULongLong(&ok);
         if (!ok || time < m_time) {
             fail(ok ? QStringLiteral("time runs backwards")
-                    : QStringLiteral("\"%1\" is no time").arg(QString::fromLatin1(word.left(20))));
+                    : QStringLiteral("\"%1\" is no time").arg(shown(word)));
             return false;
         }
         const bool isLater = time > m_time;
@@ -290,32 +329,37 @@ private:
         return !isLater || m_listener.timePassed();
     }
 
-    void readCommand(const QByteArray &word)
+    void readCommand(QByteArrayView word)
     {
         // The dump sections hold plain changes and end with a bare $end.
         if (word != "$end" && !word.startsWith("$dump"))
             skipSection();
     }
 
-    void readScalar(const QByteArray &word)
+    void readScalar(QByteArrayView word)
     {
-        if (!QByteArrayView("01xXzZuUwWlLhH-").contains(word.at(0)))
-            return fail(QStringLiteral("\"%1\" is no value change")
-                            .arg(QString::fromLatin1(word.left(20))));
-        tell(word.size() > 1 ? word.mid(1) : QByteArray(m_tokens.next()), word.left(1));
+        const char level = word.front();
+        if (!QByteArrayView("01xXzZuUwWlLhH-").contains(level))
+            return fail(QStringLiteral("\"%1\" is no value change").arg(shown(word)));
+        tell(word.size() > 1 ? word.sliced(1) : m_tokens.next(), QByteArrayView(&level, 1));
     }
 
-    void tell(const QByteArray &code, const QByteArray &bits)
+    static QString shown(QByteArrayView word)
     {
-        const auto known = m_codes.constFind(code); // unknown: of a variable without bits
-        if (known != m_codes.cend() && m_listener.wants(*known))
-            m_listener.change(*known, bits);
+        return QString::fromLatin1(word.first(std::min<qsizetype>(word.size(), 20)));
+    }
+
+    void tell(QByteArrayView code, QByteArrayView bits)
+    {
+        const int known = m_codes.find(code); // if not: of a variable without bits
+        if (known >= 0 && m_listener.wants(known))
+            m_listener.change(known, bits);
     }
 
     Tokens m_tokens;
     VcdListener &m_listener;
     VcdNets m_nets;
-    QHash<QByteArray, int> m_codes;
+    CodeTable m_codes;
     QStringList m_scopes;
     quint64 m_time = 0;
     QString m_error;

@@ -2,7 +2,7 @@
 
 #include "outcome.h"
 
-#include <QByteArray>
+#include <QByteArrayView>
 #include <QHash>
 #include <QList>
 #include <QString>
@@ -63,7 +63,7 @@ public:
     [[nodiscard]] virtual bool wants(int code) const = 0;
     /// A value from now on. \a bits are the characters of the dump, most significant first, and may
     /// be fewer or more than the net's.
-    virtual void change(int code, const QByteArray &bits) = 0;
+    virtual void change(int code, QByteArrayView bits) = 0;
     /// All changes of one point in time were told. False ends the reading, as enough is known.
     virtual bool timePassed() = 0;
 };

@@ -96,11 +96,18 @@ private:
     int m_frames = 0;
 };
 
+/// The argument says whether a transcript is written.
 void registerImageToAServer(benchmark::State &state)
 {
+    const QTemporaryDir directory;
     CountingServer server;
     server.start();
     JtagSession &session = *JtagSession::instance();
+    session.stopTranscript();
+    if (state.range(0) != 0 && session.startTranscript(directory.filePath("transcript"))) {
+        state.SkipWithError("no transcript");
+        return;
+    }
     if (!session.connectServer({"cable", CountingServer::socketName()}, 5000) ||
         !session.selectCable("cable")) {
         state.SkipWithError("no connection");
@@ -122,7 +129,13 @@ void registerImageToAServer(benchmark::State &state)
     session.disconnectAll();
     state.SetItemsProcessed(state.iterations() * kWrites);
 }
-BENCHMARK(registerImageToAServer)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(registerImageToAServer)
+    ->ArgName("transcript")
+    ->Arg(0)
+    ->Arg(1)
+    ->Iterations(5) // so that the transcript stays below its limit
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 void encode(benchmark::State &state, const CmdPack &pack)
 {

@@ -28,6 +28,9 @@ for program in signalscope signalscope-capture; do
     [ ! -s "$root/man" ] || fail "man on $program: $(cat "$root/man")"
 done
 desktop-file-validate "$share/applications/signalscope.desktop" || fail "the desktop entry is not valid"
+grep -q '^MimeType=.*application/x-signalscope-project' "$share/applications/signalscope.desktop" &&
+    grep -q '^Exec=.* -open %f$' "$share/applications/signalscope.desktop" ||
+    fail "a file manager can't open our files"
 [ -f "$share/icons/hicolor/48x48/apps/signalscope.png" ] || fail "there is no icon"
 appstreamcli validate --no-net --no-color "$share/metainfo/org.signalscope.SignalScope.metainfo.xml" ||
     fail "the AppStream data is not valid"
@@ -43,6 +46,8 @@ export HOME=$root/home TMPDIR=$root/sockets LC_ALL=C.UTF-8 QT_QPA_PLATFORM=offsc
 unset XDG_DATA_HOME XDG_CONFIG_HOME
 example=$share/signal-scope/examples/uart_fifo
 export SIGNALSCOPE_BOARD=$example/board.json
+servers=$(dirname "$(find "$root" -name chainserver)")
+"$servers/chainserver" --check "$servers/board.json" >/dev/null || fail "the servers find no example"
 "$root/usr/bin/signalscope-capture" --version
 "$root/usr/bin/signalscope-capture" --device KR-C --format csv --out "$root/out" --quiet "$example/uart_fifo.keo"
 [ "$(wc -l <"$root/out/uart_fifo_core0_window0.csv")" -gt 1000 ] || fail "the capture gave too few samples"

@@ -18,7 +18,8 @@ void setLogOutput(LogOutput output)
     QString rules;
     switch (output) {
     case LogOutput::Debug:
-        rules = QStringLiteral("signalscope.*.debug=true\nsignalscope.wave.paint.debug=false");
+        rules = QStringLiteral("signalscope.*.debug=true\nsignalscope.wave.paint.debug=false\n"
+                               "signalscope.startup.debug=false");
         break;
     case LogOutput::Warnings:
         rules = QStringLiteral("default.debug=false");

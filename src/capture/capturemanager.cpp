@@ -19,6 +19,7 @@ namespace KEO {
 
 namespace {
 
+constexpr int kPortion = 256;       // packets sent in one turn of the event loop
 constexpr int kTrailingBits = 1;    // that a memory read shifts out behind the rows
 constexpr int kWatchInterval = 500; // ms
 constexpr int kPatience = 3000;     // ms without an answer until the user is told
@@ -55,11 +56,13 @@ CaptureManager::CaptureManager(JtagSession &session, QObject *parent)
     : QObject(parent),
       m_session(session),
       m_requests(std::make_unique<CaptureRequests>(session)),
+      m_outboxTimer(new QTimer(this)),
       m_watch(new QTimer(this)),
       m_sectionTimer(new QTimer(this))
 {
     m_sectionTimer->setSingleShot(true);
     m_sectionTimer->setTimerType(Qt::PreciseTimer);
+    connect(m_outboxTimer, &QTimer::timeout, this, &CaptureManager::sendPortion);
     connect(m_sectionTimer, &QTimer::timeout, this, &CaptureManager::onSectionDue);
     m_watch->setInterval(kWatchInterval);
     connect(m_watch, &QTimer::timeout, this, &CaptureManager::watchServer);
@@ -81,6 +84,7 @@ void CaptureManager::openDevice(const QVariantList &chain)
 
 void CaptureManager::stop()
 {
+    emptyOutbox();
     disarm();
     m_session.sendCommand(closePacket());
     m_requests->stop();
@@ -122,6 +126,7 @@ void CaptureManager::endRun()
 {
     const Step step = beginStep();
     forgetRun();
+    emptyOutbox();
     m_unasked.reset();
     m_sectionTimer->stop();
     m_watch->stop();
@@ -150,7 +155,36 @@ QBitArray CaptureManager::startWord(int value, int registerWidth)
 
 void CaptureManager::writeStartRegister(int value, int registerWidth)
 {
-    m_session.sendCommand(writeStartPacket(startWord(value, registerWidth)));
+    post(writeStartPacket, {startWord(value, registerWidth)});
+}
+
+void CaptureManager::post(PacketMaker packet, const QList<QBitArray> &words)
+{
+    const bool isFirst = m_outbox.isEmpty();
+    m_outbox.reserve(m_outbox.size() + words.size());
+    for (const QBitArray &word : words)
+        m_outbox.append({packet, word});
+    if (isFirst)
+        sendPortion();
+}
+
+/// The timer's interval is 0, so the next portion follows behind the events that are due.
+void CaptureManager::sendPortion()
+{
+    const QList<Posted> portion = m_outbox.first(std::min<qsizetype>(kPortion, m_outbox.size()));
+    m_outbox.remove(0, portion.size());
+    if (m_outbox.isEmpty())
+        m_outboxTimer->stop();
+    else
+        m_outboxTimer->start();
+    for (const auto &[packet, word] : portion)
+        m_session.sendCommand(packet(word));
+}
+
+void CaptureManager::emptyOutbox()
+{
+    m_outbox.clear();
+    m_outboxTimer->stop();
 }
 
 void CaptureManager::beginRound()

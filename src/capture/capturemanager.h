@@ -162,6 +162,13 @@ protected:
     void finish();
     /// A description's extension tells the form of the design; another one tells nothing.
     void noteExtension(const QString &path);
+    using PacketMaker = CmdPack (*)(const QBitArray &word);
+    /// Sends a packet with each of \a words, behind those posted before. Up to a few hundred go at
+    /// once; the rest, a truth table has tens of thousands, in portions, between which the event
+    /// loop runs. A stop drops what is left.
+    void post(PacketMaker packet, const QList<QBitArray> &words);
+    /// Not all of that has been sent.
+    [[nodiscard]] bool isPosting() const { return !m_outbox.isEmpty(); }
     [[nodiscard]] static QBitArray startWord(int value, int registerWidth);
     void writeStartRegister(int value, int registerWidth);
     /// Sends \a pack, which reads a register of \a width bits. \a answered gets what comes of it;
@@ -210,6 +217,8 @@ private:
     };
 
     void endRun();
+    void sendPortion();
+    void emptyOutbox();
     void beginWindow();
     /// Has the next section asked for when its time has come.
     void scheduleSection();
@@ -231,7 +240,14 @@ private:
     CaptureState m_state = CaptureState::Idle;
     RunReport m_report;
     CapturePace m_pace;
-    QTimer *m_watch; // owned by the object tree; runs in a run
+    struct Posted
+    {
+        PacketMaker packet = nullptr;
+        QBitArray word;
+    };
+    QList<Posted> m_outbox; // still to be sent
+    QTimer *m_outboxTimer;  // owned by the object tree; runs while there are any
+    QTimer *m_watch;        // owned by the object tree; runs in a run
     std::optional<Unasked> m_unasked;
     QTimer *m_sectionTimer;     // owned by the object tree; runs while sections are to be asked for
     QElapsedTimer m_sinceAsked; // since the latest section was, or the reading began

@@ -27,6 +27,6 @@ struct CapturePace
 
 /// As fast as the server answers.
 inline constexpr CapturePace kEagerPace{
-    .sectionPause = 0, .sectionsInFlight = 2, .pollInterval = 20, .pollsInFlight = 1};
+    .sectionPause = 0, .sectionsInFlight = 4, .pollInterval = 20, .pollsInFlight = 1};
 
 } // namespace KEO

@@ -165,8 +165,8 @@ void KeoStandardDataManager::checkState()
     CoreConfig *core = firstArmedCore();
     if (core) {
         const bool goesOn = state() == CaptureState::Armed && core == m_currentCore;
-        if (goesOn && awaitsAnswers())
-            return;
+        if (isPosting() || (goesOn && awaitsAnswers()))
+            return; // the next tick comes
         if (!goesOn)
             m_pollsWaiting = 0;
         const Step step = goesOn ? currentStep() : beginStep();
@@ -256,7 +256,7 @@ CoreConfig *KeoStandardDataManager::firstArmedCore() const
 void KeoStandardDataManager::selectCore(CoreConfig &core)
 {
     m_selectedCore = &core;
-    session().sendCommand(writeRegisterPacket(coreSelectWord(core.index)));
+    post(writeRegisterPacket, {coreSelectWord(core.index)});
 }
 
 /// \a image begins with the word that selects the core.
@@ -264,8 +264,7 @@ void KeoStandardDataManager::arm(CoreConfig &core, const QList<QBitArray> &image
 {
     core.active = 1;
     m_selectedCore = &core;
-    for (const QBitArray &word : image)
-        session().sendCommand(writeRegisterPacket(word));
+    post(writeRegisterPacket, image);
     writeStartRegister(Arm, core.requiredRegisterWidth());
 }
 

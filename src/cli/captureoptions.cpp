@@ -138,8 +138,10 @@ using Values = const QStringList &; // of one option, in the order given; at lea
 constexpr int kCapture = 1;
 constexpr int kExport = 2; // of a saved capture
 constexpr int kList = 4;
-constexpr int kCompare = 8; // of two saved captures
-constexpr int kDiff = 16;   // of two descriptions
+constexpr int kCompare = 8;   // of two saved captures
+constexpr int kDiff = 16;     // of two descriptions
+constexpr int kRehearse = 32; // of a trigger on a saved capture
+constexpr int kTrigger = kCapture | kRehearse;
 
 int bitOf(Task task)
 {
@@ -150,6 +152,8 @@ int bitOf(Task task)
         return kExport;
     case Task::Compare:
         return kCompare;
+    case Task::Rehearse:
+        return kRehearse;
     case Task::Diff:
         return kDiff;
     default:
@@ -246,6 +250,14 @@ std::optional<Error> readSize(CaptureOptions &options, Values values)
     return store(options.pictureSize, pictureSize(values.last()));
 }
 
+std::optional<Error> readTranscript(CaptureOptions &options, Values values)
+{
+    if (values.last().isEmpty())
+        return usage(Text::tr("--transcript takes a file."));
+    options.transcript = QFileInfo(values.last()).absoluteFilePath();
+    return {};
+}
+
 const QString kCompletedShell = QStringLiteral("bash");
 
 struct OptionRow
@@ -275,28 +287,28 @@ const QList<OptionRow> &optionTable()
         {"core", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Core to capture, repeatable; default the first."),
-         kCapture | kExport | kCompare | kDiff, readCores},
+         kTrigger | kExport | kCompare | kDiff, readCores},
         {"set", "UNIT=SETTING",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Set a match unit of the core named last, repeatable: M0='==RX01', "
                            "M1='in 0x10..0x2F', M2='>0d9,count=5,continuous'."),
-         kCapture},
+         kTrigger},
         {"expression", "TEXT",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Put only this expression of the core named last in force, or none, "
                            "repeatable: 'M0&!M1'."),
-         kCapture},
+         kTrigger},
         {"windows", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Windows of the core named last, 1 to 8."),
-         kCapture},
+         kTrigger},
         {"amount", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Samples in a window of the core named last: 32, 64, 128 and so on."),
-         kCapture},
+         kTrigger},
         {"position", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Samples before the trigger of the core named last."),
-         kCapture},
+         kTrigger},
         {"chain", "LIST",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Instruction codes of the JTAG chain, 0 for the target; default 0."),
@@ -374,6 +386,10 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Compare a saved project with another one, the FILE."),
          kCompare},
+        {"rehearse", "FILE.analyzer_prj",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Tell where the trigger would come in the waves of a saved project."),
+         kRehearse},
         {"diff", "OLD.keo",
          QT_TRANSLATE_NOOP(
              "KEO::CaptureOptions",
@@ -383,14 +399,18 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Print what would be sent to the cores, without a server."),
          kCapture, setFlag<&O::dryRun>},
+        {"transcript", "FILE",
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Write every packet to and from the cable server to FILE."),
+         kCapture, readTranscript},
         {"list-cables", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the cables that answer."), kList},
         {"json", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Print one JSON document on standard output."),
-         kCapture | kExport | kCompare | kDiff | kList, setFlag<&O::json>},
+         kCapture | kExport | kCompare | kDiff | kRehearse | kList, setFlag<&O::json>},
         {"quiet", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "No progress on standard error."),
-         kCapture | kExport | kCompare | kDiff | kList, setFlag<&O::quiet>},
+         kCapture | kExport | kCompare | kDiff | kRehearse | kList, setFlag<&O::quiet>},
         {"completion", "SHELL",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Print a script that completes these options in bash.")},
@@ -496,6 +516,17 @@ std::optional<Error> readCompared(const QCommandLineParser &parser, CaptureOptio
     return store(options.otherFile, savedProject(name, parser.positionalArguments().first()));
 }
 
+/// The project of --rehearse.
+Result<QString> rehearsedProject(const QCommandLineParser &parser)
+{
+    const QString name = QStringLiteral("rehearse");
+    if (const auto error = refuseOthers(parser, name, Task::Rehearse))
+        return *error;
+    if (parser.values(name).size() != 1 || !parser.positionalArguments().isEmpty())
+        return usage(Text::tr("--rehearse takes one project and no FILE."));
+    return savedProject(name, parser.value(name));
+}
+
 /// The two descriptions of --diff.
 std::optional<Error> readDiffed(const QCommandLineParser &parser, CaptureOptions &options)
 {
@@ -530,9 +561,13 @@ std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &
             continue;
         options.task = task;
         if (!parser.positionalArguments().isEmpty() || parser.isSet("open") ||
-            parser.isSet("compare") || parser.isSet("diff"))
+            parser.isSet("compare") || parser.isSet("diff") || parser.isSet("rehearse"))
             return usage(Text::tr("--%1 takes no FILE.").arg(QLatin1String(name)));
         return {};
+    }
+    if (parser.isSet("rehearse")) {
+        options.task = Task::Rehearse;
+        return store(options.file, rehearsedProject(parser));
     }
     if (parser.isSet("compare")) {
         options.task = Task::Compare;
@@ -554,6 +589,18 @@ std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &
     return store(options.project, projectPath(QStringLiteral("save"), parser.value("save")));
 }
 
+/// The desktop program spells its options with one dash; the one that both have may be spelled so
+/// here too.
+QStringList withTwoDashes(QStringList arguments)
+{
+    for (qsizetype i = 1; i < arguments.size() && arguments.at(i) != QLatin1String("--"); ++i) {
+        if (arguments.at(i) == QLatin1String("-transcript") ||
+            arguments.at(i).startsWith(QLatin1String("-transcript=")))
+            arguments[i].prepend(u'-');
+    }
+    return arguments;
+}
+
 } // namespace
 
 Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
@@ -563,14 +610,15 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         "Captures from an on-chip logic analyzer without a window: loads the core description "
         "FILE (.keo or .zeo), arms its cores through a cable server, waits for the trigger (a "
         "lite core has none and starts after the delay), reads the samples and exports them. "
-        "Or exports what was saved as a project before, compares two such projects, or tells what "
-        "differs between two core descriptions.\n\n"
-        "Exit status: 0 captured, or equal, 1 different, 2 usage, 3 no server, "
+        "Or exports what was saved as a project before, compares two such projects, tells where a "
+        "trigger would come in one, or what differs between two core descriptions.\n\n"
+        "Exit status: 0 captured, or equal, or a hit, 1 different, or no hit, 2 usage, 3 no "
+        "server, "
         "4 timed out, 5 the device refused, 6 a file could not be read or written, 130 stopped "
         "by Ctrl-C, 143 by SIGTERM."));
     addOptions(parser);
     CaptureOptions options;
-    if (!parser.parse(arguments))
+    if (!parser.parse(withTwoDashes(arguments)))
         return usage(parser.errorText());
     if (parser.isSet("completion")) {
         options.task = Task::ShowCompletion;
@@ -594,12 +642,12 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         return *error;
     if (const auto error = readOptions(parser, options))
         return *error;
-    if (bitOf(options.task) == kList || options.task == Task::Compare || options.task == Task::Diff)
-        return options;
-    if (options.task == Task::Capture) {
+    if (bitOf(options.task) & kTrigger) {
         if (const auto error = store(options.triggers, readTriggerOptions(parser)))
             return *error;
     }
+    if (!(bitOf(options.task) & (kCapture | kExport)))
+        return options;
     if (options.directory == QLatin1String("-")) {
         options.toStandardOutput = true;
         if (const auto error = checkStandardOutput(options))

@@ -20,6 +20,7 @@ struct CaptureOptions
         Capture,
         ExportSaved,
         Compare,
+        Rehearse,
         Diff,
         ListCables,
         ListRecovery,
@@ -29,8 +30,8 @@ struct CaptureOptions
     };
 
     Task task = Task::Capture;
-    /// Core description, of Diff the older one, or the project of ExportSaved or the first one of
-    /// Compare; absolute path.
+    /// Core description, of Diff the older one, or the project of ExportSaved and Rehearse or the
+    /// first one of Compare; absolute path.
     QString file;
     QString otherFile; ///< second project of Compare or description of Diff, absolute path
     QString project;   ///< project file to save, absolute path; empty: none
@@ -55,6 +56,7 @@ struct CaptureOptions
     ClockPeriod period;
     QString picture;              ///< PNG file, absolute path; empty: none
     QSize pictureSize{1280, 720}; ///< pixels
+    QString transcript;           ///< file of all packets, absolute path; empty: none
     bool dryRun = false;          ///< of Capture: tell what would be sent, and stop there
     bool json = false;
     bool quiet = false;

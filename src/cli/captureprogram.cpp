@@ -31,6 +31,8 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
         return exportSaved(options, windows);
     case CaptureOptions::Task::Compare:
         return compareSaved(options, output);
+    case CaptureOptions::Task::Rehearse:
+        return rehearseSaved(options, output);
     case CaptureOptions::Task::Diff:
         return diffDescriptions(options, output);
     case CaptureOptions::Task::Capture:
@@ -41,6 +43,11 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
     }
     if (options.dryRun)
         return previewRun(options, output, report);
+    if (!options.transcript.isEmpty()) {
+        const auto error = JtagSession::instance()->startTranscript(options.transcript);
+        if (error)
+            return {ExitStatus::FileError, error->message, {}};
+    }
     return CaptureRun(options, windows, output, report).run();
 }
 
@@ -73,6 +80,7 @@ ExitStatus runCaptureProgram(const CaptureOptions &options, const PictureWriter 
                                                    : ResultStyle::Lines);
     TaskResult result = runTask(options, drawPicture, output);
     JtagSession::instance()->disconnectAll();
+    JtagSession::instance()->stopTranscript();
     return output.finish(std::move(result));
 }
 

@@ -1,6 +1,7 @@
 #include "savedtasks.h"
 
 #include "projectcomparison.h"
+#include "rehearsalreport.h"
 #include "windowexport.h"
 
 #include <design/savedcapture.h>
@@ -58,7 +59,66 @@ Result<ProjectComparison> comparisonOf(const CaptureOptions &options)
     return comparison;
 }
 
+Result<std::vector<RehearsalReport>> rehearsals(const CaptureOptions &options)
+{
+    Result<OpenedProject> project = openProjectDesign(options.file);
+    if (!project)
+        return project.error();
+    Design &design = *project->design;
+    if (design.traits().kind == DescriptionKind::Lite)
+        return Error{Error::Usage, Text::tr("A lite core has no trigger to rehearse.")};
+    QList<TriggerOptions> triggers = options.triggers;
+    for (TriggerOptions &entry : triggers)
+        entry.core = entry.core.value_or(project->windows.front().place.core);
+    if (const auto error = design.apply(triggers))
+        return *error;
+    const auto isWanted = [&options](int core) {
+        return options.cores.isEmpty() || options.cores.contains(core);
+    };
+    QList<int> rehearsed;
+    std::vector<RehearsalReport> reports;
+    for (const auto &[place, contents] : project->windows) {
+        std::optional<Rehearsal> rehearsal;
+        if (isWanted(place.core))
+            rehearsal = design.rehearse(place.core, contents);
+        if (!rehearsal)
+            continue;
+        QList<DiagnosisLine> why;
+        if (const CoreConfig *core = std::as_const(design).triggerCore(place.core))
+            why = whyNoTrigger(*core, portSamplesOf(*core, contents), *rehearsal);
+        rehearsed.append(place.core);
+        reports.emplace_back(place.core, place.window, contents.triggerPosition(),
+                             std::move(*rehearsal), std::move(why));
+    }
+    for (const int core : options.cores) {
+        if (!rehearsed.contains(core))
+            return Error{Error::Usage, Text::tr("The project has no waves of core %1.").arg(core)};
+    }
+    return reports;
+}
+
 } // namespace
+
+TaskResult rehearseSaved(const CaptureOptions &options, ResultOutput &output)
+{
+    TaskResult result;
+    QJsonArray windows;
+    if (const Result<std::vector<RehearsalReport>> reports = rehearsals(options)) {
+        result.status = ExitStatus::NoHit;
+        for (const RehearsalReport &report : *reports) {
+            for (const QString &line : report.lines())
+                output.line(line);
+            windows.append(report.json());
+            if (report.hasHit())
+                result.status = ExitStatus::Captured;
+        }
+    } else {
+        result.status = statusOf(reports.error().kind);
+        result.message = reports.error().message;
+    }
+    result.document = {{"file", options.file}, {"windows", windows}};
+    return result;
+}
 
 TaskResult exportSaved(const CaptureOptions &options, WindowExport &windows)
 {

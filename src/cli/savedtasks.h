@@ -11,5 +11,7 @@ class WindowExport;
 TaskResult exportSaved(const CaptureOptions &options, WindowExport &windows);
 /// --compare: tells what differs in the samples of two saved projects.
 TaskResult compareSaved(const CaptureOptions &options, ResultOutput &output);
+/// --rehearse: tells where a trigger would come in the windows of a saved project.
+TaskResult rehearseSaved(const CaptureOptions &options, ResultOutput &output);
 
 } // namespace KEO

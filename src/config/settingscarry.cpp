@@ -102,15 +102,15 @@ void carryNumbers(const CoreConfig &before, CoreConfig &now, Account &account)
     now.trigger_pos = held.position;
     const CoreConfig standard;
     const QString memory =
-        Text::tr("The new core has memory for %1 samples; a window keeps %2 "
-                 "from the trigger on.")
-            .arg(QString::number(now.storage_depth), QString::number(kMinRowsFromTrigger));
+        Text::tr("The new core has memory for %1 samples.").arg(now.storage_depth);
+    const QString tail =
+        Text::tr("%1 A window keeps %2 from the trigger on.").arg(memory).arg(kMinRowsFromTrigger);
     tellNumber(account, Text::tr("Windows"), standard.window_num, &CaptureNumbers::windows, asked,
                brought, held, memory);
     tellNumber(account, Text::tr("Capture amount"), standard.capture_amount,
                &CaptureNumbers::amount, asked, brought, held, memory);
     tellNumber(account, Text::tr("Trigger position"), standard.trigger_pos,
-               &CaptureNumbers::position, asked, brought, held, memory);
+               &CaptureNumbers::position, asked, brought, held, tail);
 }
 
 // Match units.

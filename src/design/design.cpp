@@ -48,6 +48,11 @@ Result<std::optional<Design::SavedWindows>> Design::openWindows(const QString &p
     return std::optional(std::move(windows));
 }
 
+std::optional<Rehearsal> Design::rehearse(int, const WaveMonitor::WindowContents &)
+{
+    return std::nullopt;
+}
+
 Error Design::unknownCore(int number)
 {
     return {Error::Usage, tr("The description has no core %1.").arg(number)};

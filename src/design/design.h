@@ -4,6 +4,7 @@
 #include "coresetup.h"
 #include "datafilecheck.h"
 #include "kindtraits.h"
+#include "rehearsal.h"
 #include "triggeroptions.h"
 
 #include <base/result.h>
@@ -89,6 +90,10 @@ public:
     };
     /// What there is to say of the trigger set-ups that start would send.
     [[nodiscard]] virtual QList<CoreFinding> findings() const { return {}; }
+    /// What the trigger of the core with that number, as it is set now, makes of a window; nothing
+    /// if there is no such core, or it has no trigger.
+    [[nodiscard]] virtual std::optional<Rehearsal>
+    rehearse(int core, const WaveMonitor::WindowContents &contents);
     virtual void forceTrigger() = 0;
     /// What a run waits for, such as "the trigger of core 1"; empty once everything has triggered.
     [[nodiscard]] virtual QString waitingFor() const = 0;
@@ -100,6 +105,7 @@ public:
 
     /// The core with that number if it has a trigger, else null. Borrowed until the next load.
     [[nodiscard]] virtual const CoreConfig *triggerCore(int) const { return nullptr; }
+    [[nodiscard]] virtual CoreConfig *triggerCore(int) { return nullptr; }
     /// What an export tells of the core with that number; of an unknown one, its number.
     [[nodiscard]] virtual ExportCore exportCore(int core) const = 0;
     /// The user has named the signals of a core, by flat position.

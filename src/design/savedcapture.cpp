@@ -1,6 +1,5 @@
 #include "savedcapture.h"
 
-#include "design.h"
 #include "projectfile.h"
 
 #include <base/wholefile.h>
@@ -46,33 +45,43 @@ Result<QString> saveProject(const QString &path, const QString &description,
     return project.dataFile;
 }
 
-Result<SavedProject> openProject(const QString &path)
+Result<OpenedProject> openProjectDesign(const QString &path)
 {
     const Result<ProjectFile> project = readProjectFile(projectFileFor(path));
     if (!project)
         return project.error();
-    SavedProject saved{descriptionKind(project->keoFile), {}};
-    const auto design = Design::make(saved.kind, *JtagSession::instance());
-    if (const Result<QString> id = design->load(project->keoFile); !id)
+    const DescriptionKind kind = descriptionKind(project->keoFile);
+    OpenedProject opened{Design::make(kind, *JtagSession::instance()), {}};
+    if (const Result<QString> id = opened.design->load(project->keoFile); !id)
         return id.error();
     Result<std::optional<Design::SavedWindows>> windows =
-        design->openWindows(project->dataFile, TriggerPosition::Any);
+        opened.design->openWindows(project->dataFile, TriggerPosition::Any);
     if (!windows)
         return windows.error();
     if (!*windows)
         return Error{Error::Format, otherDesignText()};
-    for (Design::SavedWindow &window : **windows) {
-        ExportCore core = design->exportCore(window.place.core);
+    opened.windows = std::move(**windows);
+    // The names of a lite core's files tell nothing of the window: one would replace the other.
+    if (kind == DescriptionKind::Lite && opened.windows.size() > 1)
+        return Error{Error::Format,
+                     Text::tr("The data file %1 holds %2 windows of a lite core, which has one.")
+                         .arg(project->dataFile, QString::number(opened.windows.size()))};
+    if (opened.windows.empty())
+        return Error{Error::Format, Text::tr("The project %1 holds no waves.").arg(path)};
+    return opened;
+}
+
+Result<SavedProject> openProject(const QString &path)
+{
+    Result<OpenedProject> opened = openProjectDesign(path);
+    if (!opened)
+        return opened.error();
+    SavedProject saved{opened->design->traits().kind, {}};
+    for (Design::SavedWindow &window : opened->windows) {
+        ExportCore core = opened->design->exportCore(window.place.core);
         core.triggerSample = window.contents.triggerPosition();
         saved.captures.push_back({core, window.place.window, std::move(window.contents)});
     }
-    // The names of a lite core's files tell nothing of the window: one would replace the other.
-    if (saved.kind == DescriptionKind::Lite && saved.captures.size() > 1)
-        return Error{Error::Format,
-                     Text::tr("The data file %1 holds %2 windows of a lite core, which has one.")
-                         .arg(project->dataFile, QString::number(saved.captures.size()))};
-    if (saved.captures.empty())
-        return Error{Error::Format, Text::tr("The project %1 holds no waves.").arg(path)};
     return saved;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "design.h"
 #include "kindtraits.h"
 
 #include <base/result.h>
@@ -7,6 +8,7 @@
 
 #include <QString>
 
+#include <memory>
 #include <vector>
 
 namespace KEO {
@@ -31,6 +33,16 @@ struct SavedProject
 /// replaced together, or neither. Returns the path of the data file.
 Result<QString> saveProject(const QString &path, const QString &description,
                             const SavedProject &captures);
+
+/// A project as it stands in its files.
+struct OpenedProject
+{
+    std::unique_ptr<Design> design;
+    Design::SavedWindows windows; ///< at least one
+};
+
+/// Opens a project of either kind with its description. Refuses what openProject does.
+Result<OpenedProject> openProjectDesign(const QString &path);
 
 /// Opens a project of either kind of core. Refuses one that has no waves or waves of another
 /// design. A description whose trigger position was changed after the capture is none: the windows

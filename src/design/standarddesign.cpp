@@ -145,6 +145,16 @@ QList<Design::CoreFinding> StandardDesign::findings() const
     return all;
 }
 
+std::optional<Rehearsal> StandardDesign::rehearse(int core,
+                                                  const WaveMonitor::WindowContents &contents)
+{
+    CoreConfig *config = m_manager.coreByIndex(core);
+    if (!config)
+        return std::nullopt;
+    config->ensureExpressionFlags();
+    return KEO::rehearse(*config, portSamplesOf(*config, contents));
+}
+
 void StandardDesign::forceTrigger()
 {
     m_manager.forceTrigger();
@@ -173,6 +183,11 @@ std::optional<CapturedWindow> StandardDesign::take(int core, int window, const Q
 }
 
 const CoreConfig *StandardDesign::triggerCore(int core) const
+{
+    return m_manager.coreByIndex(core);
+}
+
+CoreConfig *StandardDesign::triggerCore(int core)
 {
     return m_manager.coreByIndex(core);
 }

@@ -32,11 +32,14 @@ public:
     void start() override;
     [[nodiscard]] QList<QBitArray> startWords() const override;
     [[nodiscard]] QList<CoreFinding> findings() const override;
+    [[nodiscard]] std::optional<Rehearsal>
+    rehearse(int core, const WaveMonitor::WindowContents &contents) override;
     void forceTrigger() override;
     [[nodiscard]] QString waitingFor() const override;
     [[nodiscard]] std::optional<CapturedWindow> take(int core, int window,
                                                      const QString &deviceModel) override;
     [[nodiscard]] const CoreConfig *triggerCore(int core) const override;
+    [[nodiscard]] CoreConfig *triggerCore(int core) override;
     [[nodiscard]] ExportCore exportCore(int core) const override;
     void keepNames(int core, const QMap<int, SignalNames> &names) override;
 

@@ -1,6 +1,8 @@
 #include "jtagclient.h"
 
 #include "packetcodec.h"
+#include "packettext.h"
+#include "transcript.h"
 
 #include <base/logging.h>
 
@@ -30,8 +32,25 @@ void JtagClient::sendPack(const CmdPack &pack)
         qCWarning(lcLink) << "packet not sent, it has no wire form:" << pack;
         return;
     }
+    if (m_transcript)
+        m_transcript->frameSent(m_transcriptServer, *frame);
     write(*frame);
     flush();
+}
+
+void JtagClient::writeTo(std::shared_ptr<Transcript> transcript, const QString &cable)
+{
+    m_transcript = std::move(transcript);
+    if (!m_transcript)
+        return;
+    m_transcriptServer = m_transcript->addServer(serverName());
+    QByteArray text = "connected, cable ";
+    appendQuotedText(text, cable);
+    m_transcript->event(m_transcriptServer, text);
+    // Without this object, which may be half gone when its base hangs up.
+    connect(this, &QLocalSocket::disconnected, [kept = m_transcript, server = m_transcriptServer] {
+        kept->event(server, "disconnected");
+    });
 }
 
 bool JtagClient::readLength()
@@ -45,6 +64,10 @@ bool JtagClient::readLength()
     if (!length) {
         qCDebug(lcLink) << "input of" << serverName() << "dropped from here on, bad frame length"
                         << QByteArray(field, kLengthFieldSize).toHex();
+        if (m_transcript)
+            m_transcript->event(m_transcriptServer,
+                                "bad frame length " + QByteArray(field, kLengthFieldSize).toHex() +
+                                    ", all input is dropped from here on");
         m_inputDropped = true;
         skip(bytesAvailable());
         return false;
@@ -65,9 +88,12 @@ void JtagClient::onDataReady()
         return;
     if (bytesAvailable() < m_blockSize)
         return;
-    const std::optional<CmdPack> pack = decodePayload(read(std::exchange(m_blockSize, 0)));
+    const QByteArray payload = read(std::exchange(m_blockSize, 0));
+    const std::optional<CmdPack> pack = decodePayload(payload);
     if (!pack)
         qCDebug(lcLink) << "malformed frame from" << serverName();
+    if (m_transcript)
+        m_transcript->payloadReceived(m_transcriptServer, payload);
     m_nextFrame.start();
     Q_EMIT cmdReceived(pack.value_or(CmdPack())); // last, a receiver may delete the client
 }

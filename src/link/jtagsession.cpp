@@ -3,9 +3,11 @@
 #include "jtagclient.h"
 #include "socketend.h"
 #include "socketowner.h"
+#include "transcript.h"
 
 #include <base/logging.h>
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QMutexLocker>
 #include <QThread>
@@ -67,10 +69,33 @@ std::optional<unsigned int> takeId(CmdPack &reply, const QString &key)
 
 } // namespace
 
+JtagSession::JtagSession() = default;
+JtagSession::~JtagSession() = default;
+
 JtagSession *JtagSession::instance()
 {
     static auto *const session = new JtagSession;
     return session;
+}
+
+std::optional<Error> JtagSession::startTranscript(const QString &path)
+{
+    const auto complain = [this](const QString &text) {
+        QMetaObject::invokeMethod(
+            this, [text] { qCWarning(lcLink).noquote() << text; }, Qt::QueuedConnection);
+    };
+    Result<std::shared_ptr<Transcript>> transcript = Transcript::open(path, complain);
+    if (!transcript)
+        return transcript.error();
+    m_transcript = *std::move(transcript);
+    qAddPostRoutine([] { instance()->stopTranscript(); });
+    return {};
+}
+
+void JtagSession::stopTranscript()
+{
+    if (const auto transcript = std::exchange(m_transcript, nullptr))
+        transcript->finish();
 }
 
 QList<JtagConnection> JtagSession::connectServers(const QList<JtagConnection> &records)
@@ -115,6 +140,7 @@ bool JtagSession::connectServer(const JtagConnection &record, int msecs,
         qCDebug(lcLink) << "no connection to" << record.serverName << "which is another user's";
         return false;
     }
+    client->writeTo(m_transcript, record.name);
     connect(client.get(), &JtagClient::disconnected, this, &JtagSession::connectionLost);
     m_connections.append(record);
     m_connections.last().client = client.release(); // the session is its parent

@@ -2,6 +2,8 @@
 
 #include "cmdpack.h"
 
+#include <base/result.h>
+
 #include <QHash>
 #include <QList>
 #include <QMap>
@@ -12,10 +14,12 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace KEO {
 
 class JtagClient;
+class Transcript;
 
 /// One cable server. Copied by value; the order of a list of these is the order of the cables.
 struct JtagConnection
@@ -57,6 +61,12 @@ public:
     /// The process-wide session, made on first use and never deleted.
     static JtagSession *instance();
 
+    /// Writes each packet of the connections made from now on to a file, docs/link-protocol.md has
+    /// its form, until stopTranscript or the end of the application object; or tells why the file
+    /// can't be written. A file that later takes no more ends the writing with a warning.
+    [[nodiscard]] std::optional<Error> startTranscript(const QString &path);
+    /// Completes the file, if one is written.
+    void stopTranscript();
     /// Tries each record with connectServer(record, 5000), in order; returns the ones that failed.
     QList<JtagConnection> connectServers(const QList<JtagConnection> &records);
     /// Up to 65 attempts of \a msecs each, 30 ms apart: about 2 s for a name that nobody answers
@@ -116,7 +126,8 @@ public Q_SLOTS:
     void dataReturned(CmdPack data);
 
 private:
-    JtagSession() = default;
+    JtagSession();
+    ~JtagSession() override;
 
     /// Null if there is no connection of that name.
     [[nodiscard]] const JtagConnection *find(const QString &name) const;
@@ -135,6 +146,7 @@ private:
     JtagClient *m_current = nullptr; // borrowed, a child of the session like all clients
     QHash<const JtagClient *, LateReplies> m_lateReplies;
     QList<JtagConnection> m_connections;
+    std::shared_ptr<Transcript> m_transcript; ///< null without one; the clients share it
 };
 
 } // namespace KEO

@@ -1,5 +1,7 @@
 #include "packetcodec.h"
 
+#include "payloadscan.h"
+
 #include <QBitArray>
 #include <QVariantList>
 #include <QtEndian>
@@ -7,23 +9,6 @@
 namespace KEO {
 
 namespace {
-
-constexpr quint32 kIntType = 2;
-constexpr quint32 kUIntType = 3;
-constexpr quint32 kListType = 9;
-constexpr quint32 kStringType = 10;
-constexpr quint32 kBitArrayType = 13;
-
-constexpr quint32 kNullString = 0xFFFFFFFF;
-
-// Type number, null flag, and four bytes that every one of the types has at least.
-constexpr quint32 kSmallestValue = 4 + 1 + 4;
-constexpr quint32 kSmallestEntry = 4 + kSmallestValue;
-
-quint32 bytesForBits(quint32 bits)
-{
-    return bits / 8 + (bits % 8 != 0 ? 1 : 0);
-}
 
 class FrameWriter final
 {
@@ -118,40 +103,21 @@ private:
     QByteArray m_bytes;
 };
 
-/// Reads from the front of a payload. Each function gives nothing when the bytes left do not hold
-/// what is asked for.
+/// Reads from the front of a payload; nothing when the bytes left do not hold what is asked for.
 class PayloadReader final
 {
 public:
-    explicit PayloadReader(QByteArrayView payload) : m_rest(payload) {}
+    explicit PayloadReader(QByteArrayView payload) : m_scan(payload) {}
 
-    std::optional<quint32> readNumber()
-    {
-        const std::optional<QByteArrayView> bytes = take(4);
-        if (!bytes)
-            return std::nullopt;
-        return qFromBigEndian<quint32>(bytes->data());
-    }
-
-    /// A count of things that take at least \a smallest bytes each, all of them still to come.
-    std::optional<quint32> readCount(quint32 smallest)
-    {
-        const std::optional<quint32> count = readNumber();
-        if (!count || *count > static_cast<quint64>(m_rest.size()) / smallest)
-            return std::nullopt;
-        return count;
-    }
+    std::optional<quint32> readEntryCount() { return m_scan.takeCount(kSmallestEntry); }
 
     std::optional<QString> readText()
     {
-        const std::optional<quint32> size = readNumber();
-        if (!size)
-            return std::nullopt;
-        if (*size == kNullString)
-            return QString();
-        const std::optional<QByteArrayView> bytes = *size % 2 == 0 ? take(*size) : std::nullopt;
+        const std::optional<QByteArrayView> bytes = m_scan.takeText();
         if (!bytes)
             return std::nullopt;
+        if (bytes->isNull())
+            return QString();
         QString text(bytes->size() / 2, Qt::Uninitialized);
         qFromBigEndian<char16_t>(bytes->data(), text.size(), text.data());
         return text;
@@ -160,16 +126,16 @@ public:
     /// \a depth counts the lists around the value.
     std::optional<QVariant> readValue(int depth)
     {
-        const std::optional<quint32> type = readNumber();
-        if (!type || !take(1))
+        const std::optional<quint32> type = m_scan.takeType();
+        if (!type)
             return std::nullopt;
         switch (*type) {
         case kIntType: {
-            const std::optional<quint32> number = readNumber();
+            const std::optional<quint32> number = m_scan.takeNumber();
             return number ? std::optional(QVariant(static_cast<qint32>(*number))) : std::nullopt;
         }
         case kUIntType: {
-            const std::optional<quint32> number = readNumber();
+            const std::optional<quint32> number = m_scan.takeNumber();
             return number ? std::optional(QVariant(*number)) : std::nullopt;
         }
         case kListType:
@@ -186,18 +152,9 @@ public:
     }
 
 private:
-    std::optional<QByteArrayView> take(quint32 size)
-    {
-        if (size > static_cast<quint64>(m_rest.size()))
-            return std::nullopt;
-        const QByteArrayView bytes = m_rest.first(size);
-        m_rest = m_rest.sliced(size);
-        return bytes;
-    }
-
     std::optional<QVariant> readList(int depth)
     {
-        const std::optional<quint32> count = readCount(kSmallestValue);
+        const std::optional<quint32> count = m_scan.takeCount(kSmallestValue);
         if (!count)
             return std::nullopt;
         // Not reserved: each list inside a list could claim all the bytes left once more.
@@ -213,16 +170,16 @@ private:
 
     std::optional<QVariant> readBits()
     {
-        const std::optional<quint32> count = readNumber();
+        const std::optional<quint32> count = m_scan.takeNumber();
         if (!count)
             return std::nullopt;
-        const std::optional<QByteArrayView> bytes = take(bytesForBits(*count));
+        const std::optional<QByteArrayView> bytes = m_scan.take(bytesForBits(*count));
         if (!bytes)
             return std::nullopt;
         return QVariant(QBitArray::fromBits(bytes->data(), *count));
     }
 
-    QByteArrayView m_rest;
+    PayloadScan m_scan;
 };
 
 } // namespace
@@ -251,7 +208,7 @@ std::optional<qint32> decodeLength(const char (&field)[kLengthFieldSize])
 std::optional<CmdPack> decodePayload(QByteArrayView payload)
 {
     PayloadReader reader(payload);
-    const std::optional<quint32> count = reader.readCount(kSmallestEntry);
+    const std::optional<quint32> count = reader.readEntryCount();
     if (!count)
         return std::nullopt;
     CmdPack pack;

@@ -69,10 +69,10 @@ Q_SIGNALS:
 
 private:
     void addBanner(int mode, const QString &path);
-    void tellChanges(ReloadBanner &banner);
-    void showChanges();
     using Reopen = void (DescriptionWatch::*)(const QString &);
     void reload(Reopen request);
+    void tellChanges(ReloadBanner &banner);
+    void showChanges();
     void removeBanners() const;
     void removeBanner(ReloadBanner *banner) const;
     void markTab(bool isMarked) const;

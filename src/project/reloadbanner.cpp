@@ -94,7 +94,6 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     m_keep->setObjectName(QStringLiteral("btnKeep"));
     m_keep->setText(tr("Reload and &keep settings"));
     m_keep->setToolTip(keepTip());
-    m_keep->setVisible(mode == Changed);
     connect(m_keep, &QPushButton::clicked, this, &ReloadBanner::reloadAndKeep);
     auto *labelFile = new PathLabel;
     labelFile->setObjectName(QStringLiteral("labelFile"));
@@ -109,6 +108,7 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     } else if (mode == Removed) {
         labelFile->setSentence(tr("Keo file '%1' has been removed on disk."), path);
         m_button->setText(tr("Close"));
+        m_keep->hide();
         connect(m_button, &QPushButton::clicked, this, &ReloadBanner::closeIt);
     }
 
@@ -124,10 +124,10 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(m_detailButton);
     buttons->addWidget(m_button);
+    buttons->addWidget(m_keep);
     layout->addWidget(sign);
     layout->addLayout(texts);
     layout->addStretch();
-    buttons->addWidget(m_keep);
     layout->addLayout(buttons);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }

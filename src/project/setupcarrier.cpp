@@ -161,7 +161,6 @@ void SetupCarrier::tell(const CarriedSettings &account)
         }))
         return;
     m_list = new CarriedList(account, m_parts.boxes.window());
-    m_list->setAttribute(Qt::WA_DeleteOnClose);
     m_list->show();
 }
 

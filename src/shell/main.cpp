@@ -1,4 +1,5 @@
 #include "startup.h"
+#include "startupmarks.h"
 
 #include <base/console.h>
 #include <image/images.h>
@@ -10,7 +11,9 @@
 int main(int argc, char **argv)
 {
     qInstallMessageHandler(&KEO::printMessage);
+    KEO::markStartup("program loaded");
     QApplication application(argc, argv);
+    KEO::markStartup("application made");
     QApplication::setApplicationName(QStringLiteral("signalscope"));
     QApplication::setApplicationVersion(KEO::versionText());
     QApplication::setDesktopFileName(QStringLiteral("signalscope"));

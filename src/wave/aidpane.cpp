@@ -197,9 +197,15 @@ bool AidPane::eventFilter(QObject *watched, QEvent *event)
 
 void AidPane::handleEvents(Notification *e)
 {
-    if (!m_isShown || !concerns(*e, domain()))
+    if (!concerns(*e, domain()))
         return;
-    if (e->type == EvAfterZoom || e->type == EvStructureChanged)
+    // Those of the sender, as the waves take them: viewers may share a domain and their markers.
+    const bool isOfView = e->type == EvAfterZoom || e->type == EvStructureChanged;
+    if (!isOfView)
+        takeMarkers(*e->sender);
+    if (!m_isShown)
+        return;
+    if (isOfView)
         followView();
     // The others may still have to hear of it.
     QMetaObject::invokeMethod(this, &AidPane::followMarkers, Qt::QueuedConnection);
@@ -220,15 +226,19 @@ void AidPane::followView()
     tell();
 }
 
+void AidPane::takeMarkers(const QObject &ruler)
+{
+    m_markers.clear();
+    const auto markers = ruler.property("timeMarkers").value<QList<TimeSliderData *>>();
+    for (const TimeSliderData *marker : markers)
+        m_markers.append(marker->clock());
+}
+
 void AidPane::followMarkers()
 {
     if (!m_isShown)
         return;
-    QList<int> samples;
-    const QList<TimeSliderData *> markers = m_panes.ruler->timeMarkers();
-    for (const TimeSliderData *marker : markers)
-        samples.append(marker->clock());
-    m_tracks->setLines(m_panes.model->triggerPosition(), samples);
+    m_tracks->setLines(m_panes.model->triggerPosition(), m_markers);
     m_names->setSample(m_panes.model->contents().shownSample(), m_panes.model->maxDataLength());
     if (m_current != m_panes.goTo->place())
         m_current.reset();

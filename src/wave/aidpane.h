@@ -64,6 +64,7 @@ private:
     void fitHeight();
     void dragHeight(int pixels);
     void followView();
+    void takeMarkers(const QObject &ruler);
     void followMarkers();
     void tell();
     [[nodiscard]] QString hitText() const;
@@ -76,6 +77,7 @@ private:
     AidTracks *m_tracks = nullptr;
     AidBar *m_bar = nullptr;
     AidRows m_rows;
+    QList<int> m_markers; ///< samples, as the waves show them
     bool m_isShown = false;
     SampleHits m_held;       ///< samples that are hits
     SampleHits m_beginnings; ///< of hits: what holds for long is one

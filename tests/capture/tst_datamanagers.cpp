@@ -185,6 +185,7 @@ private Q_SLOTS:
     void numbersOfADescription();
     void delays();
     void longWait();
+    void truthTableOnItsWay();
     void boundedPace();
     void lostPolls();
     void load();
@@ -720,6 +721,44 @@ void tst_DataManagers::longWait()
     const qsizetype polls = rig.sent("READ_START_REG");
     QTest::qWait(500);
     QCOMPARE(rig.sent("READ_START_REG"), polls);
+}
+
+/// A table of 4,096 words goes out in portions, and all that is asked meanwhile finds its place: a
+/// poll and a forced trigger behind it, a stop at once.
+void tst_DataManagers::truthTableOnItsWay()
+{
+    Rig rig(Kind::Standard, 32);
+    CoreConfig &core = *rig.standard->cores()[0];
+    core.dynamic = 1;
+    QStringList units;
+    for (size_t i = 0; i < 12; ++i) {
+        core.triggers[i]->signals = {{QStringLiteral("s"), {}, {}}};
+        core.matchUnits[i]->enabled = true;
+        core.matchUnits[i]->trigger = core.triggers[i].get();
+        units += QStringLiteral("M%1").arg(i);
+    }
+    core.expressions = QStringList{units.join(u'&')};
+    core.expressionEnabled = {true};
+    const qsizetype words = rig.standard->startWords({0}).size() - 3; // arm, and those of a poll
+
+    rig.open();
+    rig.standard->checkState();
+    rig.manager->stop();
+    QTRY_COMPARE(rig.server.lastLine(), QStringLiteral("CLOSE"));
+    QCOMPARE(rig.server.log.at(rig.server.log.size() - 2), kStart + QString(16, u'0'));
+    QVERIFY(words > 4096 && rig.server.log.size() < 1000);
+    QCOMPARE(rig.sent("READ_START_REG"), 0);
+
+    rig.server.log.clear();
+    rig.start();
+    rig.standard->forceTrigger();
+    rig.standard->checkState();
+    QTRY_VERIFY(rig.isOver() && rig.events.count("ram 0 0") == 1);
+    QCOMPARE(rig.server.log.filter("WRITE_REGISTOR 0").size(), words - 1); // the other one selects
+    QCOMPARE(rig.server.log.mid(words, 3),
+             QStringList({kStart + "0000000000000001", "WRITE_REGISTOR 10000",
+                          kStart + "0000000000000011"}));
+    QCOMPARE(rig.windows, Windows{rig.stored(1, 32)});
 }
 
 /// A server with answers that take their time never has more to answer than the bounds allow, and

@@ -78,6 +78,10 @@ void tst_CaptureOptions::refuses_data()
     addRow("diff and compare", "--diff a.keo --compare b.analyzer_prj b.keo", "--diff");
     addRow("diff and save", "--diff a.keo --save a.analyzer_prj b.keo", "--save");
     addRow("compare and open", "--compare a.analyzer_prj --open b.analyzer_prj", "--open");
+    addRow("rehearse with a file", "--rehearse a.analyzer_prj b.keo", "FILE");
+    addRow("rehearse two", "--rehearse a.analyzer_prj --rehearse b.analyzer_prj", "one project");
+    addRow("rehearse on a cable", "--rehearse a.analyzer_prj --timeout 3", "--timeout");
+    addRow("rehearse and open", "--rehearse a.analyzer_prj --open b.analyzer_prj", "--open");
     addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
 }
 
@@ -144,6 +148,11 @@ void tst_CaptureOptions::readsWhatIsLeftOut()
     QCOMPARE(compare->file, QDir::current().absoluteFilePath("a.analyzer_prj"));
     QCOMPARE(compare->otherFile, QDir::current().absoluteFilePath("dir/b.analyzer_prj"));
     QCOMPARE(compare->cores, QList<int>{2});
+    const auto rehearse = parseCaptureOptions(
+        {"program", "--rehearse", "a.analyzer_prj", "--core", "2", "--set", "M0===1", "--json"});
+    QVERIFY(rehearse && rehearse->task == Rehearse && rehearse->json);
+    QCOMPARE(rehearse->file, QDir::current().absoluteFilePath("a.analyzer_prj"));
+    QCOMPARE(rehearse->triggers, (QList{TriggerOptions{.core = 2, .units = {"M0===1"}}}));
     QCOMPARE((ClockPeriod{3, "us"}).picoseconds(), 3000000);
 }
 

@@ -16,6 +16,7 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QSet>
 #include <QThread>
 
@@ -77,6 +78,7 @@ private Q_SLOTS:
     void writesToStandardOutput();
     void comparesProjects_data();
     void comparesProjects();
+    void rehearsesProjects();
     void tellsWhatHasChanged();
     void refusesProjects_data();
     void refusesProjects();
@@ -381,6 +383,73 @@ void tst_CaptureProgram::comparesProjects()
     }
     QVERIFY(QFile::remove(file("b.xml")));
     QCOMPARE(run(compare, lonely).status, 6);
+}
+
+// The window begins 16 samples before count 0x137, the second one right behind it. With its own
+// trigger each window hits at its trigger; with another one where the bus says so.
+void tst_CaptureProgram::rehearsesProjects()
+{
+    TestDesign design;
+    design.dynamic = true;
+    design.windows = 2;
+    design.cores = 2;
+    board(design);
+    const Outcome saved = run("--device KR-A --core 1 --save p.analyzer_prj design.keo");
+    QVERIFY2(saved.status == 0, qPrintable(saved.errors));
+    // A user's names are only shown.
+    QString data = lines(file("p.xml")).join(u'\n');
+    data.replace(QRegularExpression("(<Signal [^>]*name=\"count.4.\"[^>]* text=\")\""),
+                 "\\1count[3]\"");
+    QVERIFY(data.contains("text=\"count[3]\""));
+    write("p.xml", data.toUtf8());
+    const QString lonely = copyWithoutServers();
+
+    const Outcome own = run("--rehearse p.analyzer_prj", lonely);
+    QVERIFY2(own.status == 0, qPrintable(own.errors));
+    QCOMPARE(own.output.split(u'\n', Qt::SkipEmptyParts),
+             (QStringList{"core 1 window 0: hits: 1 of 256 samples", "  hit: 16 (trigger 0)",
+                          "  M0: matches: 1", "  M1: matches: 256", "  M0&M1: hits: 1",
+                          "core 1 window 1: hits: 1 of 256 samples", "  hit: 16 (trigger 0)",
+                          "  M0: matches: 1", "  M1: matches: 256", "  M0&M1: hits: 1"}));
+
+    const QString other = "--rehearse p.analyzer_prj --core 1 --set M0===XXXXXXXX0011100X "
+                          "--set M1=<0x180 --expression M0&M1";
+    const Outcome runs = run(other, lonely);
+    QVERIFY2(runs.output.startsWith("core 1 window 0: hits: 2 of 256 samples\n"
+                                    "  hit: 17..18 (trigger +1..+2)\n"),
+             qPrintable(runs.output));
+    const QJsonDocument json =
+        QJsonDocument::fromJson(run(other + " --json", lonely).output.toUtf8());
+    QCOMPARE(json["status"].toInt(-1), 0);
+    const QJsonValue second = json["windows"][1]; // counts 0x227 to 0x326
+    QCOMPARE(second["hits"].toInt(-1), 0);
+    QCOMPARE(second["units"][0]["matches"].toInt(), 2);
+    QCOMPARE(json["windows"][0]["hit_runs"][0]["from_trigger"].toInt(), 1);
+
+    QCOMPARE(run(other + " --set M0=R", lonely).status, 2); // no text of a setting
+    const Outcome never = run("--rehearse p.analyzer_prj --set M1=>0xF00", lonely);
+    QCOMPARE(never.status, 1);
+    QVERIFY2(never.output.startsWith("core 1 window 0: hits: 0 of 256 samples\n  M0: matches: 1\n"
+                                     "  M1: matches: 0\n"),
+             qPrintable(never.output));
+    QVERIFY2(
+        never.output.contains("  why: exp0 fails by M1 alone, which never reports: otherwise it "
+                              "would be true at 1 sample, first at 16.\n"),
+        qPrintable(never.output));
+    QVERIFY(second["why"].toArray().size() > 1);
+    QVERIFY(!own.output.contains("why: "));
+    const Outcome absent = run("--rehearse p.analyzer_prj --core 0", lonely);
+    QCOMPARE(absent.status, 2);
+    QVERIFY2(absent.errors.contains("no waves of core 0"), qPrintable(absent.errors));
+
+    design.lite = true;
+    design.cores = 1;
+    design.windows = 1;
+    board(design);
+    QCOMPARE(run("--device KR-A --delay 5 --save l.analyzer_prj design.keo").status, 0);
+    const Outcome lite = run("--rehearse l.analyzer_prj", lonely);
+    QCOMPARE(lite.status, 2);
+    QVERIFY2(lite.errors.contains("no trigger"), qPrintable(lite.errors));
 }
 
 // A design that was built anew, and one that has become lite.

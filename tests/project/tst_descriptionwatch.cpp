@@ -163,7 +163,7 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
     ask();
     QVERIFY(s.changeList() && !s.changeList()->isModal());
     const auto copied = [&s] {
-        QTest::mouseClick(s.changeList()->findChild<QPushButton *>("buttonCopyChanges"),
+        QTest::mouseClick(s.changeList()->findChild<QPushButton *>("copy"),
                           Qt::LeftButton);
         return QGuiApplication::clipboard()->text().split(u'\n');
     };
@@ -174,7 +174,7 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
 
     built.noise = 9; // and once more, while the list is open and one of its lines is selected
     s.write(built);
-    auto *tree = s.changeList()->findChild<QTreeWidget *>("changeTree");
+    auto *tree = s.changeList()->findChild<QTreeWidget *>("tree");
     QTRY_COMPARE(tree->topLevelItem(0)->childCount(), 2);
     tree->topLevelItem(0)->child(1)->setSelected(true);
     QTest::keyClick(tree, Qt::Key_C, Qt::ControlModifier);

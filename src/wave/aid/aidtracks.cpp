@@ -20,36 +20,37 @@ namespace {
 constexpr int kHighTop = 4;  // of a trace in its row, pixels
 constexpr int kLowTop = 14;  // the same
 constexpr int kWholeTop = 2; // of a hit that fills its row
-constexpr int kWholeBottom = 17;
+constexpr int kWholeHeight = 15;
 constexpr qreal kLineShift = 0.0004; // samples, as the lines across the waves have it
 constexpr QColor kSeparatorColor(0x55, 0x55, 0x55);
 constexpr QColor kTraceColor(0xB8, 0xC8, 0xE0);
 constexpr QColor kUnknownColor(0x90, 0x90, 0x90);
 
-/// A trace in device pixels: \a scale of them a pixel, from \a top on.
-void drawTrace(QPainter &painter, const std::vector<AidColumn> &columns, int top, int scale,
+/// A trace in device pixels, \a ratio of them a pixel, from \a top on.
+void drawTrace(QPainter &painter, const std::vector<AidColumn> &columns, int top, qreal ratio,
                bool isHits)
 {
-    const auto rect = [=](size_t from, size_t end, int upper, int lower) {
-        return QRect(int(from), top + upper * scale, int(end - from), (lower - upper) * scale);
-    };
+    const int line = std::max(1, int(ratio));
+    const int high = top + qRound(kHighTop * ratio);
+    const int low = top + qRound(kLowTop * ratio);
     for (size_t from = 0; from < columns.size();) {
         const AidColumn &column = columns[from];
         const auto other = std::find_if(columns.begin() + qptrdiff(from), columns.end(),
                                         [&](const AidColumn &each) { return each != column; });
         const auto end = size_t(other - columns.begin());
+        const auto fill = [&](int y, int height, const QBrush &brush) {
+            painter.fillRect(QRect(int(from), y, int(end - from), height), brush);
+        };
         if (column.isUnknown)
-            painter.fillRect(rect(from, end, kHighTop, kLowTop + 1),
-                             QBrush(kUnknownColor, Qt::BDiagPattern));
+            fill(high, low + line - high, QBrush(kUnknownColor, Qt::BDiagPattern));
         if (isHits && column.holds)
-            painter.fillRect(rect(from, end, kWholeTop, kWholeBottom), kAidHitColor);
+            fill(top + qRound(kWholeTop * ratio), qRound(kWholeHeight * ratio), kAidHitColor);
         else if (column.holds && column.fails)
-            painter.fillRect(rect(from, end, kHighTop, kLowTop + 1), kTraceColor);
+            fill(high, low + line - high, kTraceColor);
         else if (column.holds)
-            painter.fillRect(rect(from, end, kHighTop, kHighTop + 1), kTraceColor);
+            fill(high, line, kTraceColor);
         else if (column.fails)
-            painter.fillRect(rect(from, end, kLowTop, kLowTop + 1),
-                             isHits ? kAidHitColor : kTraceColor);
+            fill(low, line, isHits ? kAidHitColor : kTraceColor);
         from = end;
     }
 }
@@ -147,20 +148,20 @@ void AidTracks::scrollContentsBy(int, int)
 void AidTracks::drawTraces()
 {
     const qreal ratio = devicePixelRatioF();
-    const int scale = std::max(1, int(ratio));
     m_picture = QPixmap(viewport()->size() * ratio);
     m_picture.fill(Qt::black);
     QPainter painter(&m_picture);
     const int top = verticalScrollBar()->value();
     for (qsizetype row = top / kAidRowHeight; row < m_rows.rows.size(); ++row) {
-        const int y = int((qreal(row) * kAidRowHeight - top) * ratio);
+        const int y = qRound((qreal(row) * kAidRowHeight - top) * ratio);
         if (y >= m_picture.height())
             break;
         drawTrace(painter,
                   aidColumns(m_rows.rows[row], m_samples, m_span.left * ratio, m_span.pitch * ratio,
                              m_picture.width()),
-                  y, scale, m_rows.hitRow == row);
-        painter.fillRect(0, y + kAidRowHeight * scale - 1, m_picture.width(), 1, kSeparatorColor);
+                  y, ratio, m_rows.hitRow == row);
+        painter.fillRect(0, y + qRound(kAidRowHeight * ratio) - 1, m_picture.width(), 1,
+                         kSeparatorColor);
     }
     painter.end();
     m_picture.setDevicePixelRatio(ratio);

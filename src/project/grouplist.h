@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QDialog>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+class QTreeWidget;
+class QVBoxLayout;
+
+namespace KEO {
+
+/// A window of its own with lines in groups, for people to read. It does not hold up the window it
+/// belongs to. The user takes selected lines, or all of them, to the clipboard as text. Acts on
+/// nothing, and is deleted when it is closed.
+class GroupList : public QDialog
+{
+    Q_OBJECT
+
+public:
+    struct Line
+    {
+        QStringList cells; ///< one a column
+        QString text;      ///< of the line, on the clipboard
+    };
+    struct Group
+    {
+        QString title;
+        QList<Line> lines;
+        bool isExpanded = true;
+    };
+
+    /// \a name is the window's object name; its tree is called "tree", its button "copy".
+    GroupList(const QString &name, const QString &title, const QStringList &columns,
+              QWidget *parent);
+
+    /// Replaces what the list shows.
+    void setGroups(const QList<Group> &groups);
+
+protected:
+    /// A sentence above the list.
+    void setHead(const QString &text);
+
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void fitColumns();
+    void copy() const;
+
+    QTreeWidget *m_tree;   // child
+    QVBoxLayout *m_layout; // the window's
+};
+
+} // namespace KEO

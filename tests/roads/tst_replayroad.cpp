@@ -1,0 +1,247 @@
+// Captures that are replayed from their transcript, and captures through a forwarded socket: both
+// export what the simulated board itself gave.
+
+#include <support/desktop.h>
+#include <support/files.h>
+
+#include <export_ui/exportdialog.h>
+
+#include <QDir>
+#include <QRegularExpression>
+#include <QScopeGuard>
+
+Q_DECLARE_METATYPE(TestDesign)
+
+using namespace KEO;
+
+class tst_ReplayRoad : public WidgetTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void replays_data();
+    void replays();
+    void replaysToTheWindow();
+    void tellsDifferences();
+    void badFiles();
+    void remoteLab();
+
+private:
+    struct Outcome
+    {
+        int status = -1;
+        QString told;
+        QMap<QString, QByteArray> files; ///< exports by name, without the date of a VCD file
+    };
+
+    [[nodiscard]] QString path(const QString &name) const { return m_directory->filePath(name); }
+    /// Runs the capture program on the design in m_directory, with exports in a folder of their own
+    /// and \a variables added to an environment without board.
+    [[nodiscard]] Outcome capture(const QStringList &options,
+                                  const QMap<QString, QString> &variables) const;
+
+    std::unique_ptr<QTemporaryDir> m_directory;
+};
+
+namespace {
+
+struct FreshServer
+{
+    FreshServer() { startBenchServer(servers); }
+    ~FreshServer()
+    {
+        JtagSession::instance()->disconnectAll();
+        killServers(servers);
+    }
+    ServerProcesses servers;
+};
+
+} // namespace
+
+void tst_ReplayRoad::init()
+{
+    WidgetTest::init();
+    m_directory = std::make_unique<QTemporaryDir>();
+}
+
+tst_ReplayRoad::Outcome tst_ReplayRoad::capture(const QStringList &options,
+                                                const QMap<QString, QString> &variables) const
+{
+    const QTemporaryDir out;
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("SIGNALSCOPE_BOARD");
+    environment.remove("SIGNALSCOPE_REPLAY");
+    for (auto entry = variables.begin(); entry != variables.end(); ++entry)
+        environment.insert(entry.key(), entry.value());
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    const QString file = QDir(m_directory->path()).entryList({"design.?eo"}).value(0);
+    process.start(KEO_BIN_DIR "/signalscope-capture",
+                  QStringList{"--timeout", "60", "--format", "csv", "--format", "vcd", "--format",
+                              "prn", "--out", out.path(), path(file)} +
+                      options);
+    if (!process.waitForFinished(90'000))
+        process.kill();
+    Outcome outcome{process.exitCode(), QString::fromUtf8(process.readAllStandardError()), {}};
+    const QDir directory(out.path());
+    for (const QString &name : directory.entryList(QDir::Files)) {
+        QByteArray bytes = contentOf(directory.filePath(name));
+        if (const qsizetype date = bytes.indexOf("$date\n"); date >= 0)
+            bytes.remove(date, bytes.indexOf("$end", date) - date);
+        outcome.files.insert(name, bytes);
+    }
+    return outcome;
+}
+
+void tst_ReplayRoad::replays_data()
+{
+    addColumns<TestDesign, QStringList>({"design", "options"});
+    addRow("static", TestDesign{.noise = 20}, QStringList());
+    addRow(
+        "windows of two cores",
+        TestDesign{.dynamic = true, .storageDepth = 1024, .windows = 3, .amount = 128, .cores = 2},
+        QStringList{"--core", "0", "--core", "1"});
+    addRow("forced", TestDesign{.extension = "zeo", .fires = false},
+           QStringList{"--force-after", "1.2"});
+    addRow("lite, polled without a pause",
+           TestDesign{.lite = true, .amount = 300, .samplesPerSecond = 1500},
+           QStringList{"--auto", "2"});
+    addRow("faults", TestDesign{.faults = R"([{"at": "READ_RAM", "nth": 2, "do": "doubled"},
+                                    {"at": "READ_RAM", "nth": 3, "do": "garbage",
+                                     "kind": "unknown type"}])"},
+           QStringList());
+}
+
+void tst_ReplayRoad::replays()
+{
+    QFETCH(TestDesign, design);
+    QFETCH(QStringList, options);
+    design.write(m_directory->path());
+    const Outcome recorded = capture(options + QStringList{"-transcript", path("transcript")},
+                                     {{"SIGNALSCOPE_BOARD", path("board.json")}});
+    QVERIFY2(recorded.status == 0 && !recorded.files.isEmpty(), qPrintable(recorded.told));
+    const Outcome replayed = capture(options, {{"SIGNALSCOPE_REPLAY", path("transcript")}});
+    QVERIFY2(replayed.status == 0, qPrintable(replayed.told));
+    QVERIFY2(!replayed.told.contains("differs"), qPrintable(replayed.told));
+    QCOMPARE(replayed.files.keys(), recorded.files.keys());
+    QVERIFY(replayed.files == recorded.files);
+}
+
+/// What the command line recorded, twice in the window; its own transcript is replayed as well.
+void tst_ReplayRoad::replaysToTheWindow()
+{
+    TestDesign().write(m_directory->path());
+    const Outcome recorded = capture({"--name", "w", "--transcript", path("transcript")},
+                                     {{"SIGNALSCOPE_BOARD", path("board.json")}});
+    QCOMPARE(recorded.status, 0);
+    const auto forget = qScopeGuard([] { qunsetenv("SIGNALSCOPE_REPLAY"); });
+    for (const QString &transcript : QStringList{"transcript", "window's"}) {
+        qputenv("SIGNALSCOPE_REPLAY", path(transcript).toLocal8Bit());
+        if (transcript == "transcript")
+            QVERIFY(!JtagSession::instance()->startTranscript(path("window's")));
+        const FreshServer server;
+        const UserWindow user;
+        user.window->openFile(path("design.keo"), {}, {}, {});
+        for (int round = 0; round < 2; ++round) {
+            user.capture();
+            QVERIFY(user.isIdle() && user.tabs()->count() == 2);
+            const OnModal<ExportDialog> dialog([](ExportDialog *box) {
+                QTest::keyClicks(box->findChild<QLineEdit *>("editName"), "w");
+                QTest::keyClick(box, Qt::Key_Return);
+            });
+            user.click("Export");
+            QVERIFY(dialog.seen());
+            const QString name = "w_core0_window0.csv";
+            QCOMPARE(contentOf(path(name)), recorded.files.value(name));
+            QVERIFY(QFile::remove(path(name)));
+        }
+        JtagSession::instance()->stopTranscript();
+    }
+}
+
+void tst_ReplayRoad::tellsDifferences()
+{
+    const TestDesign design;
+    design.write(m_directory->path());
+    QCOMPARE(
+        capture({"--transcript", path("transcript")}, {{"SIGNALSCOPE_BOARD", path("board.json")}})
+            .status,
+        0);
+    const Outcome other =
+        capture({"--set", "M0===XXXXXXXX00000001"}, {{"SIGNALSCOPE_REPLAY", path("transcript")}});
+    QCOMPARE(other.status, 3);
+    QVERIFY(other.files.isEmpty());
+    static const QRegularExpression difference(
+        "packet \\d+ differs: got WRITE .*, but line (\\d+) of .* has WRITE ");
+    const auto match = difference.match(other.told);
+    QVERIFY2(match.hasMatch(), qPrintable(other.told));
+    const QByteArray line =
+        contentOf(path("transcript")).split('\n').value(match.captured(1).toInt() - 1);
+    QVERIFY2(line.contains("WRITE_REGISTOR"), line.constData());
+}
+
+/// A transcript that can't be written keeps the capture from starting; one that can't be read keeps
+/// the server from it.
+void tst_ReplayRoad::badFiles()
+{
+    TestDesign design;
+    design.logs = true;
+    design.write(m_directory->path());
+    const Outcome unwritable =
+        capture({"--transcript", path("board.json")}, {{"SIGNALSCOPE_BOARD", path("board.json")}});
+    QCOMPARE(unwritable.status, 6);
+    QVERIFY2(unwritable.told.contains("board.json can not be written"),
+             qPrintable(unwritable.told));
+    QVERIFY(!QFile::exists(path("packets.log")));
+    const QByteArray start = "# Signal Scope transcript 1\n";
+    for (const QByteArray &text :
+         {QByteArray(), QByteArray("x"), start + "1.0 keo1 > A=bits(99999999999:\n",
+          start + "1.0 keo1 > A=[[[[[1]]]]]\n", start + "1.0 keo1 > A=\"\\u00\n"}) {
+        putFile(path("transcript"), text);
+        const Outcome unread = capture({"--cable", "Tarno USB Cable(FT2CH)"},
+                                       {{"SIGNALSCOPE_REPLAY", path("transcript")}});
+        QCOMPARE(unread.status, 3);
+        QVERIFY2(unread.told.contains("line "), qPrintable(unread.told));
+    }
+}
+
+/// A server in one socket folder, the program in another, and a forwarder between them, as between
+/// two machines. The program's own server would have no board.
+void tst_ReplayRoad::remoteLab()
+{
+    const TestDesign design;
+    design.write(m_directory->path());
+    const Outcome direct = capture({}, {{"SIGNALSCOPE_BOARD", path("board.json")}});
+    QCOMPARE(direct.status, 0);
+
+    const QTemporaryDir lab("/tmp/keo-XXXXXX");
+    const QTemporaryDir desk("/tmp/keo-XXXXXX");
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TMPDIR", lab.path());
+    environment.insert("SIGNALSCOPE_BOARD", path("board.json"));
+    QProcess server;
+    server.setProcessEnvironment(environment);
+    server.start(KEO_BURNER_DIR "/chainserver", {"-local"});
+    QTRY_VERIFY(QFile::exists(lab.filePath("keo1")));
+    QProcess forwarder;
+    forwarder.start("socat", {"UNIX-LISTEN:" + desk.filePath("keo1") + ",fork",
+                              "UNIX-CONNECT:" + lab.filePath("keo1")});
+    QTRY_VERIFY2(QFile::exists(desk.filePath("keo1")), "socat is missing; test.sh installs it");
+
+    const Outcome remote = capture({}, {{"TMPDIR", desk.path()}});
+    QVERIFY2(remote.status == 0, qPrintable(remote.told));
+    QVERIFY(remote.files == direct.files);
+
+    // The lab's server ends; the forwarder does not know.
+    server.closeWriteChannel();
+    QVERIFY(server.waitForFinished());
+    const Outcome gone = capture({}, {{"TMPDIR", desk.path()}});
+    QVERIFY2(gone.status == 3 && gone.told.contains("went away"), qPrintable(gone.told));
+    forwarder.kill();
+    forwarder.waitForFinished();
+}
+
+KEO_WIDGET_TEST_MAIN(tst_ReplayRoad)
+#include "tst_replayroad.moc"
