@@ -15,7 +15,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION electronics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME signal-scope)
-set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SUGGESTS signal-scope-simulator)
+set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SUGGESTS "signal-scope-simulator, python3")
 set(CPACK_COMPONENT_PROGRAMS_DESCRIPTION
     "The desktop side of an on-chip logic analyzer: arms the analyzer cores of a design through a\n\
 JTAG cable, waits for the trigger and shows the samples as waves, or captures from a script.")
