@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #ifdef Q_OS_WIN
+#include <fcntl.h>
 #include <io.h>
 #else
 #include <unistd.h>
@@ -27,6 +28,13 @@ bool isTerminal(std::FILE *stream)
     return _isatty(_fileno(stream)) != 0;
 #else
     return isatty(fileno(stream)) != 0;
+#endif
+}
+
+void sendRawBytes([[maybe_unused]] std::FILE *stream)
+{
+#ifdef Q_OS_WIN
+    _setmode(_fileno(stream), _O_BINARY);
 #endif
 }
 

@@ -9,6 +9,9 @@ namespace KEO {
 
 [[nodiscard]] bool isTerminal(std::FILE *stream);
 
+/// From now on \a stream changes no line ends, on systems where it would.
+void sendRawBytes(std::FILE *stream);
+
 /// Writes \a text to \a stream at once, in the system's encoding. On a terminal each control
 /// character but line end, return and tab shows as a replacement character: a name or path from a
 /// foreign file could give the terminal orders. Files and pipes get the text as it is. False when

@@ -46,6 +46,11 @@ QString picturePath(const CaptureOptions &options, const CaptureLabel &label, bo
     return options.picture.left(dot) + suffix(label, ExportFormat::Vcd) + options.picture.mid(dot);
 }
 
+ExportSettings exportSettings(const CaptureOptions &options, ExportFormat format)
+{
+    return {.format = format, .period = options.period, .buses = {}, .formulas = options.formulas};
+}
+
 Result<QStringList> writeCapture(const CaptureOptions &options, const CaptureLabel &label,
                                  const ExportCore &core,
                                  const WaveMonitor::WindowContents &contents)
@@ -53,7 +58,7 @@ Result<QStringList> writeCapture(const CaptureOptions &options, const CaptureLab
     QStringList paths;
     for (const ExportFormat format : options.formats) {
         const QString path = exportPath(options, label, format);
-        const ExportSettings settings{.format = format, .period = options.period, .buses = {}};
+        const ExportSettings settings = exportSettings(options, format);
         QString reason;
         if (!writeExport(path, settings, core, contents, &reason))
             return Error{Error::File,

@@ -26,12 +26,15 @@ struct CaptureLabel
 Result<QString> prepareDirectory(const QString &path);
 
 /// Path of an export: `<directory>/<base>[_<round>]_core<core>_window<window>.<format>`. A lite
-/// core has one window, so its CSV and VCD carry no core and window; its PRN does.
+/// core has one window, so its files carry no core and window; but its PRN does.
 QString exportPath(const CaptureOptions &options, const CaptureLabel &label, ExportFormat format);
 
 /// Path of a picture: the one asked for if it is the \a only one, else with the parts of a VCD
 /// export's name before its extension.
 QString picturePath(const CaptureOptions &options, const CaptureLabel &label, bool only);
+
+/// How the options want a window in \a format.
+[[nodiscard]] ExportSettings exportSettings(const CaptureOptions &options, ExportFormat format);
 
 /// Writes one window in each format asked for and returns the paths; stops at the first file that
 /// cannot be written. An existing file is overwritten.

@@ -64,7 +64,18 @@ const QList<std::pair<QString, ExportFormat>> &formatNames()
     static const QList<std::pair<QString, ExportFormat>> names = {
         {QStringLiteral("csv"), ExportFormat::Csv},
         {QStringLiteral("vcd"), ExportFormat::Vcd},
-        {QStringLiteral("prn"), ExportFormat::Prn}};
+        {QStringLiteral("prn"), ExportFormat::Prn},
+        {QStringLiteral("vcd-plain"), ExportFormat::VcdPlain},
+        {QStringLiteral("csv-plain"), ExportFormat::CsvPlain},
+        {QStringLiteral("fst"), ExportFormat::Fst}};
+    return names;
+}
+
+QStringList formatNameList()
+{
+    QStringList names;
+    for (const auto &[name, format] : formatNames())
+        names.append(name);
     return names;
 }
 
@@ -75,7 +86,8 @@ Result<QList<ExportFormat>> formatList(const QStringList &texts)
         const auto named =
             std::ranges::find(formatNames(), text, &std::pair<QString, ExportFormat>::first);
         if (named == formatNames().end())
-            return usage(Text::tr("--format takes csv, vcd or prn, not \"%1\".").arg(text));
+            return usage(Text::tr("--format takes one of %1, not \"%2\".")
+                             .arg(formatNameList().join(QStringLiteral(", ")), text));
         if (!formats.contains(named->second))
             formats.append(named->second);
     }
@@ -223,6 +235,14 @@ std::optional<Error> readPicture(CaptureOptions &options, Values values)
     return {};
 }
 
+std::optional<Error> readFormulaProof(CaptureOptions &options, Values)
+{
+    if (!options.formats.contains(ExportFormat::CsvPlain))
+        return usage(Text::tr("--formula-proof goes with --format csv-plain."));
+    options.formulas = Formulas::Disarmed;
+    return {};
+}
+
 std::optional<Error> readSize(CaptureOptions &options, Values values)
 {
     if (options.picture.isEmpty())
@@ -321,12 +341,18 @@ const QList<OptionRow> &optionTable()
          kCapture, readRounds},
         {"format", "FORMAT",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
-                           "Export as csv, vcd or prn, repeatable; default vcd, with --save none."),
+                           "Export as csv, vcd, prn, vcd-plain, csv-plain or fst, repeatable; "
+                           "default vcd, with --save none."),
          kCapture | kExport,
          [](O &options, Values values) { return store(options.formats, formatList(values)); }},
+        {"formula-proof", nullptr,
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Keep titles in csv-plain from being formulas of a spreadsheet."),
+         kCapture | kExport, readFormulaProof},
         {"out", "DIR",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
-                           "Folder of the exports, made if missing; default here."),
+                           "Folder of the exports, made if missing; default here. - writes one "
+                           "window in one format to standard output."),
          kCapture | kExport, takeText<&O::directory>},
         {"name", "BASE",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
@@ -399,10 +425,8 @@ QStringList choicesOf(const OptionRow &row)
     QStringList choices;
     if (row.name() == QLatin1String("completion"))
         choices = {kCompletedShell};
-    if (row.name() == QLatin1String("format")) {
-        for (const auto &[name, format] : formatNames())
-            choices.append(name);
-    }
+    if (row.name() == QLatin1String("format"))
+        choices = formatNameList();
     return choices;
 }
 
@@ -516,6 +540,18 @@ std::optional<Error> readDiffed(const QCommandLineParser &parser, CaptureOptions
     return store(options.otherFile, descriptionPath(parser.positionalArguments().first()));
 }
 
+/// Standard output takes one file and nothing beside it.
+std::optional<Error> checkStandardOutput(const CaptureOptions &options)
+{
+    if (options.json)
+        return usage(Text::tr("--json does not go with --out -."));
+    if (options.formats.size() != 1)
+        return usage(Text::tr("--out - takes one --format."));
+    if (options.autoRounds.value_or(1) != 1)
+        return usage(Text::tr("--out - takes one round."));
+    return {};
+}
+
 /// What there is to do, and with which files.
 std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &options)
 {
@@ -577,9 +613,8 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         "Or exports what was saved as a project before, compares two such projects, tells where a "
         "trigger would come in one, or what differs between two core descriptions.\n\n"
         "Exit status: 0 captured, or equal, or a hit, 1 different, or no hit, 2 usage, 3 no "
-        "server, "
-        "4 timed out, 5 the device refused, 6 a file could not be read or written, 130 stopped "
-        "by Ctrl-C, 143 by SIGTERM."));
+        "server, 4 timed out, 5 the device refused, 6 a file could not be read or written, 130 "
+        "stopped by Ctrl-C, 143 by SIGTERM."));
     addOptions(parser);
     CaptureOptions options;
     if (!parser.parse(withTwoDashes(arguments)))
@@ -612,6 +647,11 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
     }
     if (!(bitOf(options.task) & (kCapture | kExport)))
         return options;
+    if (options.directory == QLatin1String("-")) {
+        options.toStandardOutput = true;
+        if (const auto error = checkStandardOutput(options))
+            return *error;
+    }
     options.directory = QDir(options.directory).absolutePath();
     if (!parser.isSet("name"))
         options.baseName = asExportName(QFileInfo(options.file).completeBaseName());

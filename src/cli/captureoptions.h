@@ -47,6 +47,10 @@ struct CaptureOptions
     std::optional<int> autoRounds;
     /// Each once, in the order given. None if the capture is saved and nothing else is asked for.
     QList<ExportFormat> formats{ExportFormat::Vcd};
+    Formulas formulas = Formulas::Kept; ///< in a plain CSV
+    /// The one format goes to standard output, and no file is made of it. Then at most one round
+    /// and no JSON.
+    bool toStandardOutput = false;
     QString directory; ///< absolute path
     QString baseName;  ///< word characters only
     ClockPeriod period;

@@ -71,11 +71,13 @@ std::optional<QString> ownText(const CaptureOptions &options)
 ExitStatus runCaptureProgram(const CaptureOptions &options, const PictureWriter &drawPicture)
 {
     if (const auto text = ownText(options)) {
-        ResultOutput output(false);
+        ResultOutput output(ResultStyle::Lines);
         output.line(*text);
         return output.finish({});
     }
-    ResultOutput output(options.json);
+    ResultOutput output(options.json               ? ResultStyle::Document
+                        : options.toStandardOutput ? ResultStyle::Nothing
+                                                   : ResultStyle::Lines);
     TaskResult result = runTask(options, drawPicture, output);
     JtagSession::instance()->disconnectAll();
     JtagSession::instance()->stopTranscript();

@@ -29,12 +29,15 @@ QString unknownText(qsizetype unknown)
 
 } // namespace
 
-RehearsalReport::RehearsalReport(int core, int window, int triggerSample, Rehearsal rehearsal)
+RehearsalReport::RehearsalReport(int core, int window, int triggerSample, Rehearsal rehearsal,
+                                 QList<DiagnosisLine> why)
     : m_core(core),
       m_window(window),
       m_triggerSample(triggerSample),
       m_rehearsal(std::move(rehearsal))
 {
+    if (!hasHit())
+        m_why = std::move(why);
 }
 
 bool RehearsalReport::hasHit() const
@@ -95,6 +98,8 @@ QStringList RehearsalReport::lines() const
                 .arg(program.expressions[e].text, QString::number(setSamples(track.holds))) +
             unknownText(setSamples(unknownIn(track))));
     }
+    for (const DiagnosisLine &line : m_why)
+        lines.append(kIndent + Text::tr("why: %1").arg(line.text));
     return lines;
 }
 
@@ -127,17 +132,27 @@ QJsonObject RehearsalReport::json() const
                                        {"hits", setSamples(track.holds)},
                                        {"unknown", setSamples(unknownIn(track))}});
     }
-    return {{"core", m_core},
-            {"window", m_window},
-            {"trigger_position", m_triggerSample},
-            {"samples", evaluation.samples},
-            {"hits", setSamples(evaluation.trigger.holds)},
-            {"unknown", setSamples(unknown)},
-            {"hit_runs", jsonOf(setRuns(evaluation.trigger.holds))},
-            {"unknown_runs", jsonOf(setRuns(unknown))},
-            {"any_input", program.tables == TriggerProgram::Tables::AnyInput},
-            {"units", units},
-            {"expressions", expressions}};
+    QJsonArray why;
+    for (const DiagnosisLine &line : m_why) {
+        QJsonObject told{{"text", line.text}};
+        if (line.sample)
+            told.insert("sample", *line.sample);
+        why.append(told);
+    }
+    QJsonObject object{{"core", m_core},
+                       {"window", m_window},
+                       {"trigger_position", m_triggerSample},
+                       {"samples", evaluation.samples},
+                       {"hits", setSamples(evaluation.trigger.holds)},
+                       {"unknown", setSamples(unknown)},
+                       {"hit_runs", jsonOf(setRuns(evaluation.trigger.holds))},
+                       {"unknown_runs", jsonOf(setRuns(unknown))},
+                       {"any_input", program.tables == TriggerProgram::Tables::AnyInput},
+                       {"units", units},
+                       {"expressions", expressions}};
+    if (!why.isEmpty())
+        object.insert("why", why);
+    return object;
 }
 
 } // namespace KEO

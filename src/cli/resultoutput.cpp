@@ -41,7 +41,7 @@ ExitStatus statusOf(Error::Kind kind)
 
 void ResultOutput::line(const QString &text)
 {
-    if (!m_json)
+    if (m_style == ResultStyle::Lines)
         print(text);
 }
 
@@ -49,7 +49,7 @@ ExitStatus ResultOutput::finish(TaskResult result)
 {
     if (!result.message.isEmpty())
         tell(result.message);
-    if (m_json) {
+    if (isJson()) {
         if (result.hasEnvelope) {
             result.document.insert("status", int(result.status));
             if (!result.message.isEmpty())

@@ -21,15 +21,21 @@ struct TaskResult
 /// The status that an error gives the program.
 [[nodiscard]] ExitStatus statusOf(Error::Kind kind);
 
-/// Standard output, and the last words on standard error. Results are lines, or with --json one
-/// document at the end.
+/// What a task prints on standard output.
+enum class ResultStyle {
+    Lines,
+    Document, ///< one at the end
+    Nothing   ///< the samples themselves go there
+};
+
+/// Standard output, and the last words on standard error.
 class ResultOutput final
 {
 public:
-    explicit ResultOutput(bool json) : m_json(json) {}
+    explicit ResultOutput(ResultStyle style) : m_style(style) {}
 
-    [[nodiscard]] bool isJson() const { return m_json; }
-    /// A line of the result; nothing with --json.
+    [[nodiscard]] bool isJson() const { return m_style == ResultStyle::Document; }
+    /// A line of the result; nothing in another style.
     void line(const QString &text);
     /// Tells how the task ended, and returns what the program exits with: of a result that did not
     /// reach its reader, FileError.
@@ -38,7 +44,7 @@ public:
 private:
     void print(const QString &text);
 
-    bool m_json;
+    ResultStyle m_style;
     QString m_fault; ///< why standard output did not take everything; else empty
 };
 

@@ -31,7 +31,7 @@ std::optional<Error> exportWindows(const CaptureOptions &options, WindowExport &
     const qsizetype wanted = std::ranges::count_if(project->captures, isWanted);
     if (wanted == 0)
         return Error{Error::Usage, Text::tr("The project has no waves of these cores.")};
-    if (const auto error = windows.prepare())
+    if (const auto error = windows.prepare(wanted))
         return error;
     for (SavedCapture &capture : project->captures) {
         if (!isWanted(capture))
@@ -83,9 +83,12 @@ Result<std::vector<RehearsalReport>> rehearsals(const CaptureOptions &options)
             rehearsal = design.rehearse(place.core, contents);
         if (!rehearsal)
             continue;
+        QList<DiagnosisLine> why;
+        if (const CoreConfig *core = std::as_const(design).triggerCore(place.core))
+            why = whyNoTrigger(*core, portSamplesOf(*core, contents), *rehearsal);
         rehearsed.append(place.core);
         reports.emplace_back(place.core, place.window, contents.triggerPosition(),
-                             std::move(*rehearsal));
+                             std::move(*rehearsal), std::move(why));
     }
     for (const int core : options.cores) {
         if (!rehearsed.contains(core))

@@ -1,8 +1,14 @@
 #include "windowexport.h"
 
+#include <base/console.h>
+#include <base/wholefile.h>
+
 #include <QCoreApplication>
+#include <QFile>
 #include <QJsonObject>
 
+#include <cerrno>
+#include <cstdio>
 #include <utility>
 
 namespace KEO {
@@ -22,8 +28,19 @@ WindowExport::WindowExport(const CaptureOptions &options, const PictureWriter &d
 {
 }
 
-std::optional<Error> WindowExport::prepare() const
+std::optional<Error> WindowExport::prepare(qsizetype windows) const
 {
+    for (const ExportFormat format : m_options.formats) {
+        if (const std::optional<QString> obstacle = exportObstacle(format))
+            return Error{Error::Usage, *obstacle};
+    }
+    if (m_options.toStandardOutput) {
+        if (windows == 1)
+            return {};
+        return Error{
+            Error::Usage,
+            Text::tr("--out - takes one window; there are %1.").arg(QString::number(windows))};
+    }
     const Result<QString> directory = prepareDirectory(m_options.directory);
     return directory ? std::optional<Error>() : directory.error();
 }
@@ -32,7 +49,11 @@ std::optional<Error> WindowExport::write(const CaptureLabel &label, const Export
                                          WaveMonitor::WindowContents contents, bool only)
 {
     const qsizetype samples = contents.maxDataLength();
-    Result<QStringList> written = writeCapture(m_options, label, core, contents);
+    if (m_options.toStandardOutput)
+        m_report.finish();
+    Result<QStringList> written = m_options.toStandardOutput
+                                      ? printCapture(core, contents)
+                                      : writeCapture(m_options, label, core, contents);
     if (!written)
         return written.error();
     if (!m_options.picture.isEmpty()) {
@@ -55,6 +76,27 @@ std::optional<Error> WindowExport::write(const CaptureLabel &label, const Export
         entry.insert("round", label.round);
     m_captures.append(entry);
     return {};
+}
+
+Result<QStringList> WindowExport::printCapture(const ExportCore &core,
+                                               const WaveMonitor::WindowContents &contents) const
+{
+    const auto fail = [](const QString &reason) {
+        return Error{Error::File,
+                     Text::tr("The samples can not be written to standard output: %1").arg(reason)};
+    };
+    sendRawBytes(stdout);
+    QFile out;
+    if (!out.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered))
+        return fail(out.errorString());
+    const auto reason =
+        writeExport(out, exportSettings(m_options, m_options.formats.first()), core, contents);
+    if (reason)
+        return fail(*reason);
+    errno = 0;
+    if (!out.flush())
+        return fail(writeFault(out.errorString()));
+    return QStringList();
 }
 
 } // namespace KEO

@@ -31,16 +31,20 @@ public:
     WindowExport(const CaptureOptions &options, const PictureWriter &drawPicture,
                  ResultOutput &output, ProgressReport &report);
 
-    /// Makes the folder of the files if it is missing.
-    [[nodiscard]] std::optional<Error> prepare() const;
-    /// Writes one window, the \a only one or one of several, and prints the paths. What was written
-    /// before an error stays.
+    /// Makes the folder of the files if it is missing. Tells, before anything is done, that so many
+    /// windows can't be written as the options ask.
+    [[nodiscard]] std::optional<Error> prepare(qsizetype windows) const;
+    /// Writes one window, the \a only one or one of several, and prints the paths, or else the
+    /// window itself. What was written before an error stays.
     [[nodiscard]] std::optional<Error> write(const CaptureLabel &label, const ExportCore &core,
                                              WaveMonitor::WindowContents contents, bool only);
     /// One object a written window, for --json.
     [[nodiscard]] const QJsonArray &captures() const { return m_captures; }
 
 private:
+    [[nodiscard]] Result<QStringList>
+    printCapture(const ExportCore &core, const WaveMonitor::WindowContents &contents) const;
+
     const CaptureOptions &m_options;
     const PictureWriter &m_drawPicture;
     ResultOutput &m_output;

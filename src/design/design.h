@@ -105,6 +105,7 @@ public:
 
     /// The core with that number if it has a trigger, else null. Borrowed until the next load.
     [[nodiscard]] virtual const CoreConfig *triggerCore(int) const { return nullptr; }
+    [[nodiscard]] virtual CoreConfig *triggerCore(int) { return nullptr; }
     /// What an export tells of the core with that number; of an unknown one, its number.
     [[nodiscard]] virtual ExportCore exportCore(int core) const = 0;
     /// The user has named the signals of a core, by flat position.

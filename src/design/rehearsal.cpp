@@ -23,4 +23,11 @@ Rehearsal rehearse(const CoreConfig &core, const PortSamples &ports)
     return rehearsal;
 }
 
+QList<DiagnosisLine> whyNoTrigger(const CoreConfig &core, const PortSamples &ports,
+                                  const Rehearsal &rehearsal)
+{
+    const auto &[program, evaluation] = rehearsal;
+    return diagnosisLines(core, program, diagnoseTrigger(program, ports, evaluation));
+}
+
 } // namespace KEO

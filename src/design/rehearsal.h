@@ -1,5 +1,6 @@
 #pragma once
 
+#include <capture/diagnosistext.h>
 #include <capture/triggerevaluation.h>
 
 namespace WaveMonitor {
@@ -24,5 +25,9 @@ struct Rehearsal
 /// The set-up that \a core has now over a window. Its flags of expressions are taken as they are,
 /// see CoreConfig::ensureExpressionFlags.
 [[nodiscard]] Rehearsal rehearse(const CoreConfig &core, const PortSamples &ports);
+
+/// Why \a rehearsal, which is of \a core over \a ports, has no hit, or where its hits are.
+[[nodiscard]] QList<DiagnosisLine> whyNoTrigger(const CoreConfig &core, const PortSamples &ports,
+                                                const Rehearsal &rehearsal);
 
 } // namespace KEO

@@ -187,6 +187,11 @@ const CoreConfig *StandardDesign::triggerCore(int core) const
     return m_manager.coreByIndex(core);
 }
 
+CoreConfig *StandardDesign::triggerCore(int core)
+{
+    return m_manager.coreByIndex(core);
+}
+
 ExportCore StandardDesign::exportCore(int core) const
 {
     const CoreConfig *config = m_manager.coreByIndex(core);

@@ -39,6 +39,7 @@ public:
     [[nodiscard]] std::optional<CapturedWindow> take(int core, int window,
                                                      const QString &deviceModel) override;
     [[nodiscard]] const CoreConfig *triggerCore(int core) const override;
+    [[nodiscard]] CoreConfig *triggerCore(int core) override;
     [[nodiscard]] ExportCore exportCore(int core) const override;
     void keepNames(int core, const QMap<int, SignalNames> &names) override;
 

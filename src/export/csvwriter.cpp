@@ -1,6 +1,5 @@
 #include "csvwriter.h"
 
-#include "exportfile.h"
 #include "tablewriter.h"
 
 namespace KEO {
@@ -49,14 +48,9 @@ bool writeCsv(QIODevice &device, const QString &timeUnit, int period, const Expo
     ByteSink out(device);
     writeGroups(out, window);
     writeHead(out, timeUnit, columns);
-    writeTableRows(out, columns, kCsvStyle, period, period);
+    writeTableRows(out, columns, kCsvStyle,
+                   {.count = firstColumnSize(columns), .firstTime = period, .period = period});
     return out.finish();
-}
-
-bool writeCsv(const QString &path, const QString &timeUnit, int period, const ExportWindow &window)
-{
-    return writeExportFile(
-        path, [&](QIODevice &file) { return writeCsv(file, timeUnit, period, window); });
 }
 
 } // namespace KEO

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exportwindow.h"
+#include "plaincsvwriter.h"
 
 #include <wave_data/clockperiod.h>
 
@@ -8,10 +9,13 @@
 #include <QRegularExpression>
 #include <QString>
 
+#include <optional>
+
 namespace KEO {
 
-/// Kinds of export file.
-enum class ExportFormat { Csv, Vcd, Prn };
+/// Kinds of export file. The plain ones hold the same samples for programs that know the standards
+/// alone.
+enum class ExportFormat { Csv, Vcd, Prn, VcdPlain, CsvPlain, Fst };
 
 using WaveMonitor::ClockPeriod;
 
@@ -37,7 +41,8 @@ struct ExportSettings
     ExportFormat format = ExportFormat::Csv;
     ClockPeriod period;
     PrnContent prnContent = PrnContent::All;
-    QList<int> buses; ///< ordinals of the buses in a PRN of buses, ascending
+    QList<int> buses;                   ///< ordinals of the buses in a PRN of buses, ascending
+    Formulas formulas = Formulas::Kept; ///< in a plain CSV
 };
 
 /// The name of an export before its suffix is made of word characters of any script.
@@ -48,18 +53,28 @@ struct ExportSettings
 /// Tells one window's file from the others': "_core<core>_window<window>", both in decimal.
 [[nodiscard]] QString windowSuffix(int core, int window);
 /// The suffix of a file written from a core of kind \a mode. A lite core has one window, so that
-/// its CSV and VCD carry none; its PRN does, as programs that read it expect.
+/// its files carry none; but its PRN does, as programs that read it expect.
 [[nodiscard]] QString exportSuffix(ExportMode mode, ExportFormat format, int core, int window);
 
-/// `<directory>/<name>.<csv, vcd or prn>`, where \a name includes the suffix.
+/// `<directory>/<name>.<csv, vcd, prn, plain.vcd, plain.csv or fst>`, where \a name includes the
+/// suffix.
 [[nodiscard]] QString exportPath(const QString &directory, const QString &name,
                                  ExportFormat format);
 
-/// Writes a window to \a path, whose content is replaced. A VCD counts in picoseconds, the other
-/// formats in the period's own unit. False, with the reason in the debug log "keo.export" and, if
-/// given, in \a reason, when the file can't be written or \a path is something else than a file.
+/// Why files of this format can't be written on this computer, a sentence for people; nothing if
+/// they can.
+[[nodiscard]] std::optional<QString> exportObstacle(ExportFormat format);
+
+/// Writes a window to \a path, whose content is replaced. A VCD of either kind and an FST count in
+/// picoseconds, the other formats in the period's own unit. False, with the reason in the debug log
+/// "keo.export" and, if given, in \a reason, when the file can't be written or \a path is something
+/// else than a file.
 [[nodiscard]] bool writeExport(const QString &path, const ExportSettings &settings,
                                const ExportCore &core, const ExportWindow &window,
                                QString *reason = nullptr);
+/// The same to a device that is open for writing. Nothing on success, else the reason.
+[[nodiscard]] std::optional<QString> writeExport(QIODevice &out, const ExportSettings &settings,
+                                                 const ExportCore &core,
+                                                 const ExportWindow &window);
 
 } // namespace KEO

@@ -1,6 +1,5 @@
 #include "prnwriter.h"
 
-#include "exportfile.h"
 #include "tablewriter.h"
 
 namespace KEO {
@@ -42,7 +41,8 @@ bool writeTable(QIODevice &device, const QString &timeUnit, int period,
         out.appendText(column->name());
         out.append(column == columns.back() ? QByteArrayView("\n") : kPrnStyle.separator);
     }
-    writeTableRows(out, columns, kPrnStyle, 0, period);
+    writeTableRows(out, columns, kPrnStyle,
+                   {.count = firstColumnSize(columns), .firstTime = 0, .period = period});
     return out.finish();
 }
 
@@ -54,25 +54,10 @@ bool writePrn(QIODevice &out, const QString &timeUnit, int period, const ExportW
     return writeTable(out, timeUnit, period, selectColumns(window, selector));
 }
 
-bool writePrn(const QString &path, const QString &timeUnit, int period, const ExportWindow &window,
-              int selector)
-{
-    return writeExportFile(
-        path, [&](QIODevice &file) { return writePrn(file, timeUnit, period, window, selector); });
-}
-
 bool writePrnBuses(QIODevice &out, const QString &timeUnit, int period, const ExportWindow &window,
                    const QList<int> &buses)
 {
     return writeTable(out, timeUnit, period, selectBuses(window, buses));
-}
-
-bool writePrnBuses(const QString &path, const QString &timeUnit, int period,
-                   const ExportWindow &window, const QList<int> &buses)
-{
-    return writeExportFile(path, [&](QIODevice &file) {
-        return writePrnBuses(file, timeUnit, period, window, buses);
-    });
 }
 
 } // namespace KEO

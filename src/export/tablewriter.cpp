@@ -123,15 +123,16 @@ public:
     {
     }
 
-    void write(qsizetype samples, qint64 time, qint64 period)
+    void write(const TableRows &rows)
     {
-        for (qsizetype first = 0; first < samples && m_out.isGood(); first += RowBlock::kRows) {
+        qint64 time = rows.firstTime;
+        for (qsizetype first = 0; first < rows.count && m_out.isGood(); first += RowBlock::kRows) {
             m_block.load(first);
-            const qsizetype end = std::min<qsizetype>(samples, first + RowBlock::kRows);
-            for (qsizetype sample = first; sample < end; ++sample, time += period) {
+            const qsizetype end = std::min<qsizetype>(rows.count, first + RowBlock::kRows);
+            for (qsizetype sample = first; sample < end; ++sample, time += rows.period) {
                 if (sample >= m_planEnd)
                     makePlan(sample);
-                m_out.appendNumber(time);
+                writeLead(sample, time);
                 writeCells(m_block.row(int(sample - first)));
                 m_out.append(m_style.lineEnd);
             }
@@ -156,6 +157,19 @@ private:
                 m_buses.emplace_back(added, m_style.separator);
         }
         return lanes;
+    }
+
+    void writeLead(qsizetype sample, qint64 time)
+    {
+        if (m_style.lead == TableStyle::Lead::Time) {
+            m_out.appendNumber(time);
+            return;
+        }
+        m_out.appendNumber(sample);
+        m_out.append(m_style.separator);
+        m_out.appendNumber(time);
+        m_out.append(m_style.separator);
+        m_out.append(sample == m_style.triggerSample ? "1" : "0");
     }
 
     void makePlan(qsizetype sample)
@@ -228,11 +242,10 @@ private:
 } // namespace
 
 void writeTableRows(ByteSink &out, const ExportColumns &columns, const TableStyle &style,
-                    qint64 firstTime, qint64 period)
+                    const TableRows &rows)
 {
-    if (columns.empty())
-        return;
-    TableWriter(out, columns, style).write(columns.front()->size(), firstTime, period);
+    if (!columns.empty())
+        TableWriter(out, columns, style).write(rows);
 }
 
 } // namespace KEO

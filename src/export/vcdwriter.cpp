@@ -1,17 +1,11 @@
 #include "vcdwriter.h"
 
 #include "bytesink.h"
-#include "exportfile.h"
 #include "rowblock.h"
-
-#include <QtEndian>
+#include "vcdlines.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
-#include <cstring>
 #include <functional>
-#include <limits>
 #include <utility>
 
 namespace KEO {
@@ -20,14 +14,6 @@ namespace {
 
 constexpr int kDigits = 94;
 constexpr int kFirstDigit = 33;
-
-/// A line or two that follow every time stamp; a copy takes all bytes, so that its size is known
-/// to the compiler.
-struct ShortText
-{
-    std::array<char, 8> bytes{};
-    qsizetype size = 0;
-};
 
 constexpr ShortText kActiveHigh{{'1', '!', '\n'}, 3};
 constexpr ShortText kActiveLow{{'0', '!', '\n'}, 3};
@@ -47,24 +33,6 @@ qint64 startOf(qsizetype sample, qint64 period)
     return qint64(quint64(sample) * quint64(period));
 }
 
-char *writeShort(char *to, const ShortText &text)
-{
-    std::memcpy(to, text.bytes.data(), text.bytes.size());
-    return to + text.size;
-}
-
-/// Bytes that writeStamp may write.
-constexpr qsizetype kStampRoom = kDecimalRoom + 2 + qsizetype(sizeof(ShortText::bytes));
-
-/// A time stamp and what stands behind it.
-char *writeStamp(char *to, qint64 time, const ShortText &behind = {})
-{
-    *to++ = '#';
-    to = writeDecimal(to, time);
-    *to++ = '\n';
-    return writeShort(to, behind);
-}
-
 void appendSampleComment(ByteSink &out, qint64 number, QByteArrayView role)
 {
     out.append("$comment Sample ");
@@ -72,134 +40,19 @@ void appendSampleComment(ByteSink &out, qint64 number, QByteArrayView role)
     out.append(role);
 }
 
-/// The lines "0<identifier>" and "1<identifier>" of each signal, ready to be copied.
-class ChangeLines final
-{
-public:
-    /// A line's greatest size: identifiers have two characters, of up to three bytes each.
-    static constexpr int kMaximum = 8;
-
-    explicit ChangeLines(const QList<ExportRecord> &records)
-    {
-        m_lines.reserve(size_t(records.size()));
-        for (const ExportRecord &record : records) {
-            const QByteArray line = '0' + record.id.toUtf8() + '\n';
-            Q_ASSERT(line.size() <= kMaximum);
-            std::array<char, kMaximum> text{};
-            std::copy(line.begin(), line.end(), text.begin());
-            m_lines.push_back({qFromLittleEndian<quint64>(text.data()), line.size()});
-            m_longest = std::max(m_longest, line.size());
-        }
-    }
-
-    [[nodiscard]] size_t count() const { return m_lines.size(); }
-    [[nodiscard]] qsizetype longest() const { return m_longest; }
-
-    /// Needs room for kMaximum bytes.
-    char *write(char *to, size_t signal, bool level) const
-    {
-        const Line &line = m_lines[signal];
-        qToLittleEndian(line.text + quint64(level), to); // '0' and '1' are neighbours
-        return to + line.size;
-    }
-
-private:
-    struct Line
-    {
-        quint64 text = 0; ///< the first character, the level, in the lowest byte
-        qsizetype size = 0;
-    };
-    std::vector<Line> m_lines;
-    qsizetype m_longest = 0;
-};
-
-/// All lines that four neighbouring signals can have together, for rows in which much changes: a
-/// signal stays, falls or rises. None where lines are too long to be kept that way.
-class GroupTexts final
-{
-public:
-    static constexpr size_t kSignals = 4;
-
-    explicit GroupTexts(const ChangeLines &lines)
-    {
-        if (lines.longest() > kLongestLine)
-            return;
-        m_groups.resize((lines.count() + kSignals - 1) / kSignals);
-        for (size_t group = 0; group < m_groups.size(); ++group) {
-            const size_t first = group * kSignals;
-            const size_t present = std::min(kSignals, lines.count() - first);
-            for (unsigned changed = 0; changed < 1U << present; ++changed) {
-                for (unsigned levels = changed;; levels = (levels - 1) & changed) {
-                    m_groups[group][state(changed, levels)] =
-                        makeText(lines, first, changed, levels);
-                    if (levels == 0)
-                        break;
-                }
-            }
-        }
-    }
-
-    [[nodiscard]] bool isEmpty() const { return m_groups.empty(); }
-
-    /// The lines of those of the four signals that \a changed has a bit for. Needs room for
-    /// kSignals * ChangeLines::kMaximum bytes.
-    char *write(char *to, size_t group, unsigned changed, unsigned levels) const
-    {
-        const Text &text = m_groups[group][state(changed, levels & changed)];
-        std::memcpy(to, text.bytes.data(), text.bytes.size());
-        return to + text.size;
-    }
-
-private:
-    static constexpr qsizetype kLongestLine = 4;
-    static constexpr size_t kStates = 3 * 3 * 3 * 3;
-    struct Text
-    {
-        std::array<char, kSignals * kLongestLine> bytes{};
-        quint8 size = 0;
-    };
-
-    /// A digit to base 3 for each signal: 0 stays, 1 falls, 2 rises.
-    static size_t state(unsigned changed, unsigned rising)
-    {
-        constexpr std::array<quint8, 1 << kSignals> places{0,  1,  3,  4,  9,  10, 12, 13,
-                                                           27, 28, 30, 31, 36, 37, 39, 40};
-        return size_t(places[changed]) + places[rising];
-    }
-
-    static Text makeText(const ChangeLines &lines, size_t first, unsigned changed, unsigned levels)
-    {
-        std::array<char, kSignals * ChangeLines::kMaximum> bytes{};
-        char *to = bytes.data();
-        for (size_t i = 0; i < kSignals; ++i) {
-            if (changed >> i & 1)
-                to = lines.write(to, first + i, levels >> i & 1);
-        }
-        Text text{.size = quint8(to - bytes.data())};
-        std::copy(bytes.data(), to, text.bytes.begin());
-        return text;
-    }
-
-    std::vector<std::array<Text, kStates>> m_groups;
-};
-
 /// The value changes of all signals, sample by sample.
 class ChangeWriter final
 {
 public:
     static constexpr size_t kWordsAtOnce = 6;
-    static constexpr qsizetype kRoom =
-        qsizetype(kWordsAtOnce) * 64 * ChangeLines::kMaximum + kStampRoom;
+    static constexpr qsizetype kRoom = qsizetype(kWordsAtOnce) * LevelLines::kRoom + kStampRoom;
 
     ChangeWriter(ByteSink &out, const QList<ExportRecord> &records)
         : m_out(out),
-          m_lines(records),
-          m_texts(m_lines),
+          m_lines(identifiersOf(records)),
           m_block(lanesOf(records)),
           m_live(size_t(m_block.wordsPerRow())),
-          m_words(m_live.size()),
-          m_busySize(m_texts.isEmpty() ? std::numeric_limits<qsizetype>::max()
-                                       : kFew * m_lines.longest())
+          m_last(m_live.size())
     {
         for (qsizetype i = 0; i < records.size(); ++i) {
             const qsizetype samples = records[i].data.size();
@@ -224,27 +77,27 @@ public:
             m_live[size_t(signal / 64)] &= ~(quint64(1) << (signal % 64));
         }
         const quint64 *row = m_block.row(position);
-        for (size_t i = 0; i < m_words.size(); ++i) {
+        for (size_t i = 0; i < m_last.size(); ++i) {
             if (i != 0 && i % kWordsAtOnce == 0) {
                 m_out.taken(to);
                 to = m_out.room(kRoom);
             }
-            const quint64 changed = sample == 0 ? ~quint64(0) : row[i] ^ m_words[i].last;
-            to = writeWord(to, changed & m_live[i], row[i], i);
-            m_words[i].last = row[i];
+            const quint64 changed = sample == 0 ? ~quint64(0) : row[i] ^ m_last[i];
+            to = m_lines.write(to, i, changed & m_live[i], row[i]);
+            m_last[i] = row[i];
         }
         return to;
     }
 
 private:
-    static constexpr qsizetype kFew = 8; ///< signals of 64: one by one is quicker then
-
-    /// What is known of 64 signals from the row before.
-    struct Word
+    static QList<QByteArray> identifiersOf(const QList<ExportRecord> &records)
     {
-        quint64 last = 0;
-        bool isBusy = false; ///< the next one is taken to have as many changes
-    };
+        QList<QByteArray> identifiers;
+        identifiers.reserve(records.size());
+        for (const ExportRecord &record : records)
+            identifiers.append(record.id.toUtf8());
+        return identifiers;
+    }
 
     static std::vector<QBitArray> lanesOf(const QList<ExportRecord> &records)
     {
@@ -255,33 +108,11 @@ private:
         return lanes;
     }
 
-    char *writeWord(char *to, quint64 changed, quint64 levels, size_t word)
-    {
-        const char *begin = to;
-        if (m_words[word].isBusy) {
-            constexpr unsigned four = (1U << GroupTexts::kSignals) - 1;
-            size_t group = word * (64 / GroupTexts::kSignals);
-            for (; changed != 0; changed >>= GroupTexts::kSignals, ++group) {
-                to = m_texts.write(to, group, unsigned(changed) & four, unsigned(levels) & four);
-                levels >>= GroupTexts::kSignals;
-            }
-        } else {
-            for (; changed != 0; changed &= changed - 1) {
-                const int bit = std::countr_zero(changed);
-                to = m_lines.write(to, word * 64 + size_t(bit), levels >> bit & 1);
-            }
-        }
-        m_words[word].isBusy = to - begin > m_busySize;
-        return to;
-    }
-
     ByteSink &m_out;
-    ChangeLines m_lines;
-    GroupTexts m_texts;
+    LevelLines m_lines;
     RowBlock m_block;
     std::vector<quint64> m_live; ///< one bit a signal: it still has samples to show
-    std::vector<Word> m_words;
-    qsizetype m_busySize;                                ///< what more than a few lines take
+    std::vector<quint64> m_last; ///< the row before
     std::vector<std::pair<qsizetype, qsizetype>> m_ends; ///< (samples, signal), next one last
 };
 
@@ -366,16 +197,6 @@ bool writeVcd(QIODevice &device, const QString &moduleName, const QString &clock
     }
     out.taken(writeStamp(out.room(kStampRoom), startOf(samples + 1, period)));
     return out.finish();
-}
-
-bool writeVcd(const QString &path, const QString &moduleName, const QString &clockName,
-              bool clockInverted, const QString &timeUnit, qint64 period, int triggerSample,
-              const ExportWindow &window)
-{
-    return writeExportFile(path, [&](QIODevice &file) {
-        return writeVcd(file, moduleName, clockName, clockInverted, timeUnit, period, triggerSample,
-                        window, QDateTime::currentDateTime());
-    });
 }
 
 } // namespace KEO

@@ -6,6 +6,7 @@
 #include <widgets/formwidgets.h>
 #include <widgets/plaintip.h>
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
@@ -22,6 +23,7 @@
 #include <QPushButton>
 #include <QRegularExpressionValidator>
 #include <QSpinBox>
+#include <QStandardItemModel>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -91,13 +93,17 @@ ExportDialog::ExportDialog(const ExportSource &source, QWidget *parent)
       m_comBoxPeriod(makeComboBox(
           "comBoxPeriod", {QStringLiteral("us"), QStringLiteral("ns"), QStringLiteral("ps")})),
       m_editName(named(new QLineEdit, "editName")),
-      m_comBoxFormat(makeComboBox("comBoxFormat", {tr("Comma Separated Values (*.csv)"),
-                                                   tr("Value Change Dump (*.vcd)"),
-                                                   tr("Tab_delimited Text(*.prn)")})),
+      m_comBoxFormat(makeComboBox("comBoxFormat",
+                                  {tr("Comma Separated Values (*.csv)"),
+                                   tr("Value Change Dump (*.vcd)"), tr("Tab_delimited Text(*.prn)"),
+                                   tr("Plain Value Change Dump (*.plain.vcd)"),
+                                   tr("Plain Comma Separated Values (*.plain.csv)"),
+                                   tr("Fast Signal Trace of GTKWave (*.fst)")})),
       m_labelType(named(new QLabel, "label_type")),
       m_comboBoxForPRN(
           makeComboBox("comboBoxForPRN",
                        {tr("All Signals/Buses"), tr("Waveform Signals/Buses"), tr("Only Buses")})),
+      m_checkFormulas(named(new QCheckBox, "checkFormulas")),
       m_listWidgetForBus(named(new QListWidget, "listWidgetForBus")),
       m_defaultDirectory(source.directory),
       m_projectMode(source.mode),
@@ -118,6 +124,7 @@ ExportDialog::ExportDialog(const ExportSource &source, QWidget *parent)
     showKnownPeriod();
     updatePeriodRange();
     updateTypeForPRN();
+    updateFormulas();
     connectSlots();
     m_editName->setFocus(); // the one field without a choice made
 }
@@ -133,6 +140,11 @@ void ExportDialog::buildForm()
     m_labelType->setText(tr("Type:            "));
     m_labelType->setBuddy(m_comboBoxForPRN);
     m_comBoxPeriod->setAccessibleName(tr("Unit of the clock period"));
+    m_checkFormulas->setText(tr("No title is a &formula"));
+    m_checkFormulas->setToolTip(plainTip(
+        tr("An apostrophe goes before titles that a spreadsheet would evaluate: those that begin "
+           "with =, +, - or @.")));
+    describeFormats();
     m_listWidgetForBus->setAccessibleName(tr("Buses to export"));
 
     auto *heading =
@@ -155,6 +167,7 @@ void ExportDialog::buildForm()
     form->addRow(labelFor(m_editName, tr("File name:")), m_editName);
     form->addRow(labelFor(m_comBoxFormat, tr("Format:")), m_comBoxFormat);
     form->addRow(m_labelType, m_comboBoxForPRN);
+    form->addRow(QString(), m_checkFormulas); // where the type stands with another format
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(heading);
@@ -163,6 +176,23 @@ void ExportDialog::buildForm()
     layout->addWidget(m_listWidgetForBus, 1);
     layout->addStretch();
     addOkAndCancel(*this, *layout)->setObjectName(QStringLiteral("buttonBox"));
+}
+
+void ExportDialog::describeFormats()
+{
+    const auto tell = [this](ExportFormat format, const QString &text) {
+        m_comBoxFormat->setItemData(int(format), plainTip(text), Qt::ToolTipRole);
+    };
+    tell(ExportFormat::VcdPlain,
+         tr("For programs that know the standard alone: buses as vectors, the trigger as a wire"));
+    tell(ExportFormat::CsvPlain, tr("One row of titles, then a row for each sample"));
+    const auto obstacle = exportObstacle(ExportFormat::Fst);
+    tell(ExportFormat::Fst, obstacle.value_or(tr("As the plain Value Change Dump, and smaller")));
+    if (!obstacle)
+        return;
+    auto *items = qobject_cast<QStandardItemModel *>(m_comBoxFormat->model());
+    Q_ASSERT(items);
+    items->item(int(ExportFormat::Fst))->setEnabled(false);
 }
 
 void ExportDialog::connectSlots()
@@ -174,6 +204,7 @@ void ExportDialog::connectSlots()
     connect(m_comBoxKo, &QComboBox::currentIndexChanged, this, &ExportDialog::updateSampleClk);
     connect(m_comBoxKo, &QComboBox::currentIndexChanged, this, &ExportDialog::showKnownPeriod);
     connect(m_comBoxFormat, &QComboBox::currentIndexChanged, this, &ExportDialog::updateTypeForPRN);
+    connect(m_comBoxFormat, &QComboBox::currentIndexChanged, this, &ExportDialog::updateFormulas);
     connect(m_comboBoxForPRN, &QComboBox::currentIndexChanged, this, &ExportDialog::updateViewList);
 }
 
@@ -228,6 +259,11 @@ void ExportDialog::updateTypeForPRN()
     updateViewList();
 }
 
+void ExportDialog::updateFormulas()
+{
+    m_checkFormulas->setVisible(settings().format == ExportFormat::CsvPlain);
+}
+
 bool ExportDialog::asksForBuses() const
 {
     const ExportSettings chosen = settings();
@@ -259,6 +295,8 @@ ExportSettings ExportDialog::settings() const
     ExportSettings chosen;
     chosen.format = ExportFormat(m_comBoxFormat->currentIndex());
     chosen.period = {m_spinPeriod->value(), m_comBoxPeriod->currentText()};
+    if (m_checkFormulas->isChecked())
+        chosen.formulas = Formulas::Disarmed;
     chosen.prnContent = PrnContent(m_comboBoxForPRN->currentIndex());
     for (int i = 0; i < m_listWidgetForBus->count(); ++i) {
         if (m_listWidgetForBus->item(i)->checkState() == Qt::Checked)

@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QString>
 
+class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -52,6 +53,8 @@ public Q_SLOTS:
 
 private:
     void buildForm();
+    /// Tool tips of the formats that need one; what can't be written here can't be chosen.
+    void describeFormats();
     void connectSlots();
     void onBrowse();
     /// A clock in a VCD changes in the middle of its period, which takes two picoseconds.
@@ -60,6 +63,7 @@ private:
     /// Shows the period of the chosen core's clock if the user has told it before.
     void showKnownPeriod();
     void updateTypeForPRN();
+    void updateFormulas();
     /// Fills the list of buses where it is asked for. A change of the core alone leaves the list.
     void updateViewList();
 
@@ -80,6 +84,7 @@ private:
     QComboBox *m_comBoxFormat;
     QLabel *m_labelType;
     QComboBox *m_comboBoxForPRN;
+    QCheckBox *m_checkFormulas;
     QListWidget *m_listWidgetForBus;
 
     const QString m_defaultDirectory; ///< where the directory dialog starts

@@ -58,6 +58,9 @@ public:
     /// end.
     virtual void stopReading() {}
 
+    /// Says in the status line what was done.
+    virtual void tell(const QString &) {}
+
     std::function<QTabWidget *()> tabWidgetGetter;
     std::function<QToolBar *()> toolBarGetter;
     std::function<QAction *()> openActionGetter;

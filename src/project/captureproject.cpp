@@ -12,8 +12,10 @@
 #include "runtoolbar.h"
 #include "setupcarrier.h"
 #include "statusline.h"
+#include "triggerfromwaves.h"
 #include "triggerrehearsal.h"
 #include "waitingtip.h"
+#include "whynotrigger.h"
 
 #include <capture/registerpreview.h>
 #include <design/design.h>
@@ -56,6 +58,8 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     m_carrier = new SetupCarrier(parts, this);
     connect(m_carrier, &SetupCarrier::told, this, &CaptureProject::told);
     m_rehearsal = new TriggerRehearsal(parts, this);
+    m_why = new WhyNoTrigger(parts, this);
+    m_fromWaves = new TriggerFromWaves(parts, this);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
     connect(m_files, &ProjectFiles::saved, m_recovery, &RecoveryKeeper::saved);
     connect(m_recovery, &RecoveryKeeper::told, this, &CaptureProject::told);
@@ -63,6 +67,9 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     connect(m_run, &RunControl::wavesGoing, m_recovery, &RecoveryKeeper::finish);
     connect(m_run, &RunControl::shown, m_runStatus, &RunStatus::countWindow);
     connect(m_run, &RunControl::shown, m_rehearsal, &TriggerRehearsal::followWindows);
+    connect(m_run, &RunControl::shown, m_fromWaves, &TriggerFromWaves::followWindows);
+    connect(m_run, &RunControl::shown, m_why, &WhyNoTrigger::followWindows);
+    connect(m_run, &RunControl::wavesGoing, m_why, &WhyNoTrigger::keepWindows);
     connect(this, &CaptureProject::told, m_status, &StatusLine::tell);
     connect(m_command->action(), &QAction::triggered, this, &CaptureProject::onCopyCommand);
     connect(m_run, &RunControl::changed, this, &CaptureProject::updateActions);
@@ -157,6 +164,8 @@ void CaptureProject::setupProject(QWidget *mainWindow)
         tabs->addTab(m_tab, m_page->title());
     m_waveTabs.enterWindow(mainWindow, tabs, m_tab);
     m_rehearsal->enter(*m_tab, mainWindow, tabs);
+    m_fromWaves->enter(mainWindow);
+    m_why->enter(m_tab, mainWindow, tabs);
     m_status->enter(mainWindow ? mainWindow->findChild<QStatusBar *>() : nullptr);
     m_runStatus->clear();
     updateConnections();
@@ -192,6 +201,8 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
         window->removeEventFilter(this);
     m_command->leave();
     m_rehearsal->leave();
+    m_fromWaves->leave();
+    m_why->leave();
     tabWidgetGetter = nullptr;
     toolBarGetter = nullptr;
     openActionGetter = nullptr;
@@ -211,6 +222,9 @@ bool CaptureProject::openFile(const QString &path)
         if (m_files->recovered())
             m_recovery->opened(*m_files->recovered());
         m_rehearsal->followWindows();
+        m_fromWaves->followWindows();
+        m_why->forget();
+        m_why->followWindows();
         followFile();
     }
     return isOpened;
@@ -268,6 +282,11 @@ QString CaptureProject::startPreview()
             lines.append(tr("Core %1: %2").arg(QString::number(core), finding.text));
     });
     return lines.join(u'\n');
+}
+
+void CaptureProject::tell(const QString &text)
+{
+    m_status->tell(text);
 }
 
 void CaptureProject::stopReading()
@@ -442,6 +461,7 @@ void CaptureProject::updateActions()
     m_runToolBar->setCablesEnabled(isIdle);
     m_descriptionWatch->setButtonsEnabled(isIdle);
     m_page->setEnabled(isIdle);
+    m_fromWaves->setEnabled(isIdle);
     m_programmer->setEnabled(isIdle);
     if (isIdle)
         m_descriptionWatch->tellPending();

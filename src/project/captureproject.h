@@ -26,7 +26,9 @@ class RunStatus;
 class RunToolBar;
 class SetupCarrier;
 class StatusLine;
+class TriggerFromWaves;
 class TriggerRehearsal;
+class WhyNoTrigger;
 
 /// A design with its page in the main window: puts the parts of a project together and says what
 /// is enabled. The kinds of project differ in their design and their page.
@@ -53,6 +55,7 @@ public:
     void takeOver(const ProjectSetup &setup) final;
     [[nodiscard]] QString startPreview() final;
     void stopReading() final;
+    void tell(const QString &text) final;
 
     /// F3 forces the trigger and F4 stops, and both take the waiting tip away.
     bool event(QEvent *event) override;
@@ -137,6 +140,8 @@ private:
     RecoveryKeeper *m_recovery;           // child
     SetupCarrier *m_carrier;              // child
     TriggerRehearsal *m_rehearsal;        // child
+    WhyNoTrigger *m_why;                  // child
+    TriggerFromWaves *m_fromWaves;        // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <capture/triggercheck.h>
+#include <capture/triggerproposal.h>
+
 #include <QObject>
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 class QWidget;
 
@@ -28,6 +32,11 @@ public:
     /// Calls \a use, which must not run the event loop, while the design has what the fields hold,
     /// and leaves no trace of that in the design's cores.
     virtual void withSettings(const std::function<void()> &use) { use(); }
+    /// Brings up the core with that number and sets its trigger as an edit of the user's would.
+    /// Gives the changes that take it back; nothing if there is no such core.
+    virtual std::optional<TriggerChanges> setTrigger(int, const TriggerChanges &) { return {}; }
+    /// Brings up the core with that number and selects what \a finding speaks of.
+    virtual void showFinding(int, const TriggerFinding &) {}
     /// The design has been loaded.
     virtual void showDesign() = 0;
     /// The design's cores are about to go.

@@ -110,6 +110,33 @@ void StandardPage::withSettings(const std::function<void()> &use)
         use();
 }
 
+bool StandardPage::bringUp(int core)
+{
+    if (!m_dynamicConfigWidget || !m_coreTree)
+        return false;
+    for (int position = 0; CoreConfig *config = coreAt(position); ++position) {
+        if (config->index != core)
+            continue;
+        if (m_dynamicConfigWidget->core() != config)
+            m_coreTree->setCurrentItem(m_coreTree->topLevelItem(position));
+        return m_dynamicConfigWidget->core() == config;
+    }
+    return false;
+}
+
+std::optional<TriggerChanges> StandardPage::setTrigger(int core, const TriggerChanges &changes)
+{
+    if (!bringUp(core))
+        return {};
+    return m_dynamicConfigWidget->setTrigger(changes);
+}
+
+void StandardPage::showFinding(int core, const TriggerFinding &finding)
+{
+    if (bringUp(core))
+        m_dynamicConfigWidget->lead(finding);
+}
+
 void StandardPage::showDesign()
 {
     if (!m_coreTree)

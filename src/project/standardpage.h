@@ -30,6 +30,8 @@ public:
     void setEnabled(bool isEnabled) override;
     void saveSettings() override;
     void withSettings(const std::function<void()> &use) override;
+    std::optional<TriggerChanges> setTrigger(int core, const TriggerChanges &changes) override;
+    void showFinding(int core, const TriggerFinding &finding) override;
     void showDesign() override;
     void leaveDesign() override;
 
@@ -42,6 +44,8 @@ private:
     void buildTree();
     /// Shows the core at that position of the tree; a clear page if there is none.
     void showCore(int position);
+    /// Makes the core with that number the current one; false if there is none.
+    bool bringUp(int core);
     [[nodiscard]] CoreConfig *coreAt(int position) const; ///< null if there is none
 
     StandardDesign &m_design;

@@ -8,6 +8,7 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QTime>
+#include <QToolButton>
 
 namespace KEO {
 
@@ -22,12 +23,16 @@ StatusLine::StatusLine(QObject *parent)
       m_widget(named(new QWidget, "statusLine")),
       m_run(named(new ElidedLabel, "runStatus")),
       m_told(named(new ElidedLabel, "toldStatus")),
+      m_act(named(new QToolButton, "toldAction")),
       m_sign(new QLabel),
       m_device(named(new ElidedLabel, "deviceStatus"))
 {
     const int size = m_widget->style()->pixelMetric(QStyle::PM_SmallIconSize);
     m_sign->setPixmap(QIcon(QStringLiteral(":/keo/image/warning.png")).pixmap(size));
     m_sign->hide();
+    m_act->setAutoRaise(true);
+    m_act->setFocusPolicy(Qt::TabFocus);
+    m_act->hide();
     auto *device = new QHBoxLayout;
     device->setSpacing(4);
     device->addWidget(m_sign);
@@ -36,7 +41,11 @@ StatusLine::StatusLine(QObject *parent)
     layout->setContentsMargins(4, 0, 4, 0);
     layout->setSpacing(kGap);
     layout->addWidget(m_run);
-    layout->addWidget(m_told);
+    auto *told = new QHBoxLayout;
+    told->setSpacing(4);
+    told->addWidget(m_told);
+    told->addWidget(m_act);
+    layout->addLayout(told);
     layout->addStretch(1);
     layout->addLayout(device);
 }
@@ -60,6 +69,7 @@ void StatusLine::leave()
     if (!m_widget)
         return;
     m_told->clear();
+    m_act->hide();
     m_run->clear();
     if (QStatusBar *bar = m_bar) {
         bar->removeWidget(m_widget);
@@ -71,9 +81,21 @@ void StatusLine::leave()
 void StatusLine::tell(const QString &text)
 {
     if (m_widget) {
+        m_act->hide();
         m_told->setText(tr("%1  %2").arg(
             QLocale().toString(QTime::currentTime(), QStringLiteral("HH:mm:ss")), text));
     }
+}
+
+void StatusLine::offer(const QString &text, const QString &button, const std::function<void()> &act)
+{
+    tell(text);
+    if (!m_widget)
+        return;
+    m_act->disconnect(this);
+    m_act->setText(button);
+    m_act->show();
+    connect(m_act, &QToolButton::clicked, this, act);
 }
 
 void StatusLine::showRun(const QString &text)

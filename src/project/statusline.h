@@ -4,8 +4,11 @@
 #include <QPointer>
 #include <QString>
 
+#include <functional>
+
 class QLabel;
 class QStatusBar;
+class QToolButton;
 class QWidget;
 
 namespace KEO {
@@ -29,6 +32,9 @@ public:
 
     /// Tells, with the time, what was done, such as "Saved a.analyzer_prj". Stands until the next.
     void tell(const QString &text);
+    /// Tells so as well, with a button beside it that does something about it. It goes with the
+    /// text.
+    void offer(const QString &text, const QString &button, const std::function<void()> &act);
     void showRun(const QString &text);
     /// With a warning sign if \a isWarning.
     void showDevice(const QString &text, bool isWarning);
@@ -38,6 +44,7 @@ private:
     QPointer<QWidget> m_widget; // its parts are the widgets below
     ElidedLabel *m_run;
     ElidedLabel *m_told;
+    QToolButton *m_act;
     QLabel *m_sign;
     ElidedLabel *m_device;
 };

@@ -2,6 +2,7 @@
 
 #include "debugdock.h"
 #include "emptyhint.h"
+#include "examplecopy.h"
 #include "recentfiles.h"
 #include "startupoptions.h"
 
@@ -107,6 +108,7 @@ struct AnalyzerPrivate
     QString device;
     QString fsFile;
     QWidget *window;
+    EmptyHint *hint = nullptr;
     DebugDock *debugDock = nullptr; // null without debug messages
 };
 
@@ -123,7 +125,7 @@ Analyzer::Analyzer(QWidget *parent, const ProjectFactories &factories)
     connect(m_d->openAction, &QAction::triggered, this, &Analyzer::onOpen);
     addToolBar(m_d->toolBar);
     setCentralWidget(m_d->tabWidget);
-    auto *hint = new EmptyHint(m_d->tabWidget);
+    auto *const hint = m_d->hint = new EmptyHint(m_d->tabWidget);
     connect(m_d->projectManager.get(), &ProjectManager::fileNamed, this, &Analyzer::showFile);
     connect(m_d->projectManager.get(), &ProjectManager::fileNamed, hint,
             [hint] { hint->setRefused({}, {}); });
@@ -149,6 +151,25 @@ void Analyzer::openFile(const QString &file, const QString &family, const QStrin
     m_d->fsFile = fsFile;
     if (!m_d->open(file) && self)
         std::tie(m_d->family, m_d->device, m_d->fsFile) = before;
+}
+
+void Analyzer::tell(const QString &text)
+{
+    m_d->projectManager->tell(text);
+}
+
+void Analyzer::offerExample(const ExampleDesign &example)
+{
+    m_d->hint->offerExample(exampleFolder());
+    connect(m_d->hint, &EmptyHint::exampleRequested, this, [this, example] {
+        const Result<QString> copy = copyOfExample(example.description);
+        if (!copy) {
+            m_d->hint->setRefused(example.description, copy.error().message);
+            return;
+        }
+        m_startDir = *copy;
+        openFile(*copy, example.family, example.device, {});
+    });
 }
 
 void Analyzer::reopen(const QString &file)

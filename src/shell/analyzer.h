@@ -2,6 +2,7 @@
 
 #include "projectmanager.h"
 
+#include <servers/exampledesign.h>
 #include <wave/common/notificationcenter.h>
 
 #include <QMainWindow>
@@ -39,6 +40,10 @@ public:
     /// which may be empty, for reopen.
     void openFile(const QString &file, const QString &family, const QString &device,
                   const QString &fsFile);
+    /// Says that in the status line of the open project; nowhere if none is open.
+    void tell(const QString &text);
+    /// Offers to open a copy of that design while none is open.
+    void offerExample(const ExampleDesign &example);
     /// Opens \a file for the same device as the file before.
     Q_INVOKABLE void reopen(const QString &file);
     /// The same, with what the user has set and arranged in the project that is open.

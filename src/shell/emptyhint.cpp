@@ -15,6 +15,7 @@
 #include <QKeySequence>
 #include <QLabel>
 #include <QLocale>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTabWidget>
@@ -34,6 +35,15 @@ constexpr int kListWidth = 640;
 QString shown(const QKeySequence &key)
 {
     return key.toString(QKeySequence::NativeText);
+}
+
+QFont enlarged(QFont font)
+{
+    if (font.pixelSize() > 0) // a desktop may give its font in pixels
+        font.setPixelSize(qRound(font.pixelSize() * kTitleScale));
+    else
+        font.setPointSizeF(font.pointSizeF() * kTitleScale);
+    return font;
 }
 
 /// Scrolls once its lists are as low as they may be, not sooner.
@@ -60,20 +70,37 @@ QScrollArea *makeScrollArea(QWidget *content)
 } // namespace
 
 EmptyHint::EmptyHint(QTabWidget *tabs)
-    : QWidget(tabs), m_tabs(tabs), m_area(makeScrollArea(new Content)), m_refused(new QLabel)
+    : QWidget(tabs),
+      m_tabs(tabs),
+      m_area(makeScrollArea(new Content)),
+      m_refused(new QLabel),
+      m_example(new QWidget),
+      m_try(named(new QPushButton(tr("&Try the example on the simulated board")), "exampleButton")),
+      m_tryText(new QLabel)
 {
     setObjectName(QStringLiteral("emptyHint"));
 
     auto *title = new QLabel(tr("No design is open"));
-    QFont large = font();
-    large.setPointSizeF(large.pointSizeF() * kTitleScale);
-    title->setFont(large);
+    title->setFont(enlarged(font()));
 
     m_refused->setObjectName(QStringLiteral("refusedFile"));
     m_refused->setTextFormat(Qt::PlainText); // names and reasons may look like markup
     m_refused->setAlignment(Qt::AlignHCenter);
     m_refused->setWordWrap(true);
     m_refused->hide();
+
+    auto *example = new QVBoxLayout(m_example);
+    example->setContentsMargins(0, 0, 0, 0);
+    example->setSpacing(kRowGap);
+    example->addWidget(m_try, 0, Qt::AlignHCenter);
+    example->addWidget(m_tryText);
+    m_try->setAutoDefault(true); // takes Enter as well as the space bar
+    m_tryText->setTextFormat(Qt::PlainText);
+    m_tryText->setAlignment(Qt::AlignHCenter);
+    m_tryText->setWordWrap(true);
+    m_example->hide();
+    // The page goes with the click, and the button with it.
+    connect(m_try, &QPushButton::clicked, this, &EmptyHint::exampleRequested, Qt::QueuedConnection);
 
     auto *keys = new QGridLayout;
     keys->setHorizontalSpacing(kColumnGap);
@@ -98,6 +125,7 @@ EmptyHint::EmptyHint(QTabWidget *tabs)
     layout->addStretch();
     layout->addWidget(title, 0, Qt::AlignHCenter);
     layout->addWidget(m_refused);
+    layout->addWidget(m_example);
     layout->addLayout(keys);
     layout->setAlignment(keys, Qt::AlignHCenter);
     layout->addLayout(middle);
@@ -120,6 +148,14 @@ void EmptyHint::setRefused(const QString &file, const QString &reason)
     const QString path = QDir::toNativeSeparators(QFileInfo(file).absoluteFilePath());
     m_refused->setText(tr("%1 was not opened.\n%2").arg(path, reason));
     m_area->verticalScrollBar()->setValue(0);
+}
+
+void EmptyHint::offerExample(const QString &folder)
+{
+    m_tryText->setText(tr("A UART receiver in front of a FIFO, without hardware. Your copy of it "
+                          "stands in %1.")
+                           .arg(QDir::toNativeSeparators(folder)));
+    m_example->show();
 }
 
 ChoiceList *EmptyHint::addList(QVBoxLayout *layout, const QString &title, const char *name)

@@ -126,6 +126,12 @@ QString ProjectManager::startPreview() const
     return m_current ? m_current->startPreview() : QString();
 }
 
+void ProjectManager::tell(const QString &text) const
+{
+    if (m_current)
+        m_current->tell(text);
+}
+
 void ProjectManager::stopReading() const
 {
     if (m_current)

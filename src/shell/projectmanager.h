@@ -70,6 +70,7 @@ public:
     bool closeCurrent(QWidget *parent, const std::function<bool()> &askStop);
     /// See AnalyzerProject; nothing without an open project.
     void stopReading() const;
+    void tell(const QString &text) const;
     [[nodiscard]] QString startPreview() const;
 
     /// What an opened project may use of the main window. Set them before each openFile, which

@@ -1,6 +1,7 @@
 #include "startup.h"
 
 #include "analyzer.h"
+#include "lastdevice.h"
 #include "startupmarks.h"
 
 #include <base/logging.h>
@@ -9,6 +10,7 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPixmap>
+#include <QPointer>
 #include <QSplashScreen>
 
 #include <utility>
@@ -63,8 +65,12 @@ int Startup::run()
     // The viewer tells of every row it makes, in the default category.
     const bool isDebugging = wantsDebugMessages(QCoreApplication::arguments());
     setLogOutput(isDebugging ? LogOutput::Debug : LogOutput::Warnings);
-    if (m_options.device.isEmpty() || m_options.family.isEmpty())
+    const bool isFromHand = !m_options.openFile.isEmpty();
+    const bool hasDevice = !m_options.device.isEmpty() && !m_options.family.isEmpty();
+    if (!hasDevice && !isFromHand)
         return fail(StartupStatus::NoDevice, tr("Can not set device."));
+    if (hasDevice)
+        rememberDevice({m_options.family, m_options.device});
 
     if (!m_options.transcript.isEmpty()) {
         const auto error = JtagSession::instance()->startTranscript(m_options.transcript);
@@ -94,6 +100,8 @@ int Startup::run()
 
     Analyzer window(nullptr, m_surroundings.projects);
     window.setStartDir(m_options.startDir);
+    if (const std::optional<ExampleDesign> example = exampleOn(processes))
+        window.offerExample(*example);
     markStartup("window made");
     window.showMaximized();
     splash.close();
@@ -103,15 +111,41 @@ int Startup::run()
     return result;
 }
 
+/// The example, if its server is ours: one that found its name taken has left it to a stranger.
+std::optional<ExampleDesign> Startup::exampleOn(const ServerProcesses &processes) const
+{
+    const auto server = processes.find(m_surroundings.servers.value(0).connection.name);
+    if (server == processes.end() || server->second->waitForFinished(0))
+        return {};
+    return exampleDesign(m_surroundings.serverDirectory);
+}
+
 int Startup::serve(Analyzer &window) const
 {
     if (!m_options.keoFile.isEmpty())
         window.openFile(m_options.keoFile, m_options.family, m_options.device, m_options.fsFile);
+    else if (!m_options.openFile.isEmpty())
+        openByHand(window);
     markStartup("file opened");
     markFirstPaint(window);
     // Opening may show boxes, and the system may have closed the window behind one: then the event
     // loop would never end.
     return window.isVisible() ? QApplication::exec() : 0;
+}
+
+/// A file manager knows no device: with neither named, the last one is most likely the one meant.
+void Startup::openByHand(Analyzer &window) const
+{
+    const bool namesNone = m_options.family.isEmpty() && m_options.device.isEmpty();
+    const NamedDevice device =
+        namesNone ? lastDevice() : NamedDevice{m_options.family, m_options.device};
+    const QPointer<Analyzer> self(&window); // opening may show boxes, see serve
+    window.openFile(m_options.openFile, device.family, device.device, m_options.fsFile);
+    if (!namesNone || !self)
+        return;
+    window.tell(device.device.isEmpty()
+                    ? tr("No device is set: name it with -family and -device if it matters.")
+                    : tr("Taken for the device of the last start, %1.").arg(device.device));
 }
 
 } // namespace KEO

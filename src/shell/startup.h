@@ -3,11 +3,14 @@
 #include "projectmanager.h"
 #include "startupoptions.h"
 
+#include <servers/exampledesign.h>
 #include <servers/serverlauncher.h>
 
 #include <QCoreApplication>
 #include <QList>
 #include <QString>
+
+#include <optional>
 
 namespace KEO {
 
@@ -15,7 +18,7 @@ class Analyzer;
 
 /// What the tool flow learns from the end of the program; otherwise the event loop's own result.
 enum class StartupStatus : int {
-    NoDevice = 1,     ///< the command line names no family or no device
+    NoDevice = 1,     ///< the command line names no family or no device, and no `-open`
     NoServer = 1,     ///< none of the cable servers could be started
     NoConnection = 2, ///< none of those that started answered
     NoTranscript = 3  ///< the file of `-transcript` can't be written
@@ -47,6 +50,8 @@ public:
 
 private:
     [[nodiscard]] int serve(Analyzer &window) const;
+    void openByHand(Analyzer &window) const;
+    [[nodiscard]] std::optional<ExampleDesign> exampleOn(const ServerProcesses &processes) const;
 
     StartupOptions m_options;
     Surroundings m_surroundings;

@@ -17,6 +17,8 @@ QString *fieldOf(StartupOptions &options, const QString &argument)
         return &options.device;
     if (argument == QLatin1String("-fs"))
         return &options.fsFile;
+    if (argument == QLatin1String("-open"))
+        return &options.openFile;
     if (argument == QLatin1String("-transcript"))
         return &options.transcript;
     return nullptr;

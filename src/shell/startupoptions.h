@@ -12,12 +12,15 @@ struct StartupOptions
 {
     QString keoFile;  ///< `-keo`: core description or project file to open
     QString startDir; ///< `-dir`: where the open dialog starts
-    QString family;   ///< `-family`: device family; the program does not start without it
+    QString family;   ///< `-family`: device family; only with `-open` it may be missing
     QString device;   ///< `-device`: device model; the same
     QString fsFile;   ///< `-fs`: bitstream
     /// `-pace`: ms before each section of the capture memory; 0 to kMaxSectionPause, else as if it
     /// were not there.
     int sectionPause = CapturePace().sectionPause;
+    /// `-open`: as `-keo`, which counts before it, but for a start by hand: without a family or a
+    /// device, those of the last start count.
+    QString openFile = {};
     QString transcript = {}; ///< `-transcript`: file of all packets to and from the cable servers
 
     bool operator==(const StartupOptions &other) const = default;

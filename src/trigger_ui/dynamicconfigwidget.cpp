@@ -298,6 +298,22 @@ void DynamicConfigWidget::setExpression(int row, const QString &expression)
     scheduleCheck();
 }
 
+TriggerChanges DynamicConfigWidget::setTrigger(const TriggerChanges &changes)
+{
+    closeOpenDialogs();
+    TriggerChanges before = applyChanges({changes.units, {}}, *m_core);
+    if (const auto &change = changes.expression) {
+        QListWidgetItem *item = m_listExpressions->item(change->row);
+        before.expression = ExpressionChange{change->row, m_core->expressions[change->row],
+                                             item->checkState() == Qt::Checked};
+        setExpression(change->row, change->text);
+        item->setCheckState(change->isEnabled ? Qt::Checked : Qt::Unchecked);
+    }
+    redrawUnits();
+    scheduleCheck();
+    return before;
+}
+
 void DynamicConfigWidget::addClipboardActions()
 {
     connect(addEntry(m_tableUnit, tr("&Copy"), QKeySequence::Copy), &QAction::triggered, this,

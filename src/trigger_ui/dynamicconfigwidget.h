@@ -1,5 +1,7 @@
 #pragma once
 
+#include <capture/triggerproposal.h>
+
 #include <QList>
 #include <QTimer>
 #include <QWidget>
@@ -47,6 +49,11 @@ public:
     void saveToCore();
     /// Calls \a use while the core has what saveToCore would write, and then puts back what it had.
     void withFields(const std::function<void()> &use);
+    /// Sets units and an expression of the core shown, as the dialogs and the list do. Gives the
+    /// changes that take it back.
+    TriggerChanges setTrigger(const TriggerChanges &changes);
+    /// Selects what \a finding speaks of.
+    void lead(const TriggerFinding &finding);
     /// Shows no core.
     void clearPage();
 
@@ -100,8 +107,6 @@ private:
     void fieldsEdited();
     void scheduleCheck();
     void checkSettings();
-    /// Selects what \a finding speaks of.
-    void lead(const TriggerFinding &finding);
 
     CoreConfig *m_core = nullptr; // borrowed
     MatchUnitModel *m_model;      // owned by the object tree, as are the widgets

@@ -11,6 +11,7 @@
 #include <wave/tree/signaltreemodel.h>
 #include <wave/tree/signaltreeview.h>
 #include <wave/view/waveview.h>
+#include <wave_data/rowtext.h>
 
 #include <QDomDocument>
 #include <QEvent>
@@ -22,6 +23,7 @@
 #include <QVBoxLayout>
 #include <QVariant>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -371,6 +373,36 @@ void WaveMonitorWidget::addWaveAction(QAction *action)
 void WaveMonitorWidget::removeWaveAction(QAction *action)
 {
     m_waveView->removeAction(action);
+}
+
+void WaveMonitorWidget::addNameAction(QAction *action)
+{
+    m_treeView->addMenuAction(action);
+}
+
+WaveMonitorWidget::Picked WaveMonitorWidget::picked() const
+{
+    QList<const LayoutNode *> rows;
+    for (const QModelIndex &index : m_treeView->selectedRows())
+        rows.append(m_model->node(index));
+    Picked picked;
+    picked.sample = contents().shownSample();
+    if (const std::optional<QPoint> place = m_waveView->menuPlace()) {
+        picked.sample = int(std::floor(m_waveView->mapToScene(*place).x() / CLOCK_PITCH));
+        const LayoutNode *row = m_model->rowOf(m_waveView->itemAt(*place));
+        if (row && !rows.contains(row))
+            rows = {row};
+    }
+    picked.sample = std::clamp(picked.sample, 0, std::max(0, m_model->maxDataLength() - 1));
+    for (const LayoutNode *row : std::as_const(rows)) {
+        picked.rows.append(tr("%1 = %2").arg(rowName(contents(), *row),
+                                             rowValueAt(contents(), *row, picked.sample)));
+        if (row->type == LayoutNode::Signal)
+            picked.ids.append(static_cast<const SignalLayoutNode *>(row)->id);
+        for (const auto &member : row->children)
+            picked.ids.append(static_cast<const SignalLayoutNode *>(member.get())->id);
+    }
+    return picked;
 }
 
 void WaveMonitorWidget::showAidRows(const AidRows &rows)

@@ -10,6 +10,7 @@
 #include <QList>
 #include <QMap>
 #include <QSet>
+#include <QStringList>
 #include <QWidget>
 
 #include <memory>
@@ -125,6 +126,20 @@ public:
     /// until they are removed.
     void addWaveAction(QAction *action);
     void removeWaveAction(QAction *action);
+
+    /// The same for the context menu of the names.
+    void addNameAction(QAction *action);
+
+    /// Rows and a sample that the user means.
+    struct Picked
+    {
+        QList<int> ids;   ///< of the signals in the rows, in row order
+        QStringList rows; ///< as shown: name and value at the sample
+        int sample = 0;   ///< within the samples
+    };
+    /// While the context menu of the waves is up, what it came up over, and all selected rows if
+    /// the row there is one of them; else the selected rows and the sample whose values show.
+    [[nodiscard]] Picked picked() const;
 
     /// Lays rows of somebody's making beside those of the window, in place of earlier ones. They
     /// are no part of the contents.

@@ -28,12 +28,22 @@ constexpr int kPairs = 200;
 constexpr int kStimulus = 599;           // samples
 constexpr int kPatience = 6 * kStimulus; // samples until a core counts as silent
 
+/// A number that has nothing in common with its neighbors; the same in every run.
+quint32 mixed(quint32 number)
+{
+    number = (number ^ 0x9E3779B9u) * 0x85EBCA6Bu;
+    number = (number ^ (number >> 13)) * 0xC2B2AE35u;
+    return number ^ (number >> 16);
+}
+
 /// Level of a net, whichever design looks at it. Some change often, some seldom.
 bool level(const QString &net, int sample)
 {
-    const size_t mixed = qHash(net, 1);
-    const int period = 1 << (mixed % 6);
-    return qHashMulti(7, qHash(net, 2), sample / period) % 3 == 0;
+    quint32 number = 0;
+    for (const QChar letter : net)
+        number = mixed(number + letter.unicode());
+    const int period = 1 << (number % 6);
+    return mixed(number + quint32(sample / period)) % 3 == 0;
 }
 
 Sim::BitMatrix stimulusOf(const QStringList &nets)

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void triggerRules_data();
     void triggerRules();
     void manPageNamesEveryOption();
+    void helpAndManPageNameEveryExitStatus();
     void bashCompletes_data();
     void bashCompletes();
 };
@@ -52,6 +53,11 @@ void tst_CaptureOptions::refuses_data()
     addRow("period without unit", "--period 10 a.keo", "\"10\"");
     addRow("period too long", "--period 10000000us a.keo", "10000000us");
     addRow("half a picosecond", "--period 1ps --format vcd a.keo", "2ps");
+    addRow("formula-proof without a plain csv", "--format csv --formula-proof a.keo", "csv-plain");
+    addRow("two formats to standard output", "--out - --format csv --format vcd a.keo", "--out -");
+    addRow("no format to standard output", "--out - --save a.analyzer_prj a.keo", "--out -");
+    addRow("rounds to standard output", "--out - --auto 2 a.keo", "--out -");
+    addRow("json beside samples", "--out - --json --open a.analyzer_prj", "--json");
     addRow("name with a slash", "--name a/b a.keo", "a/b");
     addRow("picture of another kind", "--picture a.jpg a.keo", "a.jpg");
     addRow("size without picture", "--size 800x600 a.keo", "--picture");
@@ -353,6 +359,37 @@ void tst_CaptureOptions::manPageNamesEveryOption()
         known.join(u' '));
 }
 
+/// The numbers in what \a pattern captures of \a text, each once, in their order.
+QStringList numbersIn(const QString &text, const QString &pattern)
+{
+    static const QRegularExpression number("\\b\\d+\\b");
+    QMap<int, QString> numbers;
+    QRegularExpressionMatchIterator entry =
+        QRegularExpression(pattern, QRegularExpression::MultilineOption).globalMatch(text);
+    while (entry.hasNext()) {
+        QRegularExpressionMatchIterator found = number.globalMatch(entry.next().captured(1));
+        while (found.hasNext()) {
+            const QString digits = found.next().captured();
+            numbers.insert(digits.toInt(), digits);
+        }
+    }
+    return numbers.values();
+}
+
+void tst_CaptureOptions::helpAndManPageNameEveryExitStatus()
+{
+    const QString header = contentOf(QStringLiteral(KEO_SOURCE_DIR "/src/cli/exitstatus.h"));
+    const QStringList known = numbersIn(header, R"(^ +\w+ = (\d+))");
+    QVERIFY(known.size() > 7);
+    const auto help = parseCaptureOptions({"program", "--help"});
+    QVERIFY(help);
+    QCOMPARE(numbersIn(help->helpText, R"(^Exit status: ((?:.|\n)*?)\n\n)"), known);
+    const QString page =
+        contentOf(QStringLiteral(KEO_SOURCE_DIR "/packaging/signalscope-capture.1"));
+    const QString statuses = page.section(".SH EXIT STATUS", 1).section(".SH", 0, 0);
+    QCOMPARE(numbersIn(statuses, R"(^\.TP\n\.B (.*)$)"), known);
+}
+
 void tst_CaptureOptions::bashCompletes_data()
 {
     QTest::addColumn<QString>("typed");
@@ -361,8 +398,8 @@ void tst_CaptureOptions::bashCompletes_data()
         QTest::newRow(typed) << typed << offered;
     };
     row("--di", "--diff");
-    row("--format v", "vcd");
-    row("--format = v", "vcd"); // as bash splits "--format=v"
+    row("--format v", "vcd vcd-plain");
+    row("--format = v", "vcd vcd-plain"); // as bash splits "--format=v"
     row("--out =", "folder other");
     row("--open fo", "folder");
     row("--open ", "folder other run.analyzer_prj");

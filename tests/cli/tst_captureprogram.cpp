@@ -75,6 +75,7 @@ private Q_SLOTS:
     void savesWhatItCanNotExport();
     void exportsProjects_data();
     void exportsProjects();
+    void writesToStandardOutput();
     void comparesProjects_data();
     void comparesProjects();
     void rehearsesProjects();
@@ -223,8 +224,8 @@ void tst_CaptureProgram::savesWhatItCanNotExport()
 void tst_CaptureProgram::exportsProjects_data()
 {
     addColumns<bool, QString, int>({"lite", "cores", "files"});
-    addRow("standard cores", false, "--core 1 --core 0", 12);
-    addRow("lite core", true, "--delay 5", 3);
+    addRow("standard cores", false, "--core 1 --core 0", 20);
+    addRow("lite core", true, "--delay 5", 5);
 }
 
 // Saved and exported, the capture gives the files that it gives at once. No server can be reached.
@@ -238,7 +239,8 @@ void tst_CaptureProgram::exportsProjects()
     design.windows = 2;
     design.cores = 2;
     board(design);
-    const QString formats = " --format csv --format vcd --format prn --period 10ns --name capture";
+    const QString formats = " --format csv --format vcd --format prn --format vcd-plain "
+                            "--format csv-plain --period 10ns --name capture";
     const Outcome captured = run("--device KR-A " + cores + " --out once --save p.analyzer_prj" +
                                  formats + " design.keo");
     QVERIFY2(captured.status == 0, qPrintable(captured.errors));
@@ -273,6 +275,40 @@ void tst_CaptureProgram::exportsProjects()
     QVERIFY(!QImage(file("shot_core1_window0.png")).isNull());
     QCOMPARE(QDir(file("one")).entryList(QDir::Files, QDir::Name),
              (QStringList{"p_core1_window0.vcd", "p_core1_window1.vcd"}));
+}
+
+// The bytes of the file and nothing else. What can't go there is told before anything is captured.
+void tst_CaptureProgram::writesToStandardOutput()
+{
+    const TestDesign design;
+    board(design);
+    const QString capture = "--device KR-A --format csv-plain --name p ";
+    QCOMPARE(run(capture + "design.keo").status, 0);
+    const QByteArray table = contentOf(file("p_core0_window0.plain.csv"));
+    QCOMPARE(table.count('\n'), design.amount + 1);
+    const Outcome printed = run(capture + "--out - --save s.analyzer_prj design.keo");
+    QVERIFY2(printed.status == 0, qPrintable(printed.errors));
+    QVERIFY(printed.output.toUtf8() == table);
+    QVERIFY(printed.errors.contains("Reading core 0 window 0"));
+    QVERIFY(run("--open s.analyzer_prj --format csv-plain --out -").output.toUtf8() == table);
+    QVERIFY(!QDir(file("-")).exists());
+
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", "");
+    const Outcome missing = run("--device KR-A --format fst --out fst design.keo");
+    qputenv("PATH", path);
+    QCOMPARE(missing.status, 2);
+    QVERIFY2(missing.errors.contains("gtkwave"), qPrintable(missing.errors));
+    QVERIFY(!missing.errors.contains("Waiting"));
+
+    const Outcome more = run(capture + "--windows 2 --out - design.keo");
+    QCOMPARE(more.status, 2);
+    QVERIFY(more.output.isEmpty() && !more.errors.contains("Waiting"));
+    const Outcome full =
+        run("-c " + QStringLiteral("$0\t--open\ts.analyzer_prj\t--out\t->/dev/full")
+                        .replace("$0", kProgram),
+            "bash");
+    QCOMPARE(full.status, 6);
 }
 
 void tst_CaptureProgram::comparesProjects_data()
@@ -396,6 +432,12 @@ void tst_CaptureProgram::rehearsesProjects()
     QVERIFY2(never.output.startsWith("core 1 window 0: hits: 0 of 256 samples\n  M0: matches: 1\n"
                                      "  M1: matches: 0\n"),
              qPrintable(never.output));
+    QVERIFY2(
+        never.output.contains("  why: exp0 fails by M1 alone, which never reports: otherwise it "
+                              "would be true at 1 sample, first at 16.\n"),
+        qPrintable(never.output));
+    QVERIFY(second["why"].toArray().size() > 1);
+    QVERIFY(!own.output.contains("why: "));
     const Outcome absent = run("--rehearse p.analyzer_prj --core 0", lonely);
     QCOMPARE(absent.status, 2);
     QVERIFY2(absent.errors.contains("no waves of core 0"), qPrintable(absent.errors));

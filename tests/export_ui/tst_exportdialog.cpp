@@ -6,6 +6,7 @@
 #include <wave/common/clockperiods.h>
 #include <wave/wavemonitorwidget.h>
 
+#include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
@@ -111,7 +112,7 @@ struct Form
     std::unique_ptr<ExportDialog> dialog;
 };
 
-enum Format { Csv, Vcd, Prn };
+enum Format { Csv, Vcd, Prn, VcdPlain, CsvPlain, Fst };
 enum Unit { Us, Ns, Ps };
 
 } // namespace
@@ -125,6 +126,8 @@ private Q_SLOTS:
     void files_data();
     void files();
     void periodOfVcd();
+    void disarmsFormulas();
+    void lacksAConverter();
     void knowsThePeriodAgain();
     void nothingChosen();
     void unwritable();
@@ -172,6 +175,12 @@ void tst_ExportDialog::files_data()
         {"time unit: us\tsingle5"});
     row("csv of a lite core", lite, 0, Csv, 0, Ps, {"x.csv"}, {"time unit: ps,"});
     row("vcd of a lite core", lite, 0, Vcd, 0, Ns, {"x.vcd"}, {"Sample 0 (Trigger)"});
+    row("plain vcd of two windows", standard, 0, VcdPlain, 0, Ns,
+        {"x_core3_window0.plain.vcd", "x_core3_window1.plain.vcd"},
+        {"$timescale 1 ns $end", "module top $end", "$var wire 2 \" bus3 [1:0] $end", "#100\n1!\n",
+         "#125\n0!\n", "\n#400\n"});
+    row("plain csv of a lite core", lite, 0, CsvPlain, 0, Us, {"x.plain.csv"},
+        {"sample,time_us,trigger,bus3,single3\n0,0,1,0,1\n1,25,0,"});
     row("prn of a lite core", lite, 0, Prn, 0, Us, {"x_core3_window0.prn"}, {});
 }
 
@@ -205,8 +214,9 @@ void tst_ExportDialog::periodOfVcd()
 {
     const Form form;
     auto *period = form.find<QSpinBox>("spinPeriod");
-    const std::tuple<Format, Unit, int> rows[] = {{Vcd, Ns, 1}, {Vcd, Ps, 2}, {Vcd, Us, 1},
-                                                  {Csv, Ps, 1}, {Prn, Ps, 1}, {Vcd, Ps, 2}};
+    const std::tuple<Format, Unit, int> rows[] = {{Vcd, Ns, 1},     {Vcd, Ps, 2}, {Vcd, Us, 1},
+                                                  {Csv, Ps, 1},     {Prn, Ps, 1}, {Vcd, Ps, 2},
+                                                  {VcdPlain, Ps, 1}};
     for (const auto &[format, unit, least] : rows) {
         form.choose("comBoxFormat", format);
         form.choose("comBoxPeriod", unit);
@@ -214,6 +224,36 @@ void tst_ExportDialog::periodOfVcd()
         period->stepBy(-3);
         QCOMPARE(period->value(), least);
     }
+}
+
+void tst_ExportDialog::disarmsFormulas()
+{
+    const Form form;
+    auto *box = form.find<QCheckBox>("checkFormulas");
+    QVERIFY(!box->isVisible());
+    SignalElement member{.id = 9, .name = "m", .text = {}, .data = QBitArray(16)};
+    form.monitors.back()->addBus({.name = "=1,2", .text = {}, .signals = {&member}});
+    form.choose("comBoxKo", 1);
+    form.choose("comBoxFormat", CsvPlain);
+    QCOMPARE(form.dialog->size(), QSize(500, 330));
+    QTest::keyClick(box, Qt::Key_Space);
+    form.type("x");
+    QCOMPARE(form.files(), QStringList("x_core5_window0.plain.csv"));
+    const QByteArray table = contentOf(form.directory.filePath("x_core5_window0.plain.csv"));
+    QVERIFY2(table.startsWith("sample,time_us,trigger,bus5,single5,\"'=1,2\"\n"), table);
+}
+
+void tst_ExportDialog::lacksAConverter()
+{
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", "");
+    const Form form;
+    qputenv("PATH", path);
+    auto *formats = form.find<QComboBox>("comBoxFormat");
+    formats->setFocus();
+    QTest::keyClick(formats, Qt::Key_End);
+    QCOMPARE(formats->currentIndex(), int(CsvPlain));
+    QVERIFY(formats->itemData(Fst, Qt::ToolTipRole).toString().contains("gtkwave"));
 }
 
 // One core's period, from dialog to dialog. A field that was never touched tells nothing.

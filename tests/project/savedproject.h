@@ -45,8 +45,8 @@ struct ProjectOnDisk
 };
 
 /// The main window with a file open.
-struct OpenedProjectWindow : UserWindow
+struct ProjectInWindow : UserWindow
 {
-    explicit OpenedProjectWindow(const QString &path) { window->openFile(path, {}, {}, {}); }
+    explicit ProjectInWindow(const QString &path) { window->openFile(path, {}, {}, {}); }
     void save() const { press(Qt::Key_S, Qt::ControlModifier); }
 };

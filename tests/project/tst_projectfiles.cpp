@@ -175,7 +175,7 @@ void tst_ProjectFiles::opensWhatItCan()
         change(saved.data(), data);
     if (!keo.isEmpty())
         change(saved.keo(), keo);
-    const OpenedProjectWindow w(saved.project());
+    const ProjectInWindow w(saved.project());
     QCOMPARE(w.titles(), tabs);
     QVERIFY(w.boxes.seen.size() == (box.isEmpty() ? 0 : 1));
     QVERIFY2(box.isEmpty() || w.boxes.seen[0].startsWith(box), qPrintable(w.boxes.seen.value(0)));
@@ -190,7 +190,7 @@ void tst_ProjectFiles::writesWhatItCan()
     for (int blocked = 0; blocked < 3; ++blocked) {
         const ProjectOnDisk saved;
         const QStringList paths{saved.keo(), saved.data(), saved.project()};
-        const OpenedProjectWindow w(saved.project());
+        const ProjectInWindow w(saved.project());
         const QByteArrayList before = saved.files();
         for (int i = 0; i < 3; ++i) {
             QFile::remove(paths[i]);
@@ -213,7 +213,7 @@ void tst_ProjectFiles::writesWhatItCan()
 void tst_ProjectFiles::fullDiskTakesNothing()
 {
     const ProjectOnDisk saved;
-    const OpenedProjectWindow w(saved.project());
+    const ProjectInWindow w(saved.project());
     const QByteArrayList before = saved.files();
     w.wave(1)->loadWindow(arrangement(saved.design, 99));
     {

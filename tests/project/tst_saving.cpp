@@ -43,7 +43,7 @@ void tst_Saving::asksBeforeItReplaces()
     QFETCH(QMessageBox::StandardButton, answer);
     const ProjectOnDisk saved;
     const QByteArray before = contentOf(saved.project());
-    OpenedProjectWindow w(saved.keo());
+    ProjectInWindow w(saved.keo());
     w.boxes.answer = answer;
     w.tool("Save...")->setEnabled(true);
     std::optional<OnModal<QFileDialog>> again;
@@ -77,7 +77,7 @@ void tst_Saving::keepsWhatTheToolWrote()
     QFETCH(QByteArray, onDisk);
     QFETCH(QStringList, kept);
     const ProjectOnDisk saved;
-    const OpenedProjectWindow w(saved.project());
+    const ProjectInWindow w(saved.project());
     QStringList told;
     connect(w.window->findChild<KeoStandardAnalyzerProject *>(), &CaptureProject::told, &w.boxes,
             [&](const QString &text) { told.append(text); });
@@ -107,11 +107,11 @@ void tst_Saving::pathsHoldAnywhere()
     putFile(saved.project(), "[General]\nDATA_FILE=saved.xml\nKEO_FILE=design.keo\n");
     QVERIFY(QDir::setCurrent("/"));
     {
-        const OpenedProjectWindow w(saved.project());
+        const ProjectInWindow w(saved.project());
         QCOMPARE(w.tabs()->count(), 2);
     }
     QVERIFY(QDir::setCurrent(saved.directory.path()));
-    const OpenedProjectWindow w("design.keo");
+    const ProjectInWindow w("design.keo");
     w.tool("Save...")->setEnabled(true);
     QString suggested;
     {
@@ -142,7 +142,7 @@ constexpr quint32 kPositions = 200; // of the trigger, one a save
 int saveForEver(const QString &project)
 {
     TestDesign design;
-    OpenedProjectWindow w(project);
+    ProjectInWindow w(project);
     auto *position = w.find<QSpinBox>("spinBoxTrPos");
     for (quint32 save = QRandomGenerator::global()->generate();; ++save) {
         design.position = int(save % kPositions);

@@ -79,8 +79,8 @@ tst_ReplayRoad::Outcome tst_ReplayRoad::capture(const QStringList &options,
     process.setProcessEnvironment(environment);
     const QString file = QDir(m_directory->path()).entryList({"design.?eo"}).value(0);
     process.start(KEO_BIN_DIR "/signalscope-capture",
-                  QStringList{"--quiet", "--timeout", "60", "--format", "csv", "--format", "vcd",
-                              "--format", "prn", "--out", out.path(), path(file)} +
+                  QStringList{"--timeout", "60", "--format", "csv", "--format", "vcd", "--format",
+                              "prn", "--out", out.path(), path(file)} +
                       options);
     if (!process.waitForFinished(90'000))
         process.kill();

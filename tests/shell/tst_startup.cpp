@@ -1,15 +1,21 @@
 #include "fakeproject.h"
 
+#include <base/userfolder.h>
 #include <link/jtagsession.h>
 #include <shell/analyzer.h>
+#include <shell/examplecopy.h>
 #include <shell/startup.h>
+#include <support/files.h>
 #include <support/testdesign.h>
 #include <support/widgettest.h>
+#include <widgets/elidedlabel.h>
 
 #include <QLocalSocket>
 #include <QLoggingCategory>
 #include <QProcess>
+#include <QPushButton>
 #include <QSplashScreen>
+#include <QTabWidget>
 
 using namespace KEO;
 
@@ -27,6 +33,8 @@ private Q_SLOTS:
     void options();
     void fails();
     void runs();
+    void opensByHand();
+    void example();
     void program();
 
 private:
@@ -108,6 +116,9 @@ void tst_Startup::options_data()
     StartupOptions transcribed{"", "", "KR", "", ""};
     transcribed.transcript = "t";
     row("transcript", "-transcript t -family KR", transcribed, false);
+    StartupOptions byHand{"a.keo", "", "", "", ""};
+    byHand.openFile = "b.keo";
+    row("a file of a file manager", "-open b.keo -keo a.keo", byHand, false);
     row("debug as a value", "-keo -debug", {"-debug", "", "", "", ""}, true);
     row("unknown words are passed over", "x -Keo a.keo -FS b --family KR -debug -device KR-C y",
         {"", "", "", "KR-C", ""}, true);
@@ -183,6 +194,102 @@ void tst_Startup::runs()
                                       "standard: device KR/KR-A/a.fs", "standard: close"}));
     QVERIFY(!listens("keo1"));
     QVERIFY(!listens("keolk7"));
+}
+
+// From a file manager a file comes without its device: that of the last start counts, if any.
+void tst_Startup::opensByHand()
+{
+    BurnerDir burner;
+    burner.addSimulated("chainserver");
+    const auto statusOf = [&](const StartupOptions &options) {
+        QString told;
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, this, [&] {
+            Analyzer *const window = shownWindow();
+            const QString title = window ? window->windowTitle() : QString();
+            if (!title.startsWith("design.keo"))
+                return;
+            poll.stop();
+            for (const char *part : {"toldStatus", "deviceStatus"})
+                told += window->findChild<ElidedLabel *>(part)->text() + '|';
+            window->close();
+        });
+        poll.start(20);
+        const Startup::Surroundings surroundings{.serverDirectory = burner.path()};
+        return Startup(options, surroundings).run() == 0 ? told : QString();
+    };
+    QFile::remove(userDataFolder() + "/last-device");
+    StartupOptions byHand;
+    byHand.openFile = m_dir.filePath("design.keo");
+    const QString unknown = statusOf(byHand);
+    QVERIFY2(unknown.contains("No device is set"), qPrintable(unknown));
+    QVERIFY2(!unknown.contains("KR-A"), qPrintable(unknown));
+    StartupOptions named = kDevice;
+    named.keoFile = byHand.openFile;
+    QVERIFY(statusOf(named).contains("|KR-A on "));
+    const QString known = statusOf(byHand);
+    QVERIFY2(known.contains("of the last start, KR-A.|KR-A on "), qPrintable(known));
+}
+
+// Without a design one key opens a copy of the example, which can be captured from at once and
+// keeps what its owner has saved in it. Servers that play no example, or another board, offer none.
+void tst_Startup::example()
+{
+    QTemporaryDir home;
+    const QByteArray oldHome = qgetenv("HOME");
+    qputenv("HOME", home.path().toLocal8Bit());
+    const QByteArray board = qgetenv("SIGNALSCOPE_BOARD");
+    QString copy;
+    int tabs = 0;
+    const auto run = [&](const QString &servers, bool wants) {
+        bool isOffered = false;
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, this, [&] {
+            Analyzer *const window = shownWindow();
+            auto *const button =
+                window ? window->findChild<QPushButton *>("exampleButton") : nullptr;
+            if (!button)
+                return;
+            poll.stop();
+            isOffered = button->isVisible();
+            if (isOffered && wants) {
+                button->setFocus();
+                QTest::keyClick(button, Qt::Key_Return);
+                QTRY_VERIFY(window->windowTitle().startsWith("uart_fifo"));
+                copy = window->startDir();
+                QTest::keyClick(window, Qt::Key_F1);
+                auto *const pages = window->findChild<QTabWidget *>("tabWidget");
+                QTRY_COMPARE_WITH_TIMEOUT(pages->count(), 2, 20'000);
+                tabs = pages->count();
+            }
+            window->close();
+        });
+        poll.start(20);
+        const Startup::Surroundings surroundings{.serverDirectory = servers};
+        return Startup(kDevice, surroundings).run() == 0 && isOffered;
+    };
+    BoxWatcher boxes(QMessageBox::Yes);
+    const QString stage = QStringLiteral(KEO_BURNER_DIR);
+    QVERIFY(!run(stage, false)); // the board of the environment counts
+    qunsetenv("SIGNALSCOPE_BOARD");
+    BurnerDir bare;
+    bare.addSimulated("chainserver");
+    QVERIFY(!run(bare.path(), false));
+
+    QVERIFY(run(stage, true));
+    QCOMPARE(tabs, 2);
+    QCOMPARE(copy, home.filePath("Documents/Signal Scope/uart_fifo.keo"));
+    const QString example = KEO_SOURCE_DIR "/examples/uart_fifo/uart_fifo.keo";
+    QByteArray text = contentOf(example);
+    QCOMPARE(contentOf(copy), text);
+    putFile(copy, text.replace("trigger_pos=\"128\"", "trigger_pos=\"64\""));
+    QCOMPARE(*copyOfExample(example), copy);
+    QCOMPARE(contentOf(copy), text);
+    putFile(copy, text.replace("rx_valid", "rx_ready")); // as an older version might have it
+    QCOMPARE(*copyOfExample(example), home.filePath("Documents/Signal Scope/uart_fifo-2.keo"));
+    QCOMPARE(contentOf(copy), text);
+    qputenv("HOME", oldHome);
+    qputenv("SIGNALSCOPE_BOARD", board);
 }
 
 // The program as it is installed, and its servers beside it, which don't outlive it.

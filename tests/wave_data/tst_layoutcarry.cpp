@@ -264,6 +264,7 @@ void tst_LayoutCarry::eachRowOnce()
 void tst_LayoutCarry::places_data()
 {
     addColumns<QString, QList<int>, QString, QString>({"was", "order", "is", "rows"});
+    addRow("a hidden row is no order", "a b c", QList{0, 2}, "c b a", "c a");
     addRow("an untouched order is the description's", "a b c", QList{0, 1, 2}, "n c b a",
            "n c b a");
     addRow("an arranged one stays", "a b c", QList{2, 0, 1}, "a b n c m", "c m a b n");
@@ -282,10 +283,20 @@ void tst_LayoutCarry::places()
     const WindowContents old = described(was);
     const WindowContents now = described(is);
     Arrangement user;
-    for (const int row : std::as_const(order))
+    QSet<LayoutNode::Key> hidden;
+    for (const RowRecord &row : old.snapshot().rows)
+        hidden.insert(row.key);
+    for (const int row : std::as_const(order)) {
         user.rows.push_back(old.snapshot().rows[size_t(row)]);
+        hidden.remove(user.rows.back().key);
+    }
+    user.hidden = withRowsHidden(old.snapshot(), hidden).hidden;
     const auto carried = carryArrangement(user, old, now, idsByName(old, now), {});
     QTEST(textOf(carried.arrangement.rows, now), "rows");
+    const bool tellsOrder = std::ranges::any_of(carried.account, [](const CarriedSetting &entry) {
+        return entry.setting == "Order of the rows";
+    });
+    QCOMPARE(tellsOrder, !std::ranges::is_sorted(order));
 }
 
 KEO_TEST_MAIN(tst_LayoutCarry)

@@ -184,6 +184,11 @@ void SignalTreeModel::itemPressed(QGraphicsItem *item)
         m_view->pickOnly(indexOf(row));
 }
 
+const LayoutNode *SignalTreeModel::rowOf(const QGraphicsItem *item) const
+{
+    return m_items.nodeOf(item);
+}
+
 QList<const LayoutNode *> SignalTreeModel::shownRows()
 {
     QList<const LayoutNode *> rows;

@@ -80,6 +80,8 @@ public:
     int triggerPosition() override { return m_contents.triggerPosition(); }
     void itemPressed(QGraphicsItem *item) override;
     QList<const LayoutNode *> shownRows() override;
+    /// The row of an item, or null.
+    [[nodiscard]] const LayoutNode *rowOf(const QGraphicsItem *item) const;
 
 Q_SIGNALS:
     /// Rows were added or loaded from outside: what was done to rows before means nothing now.

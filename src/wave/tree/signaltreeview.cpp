@@ -161,6 +161,11 @@ bool SignalTreeView::haveOneParent(const QModelIndexList &rows)
     });
 }
 
+void SignalTreeView::addMenuAction(QAction *action)
+{
+    m_menuActions.append(action);
+}
+
 void SignalTreeView::selectOnly(const QModelIndexList &indexes)
 {
     QItemSelection rows;

@@ -5,9 +5,12 @@
 #include <QElapsedTimer>
 #include <QItemSelectionModel>
 #include <QModelIndex>
+#include <QPointer>
 #include <QTreeView>
 
 #include <memory>
+
+class QAction;
 
 namespace WaveMonitor {
 
@@ -40,6 +43,8 @@ public:
 
     /// The name cells of the selected rows, ascending by row (rows of several parents mixed).
     [[nodiscard]] QModelIndexList selectedRows() const;
+    /// An entry for the context menu, behind the view's own. Borrowed.
+    void addMenuAction(QAction *action);
     /// Selects exactly the rows of \a indexes, in one step.
     void selectOnly(const QModelIndexList &indexes);
     /// Makes the row of \a index current and the only selected one; the view does not scroll.
@@ -93,6 +98,7 @@ private:
     std::unique_ptr<RowHistory> m_history;
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present drag, null when idle
     std::unique_ptr<ContextMenuDelegate> m_contextMenu;
+    QList<QPointer<QAction>> m_menuActions; ///< of others
     int m_preferredWidth;
     int m_valueWidth = 0;
     bool m_isFilling = false; ///< the Value column is given the free width

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace WaveMonitor {
 
@@ -129,12 +130,30 @@ void SignalTreeView::ContextMenuDelegate::run(const QPoint &globalPosition)
     enableActions(selected);
 
     const QPointer<SignalTreeView> alive = m_view;
-    runMenu(m_view,
-            {&m_ungroupAction, &m_groupAction, &m_renameAction, &m_restoreAction, &m_reverseAction,
-             &m_separator, m_formatMenu.menuAction(), m_colorMenu.menuAction(), &m_stepSeparator,
-             m_view->m_history->undoAction(), m_view->m_history->redoAction(), &m_hideSeparator,
-             &m_hideAction, &m_showAllAction, &m_moveUpAction, &m_moveDownAction},
-            globalPosition);
+    QList<QAction *> entries{&m_ungroupAction,
+                             &m_groupAction,
+                             &m_renameAction,
+                             &m_restoreAction,
+                             &m_reverseAction,
+                             &m_separator,
+                             m_formatMenu.menuAction(),
+                             m_colorMenu.menuAction(),
+                             &m_stepSeparator,
+                             m_view->m_history->undoAction(),
+                             m_view->m_history->redoAction(),
+                             &m_hideSeparator,
+                             &m_hideAction,
+                             &m_showAllAction,
+                             &m_moveUpAction,
+                             &m_moveDownAction};
+    QAction othersSeparator;
+    othersSeparator.setSeparator(true);
+    entries.append(&othersSeparator); // shows only with something behind it
+    for (const QPointer<QAction> &action : std::as_const(m_view->m_menuActions)) {
+        if (action)
+            entries.append(action);
+    }
+    runMenu(m_view, entries, globalPosition);
     if (!alive)
         return;
     // Their keys work whatever was selected when the menu came up last.

@@ -15,6 +15,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPen>
+#include <QPointer>
 #include <QResizeEvent>
 #include <QScrollBar>
 #include <QVariant>
@@ -285,7 +286,12 @@ void WaveView::contextMenuEvent(QContextMenuEvent *event)
     // What others have added to the view, as far as it applies now.
     QList<QAction *> entries = m_contextMenu->actions() + actions();
     entries.removeIf([](const QAction *action) { return !action->isVisible(); });
+    const QPointer<WaveView> alive = this;
+    if (event->reason() == QContextMenuEvent::Mouse)
+        m_menuPlace = event->pos();
     runMenu(this, entries, event->globalPos());
+    if (alive)
+        m_menuPlace.reset();
 }
 
 void WaveView::paintEvent(QPaintEvent *event)

@@ -8,6 +8,7 @@
 
 #include <QGraphicsView>
 #include <QList>
+#include <QPoint>
 #include <QRect>
 
 #include <memory>
@@ -70,6 +71,8 @@ public:
     void centreOn(int sample);
     /// The sample in the middle.
     [[nodiscard]] int middleSample() const;
+    /// Where in the viewport the context menu came up that is open, if it was by the mouse.
+    [[nodiscard]] std::optional<QPoint> menuPlace() const { return m_menuPlace; }
     /// Do all of a sample's first pixels show?
     [[nodiscard]] bool isInView(int sample) const;
 
@@ -128,6 +131,7 @@ private:
     int m_roomAfter = 0;                              ///< samples
     std::unique_ptr<ActionDelegate> m_actionDelegate; ///< present mouse mode
     std::unique_ptr<ContextMenuDelegate> m_contextMenu;
+    std::optional<QPoint> m_menuPlace;
     qreal m_zoomRate = 1.0;
     qreal m_middle = 0.0;     ///< scene x that was put in the middle; bars count whole pixels
     int m_middleBar = -1;     ///< the bar's value when that was done
