@@ -18,16 +18,18 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
 
 namespace {
 
-void readStandard(QByteArrayView bytes)
+void readStandard(const QByteArray &bytes)
 {
+    const KEO::Result<KEO::StandardText> text = KEO::standardConfigText(bytes);
+    if (!text)
+        return;
     bool ok = false;
-    const KEO::CoreList cores =
-        KEO::loadStandardConfig(QString::fromLatin1(bytes), nullptr, &ok, nullptr);
+    const KEO::CoreList cores = KEO::loadStandardConfig(text->text, nullptr, &ok, nullptr);
     if (!ok && !cores.empty())
         std::abort();
-    const QByteArray saved = KEO::saveStandardConfig(cores).toLatin1();
+    const QByteArray saved = KEO::standardConfigBytes(cores, text->encoding);
     const KEO::CoreList again =
-        KEO::loadStandardConfig(QString::fromLatin1(saved), nullptr, &ok, nullptr);
+        KEO::loadStandardConfig(KEO::standardConfigText(saved)->text, nullptr, &ok, nullptr);
     if (!ok || coreText(again) != coreText(cores)) {
         qDebug().noquote() << saved;
         std::abort();

@@ -2,6 +2,8 @@
 // to rest at once, and every export of it must work, with the same bytes through both doors.
 
 #include <export/csvwriter.h>
+#include <export/plaincsvwriter.h>
+#include <export/plainvcdwriter.h>
 #include <export/prnwriter.h>
 #include <export/vcdwriter.h>
 #include <wave_data/windowcontents.h>
@@ -50,6 +52,12 @@ QByteArray exportsOf(const ExportWindow &window, int trigger)
            }) +
            written([&](QIODevice &out) {
                return writeVcd(out, "dut", "clk", true, "ps", 5, trigger, window, date);
+           }) +
+           written([&](QIODevice &out) {
+               return writePlainCsv(out, "ns", 3, trigger, Formulas::Disarmed, window);
+           }) +
+           written([&](QIODevice &out) {
+               return writePlainVcd(out, {"dut", 5, trigger, date}, window);
            }) +
            readBusNames(window).join(u',').toUtf8();
 }

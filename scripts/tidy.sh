@@ -1,28 +1,36 @@
 #!/usr/bin/env bash
-# tidy.sh BUILD SECONDS: clang-tidy over the sources of a build folder, those first that changed last,
-# until the time is over; says how far it came. Fails if a source has a finding.
+# tidy.sh BUILD SECONDS [SOURCE...]: clang-tidy over the sources of a build folder, those first that
+# changed last, or over the ones named, until the time is over; says how far it came. Fails if a
+# source has a finding. The folder has to be built, since sources include generated headers.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/packages.sh
-folder=$1
-seconds=$2
+build=$1
+end=$(($(date +%s) + $2))
+shift 2
 
 log=$(mktemp -d)
 trap 'rm -rf "$log"' EXIT
-sources=$(git log --format= --name-only -- 'src/*.cpp' 'simulator/*.cpp' | awk 'NF && !seen[$0]++' |
-    while read -r source; do [ ! -f "$source" ] || echo "$source"; done)
-deadline=$((SECONDS + seconds))
+# Precompiled headers are the compiler's own, and clang takes those of gcc for broken ones.
+[ -f "$build/compile_commands.json" ] || die "$build is no build folder"
+sed -E 's/ -Winvalid-pch( -Xclang)? -include( -Xclang)? [^ ]+cmake_pch\.hxx//' \
+    "$build/compile_commands.json" >"$log/compile_commands.json"
+
+if [ $# -gt 0 ]; then
+    sources=$(printf '%s\n' "$@")
+else
+    sources=$(git log --format= --name-only -- 'src/*.cpp' 'simulator/*.cpp' | awk 'NF && !seen[$0]++' |
+        while read -r source; do [ ! -f "$source" ] || echo "$source"; done)
+fi
 tidy_one() {
     [ "$(date +%s)" -lt "$end" ] || return 0
-    # Precompiled headers are the compiler's own and mean nothing to another.
-    clang-tidy --quiet -p "$folder" --warnings-as-errors='*' "$1" >"$log/${1//\//-}" 2>/dev/null ||
-        { cat "$log/${1//\//-}" && touch "$log/failed"; }
+    local said=$log/${1//\//-}.said
+    # On standard error it counts the warnings of system headers.
+    clang-tidy --quiet -p "$log" --warnings-as-errors='*' "$1" >"$said" 2>/dev/null ||
+        { echo "$1:" && cat "$said" && touch "$log/failed"; }
 }
-end=$(($(date +%s) + seconds))
 export -f tidy_one
-export folder log end
+export log end
 xargs -P "$(nproc)" -I '{}' bash -c 'tidy_one "$1"' tidy '{}' <<<"$sources"
-total=$(wc -l <<<"$sources")
-reached=$(find "$log" -name 'src-*' -o -name 'simulator-*' | wc -l)
-echo "clang-tidy: $reached of $total sources, in $((SECONDS - deadline + seconds)) s."
+echo "clang-tidy: $(find "$log" -name '*.said' | wc -l) of $(wc -l <<<"$sources") sources, in $SECONDS s."
 [ ! -e "$log/failed" ]

@@ -133,7 +133,7 @@ Cable::Cable(const CableSetup &setup, Core::Report report)
 {
 }
 
-Outcome<std::unique_ptr<Cable>> Cable::build(const CableSetup &setup, Core::Report report,
+Outcome<std::unique_ptr<Cable>> Cable::build(const CableSetup &setup, const Core::Report &report,
                                              QStringList *notes)
 {
     std::unique_ptr<Cable> cable(new Cable(setup, report));

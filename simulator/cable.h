@@ -26,8 +26,8 @@ public:
     /// Builds the device model, which reads the description and the stimulus; does so for a device
     /// without bitstream as well, to tell early what is wrong with them. Sentences about what is
     /// odd but workable are appended to \a notes.
-    static Outcome<std::unique_ptr<Cable>> build(const CableSetup &setup, Core::Report report,
-                                                 QStringList *notes);
+    static Outcome<std::unique_ptr<Cable>> build(const CableSetup &setup,
+                                                 const Core::Report &report, QStringList *notes);
 
     /// The reply to a packet, or nothing when there is none. \a client tells clients apart;
     /// \a forcedResult stands in for the result of an "OPEN".

@@ -45,7 +45,7 @@ ChainState ChainStateFile::read() const
     ChainState state;
     state.scans = object.value(kScans).toInt();
     state.downloads = object.value(kDownloads).toInt();
-    for (const QJsonValue &device : object.value(kDevices).toArray())
+    for (const QJsonValue device : object.value(kDevices).toArray())
         state.devices.insert(device[kPosition].toInt(-1),
                              {device[kProgrammed].toBool(), device[kLoads].toInt()});
     return state;

@@ -56,7 +56,7 @@ QString JsonWalk::text(const QJsonObject &object, const QString &place, const ch
 QStringList JsonWalk::texts(const QJsonObject &object, const QString &place, const char *key)
 {
     QStringList texts;
-    for (const QJsonValue &value : array(object, place, key)) {
+    for (const QJsonValue value : array(object, place, key)) {
         if (!value.isString())
             fail(at(place, key), QStringLiteral("must hold texts only"));
         texts.append(value.toString());

@@ -103,7 +103,8 @@ peak() { # FORMAT ROWS CHANNELS -> kB
 
 memory() { # ROWS CHANNELS
     echo "peak memory of $1 x $2: without writing $(peak none "$1" "$2") kB," \
-        "csv $(peak csv "$1" "$2") kB, vcd $(peak vcd "$1" "$2") kB"
+        "csv $(peak csv "$1" "$2") kB, vcd $(peak vcd "$1" "$2") kB," \
+        "csv-plain $(peak csv-plain "$1" "$2") kB, vcd-plain $(peak vcd-plain "$1" "$2") kB"
 }
 
 check_csv 2000 256

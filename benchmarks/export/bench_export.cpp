@@ -1,6 +1,8 @@
 #include "randomwindow.h"
 
 #include <export/csvwriter.h>
+#include <export/plaincsvwriter.h>
+#include <export/plainvcdwriter.h>
 #include <export/vcdwriter.h>
 #include <wave_data/dataformat.h>
 
@@ -58,12 +60,11 @@ void csvSignals(benchmark::State &state)
 }
 BENCHMARK(csvSignals)->Args({65'536, 256})->Unit(benchmark::kMillisecond);
 
-/// Eight buses of 32 random bits, each with its members: no cell repeats the one above it.
-void csvBuses(benchmark::State &state)
+/// Eight buses of 32 random bits: no value repeats the one before it.
+void addRandomBuses(WindowContents &contents, DataFormat::Type format)
 {
     constexpr int buses = 8;
     constexpr int width = 32;
-    WindowContents contents;
     for (int bus = 0; bus < buses; ++bus) {
         std::vector<SignalElement> members;
         for (int i = 0; i < width; ++i)
@@ -74,8 +75,15 @@ void csvBuses(benchmark::State &state)
         BusElement element{.name = QStringLiteral("d%1").arg(bus), .text = {}, .signals = {}};
         for (SignalElement &member : members)
             element.signals.append(&member);
-        contents.addBus(element).format->setType(DataFormat::Type(state.range(0)));
+        contents.addBus(element).format->setType(format);
     }
+}
+
+/// Each with its members.
+void csvBuses(benchmark::State &state)
+{
+    WindowContents contents;
+    addRandomBuses(contents, DataFormat::Type(state.range(0)));
     measure(state, [&](QIODevice &device) { return KEO::writeCsv(device, "ns", 1, contents); });
 }
 BENCHMARK(csvBuses)
@@ -94,6 +102,37 @@ void vcdSignals(benchmark::State &state)
     });
 }
 BENCHMARK(vcdSignals)->Args({1'048'576, 32})->Unit(benchmark::kMillisecond);
+
+const KEO::PlainVcdHead kPlainHead{.moduleName = QStringLiteral("dut"),
+                                   .period = 1000,
+                                   .triggerSample = 0,
+                                   .written = QDateTime::fromMSecsSinceEpoch(0)};
+
+void plainVcdSignals(benchmark::State &state)
+{
+    WindowContents contents;
+    addRandomSignals(contents, int(state.range(1)), state.range(0));
+    measure(state, [&](QIODevice &out) { return KEO::writePlainVcd(out, kPlainHead, contents); });
+}
+BENCHMARK(plainVcdSignals)->Args({1'048'576, 32})->Unit(benchmark::kMillisecond);
+
+void plainVcdBuses(benchmark::State &state)
+{
+    WindowContents contents;
+    addRandomBuses(contents, DataFormat::Hexadecimal);
+    measure(state, [&](QIODevice &out) { return KEO::writePlainVcd(out, kPlainHead, contents); });
+}
+BENCHMARK(plainVcdBuses)->Unit(benchmark::kMillisecond);
+
+void plainCsvSignals(benchmark::State &state)
+{
+    WindowContents contents;
+    addRandomSignals(contents, int(state.range(1)), state.range(0));
+    measure(state, [&](QIODevice &out) {
+        return KEO::writePlainCsv(out, "ns", 1, 0, KEO::Formulas::Kept, contents);
+    });
+}
+BENCHMARK(plainCsvSignals)->Args({65'536, 256})->Unit(benchmark::kMillisecond);
 
 /// What a project's saving and loading ask of a window, without the XML text itself.
 void windowXml(benchmark::State &state)

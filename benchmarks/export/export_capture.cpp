@@ -1,17 +1,22 @@
 // export_capture FORMAT IN.bin CHANNELS OUT: exports raw packed samples. One row of the input has
-// CHANNELS / 8 bytes, channel 0 is bit 0 of byte 0. FORMAT is csv, vcd, or none, which reads the
-// input as the others do and writes nothing: what the others need beyond it is the writer's.
-// IN.bin may also be same:ROWS; then all channels share the samples of one, and a process that
-// grows with the number of rows has a writer that does.
+// CHANNELS / 8 bytes, channel 0 is bit 0 of byte 0. FORMAT is csv, vcd, csv-plain, vcd-plain, or
+// none, which reads the input as the others do and writes nothing: what the others need beyond it
+// is the writer's. IN.bin may also be same:ROWS; then all channels share the samples of one, and a
+// process that grows with the number of rows has a writer that does.
 
 #include "randomwindow.h"
 
 #include <base/bitwords.h>
+#include <base/wholefile.h>
 #include <export/csvwriter.h>
+#include <export/plaincsvwriter.h>
+#include <export/plainvcdwriter.h>
 #include <export/vcdwriter.h>
 #include <wave_data/windowcontents.h>
 
+#include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
 #include <QtEndian>
 
 #include <algorithm>
@@ -76,14 +81,30 @@ bool load(const QString &path, int channels, WindowContents &contents)
     return !samples.isEmpty();
 }
 
+bool writeTo(QIODevice &out, const QString &format, const WindowContents &contents)
+{
+    const QString unit = QStringLiteral("ns");
+    if (format == QLatin1String("csv"))
+        return KEO::writeCsv(out, unit, 1, contents);
+    if (format == QLatin1String("vcd"))
+        return KEO::writeVcd(out, QStringLiteral("dut"), QStringLiteral("clk"), false, unit, 2, 0,
+                             contents, QDateTime::currentDateTime());
+    if (format == QLatin1String("csv-plain"))
+        return KEO::writePlainCsv(out, unit, 1, 0, KEO::Formulas::Kept, contents);
+    if (format == QLatin1String("vcd-plain"))
+        return KEO::writePlainVcd(out, {QStringLiteral("dut"), 1000, 0, {}}, contents);
+    return format == QLatin1String("none");
+}
+
+/// As the programs write a file; but what is no file, such as /dev/null, they would refuse.
 bool write(const QString &format, const QString &path, const WindowContents &contents)
 {
-    if (format == QLatin1String("csv"))
-        return KEO::writeCsv(path, QStringLiteral("ns"), 1, contents);
-    if (format == QLatin1String("vcd"))
-        return KEO::writeVcd(path, QStringLiteral("dut"), QStringLiteral("clk"), false,
-                             QStringLiteral("ns"), 2, 0, contents);
-    return format == QLatin1String("none");
+    const auto writeContents = [&](QIODevice &out) { return writeTo(out, format, contents); };
+    const QFileInfo present(path);
+    if (!present.exists() || present.isFile())
+        return !KEO::writeWholeFile(path, KEO::LineEnds::Native, writeContents);
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && writeContents(file);
 }
 
 } // namespace
@@ -91,7 +112,8 @@ bool write(const QString &format, const QString &path, const WindowContents &con
 int main(int argc, char **argv)
 {
     if (argc != 5) {
-        std::fputs("usage: export_capture csv|vcd|none IN.bin CHANNELS OUT\n", stderr);
+        std::fputs("usage: export_capture csv|vcd|csv-plain|vcd-plain|none IN.bin CHANNELS OUT\n",
+                   stderr);
         return 2;
     }
     const int channels = std::atoi(argv[3]);

@@ -14,14 +14,18 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION electronics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/compress.cmake)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME signal-scope)
-set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SUGGESTS signal-scope-simulator)
+set(CPACK_DEBIAN_PROGRAMS_PACKAGE_RECOMMENDS qt6-wayland)
+set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SUGGESTS "signal-scope-simulator, python3")
 set(CPACK_COMPONENT_PROGRAMS_DESCRIPTION
-    "The desktop side of an on-chip logic analyzer: arms the analyzer cores of a design through a\n\
-JTAG cable, waits for the trigger and shows the samples as waves, or captures from a script.")
+    "The desktop side of an on-chip logic analyzer: arms the analyzer cores of a\n\
+design through a JTAG cable, waits for the trigger and shows the samples as\n\
+waves, or captures from a script.")
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_NAME signal-scope-simulator)
-set(CPACK_DEBIAN_SIMULATOR_PACKAGE_DEPENDS signal-scope)
+set(CPACK_DEBIAN_SIMULATOR_PACKAGE_DEPENDS "signal-scope (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_SIMULATOR_DESCRIPTION
-    "A simulated board for Signal Scope: cable servers, analyzer cores and a programmer that behave\n\
-as real ones do, with two example designs. Takes the place of a real cable's servers.")
+    "A simulated board for Signal Scope: cable servers, analyzer cores and a\n\
+programmer that behave as real ones do, with two example designs. Takes the\n\
+place of a real cable's servers.")
 include(CPack)

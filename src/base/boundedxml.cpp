@@ -49,14 +49,10 @@ QString withoutDeclaration(QString text)
     return text;
 }
 
-/// Name of the encoding that the bytes claim to have.
 QByteArray encodingOf(const QByteArray &bytes)
 {
-    if (const auto detected = QStringConverter::encodingForData(bytes, u'<'))
-        return QStringConverter::nameForEncoding(*detected);
-    const QString start = QString::fromLatin1(bytes.first(qMin<qsizetype>(bytes.size(), 1024)));
-    const QString declared = declaration().match(start).captured(1);
-    return declared.isEmpty() ? QByteArray("UTF-8") : declared.toLatin1();
+    const QByteArray claimed = claimedXmlEncoding(bytes);
+    return claimed.isEmpty() ? QByteArray("UTF-8") : claimed;
 }
 
 std::optional<XmlFault> decode(const QByteArray &bytes, QString &text)
@@ -74,6 +70,14 @@ std::optional<XmlFault> decode(const QByteArray &bytes, QString &text)
 }
 
 } // namespace
+
+QByteArray claimedXmlEncoding(const QByteArray &bytes)
+{
+    if (const auto detected = QStringConverter::encodingForData(bytes, u'<'))
+        return QStringConverter::nameForEncoding(*detected);
+    const QString start = QString::fromLatin1(bytes.first(qMin<qsizetype>(bytes.size(), 1024)));
+    return declaration().match(start).captured(1).toLatin1();
+}
 
 Error XmlFault::toError() const
 {

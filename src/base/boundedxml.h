@@ -89,6 +89,10 @@ private:
     bool m_leaves = false; ///< the present token is an end tag
 };
 
+/// The encoding that a document's byte order mark or its first bytes show, else the one that its
+/// XML declaration names, as it is spelled there; empty where nothing tells it.
+QByteArray claimedXmlEncoding(const QByteArray &bytes);
+
 /// Reads \a text into a tree, once a pass without a tree has shown that it is well-formed and
 /// within \a limits, see BoundedXmlReader.
 ///

@@ -233,7 +233,8 @@ void CaptureManager::readRegister(const CmdPack &pack, int width, EmptyAnswer em
         return Verdict::Keep;
     };
     const auto reading = std::make_shared<quint64>(0); // the one that the answer has started
-    const auto take = [=, this, step = currentStep()](const CmdPack &reply) {
+    const auto take = [=, this, step = currentStep(),
+                       answered = std::move(answered)](const CmdPack &reply) {
         if (step.isCurrent())
             *reading = m_reading + 1;
         answered(answerOf(reply));

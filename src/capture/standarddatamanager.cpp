@@ -58,7 +58,7 @@ bool KeoStandardDataManager::load(const QString &path, QString &id, QString *rea
     if (!QFileInfo::exists(path))
         return false;
     noteExtension(path);
-    CoreList cores = loadStandardConfigFile(path, &id, nullptr, reason);
+    CoreList cores = loadStandardConfigFile(path, &id, nullptr, reason, &m_encoding);
     const bool isEmpty = cores.empty();
     if (isEmpty && reason && reason->isEmpty())
         *reason = tr("It describes no standard analyzer core.");

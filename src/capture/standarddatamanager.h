@@ -3,6 +3,7 @@
 #include "capturemanager.h"
 
 #include <config/coreconfig.h>
+#include <config/descriptionencoding.h>
 
 #include <QBitArray>
 #include <QElapsedTimer>
@@ -56,6 +57,8 @@ public:
     QList<QBitArray> rawWindow(int window);
 
     [[nodiscard]] const CoreList &cores() const { return m_cores; }
+    /// Of the description that was loaded last.
+    [[nodiscard]] DescriptionEncoding encoding() const { return m_encoding; }
     /// The core with that CoreConfig::index, as the signals carry it, or null. Borrowed.
     [[nodiscard]] CoreConfig *coreByIndex(int index) const;
     /// Cores whose `active` is not 0. Borrowed.
@@ -97,6 +100,7 @@ private:
 
     QTimer *m_timer; // owned by the object tree
     CoreList m_cores;
+    DescriptionEncoding m_encoding = DescriptionEncoding::Latin1;
     CoreConfig *m_currentCore = nullptr;  // in m_cores; polled or read
     CoreConfig *m_selectedCore = nullptr; // in m_cores; the one that shift words reach
     int m_pollsWaiting = 0;               // for their answers

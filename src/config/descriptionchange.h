@@ -86,8 +86,8 @@ struct DescriptionChange
 /// "Core 1", or "Design" of what concerns the whole, such as a core that was added.
 [[nodiscard]] QString placeOf(const DescriptionChange &change);
 
-/// All in a line, the design's changes first and core by core; signals and settings are counted, and
-/// so is what makes it long.
+/// All in a line, the design's changes first and core by core; signals and settings are counted,
+/// and so is what makes it long.
 [[nodiscard]] QString summaryOf(const QList<DescriptionChange> &changes);
 
 } // namespace KEO

@@ -36,11 +36,14 @@ Result<LoadedDescription> loadDescription(const QByteArray &bytes)
     description.version = head->version;
     bool ok = false;
     QString error;
-    if (head->kind == DescriptionKind::Lite)
+    if (head->kind == DescriptionKind::Lite) {
         description.lite = loadLiteConfig(bytes, &description.id, &ok, &error);
-    else
-        description.standard =
-            loadStandardConfig(standardConfigText(bytes), &description.id, &ok, &error);
+    } else {
+        const Result<StandardText> text = standardConfigText(bytes);
+        if (!text)
+            return text.error();
+        description.standard = loadStandardConfig(text->text, &description.id, &ok, &error);
+    }
     if (!ok)
         return Error{Error::Format, error};
     if (description.standard.empty() && description.lite.isEmpty())

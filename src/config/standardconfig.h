@@ -1,6 +1,7 @@
 #pragma once
 
 #include "coreconfig.h"
+#include "descriptionencoding.h"
 #include "descriptionfile.h"
 
 class QDomDocument;
@@ -16,19 +17,28 @@ namespace KEO {
 /// refusal gives an empty list, and its reason goes to the debug log. Numbers are not checked
 /// against each other: a depth, amount or window number of 0 or below loads as it stands.
 
-/// Reads the description at \a path as Latin-1, whatever encoding it declares, so that every byte
-/// survives a load and a save. An empty file holds no cores and is no error. \a idOut receives the
-/// design's check value (`KEO_ID`, empty if there is none), \a okOut whether the load succeeded,
-/// \a errorOut the message for the user (empty on success). Each may be null.
+struct StandardText
+{
+    QString text;
+    DescriptionEncoding encoding = DescriptionEncoding::Latin1;
+};
+
+/// The text of a file's bytes, without a byte order mark. UTF-8 if they have its mark or declare it
+/// and are valid; else Latin-1, whatever they declare. UTF-16 and UTF-32, which the first bytes
+/// show, are an error.
+[[nodiscard]] Result<StandardText> standardConfigText(const QByteArray &bytes);
+
+/// Reads the description at \a path. An empty file holds no cores and is no error. \a idOut
+/// receives the design's check value (`KEO_ID`, empty if there is none), \a okOut whether the load
+/// succeeded, \a errorOut the message for the user (empty on success), \a encodingOut what to save
+/// the cores in. Each may be null.
 CoreList loadStandardConfigFile(const QString &path, QString *idOut = nullptr,
-                                bool *okOut = nullptr, QString *errorOut = nullptr);
+                                bool *okOut = nullptr, QString *errorOut = nullptr,
+                                DescriptionEncoding *encodingOut = nullptr);
 
 /// The same on a text, such as the one that a file's bytes stand for.
 CoreList loadStandardConfig(const QString &text, QString *idOut = nullptr, bool *okOut = nullptr,
                             QString *errorOut = nullptr);
-
-/// The text of a file's bytes: Latin-1, without a byte order mark.
-QString standardConfigText(const QByteArray &bytes);
 
 /// The cores of a parsed description and its check value, whatever its version says. Empty when the
 /// cores exceed the bounds above.
@@ -38,8 +48,13 @@ CoreList readCoreElements(const QDomDocument &document, QString *idOut = nullptr
 /// `expressionEnabled`. Characters that XML can't hold become U+FFFD.
 QString saveStandardConfig(const CoreList &cores);
 
-/// Writes that document in Latin-1 and text mode. False when the file can't be written; then an
-/// older file at \a path is untouched.
-bool saveStandardConfigFile(const CoreList &cores, const QString &path);
+/// The bytes of that document. In UTF-8 they say so, unless they are ASCII and thus the same in
+/// both.
+QByteArray standardConfigBytes(const CoreList &cores, DescriptionEncoding encoding);
+
+/// Writes those bytes in text mode. False when the file can't be written; then an older file at
+/// \a path is untouched.
+bool saveStandardConfigFile(const CoreList &cores, const QString &path,
+                            DescriptionEncoding encoding = DescriptionEncoding::Latin1);
 
 } // namespace KEO

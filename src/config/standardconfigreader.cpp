@@ -8,6 +8,11 @@
 
 #include <QCoreApplication>
 #include <QDomDocument>
+#include <QRegularExpression>
+#include <QStringConverter>
+
+#include <optional>
+#include <utility>
 
 namespace KEO {
 namespace {
@@ -144,22 +149,63 @@ Result<StandardDescription> parseDescription(const QString &text)
     }
 }
 
-} // namespace
-
 /// A byte order mark is no content, and as Latin-1 it would be text before the document.
-QString standardConfigText(const QByteArray &bytes)
+QByteArrayView withoutMark(QByteArrayView bytes)
 {
     constexpr QByteArrayView mark("\xEF\xBB\xBF");
-    const QByteArrayView view(bytes);
-    return QString::fromLatin1(view.startsWith(mark) ? view.sliced(mark.size()) : view);
+    return bytes.startsWith(mark) ? bytes.sliced(mark.size()) : bytes;
 }
 
-CoreList loadStandardConfigFile(const QString &path, QString *idOut, bool *okOut, QString *errorOut)
+/// A character that XML does not know, for which the file would be refused, or a text of blanks
+/// that only Unicode calls so, which the parser drops.
+bool losesCharacters(const QString &text)
+{
+    static const QRegularExpression blankText(uR"(>(?=[^<]*[^\x00-\x7F])(?:\s|&#\w+;)+<)"_s,
+                                              QRegularExpression::UseUnicodePropertiesOption);
+    return text.contains(QChar(0xFFFE)) || text.contains(QChar(0xFFFF)) || text.contains(blankText);
+}
+
+/// Nothing for bytes that are not UTF-8, or that only Latin-1 keeps.
+std::optional<QString> fromUtf8(const QByteArray &bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
+                                                     QStringDecoder::Flag::ConvertInitialBom);
+    QString text = decoder.decode(withoutMark(bytes));
+    if (decoder.hasError() || losesCharacters(text))
+        return std::nullopt;
+    return text;
+}
+
+} // namespace
+
+Result<StandardText> standardConfigText(const QByteArray &bytes)
+{
+    using enum DescriptionEncoding;
+    if (const auto wide = QStringConverter::encodingForData(bytes, u'<');
+        wide && wide != QStringConverter::Utf8)
+        return Error{Error::Format,
+                     Text::tr("Its encoding is %1, and it must be UTF-8 or Latin-1.")
+                         .arg(QLatin1StringView(QStringConverter::nameForEncoding(*wide)))};
+    if (QStringConverter::encodingForName(claimedXmlEncoding(bytes)) == QStringConverter::Utf8) {
+        if (std::optional<QString> text = fromUtf8(bytes))
+            return StandardText{std::move(*text), Utf8};
+        qCDebug(lcConfig) << "The description is not all of UTF-8, as it says: read as Latin-1";
+    }
+    return StandardText{QString::fromLatin1(withoutMark(bytes)), Latin1};
+}
+
+CoreList loadStandardConfigFile(const QString &path, QString *idOut, bool *okOut, QString *errorOut,
+                                DescriptionEncoding *encodingOut)
 {
     const Result<QByteArray> bytes = readDescriptionFile(path, Text::tr("Open file failed."));
-    if (bytes)
-        return loadStandardConfig(standardConfigText(*bytes), idOut, okOut, errorOut);
-    return deliver<CoreList>(bytes.error(), idOut, okOut, errorOut);
+    if (!bytes)
+        return deliver<CoreList>(bytes.error(), idOut, okOut, errorOut);
+    const Result<StandardText> text = standardConfigText(*bytes);
+    if (!text)
+        return deliver<CoreList>(text.error(), idOut, okOut, errorOut);
+    if (encodingOut)
+        *encodingOut = text->encoding;
+    return loadStandardConfig(text->text, idOut, okOut, errorOut);
 }
 
 CoreList loadStandardConfig(const QString &text, QString *idOut, bool *okOut, QString *errorOut)

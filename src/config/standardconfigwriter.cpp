@@ -7,6 +7,8 @@
 
 #include <QXmlStreamWriter>
 
+#include <algorithm>
+
 namespace KEO {
 namespace {
 
@@ -75,9 +77,8 @@ void writeCore(QXmlStreamWriter &xml, const CoreConfig &core)
     xml.writeEndElement();
 }
 
-} // namespace
-
-QString saveStandardConfig(const CoreList &cores)
+/// The document with its characters as they are.
+QString documentOf(const CoreList &cores)
 {
     QString document;
     QXmlStreamWriter xml(&document);
@@ -86,12 +87,35 @@ QString saveStandardConfig(const CoreList &cores)
         writeCore(xml, *core);
     xml.writeEndElement();
     xml.writeEndDocument();
-    return latin1XmlDocument(document);
+    return document;
 }
 
-bool saveStandardConfigFile(const CoreList &cores, const QString &path)
+bool isAscii(QStringView text)
 {
-    return writeDescriptionFile(path, saveStandardConfig(cores).toLatin1());
+    return std::ranges::all_of(text, [](QChar c) { return c.unicode() < 0x80; });
+}
+
+} // namespace
+
+QString saveStandardConfig(const CoreList &cores)
+{
+    return latin1XmlDocument(documentOf(cores));
+}
+
+QByteArray standardConfigBytes(const CoreList &cores, DescriptionEncoding encoding)
+{
+    QString document = documentOf(cores);
+    if (encoding == DescriptionEncoding::Latin1 || isAscii(document))
+        return latin1XmlDocument(document).toLatin1();
+    document.replace(u'\r', u"&#xd;"_s); // as in Latin-1: it would come back as a line feed
+    document.insert(document.indexOf("?>"_L1), u" encoding=\"UTF-8\""_s);
+    return document.toUtf8();
+}
+
+bool saveStandardConfigFile(const CoreList &cores, const QString &path,
+                            DescriptionEncoding encoding)
+{
+    return writeDescriptionFile(path, standardConfigBytes(cores, encoding));
 }
 
 } // namespace KEO

@@ -8,13 +8,23 @@ namespace {
 
 constexpr int kNone = -1;
 
+/// The names as they were before UTF-8 in a description was read as such; files of that time have
+/// them so.
+QStringList bytewise(const QStringList &names)
+{
+    QStringList characters;
+    for (const QString &name : names)
+        characters.append(QString::fromLatin1(name.toUtf8()));
+    return characters;
+}
+
 /// Do the trigger, as the file has it, and the names of the captured bits fit?
 bool fitsCapture(const LoadedWindow &window, int triggerSample, const QStringList &signalNames,
                  TriggerPosition position)
 {
     return (position == TriggerPosition::Any ||
             window.triggerText == QString::number(triggerSample)) &&
-           window.signalNames == signalNames;
+           (window.signalNames == signalNames || window.signalNames == bytewise(signalNames));
 }
 
 bool fitsCore(const LoadedWindow &window, const CoreList &cores, TriggerPosition position)

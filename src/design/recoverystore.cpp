@@ -104,7 +104,7 @@ std::optional<Recovery> readEntry(const QString &entry)
     recovery.time =
         QDateTime::fromString(values["time"].toString(), Qt::ISODateWithMs).toLocalTime();
     recovery.namesCores = values["namesCores"].toBool(true);
-    for (const QJsonValue &window : values["windows"].toArray()) {
+    for (const QJsonValue window : values["windows"].toArray()) {
         const QJsonArray place = window.toArray();
         recovery.windows.append({place.at(0).toInt(), place.at(1).toInt()});
     }

@@ -26,7 +26,7 @@ bool StandardDesign::loadCores(const QString &path, QString &id, QString &reason
 
 QByteArray StandardDesign::descriptionText() const
 {
-    return saveStandardConfig(cores()).toLatin1();
+    return standardConfigBytes(cores(), m_manager.encoding());
 }
 
 void StandardDesign::leave()

@@ -44,10 +44,7 @@ public:
         taken(std::copy(bytes.begin(), bytes.end(), room(bytes.size())));
     }
     void appendText(const QString &text) { append(QByteArrayView(text.toUtf8())); }
-    void appendNumber(qint64 number)
-    {
-        taken(writeDecimal(room(kDecimalRoom), number));
-    }
+    void appendNumber(qint64 number) { taken(writeDecimal(room(kDecimalRoom), number)); }
 
     /// False as soon as the device refused bytes; nobody needs to go on then.
     [[nodiscard]] bool isGood() const { return m_good; }

@@ -1,6 +1,5 @@
 #include "csvwriter.h"
 
-#include "exportfile.h"
 #include "tablewriter.h"
 
 namespace KEO {
@@ -52,12 +51,6 @@ bool writeCsv(QIODevice &device, const QString &timeUnit, int period, const Expo
     writeTableRows(out, columns, kCsvStyle,
                    {.count = firstColumnSize(columns), .firstTime = period, .period = period});
     return out.finish();
-}
-
-bool writeCsv(const QString &path, const QString &timeUnit, int period, const ExportWindow &window)
-{
-    return writeExportFile(
-        path, [&](QIODevice &file) { return writeCsv(file, timeUnit, period, window); });
 }
 
 } // namespace KEO

@@ -1,6 +1,5 @@
 #include "prnwriter.h"
 
-#include "exportfile.h"
 #include "tablewriter.h"
 
 namespace KEO {
@@ -55,25 +54,10 @@ bool writePrn(QIODevice &out, const QString &timeUnit, int period, const ExportW
     return writeTable(out, timeUnit, period, selectColumns(window, selector));
 }
 
-bool writePrn(const QString &path, const QString &timeUnit, int period, const ExportWindow &window,
-              int selector)
-{
-    return writeExportFile(
-        path, [&](QIODevice &file) { return writePrn(file, timeUnit, period, window, selector); });
-}
-
 bool writePrnBuses(QIODevice &out, const QString &timeUnit, int period, const ExportWindow &window,
                    const QList<int> &buses)
 {
     return writeTable(out, timeUnit, period, selectBuses(window, buses));
-}
-
-bool writePrnBuses(const QString &path, const QString &timeUnit, int period,
-                   const ExportWindow &window, const QList<int> &buses)
-{
-    return writeExportFile(path, [&](QIODevice &file) {
-        return writePrnBuses(file, timeUnit, period, window, buses);
-    });
 }
 
 } // namespace KEO

@@ -1,7 +1,6 @@
 #include "vcdwriter.h"
 
 #include "bytesink.h"
-#include "exportfile.h"
 #include "rowblock.h"
 #include "vcdlines.h"
 
@@ -198,16 +197,6 @@ bool writeVcd(QIODevice &device, const QString &moduleName, const QString &clock
     }
     out.taken(writeStamp(out.room(kStampRoom), startOf(samples + 1, period)));
     return out.finish();
-}
-
-bool writeVcd(const QString &path, const QString &moduleName, const QString &clockName,
-              bool clockInverted, const QString &timeUnit, qint64 period, int triggerSample,
-              const ExportWindow &window)
-{
-    return writeExportFile(path, [&](QIODevice &file) {
-        return writeVcd(file, moduleName, clockName, clockInverted, timeUnit, period, triggerSample,
-                        window, QDateTime::currentDateTime());
-    });
 }
 
 } // namespace KEO

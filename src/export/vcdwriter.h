@@ -17,16 +17,12 @@ namespace KEO {
 /// Writes the signals of \a window as a Value Change Dump, each as a register of one bit; buses do
 /// not appear. A clock of period \a period (at least 2 for distinct time stamps) comes first; its
 /// active edge lies in the middle of each sample, and all values change with it. Time stamps count
-/// in \a timeUnit. The content is UTF-8. False when the device or the file refuses anything.
+/// in \a timeUnit. The content is UTF-8. False when the device refuses anything.
 /// \a clockInverted makes the falling edge the active one, \a triggerSample gets a comment,
 /// \a written is the date in the head.
 [[nodiscard]] bool writeVcd(QIODevice &out, const QString &moduleName, const QString &clockName,
                             bool clockInverted, const QString &timeUnit, qint64 period,
                             int triggerSample, const ExportWindow &window,
                             const QDateTime &written);
-/// The same into the file \a path, whose content is replaced, dated now.
-[[nodiscard]] bool writeVcd(const QString &path, const QString &moduleName,
-                            const QString &clockName, bool clockInverted, const QString &timeUnit,
-                            qint64 period, int triggerSample, const ExportWindow &window);
 
 } // namespace KEO

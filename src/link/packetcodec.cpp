@@ -165,7 +165,7 @@ private:
                 return std::nullopt;
             list.append(std::move(*value));
         }
-        return QVariant(std::move(list));
+        return QVariant(list);
     }
 
     std::optional<QVariant> readBits()
@@ -213,11 +213,11 @@ std::optional<CmdPack> decodePayload(QByteArrayView payload)
         return std::nullopt;
     CmdPack pack;
     for (quint32 i = 0; i < *count; ++i) {
-        std::optional<QString> key = reader.readText();
+        const std::optional<QString> key = reader.readText();
         std::optional<QVariant> value = key ? reader.readValue(0) : std::nullopt;
         if (!value)
             return std::nullopt;
-        pack.insert(std::move(*key), std::move(*value));
+        pack.insert(*key, *value);
     }
     return pack;
 }

@@ -45,7 +45,7 @@ QJsonArray listOf(const QJsonObject &object, const char *key)
 QList<QJsonObject> objectsOf(const QJsonObject &object, const char *key)
 {
     QList<QJsonObject> objects;
-    for (const QJsonValue &entry : listOf(object, key)) {
+    for (const QJsonValue entry : listOf(object, key)) {
         if (entry.isObject())
             objects.append(entry.toObject());
         else
@@ -57,7 +57,7 @@ QList<QJsonObject> objectsOf(const QJsonObject &object, const char *key)
 QStringList textsOf(const QJsonObject &object, const char *key)
 {
     QStringList texts;
-    for (const QJsonValue &entry : listOf(object, key))
+    for (const QJsonValue entry : listOf(object, key))
         texts.append(entry.toVariant().toString());
     return texts;
 }

@@ -32,7 +32,7 @@ std::optional<ExampleDesign> exampleDesign(const QString &directory)
     const QString cable = serverTable().first().connection.serverName;
     const QJsonValue devices =
         QJsonDocument::fromJson(*board)[QLatin1String("cables")][cable][QLatin1String("chain")];
-    for (const QJsonValue &device : devices.toArray()) {
+    for (const QJsonValue device : devices.toArray()) {
         const QString description = device[QLatin1String("description")].toString();
         if (description.isEmpty())
             continue;

@@ -230,7 +230,7 @@ void MuExpressionDialog::paste()
     showTokens();
 }
 
-void MuExpressionDialog::expBtnClicked(QString exp)
+void MuExpressionDialog::expBtnClicked(const QString &exp)
 {
     m_input.append(exp);
     showTokens();

@@ -44,7 +44,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private Q_SLOTS:
-    void expBtnClicked(QString exp);
+    void expBtnClicked(const QString &exp);
     void backspaceClicked();
     void clearAllClicked();
 

@@ -121,6 +121,7 @@ void Finder::search()
     if (kind == FindBar::Anything) {
         const bool isName = !rowsNamed(text).isEmpty();
         const bool isValue = node && parsePattern(text, members.size(), radix);
+        // In the order in which they count. NOLINTNEXTLINE(bugprone-branch-clone)
         if (isComparison(text) || (isValue && beginsLikeNumber(text)))
             kind = FindBar::Value;
         else if (!isName && edgeNamed(text))

@@ -2,8 +2,8 @@
 
 #include <QVarLengthArray>
 
+#include <algorithm>
 #include <charconv>
-#include <cstring>
 
 namespace WaveMonitor {
 
@@ -99,7 +99,7 @@ qsizetype decimalText(const quint64 *words, qsizetype bits, Sign sign, char *out
 qsizetype radixText(DataFormat::Type type, const quint64 *words, qsizetype bits, char *out)
 {
     if (bits <= 0) {
-        std::memcpy(out, "null", 4);
+        std::copy_n("null", 4, out);
         return 4;
     }
     if (bits == 1) {

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void triggerRules_data();
     void triggerRules();
     void manPageNamesEveryOption();
+    void helpAndManPageNameEveryExitStatus();
     void bashCompletes_data();
     void bashCompletes();
 };
@@ -356,6 +357,37 @@ void tst_CaptureOptions::manPageNamesEveryOption()
     QCOMPARE(
         optionsIn(QString::fromUtf8(page).replace("\\-", "-"), R"(^\.TP\n\.BI? (.*)$)").join(u' '),
         known.join(u' '));
+}
+
+/// The numbers in what \a pattern captures of \a text, each once, in their order.
+QStringList numbersIn(const QString &text, const QString &pattern)
+{
+    static const QRegularExpression number("\\b\\d+\\b");
+    QMap<int, QString> numbers;
+    QRegularExpressionMatchIterator entry =
+        QRegularExpression(pattern, QRegularExpression::MultilineOption).globalMatch(text);
+    while (entry.hasNext()) {
+        QRegularExpressionMatchIterator found = number.globalMatch(entry.next().captured(1));
+        while (found.hasNext()) {
+            const QString digits = found.next().captured();
+            numbers.insert(digits.toInt(), digits);
+        }
+    }
+    return numbers.values();
+}
+
+void tst_CaptureOptions::helpAndManPageNameEveryExitStatus()
+{
+    const QString header = contentOf(QStringLiteral(KEO_SOURCE_DIR "/src/cli/exitstatus.h"));
+    const QStringList known = numbersIn(header, R"(^ +\w+ = (\d+))");
+    QVERIFY(known.size() > 7);
+    const auto help = parseCaptureOptions({"program", "--help"});
+    QVERIFY(help);
+    QCOMPARE(numbersIn(help->helpText, R"(^Exit status: ((?:.|\n)*?)\n\n)"), known);
+    const QString page =
+        contentOf(QStringLiteral(KEO_SOURCE_DIR "/packaging/signalscope-capture.1"));
+    const QString statuses = page.section(".SH EXIT STATUS", 1).section(".SH", 0, 0);
+    QCOMPARE(numbersIn(statuses, R"(^\.TP\n\.B (.*)$)"), known);
 }
 
 void tst_CaptureOptions::bashCompletes_data()

@@ -4,12 +4,16 @@
 
 #include <config/capturelimits.h>
 #include <config/liteconfig.h>
+#include <config/loadeddescription.h>
 #include <config/matchtype.h>
 #include <config/poweroftwo.h>
 #include <config/standardconfig.h>
 
 #include <support/files.h>
 #include <support/testmain.h>
+
+#include <QRandomGenerator>
+#include <QStringConverter>
 
 #include <functional>
 #include <optional>
@@ -28,6 +32,9 @@ private Q_SLOTS:
     void numbersThatCannotBeCaptured();
     void readsAToolFlowFile();
     void readsAndWritesASavedFile();
+    void encodings_data();
+    void encodings();
+    void keepsEveryByte();
     void readerRules_data();
     void readerRules();
     void versions();
@@ -169,8 +176,7 @@ void tst_Config::readsAToolFlowFile()
     QCOMPARE(id, "0x5A3C");
     QCOMPARE(cores.size(), 2);
     const CoreConfig &core = *cores[0];
-    // The bytes of another encoding stay single characters.
-    QCOMPARE(core.signals[2].text, QString::fromLatin1("Z\xC3\xA4hler"));
+    QCOMPARE(core.signals[2].text, QString::fromUtf8("Z\xC3\xA4hler"));
     QCOMPARE(core.portsWithSignals().size(), 2); // port 16 is skipped
     QCOMPARE(core.expressions.join(u' '), "M0&!M3 M0|M3");
     QCOMPARE(core.matchUnitByIndex(0)->counter_width, 0); // absent is 0, not the default
@@ -201,6 +207,111 @@ void tst_Config::readsAndWritesASavedFile()
     QVERIFY(saveStandardConfigFile(cores, path));
     QCOMPARE(contentOf(path).split('\n'), contentOf(kSeeds + "saved.keo").split('\n'));
     QVERIFY(!saveStandardConfigFile(cores, m_directory.path()));
+}
+
+void tst_Config::encodings_data()
+{
+    addColumns<QByteArray, QString, QString>({"file", "name", "error"});
+    const auto row = [](const char *title, const QByteArray &declaration, const QByteArray &name,
+                        const QString &shown) {
+        const QString core = "<KoCore><SignalList><Signal>%1</Signal></SignalList></KoCore>";
+        addRow(title, declaration + document(core).toLatin1().replace("%1", name), shown,
+               QString());
+    };
+    const QByteArray utf8 = "\xC3\xA9t\xC3\xA9";
+    const QString bytewise = QString::fromLatin1(utf8);
+    const QByteArray declared = "<?xml version='1.0' encoding='utf-8' standalone='yes'?>";
+    row("declared", declared, utf8, "\u00e9t\u00e9");
+    row("marked", "\xEF\xBB\xBF", utf8, "\u00e9t\u00e9");
+    row("marked and declared otherwise", "\xEF\xBB\xBF<?xml version='1.0' encoding='latin1'?>",
+        utf8, "\u00e9t\u00e9");
+    row("not declared", "<?xml version='1'?>", utf8, bytewise);
+    row("declared otherwise", "<?xml version='1.0' encoding='windows-1252'?>", utf8, bytewise);
+    row("declared UTF-16 in single bytes", "<?xml version='1.0' encoding='UTF-16'?>", utf8,
+        bytewise);
+    row("one byte that is not UTF-8", declared, utf8 + '\xE9', bytewise + QChar(0xE9));
+    row("no character", declared, "\xEF\xBF\xBE", QString::fromLatin1("\xEF\xBF\xBE"));
+
+    const auto wide = [](const char *title, QStringConverter::Encoding encoding,
+                         QStringConverter::Flag mark, const char *name) {
+        QStringEncoder encoder(encoding, mark);
+        const QByteArray bytes = encoder.encode(document("<KoCore/>"));
+        addRow(title, bytes, QString(), QString("encoding is %1,").arg(name));
+    };
+    using enum QStringConverter::Encoding;
+    using enum QStringConverter::Flag;
+    wide("marked UTF-16", Utf16LE, WriteBom, "UTF-16LE");
+    wide("UTF-16 without a mark", Utf16BE, Default, "UTF-16BE");
+    wide("UTF-32", Utf32LE, WriteBom, "UTF-32LE");
+}
+
+void tst_Config::encodings()
+{
+    QFETCH(const QByteArray, file);
+    const QString path = putFile(m_directory.filePath("encoded.keo"), file);
+    QString message;
+    const CoreList cores = loadStandardConfigFile(path, nullptr, nullptr, &message);
+    const Result<LoadedDescription> description = loadDescription(file); // as two are compared
+    QFETCH(const QString, error);
+    QVERIFY2(message.contains(error), qPrintable(message));
+    QCOMPARE(description ? QString() : description.error().message, message);
+    if (!error.isEmpty())
+        return;
+    QVERIFY2(message.isEmpty(), qPrintable(message));
+    QTEST(cores.front()->flatSignalNames().first(), "name");
+    QCOMPARE(coreText(description->standard), coreText(cores));
+}
+
+// Whatever the names are made of, what is saved has the bytes that reading every file as Latin-1
+// gives, and reads the same again.
+void tst_Config::keepsEveryByte()
+{
+    QRandomGenerator random(18);
+    const QByteArrayList pieces{"a",
+                                " ",
+                                "&#13;",
+                                "&#xE9;",
+                                "&lt;",
+                                "\xC3\xA9",
+                                "\xC2\x85",
+                                "\xC2\xA0",
+                                "\xE2\x82\xAC",
+                                "\xEF\xBB\xBF",
+                                "\xF0\x9F\x98\x80",
+                                "\xE2\x80\xA8"};
+    const QByteArray declaration = "<?xml version=\"1\" encoding=\"UTF-8\"?>\n";
+    int asUtf8 = 0;
+    for (int round = 0; round < 400; ++round) {
+        const auto name = [&] {
+            QByteArray bytes;
+            for (int count = random.bounded(6); count > 0; --count)
+                bytes += pieces[random.bounded(pieces.size())];
+            if (random.bounded(20) == 0)
+                bytes.insert(random.bounded(bytes.size() + 1), char(128 + random.bounded(128)));
+            return bytes;
+        };
+        const QByteArray content =
+            document("<KoCore module_name='%1' sample_clock='%2'><SignalList>"
+                     "<Signal text='%3'>%4</Signal></SignalList></KoCore>")
+                .toLatin1()
+                .replace("%1", name())
+                .replace("%2", name())
+                .replace("%3", name())
+                .replace("%4", name());
+        const Result<StandardText> text = standardConfigText(declaration + content);
+        QVERIFY(text);
+        const CoreList cores = loadStandardConfig(text->text);
+        const QByteArray saved = standardConfigBytes(cores, text->encoding);
+        const bool isDeclared = saved.startsWith(declaration.chopped(1));
+        asUtf8 += isDeclared;
+        if (!content.contains("&#xE9;") || !isDeclared) { // as Latin-1 a single byte
+            const CoreList bytewise = loadStandardConfig(QString::fromLatin1(content));
+            QCOMPARE(QByteArray(saved).replace(" encoding=\"UTF-8\"", ""),
+                     saveStandardConfig(bytewise).toLatin1());
+        }
+        QCOMPARE(coreText(loadStandardConfig(standardConfigText(saved)->text)), coreText(cores));
+    }
+    QVERIFY(asUtf8 > 100);
 }
 
 void tst_Config::readerRules_data()

@@ -250,7 +250,7 @@ void tst_DataFile::fitsTheDesign_data()
 {
     const auto row = addColumns<QByteArray, bool>({"content", "fits"});
     const auto window = [](const char *attributes, const char *trigger = "16",
-                           const char *signals = "<Signal name='a'/><Signal name='b'/>") {
+                           const char *signals = "<Signal name='a'/><Signal name='é'/>") {
         return QByteArray("<Window ") + attributes + "><TriggerPosition>" + trigger +
                "</TriggerPosition><Signals>" + signals + "</Signals></Window>";
     };
@@ -266,9 +266,11 @@ void tst_DataFile::fitsTheDesign_data()
     row("trigger missing", "<Window core='3'/>", false);
     row("a signal less", window("core='3'", "16", "<Signal name='a'/>"), false);
     row("other name", window("core='3'", "16", "<Signal name='a'/><Signal name='B'/>"), false);
-    row("other order", window("core='3'", "16", "<Signal name='b'/><Signal name='a'/>"), false);
+    row("name of a program that took UTF-8 for Latin-1",
+        window("core='3'", "16", "<Signal name='a'/><Signal name='Ã©'/>"), true);
+    row("other order", window("core='3'", "16", "<Signal name='é'/><Signal name='a'/>"), false);
     row("a comment counts",
-        window("core='3'", "16", "<Signal name='a'/><!-- --><Signal name='b'/>"), false);
+        window("core='3'", "16", "<Signal name='a'/><!-- --><Signal name='é'/>"), false);
     row("deeper down", "<Group>" + window("core='4'") + "</Group>", false);
 }
 
@@ -279,7 +281,7 @@ void tst_DataFile::fitsTheDesign()
     cores.push_back(std::make_unique<CoreConfig>(3));
     cores.back()->window_num = 2;
     cores.back()->trigger_pos = 16;
-    cores.back()->signals = {{"bus", {}, {{"a", {}, {}}, {"b", {}, {}}}}};
+    cores.back()->signals = {{"bus", {}, {{"a", {}, {}}, {"é", {}, {}}}}};
     const auto loaded = readDataFile(root(content));
     QVERIFY(loaded);
     QTEST(fitsCores(*loaded, cores, TriggerPosition::AsDescribed), "fits");

@@ -163,8 +163,7 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
     ask();
     QVERIFY(s.changeList() && !s.changeList()->isModal());
     const auto copied = [&s] {
-        QTest::mouseClick(s.changeList()->findChild<QPushButton *>("copy"),
-                          Qt::LeftButton);
+        QTest::mouseClick(s.changeList()->findChild<QPushButton *>("copy"), Qt::LeftButton);
         return QGuiApplication::clipboard()->text().split(u'\n');
     };
     QCOMPARE(copied().size(), 34);

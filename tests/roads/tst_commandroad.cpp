@@ -316,8 +316,8 @@ void tst_CommandRoad::tellsWhatItCanNotCopy()
     const auto told = [&user] { return user.find<QLabel>("toldStatus")->text(); };
     auto *tree = user.find<QTreeWidget>("coreTree");
     QGuiApplication::clipboard()->clear();
-    QCOMPARE(driveContextMenu(tree->viewport(), {5, 5}, "Copy as Command"),
-             QStringList("Copy as Command"));
+    QVERIFY(
+        driveContextMenu(tree->viewport(), {5, 5}, "Copy as Command").contains("Copy as Command"));
     const QString command = QGuiApplication::clipboard()->text();
     QVERIFY2(command.contains("--set M0='==1' ") && !command.contains("M1"), qPrintable(command));
     QVERIFY2(told().contains("M1 of core 0 is left to the description."), qPrintable(told()));
