@@ -24,7 +24,8 @@ constexpr size_t kCountBits = 32; // of a number of bits that are wrong
 Words wordsOf(const QBitArray &bits, size_t words)
 {
     Words samples(std::max(words, trackWords(bits.size())), 0);
-    std::memcpy(samples.data(), bits.bits(), size_t(bits.size() + 7) / 8);
+    if (!bits.isEmpty()) // which has no bytes to point to
+        std::memcpy(samples.data(), bits.bits(), size_t(bits.size() + 7) / 8);
     qFromLittleEndian<quint64>(samples.data(), qsizetype(samples.size()), samples.data());
     return samples;
 }

@@ -52,6 +52,8 @@ Interruption::Interruption(QObject *parent) : QObject(parent), m_poll(new QTimer
 
 Interruption::~Interruption()
 {
+    if (received != 0)
+        return; // the program is on its way out with a status that tells why; let it come out
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);
 }
