@@ -38,9 +38,11 @@ ensure_packages() {
 
 build_packages=(g++ cmake ninja-build qt6-base-dev)
 test_packages=(socat  # stands for the way to another machine
-    sigrok-cli gtkwave python3) # read exports back
+    sigrok-cli gtkwave          # read exports back
+    python3                     # does so too, and runs the Python package
+    fonts-dejavu-core) # in the pictures of the documents
 wayland_packages=(qt6-wayland) # where no X server stands beside the compositor
-ci_packages=(clang libclang-rt-14-dev clang-format clang-tidy libbenchmark-dev
+ci_packages=(python3-numpy clang libclang-rt-14-dev clang-format clang-tidy libbenchmark-dev
     appstream desktop-file-utils shared-mime-info groff man-db dpkg-dev file procps)
 
 # build PRESET [TARGET...]: configures and builds a preset; a build without changes takes a second.

@@ -54,6 +54,11 @@ servers=$(dirname "$(find "$root" -name chainserver)")
 "$root/usr/bin/signalscope-capture" --device KR-C --format csv --out "$root/out" --quiet "$example/uart_fifo.keo"
 [ "$(wc -l <"$root/out/uart_fifo_core0_window0.csv")" -gt 1000 ] || fail "the capture gave too few samples"
 
+captured=$(PATH=$root/usr/bin:$PATH PYTHONPATH=$root/usr/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1 \
+    python3 -c 'import signalscope, sys
+print(len(signalscope.capture(sys.argv[1], device="KR-C", timeout=60).windows[0]))' "$example/uart_fifo.keo")
+[ "$captured" -eq 1024 ] || fail "the Python package captured $captured samples"
+
 # The desktop program runs until it is told to end; here it shall live and have its servers.
 "$root/usr/bin/signalscope" -family KR -device KR-C -keo "$example/uart_fifo.keo" 2>"$root/window" &
 window=$!

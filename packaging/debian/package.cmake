@@ -17,7 +17,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/compress.cmake)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME signal-scope)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_RECOMMENDS qt6-wayland)
-set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SUGGESTS signal-scope-simulator)
+set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SUGGESTS "signal-scope-simulator, python3")
 set(CPACK_COMPONENT_PROGRAMS_DESCRIPTION
     "The desktop side of an on-chip logic analyzer: arms the analyzer cores of a\n\
 design through a JTAG cable, waits for the trigger and shows the samples as\n\

@@ -261,7 +261,9 @@ void Checker::checkExpression(const ExpressionProgram &expression)
             absent.append(whyAbsent(unit));
     }
     const QString named = absent.join(Text::tr(", and "));
-    const Answers answers = answersOf(expression.table, 0, 0, m_reach.inputs());
+    Answers answers = answersOf(expression.table, 0, 0, m_reach.inputs());
+    if (expression.possibleTable)
+        answers.hasTrue = answersOf(*expression.possibleTable, 0, 0, m_reach.inputs()).hasTrue;
     if (!answers.hasTrue)
         add(Subject::Expression, row, Weight::Obstacle,
             absent.isEmpty()
@@ -272,7 +274,10 @@ void Checker::checkExpression(const ExpressionProgram &expression)
             absent.isEmpty()
                 ? Text::tr("%1 is true at once%2.").arg(name, because(expression, true))
                 : Text::tr("%1 is true at once: it names %2.").arg(name, named));
-    else if (!absent.isEmpty())
+    else if (expression.possibleTable)
+        add(Subject::Expression, row, Weight::Note,
+            Text::tr("When %1 triggers can't be told for sure: it names %2.").arg(name, named));
+    else if (!absent.isEmpty() && m_program.tables != TriggerProgram::Tables::Fixed)
         add(Subject::Expression, row, Weight::Note,
             Text::tr("%1 triggers otherwise than it reads: it names %2.").arg(name, named));
     const QString fault = absent.isEmpty() ? grammarFault(expression.text) : QString();

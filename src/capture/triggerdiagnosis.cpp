@@ -174,7 +174,7 @@ Answer answerOf(const ExpressionProgram &expression, UnitStates states)
 {
     const bool first = expression.table.at(states.input);
     const bool differs = anyInput(states, expression.slots, [&](quint32 input) {
-        return expression.table.at(input) != first;
+        return expression.table.at(input) != first || expression.possible().at(input) != first;
     });
     return differs ? Answer::Unknown : first ? Answer::True : Answer::False;
 }

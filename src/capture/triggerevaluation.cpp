@@ -4,6 +4,8 @@
 #include "tabletracks.h"
 
 #include <algorithm>
+#include <array>
+#include <functional>
 #include <utility>
 
 namespace KEO {
@@ -11,12 +13,14 @@ namespace KEO {
 namespace {
 
 /// The answer of a program with tables, all expressions together.
-TruthTable triggerTable(const TriggerProgram &program)
+template <typename TableOf>
+TruthTable triggerTable(const TriggerProgram &program, TableOf tableOf)
 {
     TruthTable table = TruthTable::constant(int(program.units.size()), false);
     for (const ExpressionProgram &expression : program.expressions) {
+        const TruthTable &own = tableOf(expression);
         for (size_t word = 0; word < table.words.size(); ++word)
-            table.words[word] |= expression.table.words[word];
+            table.words[word] |= own.words[word];
     }
     return table;
 }
@@ -31,9 +35,16 @@ void silenceBefore(ConditionTrack &track, qsizetype sample, qsizetype samples)
     }
 }
 
+/// Leaves unknown where a condition does not hold for sure, but is possible.
+void admit(ConditionTrack &track, const ConditionTrack &possible)
+{
+    for (size_t word = 0; word < track.known.size(); ++word)
+        track.known[word] = track.holds[word] | (possible.known[word] & ~possible.holds[word]);
+}
+
 void evaluateTables(TriggerEvaluation &evaluation, const TriggerProgram &program)
 {
-    const TruthTable fires = triggerTable(program);
+    const TruthTable fires = triggerTable(program, std::mem_fn(&ExpressionProgram::table));
     std::vector<const TruthTable *> tables;
     for (const ExpressionProgram &expression : program.expressions)
         tables.push_back(&expression.table);
@@ -43,6 +54,24 @@ void evaluateTables(TriggerEvaluation &evaluation, const TriggerProgram &program
     evaluation.expressions.pop_back();
     if (program.leftOut > 0) // they may fire as well
         evaluation.trigger.known = evaluation.trigger.holds;
+}
+
+/// Goes over what evaluateTables() gave, for expressions that look at units without a slot.
+void admitPossible(TriggerEvaluation &evaluation, const TriggerProgram &program)
+{
+    const auto trackOf = [&](const TruthTable &table) {
+        return tableTracks(std::array{&table}, evaluation.reports, evaluation.samples).front();
+    };
+    bool isAny = false;
+    for (size_t i = 0; i < program.expressions.size(); ++i) {
+        if (!program.expressions[i].possibleTable)
+            continue;
+        admit(evaluation.expressions[i], trackOf(*program.expressions[i].possibleTable));
+        isAny = true;
+    }
+    if (isAny)
+        admit(evaluation.trigger,
+              trackOf(triggerTable(program, std::mem_fn(&ExpressionProgram::possible))));
 }
 
 } // namespace
@@ -61,6 +90,7 @@ TriggerEvaluation evaluateTrigger(const TriggerProgram &program, const PortSampl
     case TriggerProgram::Tables::Fixed:
     case TriggerProgram::Tables::Written:
         evaluateTables(evaluation, program);
+        admitPossible(evaluation, program);
         break;
     case TriggerProgram::Tables::AnyInput:
         evaluation.trigger = ConditionTrack::constant(evaluation.samples, true);

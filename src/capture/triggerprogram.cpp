@@ -6,6 +6,7 @@
 #include <config/coreconfig.h>
 
 #include <algorithm>
+#include <functional>
 
 namespace KEO {
 
@@ -47,32 +48,68 @@ qint64 roomForTables(const CoreConfig &core, quint32 inputs)
     return std::min(addressable, kMaxImageBytes / tableBytes);
 }
 
-/// The slots of the units that \a text names. A unit without a slot has none.
-quint32 slotsNamed(QString text, const TriggerProgram &program)
+/// The units that \a text names, in ascending order.
+QList<int> unitsNamed(QString text)
 {
-    quint32 named = 0;
+    QList<int> units;
     for (int unit = CoreConfig::kUnits; unit >= 0; --unit) { // M1 must not be found inside M10
         const QString name = QLatin1Char('M') + QString::number(unit);
         if (!text.contains(name))
             continue;
-        if (const int slot = program.slotOf(unit); slot >= 0)
-            named |= quint32(1) << slot;
+        units.prepend(unit);
         text.remove(name);
     }
-    return named;
+    return units;
+}
+
+/// The condition without an input of which nothing is known: where it holds for both of its states,
+/// or, with \a combine an "or", for one.
+template <typename Combine>
+TruthTable withoutInput(const TruthTable &table, int input, Combine combine)
+{
+    TruthTable either = table.withFixed(input, false);
+    const TruthTable other = table.withFixed(input, true);
+    std::ranges::transform(either.words, other.words, either.words.begin(), combine);
+    return either;
+}
+
+/// \a named are the units of the expression in the design, which has them whether they are in use
+/// or not.
+void fillFixedTables(ExpressionProgram &expression, TruthTable table, const QList<int> &named,
+                     const TriggerProgram &program)
+{
+    TruthTable possible = table;
+    for (int input = int(named.size()) - 1; input >= 0; --input) {
+        if (program.slotOf(named[input]) >= 0)
+            continue;
+        table = withoutInput(table, input, std::bit_and());
+        possible = withoutInput(possible, input, std::bit_or());
+    }
+    const int slots = int(program.units.size());
+    expression.table = table.spreadOver(expression.slots, slots);
+    if (possible != table)
+        expression.possibleTable = possible.spreadOver(expression.slots, slots);
 }
 
 ExpressionProgram programExpression(int row, const QString &text, const TriggerProgram &program)
 {
     const std::optional<TruthTable> table = evaluateExpression(text);
+    const QList<int> named = unitsNamed(text);
     ExpressionProgram expression;
     expression.row = row;
     expression.text = text;
     expression.isEvaluable = table.has_value();
-    expression.slots = slotsNamed(text, program);
+    for (const int unit : named) {
+        if (const int slot = program.slotOf(unit); slot >= 0)
+            expression.slots |= quint32(1) << slot;
+    }
     const int slots = int(program.units.size());
-    expression.table =
-        table ? table->spreadOver(expression.slots, slots) : TruthTable::constant(slots, false);
+    if (!table)
+        expression.table = TruthTable::constant(slots, false);
+    else if (program.tables == TriggerProgram::Tables::Fixed && table->inputs == named.size())
+        fillFixedTables(expression, *table, named, program);
+    else
+        expression.table = table->spreadOver(expression.slots, slots);
     return expression;
 }
 
@@ -103,10 +140,16 @@ std::optional<bool> TriggerProgram::firesAt(quint32 input) const
 {
     if (tables == Tables::Kept)
         return std::nullopt;
-    return tables == Tables::AnyInput ||
-           std::ranges::any_of(expressions, [input](const ExpressionProgram &expression) {
-               return expression.table.at(input);
-           });
+    const auto isIn = [&](const auto &tableOf) {
+        return std::ranges::any_of(expressions, [&](const ExpressionProgram &expression) {
+            return tableOf(expression).at(input);
+        });
+    };
+    if (tables == Tables::AnyInput || isIn(std::mem_fn(&ExpressionProgram::table)))
+        return true;
+    if (isIn(std::mem_fn(&ExpressionProgram::possible)))
+        return std::nullopt;
+    return false;
 }
 
 QList<UnitProgram> programUnits(const CoreConfig &core)

@@ -38,6 +38,16 @@ struct ExpressionProgram
     quint32 slots = 0;        ///< bit s: it looks at slot s
     /// By input number, in which bit s is what the unit of slot s reports.
     TruthTable table;
+    /// Only in the design of a static core can an expression look at units without a slot, and what
+    /// those report is not known: then `table` has a 1 where the expression is true whatever they
+    /// report, and this one where it can be true. Else nothing.
+    std::optional<TruthTable> possibleTable;
+
+    /// Where it can be true.
+    [[nodiscard]] const TruthTable &possible() const
+    {
+        return possibleTable ? *possibleTable : table;
+    }
 };
 
 /// What a core is given of its trigger set-up, in the terms that the core works with: the units in
@@ -63,7 +73,8 @@ struct TriggerProgram
     [[nodiscard]] quint32 inputCount() const { return quint32(1) << units.size(); }
     /// The slot of match unit \a unit, or -1.
     [[nodiscard]] int slotOf(int unit) const;
-    /// Whether the core triggers at an input number; nothing if it goes by tables from before.
+    /// Whether the core triggers at an input number; nothing if it goes by tables from before, or
+    /// if that depends on units without a slot.
     [[nodiscard]] std::optional<bool> firesAt(quint32 input) const;
 };
 

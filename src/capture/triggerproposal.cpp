@@ -296,7 +296,7 @@ std::optional<TriggerChanges> Proposer::changesFor(const ExpressionProgram &expr
         if (!expression.table.at(input))
             return false;
         for (quint32 turned = ofTeam; turned != 0; turned = (turned - 1) & ofTeam) {
-            if (expression.table.at(input ^ turned))
+            if (expression.possible().at(input ^ turned))
                 return false;
         }
         return true;

@@ -23,13 +23,15 @@ constexpr int kPollInterval = 50;
 } // namespace
 
 /// What is ignored stays ignored in a new process; a handler does not stay.
-Interruption::ChildShield::ChildShield() : m_handler(std::signal(SIGINT, SIG_IGN))
+Interruption::ChildShield::ChildShield()
+    : m_onInterrupt(std::signal(SIGINT, SIG_IGN)), m_onTerminate(std::signal(SIGTERM, SIG_IGN))
 {
 }
 
 Interruption::ChildShield::~ChildShield()
 {
-    std::signal(SIGINT, m_handler);
+    std::signal(SIGINT, m_onInterrupt);
+    std::signal(SIGTERM, m_onTerminate);
 }
 
 Interruption::Interruption(QObject *parent) : QObject(parent), m_poll(new QTimer(this))

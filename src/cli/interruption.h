@@ -18,7 +18,8 @@ class Interruption final : public QObject
 
 public:
     /// Shields the child processes that are started while it lives: a terminal sends Ctrl-C to all
-    /// of them, and a server that ends first could not be told to close the device.
+    /// of them, timeout(1) its signal, and a server that ends first could not be told to close the
+    /// device.
     class ChildShield final
     {
     public:
@@ -28,7 +29,8 @@ public:
         ~ChildShield();
 
     private:
-        void (*m_handler)(int);
+        void (*m_onInterrupt)(int); ///< what stood before
+        void (*m_onTerminate)(int);
     };
 
     explicit Interruption(QObject *parent = nullptr);

@@ -21,10 +21,13 @@ namespace {
 const QColor kAmber(0xf0, 0xa8, 0x28); // of the warning sign
 constexpr qreal kFillShare = 0.22;     // of amber in the strip; enough on light and dark windows
 constexpr qreal kLineShare = 0.70;
+constexpr int kLeastPath = 12; // characters of a path beside the buttons
+
+} // namespace
 
 /// A sentence with a path in it. Shows a long path without its middle rather than making the window
 /// wide. What text() returns is whole.
-class PathLabel final : public QLabel
+class ReloadBanner::PathLabel final : public QLabel
 {
 public:
     PathLabel()
@@ -40,6 +43,8 @@ public:
         setText(sentence.arg(path));
         setToolTip(plainTip(path));
     }
+
+    [[nodiscard]] QString sentence() const { return m_sentence; }
 
     [[nodiscard]] QSize minimumSizeHint() const override
     {
@@ -73,6 +78,8 @@ private:
     QString m_path;
 };
 
+namespace {
+
 QString keepTip()
 {
     return ReloadBanner::tr(
@@ -84,6 +91,7 @@ QString keepTip()
 
 ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     : QWidget(parent),
+      m_body(new QBoxLayout(QBoxLayout::LeftToRight)),
       m_details(named(new ElidedLabel, "labelDetails")),
       m_detailButton(named(new QPushButton(tr("&What changed...")), "buttonDetails")),
       m_button(new QPushButton),
@@ -100,6 +108,7 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     QFont bold = labelFile->font();
     bold.setBold(true);
     labelFile->setFont(bold);
+    m_file = labelFile;
 
     if (mode == Changed) {
         labelFile->setSentence(tr("Keo file '%1' has been changed on disk."), path);
@@ -126,9 +135,12 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     buttons->addWidget(m_button);
     buttons->addWidget(m_keep);
     layout->addWidget(sign);
-    layout->addLayout(texts);
-    layout->addStretch();
-    layout->addLayout(buttons);
+    layout->addLayout(m_body, 1);
+    m_body->addLayout(texts, 1);
+    m_body->addLayout(buttons);
+    m_body->setAlignment(buttons, Qt::AlignRight | Qt::AlignVCenter);
+    m_buttons = buttons;
+    m_sign = sign;
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
@@ -146,6 +158,48 @@ void ReloadBanner::setDetails(const QString &line, bool hasMore)
     m_details->setText(line);
     m_details->setVisible(!line.isEmpty());
     m_detailButton->setVisible(hasMore);
+    arrange();
+}
+
+/// Not as wide as the buttons: a banner that comes must not make the window wider.
+QSize ReloadBanner::minimumSizeHint() const
+{
+    return {surroundingWidth() + m_file->minimumSizeHint().width(),
+            QWidget::minimumSizeHint().height()};
+}
+
+void ReloadBanner::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    arrange();
+}
+
+int ReloadBanner::surroundingWidth() const
+{
+    const QMargins margins = layout()->contentsMargins();
+    return margins.left() + m_sign->sizeHint().width() + layout()->spacing() + margins.right();
+}
+
+int ReloadBanner::buttonRowWidth() const
+{
+    int width = -m_buttons->spacing();
+    for (const QPushButton *button : {m_detailButton, m_button, m_keep})
+        width += button->isHidden() ? 0 : button->sizeHint().width() + m_buttons->spacing();
+    return width;
+}
+
+/// A large font leaves the message no room beside the buttons; then they go below it, and below one
+/// another where even their row has no room.
+void ReloadBanner::arrange()
+{
+    const QFontMetrics metrics = m_file->fontMetrics();
+    const int least = metrics.horizontalAdvance(m_file->sentence().arg(QString())) +
+                      metrics.averageCharWidth() * kLeastPath;
+    const int room = width() - surroundingWidth();
+    const int row = buttonRowWidth();
+    m_body->setDirection(room < row + m_body->spacing() + least ? QBoxLayout::TopToBottom
+                                                                : QBoxLayout::LeftToRight);
+    m_buttons->setDirection(room < row ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
 }
 
 void ReloadBanner::paintEvent(QPaintEvent *)

@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-class QHBoxLayout;
+class QBoxLayout;
 class QLabel;
 class QPushButton;
 
@@ -28,6 +28,8 @@ public:
     /// a button that asks for more of it.
     void setDetails(const QString &line, bool hasMore);
 
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
 Q_SIGNALS:
     void reload();
     void reloadAndKeep();
@@ -40,8 +42,20 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
+    class PathLabel;
+
+    void arrange();
+    /// Of all that stands beside texts and buttons.
+    [[nodiscard]] int surroundingWidth() const;
+    [[nodiscard]] int buttonRowWidth() const;
+
+    QBoxLayout *m_body;          // texts and buttons, beside or below one another
+    QBoxLayout *m_buttons;       // child layout
+    PathLabel *m_file;           // child; the message
+    QLabel *m_sign;              // child
     QLabel *m_details;           // child; hidden without details
     QPushButton *m_detailButton; // child; hidden if there is no more to show
     QPushButton *m_button;       // child

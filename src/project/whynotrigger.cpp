@@ -122,8 +122,10 @@ void WhyNoTrigger::followWindows()
 void WhyNoTrigger::keepWindows()
 {
     std::vector<Capture> going = shownCaptures();
-    if (!going.empty())
-        m_captures = std::move(going);
+    if (going.empty())
+        return;
+    m_captures = std::move(going);
+    m_current = std::min(m_current, int(m_captures.size()) - 1);
 }
 
 void WhyNoTrigger::show()

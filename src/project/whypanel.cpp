@@ -3,6 +3,7 @@
 #include <widgets/formwidgets.h>
 
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QKeyEvent>
@@ -136,6 +137,10 @@ void WhyPanel::showSetting()
 
 void WhyPanel::keyPressEvent(QKeyEvent *event)
 {
+    if (parent() && (event->key() == Qt::Key_F3 || event->key() == Qt::Key_F4)) {
+        QCoreApplication::sendEvent(parent(), event); // the run that it tells of is the window's
+        return;
+    }
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isEnter && focusWidget() == m_list)
         follow();

@@ -37,6 +37,15 @@ QString shown(const QKeySequence &key)
     return key.toString(QKeySequence::NativeText);
 }
 
+QFont enlarged(QFont font)
+{
+    if (font.pixelSize() > 0) // a desktop may give its font in pixels
+        font.setPixelSize(qRound(font.pixelSize() * kTitleScale));
+    else
+        font.setPointSizeF(font.pointSizeF() * kTitleScale);
+    return font;
+}
+
 /// Scrolls once its lists are as low as they may be, not sooner.
 class Content final : public QWidget
 {
@@ -72,9 +81,7 @@ EmptyHint::EmptyHint(QTabWidget *tabs)
     setObjectName(QStringLiteral("emptyHint"));
 
     auto *title = new QLabel(tr("No design is open"));
-    QFont large = font();
-    large.setPointSizeF(large.pointSizeF() * kTitleScale);
-    title->setFont(large);
+    title->setFont(enlarged(font()));
 
     m_refused->setObjectName(QStringLiteral("refusedFile"));
     m_refused->setTextFormat(Qt::PlainText); // names and reasons may look like markup

@@ -272,6 +272,20 @@ quint64 TruthTable::inputWord(int input, size_t word)
     return (word >> (input - kWordInputs)) & 1 ? ~quint64(0) : 0;
 }
 
+TruthTable TruthTable::withFixed(int input, bool state) const
+{
+    TruthTable table = constant(inputs - 1, false);
+    const quint32 below = (quint32(1) << input) - 1;
+    for (size_t word = 0; word < table.words.size(); ++word) {
+        for (quint32 bit = 0; bit < 64; ++bit) {
+            const quint32 entry = (quint32(word) * 64 + bit) & (table.size() - 1);
+            const quint32 old = (entry & below) | (entry & ~below) << 1 | quint32(state) << input;
+            table.words[word] |= quint64(at(old)) << bit;
+        }
+    }
+    return table;
+}
+
 TruthTable TruthTable::spreadOver(quint32 places, int newInputs) const
 {
     const int placed = std::popcount(places);

@@ -24,6 +24,8 @@ struct TruthTable
     [[nodiscard]] static quint64 inputWord(int input, size_t word);
     [[nodiscard]] quint32 size() const { return quint32(1) << inputs; }
     [[nodiscard]] bool at(quint32 entry) const { return (words[entry / 64] >> (entry % 64)) & 1; }
+    /// The condition while input \a input is \a state; the inputs above move down by one.
+    [[nodiscard]] TruthTable withFixed(int input, bool state) const;
     /// The same condition with further inputs, none of which makes a difference: \a places has a
     /// bit for each input of the new table, of \a newInputs, that is one of the old, lowest first.
     /// Old inputs that find no place are off.

@@ -6,6 +6,7 @@
 #include <QBitArray>
 #include <QRandomGenerator>
 
+#include <algorithm>
 #include <vector>
 
 /// A standard core over nets whose every sample is made up, with a trigger as any user could set
@@ -44,6 +45,11 @@ struct RandomTrigger
             added.counter_width = random.bounded(1, 5);
             added.trigger = core.triggers[size_t(ports[random.bounded(ports.size())])].get();
         }
+        const auto isInUse = [](const auto &unit) { return unit->isInUse(); };
+        if (!core.dynamic && std::ranges::none_of(core.matchUnits, isInUse))
+            (*std::ranges::find_if(core.matchUnits, [](const auto &unit) {
+                return unit->trigger != nullptr;
+            }))->enabled = true; // the design has what its expressions name
         for (int expression = random.bounded(1, 4); expression > 0; --expression)
             core.expressions.append(randomExpression(random, random.bounded(4)));
         setUp(random);

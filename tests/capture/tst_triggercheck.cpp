@@ -267,6 +267,14 @@ void tst_TriggerCheck::tells_data()
          "core has.",
          "exp0 exp0 triggers otherwise than it reads: it names M7, which is off.",
          "M2 M2 is on but has no trigger port."});
+    row("units of the design that are off",
+        [&](CoreConfig &core) {
+            core.dynamic = 0;
+            useUnit(core, 1, 0, Equal, "0000");
+            useExpression(core, "M0&M1");
+            useExpression(core, "M1|(M7&!M7)");
+        },
+        {"exp0 When exp0 triggers can't be told for sure: it names M0, which is off."});
     row("unreadable, contradictory, and unused",
         [&](CoreConfig &core) {
             useUnit(core, 0, 0, Equal, "0000");

@@ -5,12 +5,14 @@
 #include <export_ui/exportdialog.h>
 #include <support/debugapplication.h>
 #include <support/desktop.h>
+#include <support/files.h>
 #include <trigger_ui/matchunitdialog.h>
 #include <trigger_ui/muexpressiondialog.h>
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QDockWidget>
 #include <QListWidget>
 #include <QPushButton>
 #include <QScrollBar>
@@ -105,6 +107,18 @@ void tst_ScreenFit::windows()
         inUse->setChecked(on);
         settle();
     }
+    // The message of a changed description keeps its words, and its buttons.
+    putFile(d.file(), contentOf(d.file()).replace("count", "sum"));
+    QTRY_VERIFY(window.findChild<QPushButton *>("btnKeep"));
+    settle();
+    // Beside the dock of this program there is room for the buttons alone; without it, for all.
+    window.findChild<QDockWidget *>()->hide();
+    settle();
+    const auto *message = d.find<QLabel>("labelFile");
+    const int least =
+        message->fontMetrics().horizontalAdvance("Keo file '/...keo' has been changed on disk.");
+    QVERIFY2(message->width() > least, text(message->size()));
+    window.findChild<QDockWidget *>()->show();
     d.press(Qt::Key_F1);
     QTRY_VERIFY_WITH_TIMEOUT(tabs->count() > 1, kCaptureTime);
     settle();

@@ -80,6 +80,7 @@ class tst_TriggerAdvice : public WidgetTest
 private Q_SLOTS:
     void tellsWhy();
     void offersItselfWhileARunWaits();
+    void tellsWhyOfFewerWindows();
     void triggersOnAValue();
     void triggersWhereTheMenuCameUp();
     void liteCoresHaveNone();
@@ -160,7 +161,8 @@ void tst_TriggerAdvice::offersItselfWhileARunWaits()
             QVERIFY(!panel->findChild<QPushButton *>("whySample")->isEnabled()); // no waves
             QVERIFY(panel->findChild<QPushButton *>("whySetting")->isEnabled());
         }
-        d.press(Qt::Key_F3);
+        QTRY_VERIFY(QApplication::activeWindow() == panel);
+        QTest::keyClick(panel, Qt::Key_F3); // which the list itself proposes
         QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), kCaptureTime);
         QTRY_VERIFY(!d.window->findChild<QPushButton *>("whyOffer"));
         QCOMPARE(linesOf(*panel).first(), "As it is set now, it triggers at none of 256 samples.");
@@ -170,6 +172,30 @@ void tst_TriggerAdvice::offersItselfWhileARunWaits()
     waitForOffer(d);
     d.press(Qt::Key_F4);
     QTRY_VERIFY(!d.window->findChild<QPushButton *>("whyOffer"));
+}
+
+/// The list is of the last of many windows; then, while it is closed, of fewer ones.
+void tst_TriggerAdvice::tellsWhyOfFewerWindows()
+{
+    TestDesign design;
+    design.windows = 4;
+    Desktop d(design);
+    d.open();
+    d.capture();
+    d.tabs()->setCurrentIndex(4);
+    d.press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    QDialog *panel = dialogOf(d, "whyNoTrigger");
+    QVERIFY(panel);
+    QTest::keyClick(panel, Qt::Key_Escape);
+    auto *windows = d.find<QComboBox>("comboBoxWindow");
+    windows->setCurrentText("1");
+    Q_EMIT windows->activated(windows->currentIndex());
+    d.capture();
+    d.capture();
+    QCOMPARE(d.tabs()->count(), 2);
+    d.press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(panel->findChild<QComboBox *>("whyCaptures")->count(), 1);
+    QVERIFY(linesOf(*panel).first().startsWith("As it is set now, it triggers at 1 of 256"));
 }
 
 /// By keys alone: the selected row at the shown sample, in one of two expressions; then the board
