@@ -121,9 +121,9 @@ void Finder::search()
     if (kind == FindBar::Anything) {
         const bool isName = !rowsNamed(text).isEmpty();
         const bool isValue = node && parsePattern(text, members.size(), radix);
-        // In the order in which they count. NOLINTNEXTLINE(bugprone-branch-clone)
+        // In the order in which they count.
         if (isComparison(text) || (isValue && beginsLikeNumber(text)))
-            kind = FindBar::Value;
+            kind = FindBar::Value; // NOLINT(bugprone-branch-clone)
         else if (!isName && edgeNamed(text))
             kind = FindBar::Edge;
         else if (!isName && (isValue || beginsLikeNumber(text)))
