@@ -1,6 +1,6 @@
 #include "bashcompletion.h"
 
-#include "captureoptions.h"
+#include "optiontable.h"
 
 #include <QStringList>
 

@@ -67,14 +67,4 @@ struct CaptureOptions
 /// sentence for the user.
 Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments);
 
-/// An option as it is typed.
-struct OptionName
-{
-    QStringList spellings; ///< with their dashes
-    QString value;         ///< what it takes, as the help names it; empty: nothing
-    QStringList choices;   ///< the values that there are, if these can be told
-};
-/// Every option, in the order of the help.
-[[nodiscard]] QList<OptionName> captureOptionNames();
-
 } // namespace KEO
