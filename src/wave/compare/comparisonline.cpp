@@ -83,8 +83,7 @@ ComparisonLine::ComparisonLine(QAction *previous, QAction *next, QAction *close,
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(6, 1, 2, 1);
     layout->addWidget(m_label, 1);
-    const auto addButton = [this, layout](QAction *action, Qt::ArrowType arrow,
-                                          const QString &text) {
+    const auto addButton = [layout](QAction *action, Qt::ArrowType arrow, const QString &text) {
         auto *button = new QToolButton;
         button->setDefaultAction(action);
         button->setAutoRaise(true);
