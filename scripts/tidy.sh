@@ -20,7 +20,9 @@ if [ $# -gt 0 ]; then
     sources=$(printf '%s\n' "$@")
 else
     sources=$(git log --format= --name-only -- 'src/*.cpp' 'simulator/*.cpp' | awk 'NF && !seen[$0]++' |
-        while read -r source; do [ ! -f "$source" ] || echo "$source"; done)
+        while read -r source; do # what the build does not compile has no flags to go by
+            [ -f "$source" ] && grep -qF "/$source\"" "$log/compile_commands.json" && echo "$source"
+        done || true)
 fi
 tidy_one() {
     [ "$(date +%s)" -lt "$end" ] || return 0
