@@ -35,6 +35,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool d
 
 int main(int argc, char **argv)
 {
+    KEO::holdStandardStreams();
     qInstallMessageHandler(&KEO::printMessage);
     // Read before the application takes out what it knows itself.
     const auto options = KEO::parseCaptureOptions(argumentList(argc, argv));

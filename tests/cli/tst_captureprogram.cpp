@@ -86,6 +86,7 @@ private Q_SLOTS:
     void endsWithItsStatus();
     void tellsWhatAServerLacks();
     void meetsABusyServer();
+    void runsWithoutStandardStreams();
     void tellsOfAFullDisk_data();
     void tellsOfAFullDisk();
     void keepsOrdersFromTheTerminal();
@@ -669,6 +670,29 @@ void tst_CaptureProgram::meetsABusyServer()
         QCOMPARE(outcome.status, isInterrupted ? 130 : 3);
         QVERIFY2(outcome.errors.contains(isInterrupted ? "Capture Stopped!" : "busy"),
                  qPrintable(outcome.errors));
+    }
+}
+
+/// As some services start what they run. What would be printed must not get into a file or to the
+/// server, whose numbers the closed streams had.
+void tst_CaptureProgram::runsWithoutStandardStreams()
+{
+    board(TestDesign());
+    QCOMPARE(run("--device KR-A --format csv --name all design.keo").status, 0);
+    for (int closed = 1; closed < 8; ++closed) {
+        QProcess process;
+        process.setWorkingDirectory(m_directory->path());
+        process.setChildProcessModifier([closed] {
+            for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+                if (closed & (1 << stream))
+                    ::close(stream);
+            }
+        });
+        process.start(kProgram,
+                      {"--device", "KR-A", "--format", "csv", "--name", "some", "design.keo"});
+        const bool isPrinted = !(closed & (1 << STDOUT_FILENO));
+        QCOMPARE(finished(process).status, isPrinted ? 0 : 6);
+        QCOMPARE(lines(file("some_core0_window0.csv")), lines(file("all_core0_window0.csv")));
     }
 }
 
