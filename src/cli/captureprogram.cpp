@@ -7,9 +7,11 @@
 #include "listings.h"
 #include "savedtasks.h"
 
+#include <base/console.h>
 #include <link/jtagsession.h>
 #include <version/version.h>
 
+#include <cstdio>
 #include <optional>
 #include <utility>
 
@@ -77,6 +79,15 @@ ExitStatus runCaptureProgram(const CaptureOptions &options, const PictureWriter 
     JtagSession::instance()->disconnectAll();
     JtagSession::instance()->stopTranscript();
     return output.finish(std::move(result));
+}
+
+ExitStatus refuseArguments(const Error &error, const QStringList &arguments)
+{
+    ResultOutput output(arguments.contains(QLatin1String("--json")) ? ResultStyle::Document
+                                                                    : ResultStyle::Lines);
+    const ExitStatus status = output.finish({ExitStatus::Usage, error.message, {}});
+    static_cast<void>(writeText(stderr, QStringLiteral("Try --help.\n")));
+    return status;
 }
 
 } // namespace KEO

@@ -91,10 +91,8 @@ std::optional<Error> CaptureRun::prepare()
 {
     if (const std::optional<Error> error = setUp(*m_design, m_options, m_report))
         return error;
-    if (!m_options.formats.isEmpty()) {
-        if (const std::optional<Error> error = m_exports.prepare(m_design->windowCount()))
-            return error;
-    }
+    if (const std::optional<Error> error = m_exports.prepare(m_design->windowCount()))
+        return error;
     if (!m_options.project.isEmpty()) {
         const Result<QString> directory = prepareDirectory(QFileInfo(m_options.project).path());
         if (!directory)

@@ -35,15 +35,13 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool d
 
 int main(int argc, char **argv)
 {
+    KEO::holdStandardStreams();
     qInstallMessageHandler(&KEO::printMessage);
     // Read before the application takes out what it knows itself.
-    const auto options = KEO::parseCaptureOptions(argumentList(argc, argv));
-    if (!options) {
-        static_cast<void>(KEO::writeText(
-            stderr,
-            QStringLiteral("signalscope-capture: %1\nTry --help.\n").arg(options.error().message)));
-        return int(KEO::ExitStatus::Usage);
-    }
+    const QStringList arguments = argumentList(argc, argv);
+    const auto options = KEO::parseCaptureOptions(arguments);
+    if (!options)
+        return int(KEO::refuseArguments(options.error(), arguments));
     KEO::setLogOutput(options->quiet ? KEO::LogOutput::Nothing : KEO::LogOutput::Warnings);
     const auto application = makeApplication(argc, argv, !options->picture.isEmpty());
     QCoreApplication::setApplicationName(QStringLiteral("signalscope-capture"));
