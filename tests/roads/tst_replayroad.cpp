@@ -313,15 +313,18 @@ void tst_ReplayRoad::remoteLab()
     QCOMPARE(direct.status, 0);
 
     Lab lab(path("board.json"));
+    const QMap<QString, QString> desk{{"TMPDIR", lab.desk.path()}};
+    const Outcome early = capture({"--no-server-start"}, desk);
+    QVERIFY2(early.status == 3 && early.told.contains(lab.desk.path()), qPrintable(early.told));
     lab.forward();
-    const Outcome remote = capture({}, {{"TMPDIR", lab.desk.path()}});
+    const Outcome remote = capture({"--no-server-start"}, desk);
     QVERIFY2(remote.status == 0, qPrintable(remote.told));
     QVERIFY(remote.files == direct.files);
 
     // The lab's server ends; the forwarder does not know.
     lab.server.closeWriteChannel();
     QVERIFY(lab.server.waitForFinished());
-    const Outcome gone = capture({}, {{"TMPDIR", lab.desk.path()}});
+    const Outcome gone = capture({}, desk);
     QVERIFY2(gone.status == 3 && gone.told.contains("went away"), qPrintable(gone.told));
 }
 
