@@ -129,6 +129,7 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     texts->addWidget(m_details);
     m_details->hide();
     m_detailButton->hide();
+    m_detailButton->setFocusPolicy(Qt::TabFocus); // its key leaves the focus for the way back
     connect(m_detailButton, &QPushButton::clicked, this, &ReloadBanner::detailsAsked);
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(m_detailButton);

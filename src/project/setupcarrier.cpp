@@ -161,7 +161,7 @@ void SetupCarrier::tell(const CarriedSettings &account)
         }))
         return;
     m_list = new CarriedList(account, m_parts.boxes.window());
-    m_list->show();
+    m_list->showBeside();
 }
 
 void SetupCarrier::closeList()
