@@ -43,11 +43,6 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
     }
     if (options.dryRun)
         return previewRun(options, output, report);
-    if (!options.transcript.isEmpty()) {
-        const auto error = JtagSession::instance()->startTranscript(options.transcript);
-        if (error)
-            return {ExitStatus::FileError, error->message, {}};
-    }
     return CaptureRun(options, windows, output, report).run();
 }
 

@@ -100,6 +100,9 @@ std::optional<Error> CaptureRun::prepare()
         if (!directory)
             return directory.error();
     }
+    // Last: it takes the place of an earlier one.
+    if (!m_options.transcript.isEmpty())
+        return m_design->session().startTranscript(m_options.transcript);
     return {};
 }
 

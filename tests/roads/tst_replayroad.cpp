@@ -25,6 +25,8 @@ private Q_SLOTS:
     void replays();
     void replaysToTheWindow();
     void tellsDifferences();
+    void handledByPeople();
+    void breaksOff();
     void badFiles();
     void remoteLab();
 
@@ -182,6 +184,46 @@ void tst_ReplayRoad::tellsDifferences()
     QVERIFY2(line.contains("WRITE_REGISTOR"), line.constData());
 }
 
+/// Line ends of mail, a byte order mark, and an empty frame whose line lost its last blank.
+void tst_ReplayRoad::handledByPeople()
+{
+    TestDesign().write(m_directory->path());
+    const Outcome recorded =
+        capture({"--transcript", path("transcript")}, {{"SIGNALSCOPE_BOARD", path("board.json")}});
+    QByteArray text = contentOf(path("transcript"));
+    text.replace("\n", "\r\n");
+    text.insert(text.lastIndexOf(" keo1 <"), " keo1 !\r\n9999.9");
+    putFile(path("transcript"), "\xef\xbb\xbf" + text);
+    const Outcome replayed = capture({}, {{"SIGNALSCOPE_REPLAY", path("transcript")}});
+    QVERIFY2(replayed.status == 0 && !replayed.told.contains(path("transcript")),
+             qPrintable(replayed.told));
+    QVERIFY(replayed.files == recorded.files);
+}
+
+/// The program that wrote it was killed while it read samples, or before it asked for them.
+void tst_ReplayRoad::breaksOff()
+{
+    TestDesign().write(m_directory->path());
+    QCOMPARE(
+        capture({"--transcript", path("transcript")}, {{"SIGNALSCOPE_BOARD", path("board.json")}})
+            .status,
+        0);
+    const QByteArray text = contentOf(path("transcript"));
+    const qsizetype request = text.indexOf('\n', text.lastIndexOf("READ_RAM")) + 1;
+    const qsizetype line = text.first(request).count('\n');
+    const auto replay = [&](qsizetype size) {
+        putFile(path("cut"), text.first(size));
+        return capture({"--timeout", "2"}, {{"SIGNALSCOPE_REPLAY", path("cut")}});
+    };
+    const Outcome reading = replay(request);
+    QCOMPARE(reading.status, 4);
+    QVERIFY2(reading.told.contains(QString("gets no answer: line %1 of ").arg(line)),
+             qPrintable(reading.told));
+    const Outcome armed = replay(text.lastIndexOf('\n', text.indexOf("BRUST_READ")) + 30);
+    QCOMPARE(armed.status, 3);
+    QCOMPARE(armed.told.count("cut has nothing more"), 1);
+}
+
 /// A transcript that can't be written keeps the capture from starting; one that can't be read keeps
 /// the server from it.
 void tst_ReplayRoad::badFiles()
@@ -196,14 +238,23 @@ void tst_ReplayRoad::badFiles()
              qPrintable(unwritable.told));
     QVERIFY(!QFile::exists(path("packets.log")));
     const QByteArray start = "# Signal Scope transcript 1\n";
+    putFile(path("transcript"), start); // kept by a call that does not come to a capture
+    QCOMPARE(capture({"--transcript", path("transcript"), "--set", "M9===1"}, {}).status, 2);
+    QCOMPARE(contentOf(path("transcript")), start);
+    const Outcome unread =
+        capture({"--cable", "Tarno USB Cable(FT2CH)"}, {{"SIGNALSCOPE_REPLAY", path("none")}});
+    QCOMPARE(unread.status, 3);
     for (const QByteArray &text :
          {QByteArray(), QByteArray("x"), start + "1.0 keo1 > A=bits(99999999999:\n",
-          start + "1.0 keo1 > A=[[[[[1]]]]]\n", start + "1.0 keo1 > A=\"\\u00\n"}) {
+          start + "1.0 keo1 > A=[[[[[1]]]]]\n", start + "1.0 keo1 > A=\"\\u00\n",
+          start + "1.0 keo1 > A=bits(8:zz)\n", start + "1.0 keo1 ! 000\n"}) {
         putFile(path("transcript"), text);
-        const Outcome unread = capture({"--cable", "Tarno USB Cable(FT2CH)"},
-                                       {{"SIGNALSCOPE_REPLAY", path("transcript")}});
-        QCOMPARE(unread.status, 3);
-        QVERIFY2(unread.told.contains("line "), qPrintable(unread.told));
+        QProcess server;
+        server.start(KEO_BURNER_DIR "/chainserver", {"-local", "--replay", path("transcript")});
+        QVERIFY(server.waitForFinished());
+        QCOMPARE(server.exitCode(), 2);
+        const QByteArray told = server.readAllStandardError();
+        QVERIFY2(told.contains("line "), told.constData());
     }
 }
 
