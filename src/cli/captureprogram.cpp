@@ -10,12 +10,28 @@
 #include <link/jtagsession.h>
 #include <version/version.h>
 
+#include <QJsonArray>
+
 #include <optional>
 #include <utility>
 
 namespace KEO {
 
 namespace {
+
+/// A run on a design, or its preview.
+TaskResult runDesign(const CaptureOptions &options, WindowExport &windows, ResultOutput &output,
+                     ProgressReport &report)
+{
+    if (options.dryRun)
+        return previewRun(options, output, report);
+    if (!options.transcript.isEmpty()) {
+        const auto error = JtagSession::instance()->startTranscript(options.transcript);
+        if (error)
+            return {ExitStatus::FileError, error->message, {}};
+    }
+    return CaptureRun(options, windows, output, report).run();
+}
 
 TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPicture,
                    ResultOutput &output)
@@ -41,14 +57,10 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
     case CaptureOptions::Task::ShowVersion:
         break;
     }
-    if (options.dryRun)
-        return previewRun(options, output, report);
-    if (!options.transcript.isEmpty()) {
-        const auto error = JtagSession::instance()->startTranscript(options.transcript);
-        if (error)
-            return {ExitStatus::FileError, error->message, {}};
-    }
-    return CaptureRun(options, windows, output, report).run();
+    TaskResult result = runDesign(options, windows, output, report);
+    if (!report.warnings().isEmpty())
+        result.document.insert("warnings", QJsonArray::fromStringList(report.warnings()));
+    return result;
 }
 
 /// What the program says of itself; nothing for a task that is work.
