@@ -140,13 +140,13 @@ void DescriptionWatch::tellChanges(ReloadBanner &banner)
 
 void DescriptionWatch::showChanges()
 {
+    if (m_changeList && m_changeList->giveBack())
+        return;
     if (!m_changeList || !m_changeList->isVisible()) { // closed, and about to go
         m_changeList = new ChangeList(m_page->window());
         m_changeList->setChanges(m_changes);
     }
-    m_changeList->show();
-    m_changeList->raise();
-    m_changeList->activateWindow();
+    m_changeList->reach();
 }
 
 bool DescriptionWatch::isHeldBack()

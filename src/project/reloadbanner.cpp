@@ -129,6 +129,7 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     texts->addWidget(m_details);
     m_details->hide();
     m_detailButton->hide();
+    m_detailButton->setFocusPolicy(Qt::TabFocus); // its key leaves the focus for the way back
     connect(m_detailButton, &QPushButton::clicked, this, &ReloadBanner::detailsAsked);
     // A click leaves the keyboard in the field where the user is at work.
     for (QPushButton *button : {m_detailButton, m_button, m_keep})

@@ -181,6 +181,6 @@ void SetupCarrier::tell(const CarriedSettings &account)
         }))
         return;
     m_list = new CarriedList(account, m_parts.boxes.window());
-    m_list->show();
+    m_list->showBeside();
 }
 } // namespace KEO

@@ -171,6 +171,10 @@ void tst_ReloadAndKeep::triggerAndWaves()
     QCOMPARE(units->model()->index(0, 6).data().toString(), "XXXXXXXX01010XXX");
 
     QVERIFY(s.list() && !s.list()->isModal());
+    QCoreApplication::processEvents();
+    QVERIFY(s.window->isActiveWindow() && s.window->focusWidget()); // the user goes on there
+    s.press(Qt::Key_F6, Qt::ControlModifier);
+    QTRY_VERIFY(s.list()->isActiveWindow());
     QVERIFY2(s.told().startsWith("Reloaded; settings: "), qPrintable(s.told()));
     QVERIFY2(s.told().endsWith(" 2 adapted, 1 lost"), qPrintable(s.told()));
     QCOMPARE(s.lines("Capture amount"),
