@@ -91,15 +91,16 @@ std::optional<Error> CaptureRun::prepare()
 {
     if (const std::optional<Error> error = setUp(*m_design, m_options))
         return error;
-    if (!m_options.formats.isEmpty()) {
-        if (const std::optional<Error> error = m_exports.prepare(m_design->windowCount()))
-            return error;
-    }
+    if (const std::optional<Error> error = m_exports.prepare(m_design->windowCount()))
+        return error;
     if (!m_options.project.isEmpty()) {
         const Result<QString> directory = prepareDirectory(QFileInfo(m_options.project).path());
         if (!directory)
             return directory.error();
     }
+    // Last: it takes the place of an earlier one.
+    if (!m_options.transcript.isEmpty())
+        return m_design->session().startTranscript(m_options.transcript);
     return {};
 }
 

@@ -191,7 +191,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     WaitingTip::close();
     m_descriptionWatch->stop();
     m_files->close();
-    m_carrier->closeList();
+    m_carrier->leave();
     if (toolBarGetter)
         m_runToolBar->detach(*toolBarGetter());
     m_waveTabs.clear(WaveTabs::Layouts::Forget);
@@ -256,12 +256,15 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
 
 std::shared_ptr<const ProjectSetup> CaptureProject::setup()
 {
-    return m_carrier->take();
+    auto setup = m_carrier->take();
+    setup->isRehearsed = m_rehearsal->isOn();
+    return setup;
 }
 
 void CaptureProject::takeOver(const ProjectSetup &setup)
 {
     m_carrier->give(setup);
+    m_rehearsal->setOn(setup.isRehearsed);
     updateActions();
 }
 
