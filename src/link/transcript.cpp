@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
 #include <utility>
 
 namespace KEO {
@@ -118,20 +117,20 @@ int Transcript::addServer(const QString &name)
 
 void Transcript::frameSent(int server, const QByteArray &frame)
 {
-    add(Kind::Sent, server, QByteArrayView(frame).sliced(kLengthFieldSize));
+    add(QueuedPacket::Kind::Sent, server, QByteArrayView(frame).sliced(kLengthFieldSize));
 }
 
 void Transcript::payloadReceived(int server, const QByteArray &payload)
 {
-    add(Kind::Received, server, payload);
+    add(QueuedPacket::Kind::Received, server, payload);
 }
 
 void Transcript::event(int server, const QByteArray &text)
 {
-    add(Kind::Event, server, text);
+    add(QueuedPacket::Kind::Event, server, text);
 }
 
-void Transcript::add(Kind kind, int server, QByteArrayView bytes)
+void Transcript::add(QueuedPacket::Kind kind, int server, QByteArrayView bytes)
 {
     if (m_isClosed)
         return;
@@ -139,13 +138,13 @@ void Transcript::add(Kind kind, int server, QByteArrayView bytes)
         ++m_cut;
         return;
     }
-    const QueueHead head{m_clock.nsecsElapsed(), bytes.size(), kind, server};
+    const qint64 time = m_clock.nsecsElapsed();
     const std::unique_lock lock(m_mutex);
     if (m_queue.size() > kMaxQueued) {
         ++m_lost;
         return;
     }
-    m_queue.append(reinterpret_cast<const char *>(&head), sizeof head).append(bytes);
+    m_queue.append({time, server, kind, bytes});
     if (std::exchange(m_isIdle, false))
         m_wake.notify_one();
 }
@@ -177,14 +176,13 @@ void Transcript::work()
             m_wake.wait(lock, isWoken);
         m_isIdle = false;
         isLast = m_isEnding;
-        queue.swap(m_queue);
+        m_queue.exchange(queue);
         m_namesInUse = m_names;
         const qint64 lost = std::exchange(m_lost, 0);
         lock.unlock();
         write(queue, lost);
         if (queue.capacity() > kKeptMemory)
             queue.clear();
-        queue.resize(0); // and keeps its memory
         lock.lock();
         if (!isLast)
             m_wake.wait_for(lock, kPause, [this] { return m_isEnding; });
@@ -200,14 +198,12 @@ void Transcript::write(QByteArrayView queue, qint64 lost)
 {
     const bool isEmpty = queue.isEmpty();
     while (!queue.isEmpty()) {
-        QueueHead head;
-        std::memcpy(&head, queue.data(), sizeof head);
-        const QByteArrayView bytes = queue.sliced(sizeof head, head.size);
-        queue = queue.sliced(qsizetype(sizeof head) + head.size);
-        if (head.kind == Kind::Event)
-            printEvent(head, bytes);
+        const QueuedPacket packet = m_reader.take(queue);
+        if (packet.kind == QueuedPacket::Kind::Event)
+            printEvent(packet);
         else
-            m_folding.take({head.time, head.server, head.kind == Kind::Sent, bytes});
+            m_folding.take({packet.time, packet.server, packet.kind == QueuedPacket::Kind::Sent,
+                            packet.bytes});
     }
     if (m_untilCounts.hasExpired(kCountInterval.count()) || isEmpty) {
         m_folding.printCounts();
@@ -244,12 +240,12 @@ void Transcript::print(const TranscriptPacket &packet, const PacketText &text)
     endLine(start);
 }
 
-void Transcript::printEvent(const QueueHead &head, QByteArrayView text)
+void Transcript::printEvent(const QueuedPacket &event)
 {
     m_folding.printCounts();
     const qsizetype start = m_buffer.size();
-    beginLine(head.time, head.server);
-    m_buffer.append(" * ").append(text);
+    beginLine(event.time, event.server);
+    m_buffer.append(" * ").append(event.bytes);
     endLine(start);
 }
 

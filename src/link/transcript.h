@@ -1,5 +1,6 @@
 #pragma once
 
+#include "packetqueue.h"
 #include "pollfolding.h"
 
 #include <base/result.h>
@@ -58,21 +59,12 @@ public:
 
 private:
     Transcript(Complaint complain, qint64 limit);
-    enum class Kind : int { Sent, Received, Event };
-    /// Stands in the queue before the bytes that it tells of.
-    struct QueueHead
-    {
-        qint64 time;
-        qsizetype size;
-        Kind kind;
-        int server;
-    };
 
-    void add(Kind kind, int server, QByteArrayView bytes);
+    void add(QueuedPacket::Kind kind, int server, QByteArrayView bytes);
     void work();
     void write(QByteArrayView queue, qint64 lost);
     void print(const TranscriptPacket &packet, const PacketText &text);
-    void printEvent(const QueueHead &head, QByteArrayView text);
+    void printEvent(const QueuedPacket &event);
     void beginLine(qint64 time, int server);
     void printCount(int server, qint64 requests, qint64 replies);
     void endLine(qsizetype start);
@@ -81,7 +73,7 @@ private:
     // Both threads, under the mutex.
     std::mutex m_mutex;
     std::condition_variable m_wake;
-    QByteArray m_queue; ///< heads and bytes by turns; copied, so that memory stays in its thread
+    PacketQueue m_queue;
     QList<QByteArray> m_names; ///< of the servers, as they stand in a line
     qint64 m_lost = 0;         ///< came faster than the file takes them
     bool m_isIdle = false;
@@ -98,6 +90,7 @@ private:
     qint64 m_size = 0;   ///< of the file
     QByteArray m_buffer; ///< whole lines
     QList<QByteArray> m_namesInUse;
+    PacketQueueReader m_reader;
     PollFolding m_folding;
     QElapsedTimer m_untilCounts; ///< since the latest counts
 
