@@ -16,10 +16,12 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDialog>
+#include <QFocusEvent>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -144,6 +146,7 @@ QGroupBox *DynamicConfigWidget::makeUnitGroup()
     m_tableUnit->horizontalHeader()->setHighlightSections(false);
     m_tableUnit->verticalHeader()->hide();
     m_tableUnit->setItemDelegate(new UnitDelegate(m_tableUnit));
+    m_tableUnit->installEventFilter(this);
     m_tableUnit->viewport()->installEventFilter(this);
     auto *group = new QGroupBox(tr("Match Units"));
     auto *layout = new QVBoxLayout(group);
@@ -375,7 +378,22 @@ bool DynamicConfigWidget::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_tableUnit->viewport() && event->type() == QEvent::Resize)
         fitValueColumn();
+    if (watched == m_tableUnit && event->type() == QEvent::FocusIn)
+        selectForKeys(static_cast<QFocusEvent *>(event)->reason());
     return QWidget::eventFilter(watched, event);
+}
+
+/// Reached by the Tab key, the table would have a current row, but none that Enter opens.
+void DynamicConfigWidget::selectForKeys(Qt::FocusReason reason)
+{
+    QItemSelectionModel *selection = m_tableUnit->selectionModel();
+    const bool isByKey = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
+    if (!isByKey || selection->hasSelection())
+        return;
+    const QModelIndex first = m_model->index(0, MatchUnitModel::Unit);
+    const QModelIndex row = selection->currentIndex().isValid() ? selection->currentIndex() : first;
+    selection->setCurrentIndex(row,
+                               QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
 bool DynamicConfigWidget::hasOpenDialog() const

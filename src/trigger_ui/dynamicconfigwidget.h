@@ -65,7 +65,7 @@ Q_SIGNALS:
     void edited();
 
 protected:
-    /// Looks at the size of the table.
+    /// Looks at the size of the table, and at how it gets the focus.
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private Q_SLOTS:
@@ -88,6 +88,7 @@ private:
     void closeOpenDialogs();
     void redrawUnits();
     void fitValueColumn();
+    void selectForKeys(Qt::FocusReason reason);
     void fillWindowNumbers();
     void fillAmounts();
     void fillExpressions();
