@@ -5,6 +5,7 @@
 #include <link/jtagsession.h>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QLocalSocket>
 
@@ -42,7 +43,8 @@ Socket probe(const QString &serverName)
 } // namespace
 
 CableAccess::CableAccess(const CaptureOptions &options)
-    : m_errors(options.quiet ? ServerErrors::Discarded : ServerErrors::Forwarded)
+    : m_errors(options.quiet ? ServerErrors::Discarded : ServerErrors::Forwarded),
+      m_startsServers(!options.usesRunningServers)
 {
 }
 
@@ -63,6 +65,8 @@ CableAccess::Reached CableAccess::connectTo(const ServerRow &row)
     if (socket == Socket::TakesNoMore || isInterrupted())
         return Reached::Busy;
     if (socket == Socket::NobodyListens) {
+        if (!m_startsServers)
+            return Reached::No;
         const Interruption::ChildShield shield;
         if (launchServers(m_processes, siblingDirectory(), {row}, m_errors).isEmpty())
             return Reached::No;
@@ -97,6 +101,10 @@ Result<QString> CableAccess::reach(const QString &cable)
                                       "CableAccess", "The cable server of %1 is busy with other "
                                                      "programs and takes no more.")
                                       .arg(busy.join(QStringLiteral(", ")))};
+    if (!m_startsServers)
+        return Error{Error::Link, QCoreApplication::translate(
+                                      "CableAccess", "No cable server answers in the folder %1.")
+                                      .arg(QDir::tempPath())};
     return Error{Error::Link,
                  QCoreApplication::translate("CableAccess",
                                              "The cable server can not be started or reached.")};

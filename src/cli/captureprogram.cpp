@@ -11,6 +11,8 @@
 #include <link/jtagsession.h>
 #include <version/version.h>
 
+#include <QJsonArray>
+
 #include <cstdio>
 #include <optional>
 #include <utility>
@@ -43,14 +45,11 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
     case CaptureOptions::Task::ShowVersion:
         break;
     }
-    if (options.dryRun)
-        return previewRun(options, output, report);
-    if (!options.transcript.isEmpty()) {
-        const auto error = JtagSession::instance()->startTranscript(options.transcript);
-        if (error)
-            return {ExitStatus::FileError, error->message, {{"file", options.file}}};
-    }
-    return CaptureRun(options, windows, output, report).run();
+    TaskResult result = options.dryRun ? previewRun(options, output, report)
+                                       : CaptureRun(options, windows, output, report).run();
+    if (!report.warnings().isEmpty())
+        result.document.insert("warnings", QJsonArray::fromStringList(report.warnings()));
+    return result;
 }
 
 /// What the program says of itself; nothing for a task that is work.

@@ -40,10 +40,10 @@ QTreeWidgetItem *itemOf(const GroupList::Line &line)
 
 GroupList::GroupList(const QString &name, const QString &title, const QStringList &columns,
                      QWidget *parent)
-    : QDialog(parent), m_tree(named(new QTreeWidget, "tree")), m_layout(new QVBoxLayout(this))
+    : SideWindow(name, title, parent),
+      m_tree(named(new QTreeWidget, "tree")),
+      m_layout(new QVBoxLayout(this))
 {
-    setObjectName(name);
-    setWindowTitle(title);
     setAttribute(Qt::WA_DeleteOnClose);
     m_tree->setHeaderLabels(columns);
     m_tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -51,6 +51,7 @@ GroupList::GroupList(const QString &name, const QString &title, const QStringLis
     m_tree->setAllColumnsShowFocus(true);
     m_tree->setAlternatingRowColors(true);
     m_tree->setAccessibleName(title);
+    m_tree->setFocus();
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     QPushButton *copyButton =
@@ -59,8 +60,7 @@ GroupList::GroupList(const QString &name, const QString &title, const QStringLis
     copyButton->setAutoDefault(false);
     connect(copyButton, &QPushButton::clicked, this, &GroupList::copy);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    auto *shortcut = new QShortcut(QKeySequence::Copy, m_tree);
-    shortcut->setContext(Qt::WidgetShortcut);
+    auto *shortcut = new QShortcut(QKeySequence::Copy, this);
     connect(shortcut, &QShortcut::activated, this, &GroupList::copy);
 
     m_layout->addWidget(m_tree);
@@ -91,12 +91,11 @@ void GroupList::setGroups(const QList<Group> &groups)
     fitColumns();
     if (m_tree->topLevelItemCount() > 0)
         m_tree->setCurrentItem(m_tree->topLevelItem(0), 0, QItemSelectionModel::NoUpdate);
-    m_tree->setFocus();
 }
 
 void GroupList::resizeEvent(QResizeEvent *event)
 {
-    QDialog::resizeEvent(event);
+    SideWindow::resizeEvent(event);
     fitColumns();
 }
 

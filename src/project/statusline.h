@@ -36,8 +36,8 @@ public:
     /// text.
     void offer(const QString &text, const QString &button, const std::function<void()> &act);
     void showRun(const QString &text);
-    /// With a warning sign if \a isWarning.
-    void showDevice(const QString &text, bool isWarning);
+    /// With a warning sign if \a isWarning; \a why, which may be empty, is told by a tool tip.
+    void showDevice(const QString &text, bool isWarning, const QString &why);
 
 private:
     QPointer<QStatusBar> m_bar;
