@@ -391,6 +391,7 @@ void tst_ReloadAndKeep::openEditors()
     for (const bool byMouse : {false, true}) {
         Session s({});
         edit(s);
+        QTRY_VERIFY(s.keepButton());
         if (byMouse)
             QTest::mouseClick(s.keepButton(), Qt::LeftButton);
         else
