@@ -391,6 +391,7 @@ void tst_ReloadAndKeep::openEditors()
     for (const bool byMouse : {false, true}) {
         Session s({});
         edit(s);
+        QTRY_VERIFY(s.keepButton());
         if (byMouse)
             QTest::mouseClick(s.keepButton(), Qt::LeftButton);
         else
@@ -572,6 +573,17 @@ void tst_ReloadAndKeep::recovered()
                                   : QStringList({"count[15:0]", "valid", "noise_1"}));
         QCOMPARE(s.find<QSpinBox>("spinBoxTrPos")->value(), isNew ? 40 : design.position);
     }
+    // The older one is now a project with a description of its own, which is built anew as well.
+    s.saveAs(s.directory.filePath("kept"));
+    s.tabs()->setCurrentIndex(0);
+    s.find<QSpinBox>("spinBoxTrPos")->setValue(50);
+    const QString own = s.directory.filePath("kept.keo");
+    putFile(own, contentOf(own) + '\n');
+    QTRY_VERIFY(s.keepButton());
+    s.reloadAndKeep();
+    QCOMPARE(s.find<QSpinBox>("spinBoxTrPos")->value(), 50);
+    s.capture();
+    QCOMPARE(s.rows(1), QStringList({"count[15:0]", "valid", "noise_1"}));
 }
 
 KEO_WIDGET_TEST_MAIN(tst_ReloadAndKeep)
