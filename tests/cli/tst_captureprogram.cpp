@@ -858,24 +858,33 @@ void tst_CaptureProgram::usesAServerThatRuns()
 
 void tst_CaptureProgram::stopsOnASignal_data()
 {
-    addColumns<int, int>({"signal", "status"});
-    addRow("Ctrl-C", SIGINT, 130);
-    addRow("end of the session", SIGTERM, 143);
+    addColumns<int, int, bool>({"signal", "status", "nohup"});
+    addRow("Ctrl-C", SIGINT, 130, false);
+    addRow("end of the session", SIGTERM, 143, false);
+    addRow("end of the terminal", SIGHUP, 129, false);
+    addRow("end of the session behind nohup(1)", SIGTERM, 143, true);
 }
 
 void tst_CaptureProgram::stopsOnASignal()
 {
     QFETCH(int, signal);
+    QFETCH(const bool, nohup);
     TestDesign design;
     design.fires = false;
     board(design);
     QProcess process;
     process.setWorkingDirectory(m_directory->path());
+    if (nohup)
+        process.setChildProcessModifier([] { ::signal(SIGHUP, SIG_IGN); });
     process.start(kProgram, {"--device", "KR-A", "design.keo"});
     QVERIFY(process.waitForStarted());
     QString errors;
     QTRY_VERIFY((errors += process.readAllStandardError()).contains("Waiting for the trigger"));
     QVERIFY(isListening("keo1"));
+    if (nohup) {
+        ::kill(pid_t(process.processId()), SIGHUP);
+        QVERIFY(!process.waitForFinished(300));
+    }
     ::kill(pid_t(process.processId()), signal);
     const Outcome outcome = finished(process);
     QTEST(outcome.status, "status");
@@ -890,6 +899,7 @@ void tst_CaptureProgram::leavesItsServerInOrder_data()
     addRow("time-out", "--timeout 0.1", 4);
     addRow("Ctrl-C", "wait", 130);
     addRow("ended by timeout(1)", "wait", 143);
+    addRow("end of the terminal", "wait", 129);
     addRow("Ctrl-C twice, and the server hangs", "hang", 130);
 }
 
