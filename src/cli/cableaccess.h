@@ -33,7 +33,7 @@ public:
     void endServers(const std::function<bool()> &isGivenUp);
 
 private:
-    enum class Reached { Yes, No, Busy };
+    enum class Reached { Yes, No, Busy, Foreign };
 
     Reached connectTo(const ServerRow &row);
 

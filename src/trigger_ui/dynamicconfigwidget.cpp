@@ -16,6 +16,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDialog>
+#include <QFocusEvent>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -35,6 +36,8 @@
 namespace KEO {
 
 namespace {
+
+constexpr int kSightMargin = 20; // pixels around what is brought into sight
 
 QString itemText(int row, const QString &expression)
 {
@@ -309,7 +312,7 @@ void DynamicConfigWidget::pasteIntoUnits()
     if (hasOpenDialog())
         return;
     if (const auto refusal = pasteValues(m_tableUnit->selectedUnits())) {
-        m_strip->refuse(*refusal);
+        refuse(*refusal);
         return;
     }
     m_tableUnit->redraw();
@@ -324,8 +327,8 @@ void DynamicConfigWidget::pasteIntoExpression()
     if (const Result<QString> expression = pastedExpression(*m_core))
         setExpression(row, *expression);
     else
-        m_strip->refuse({TriggerFinding::Subject::Expression, row, TriggerFinding::Weight::Obstacle,
-                         expression.error().message});
+        refuse({TriggerFinding::Subject::Expression, row, TriggerFinding::Weight::Obstacle,
+                expression.error().message});
 }
 
 bool DynamicConfigWidget::hasOpenDialog() const
@@ -447,10 +450,29 @@ void DynamicConfigWidget::lead(const TriggerFinding &finding)
         place = m_listExpressions; // nothing is wrong with the numbers: it is about what triggers
     }
     place->setFocus(Qt::OtherFocusReason);
+    bringIntoSight(place);
+}
+
+void DynamicConfigWidget::bringIntoSight(QWidget *place)
+{
     for (QWidget *ancestor = parentWidget(); ancestor; ancestor = ancestor->parentWidget()) {
-        if (auto *page = qobject_cast<QScrollArea *>(ancestor))
-            page->ensureWidgetVisible(place);
+        auto *page = qobject_cast<QScrollArea *>(ancestor);
+        if (!page)
+            continue;
+        // Its beginning last: where there is no room for all of it, that says most.
+        for (const QPoint corner : {place->rect().bottomLeft(), place->rect().topLeft()}) {
+            const QPoint point = place->mapTo(page->widget(), corner);
+            page->ensureVisible(point.x(), point.y(), kSightMargin, kSightMargin);
+        }
     }
+}
+
+void DynamicConfigWidget::refuse(const TriggerFinding &finding)
+{
+    m_strip->refuse(finding);
+    // On a small screen the strip may be below what shows; it has its place when the layout is
+    // done.
+    QTimer::singleShot(0, m_strip, [this] { bringIntoSight(m_strip); });
 }
 
 } // namespace KEO

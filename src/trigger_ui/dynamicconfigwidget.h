@@ -80,6 +80,8 @@ private:
     void pasteIntoExpression();
     /// Puts \a expression, in tokens, into the core's list and the page's.
     void setExpression(int row, const QString &expression);
+    void refuse(const TriggerFinding &finding);
+    void bringIntoSight(QWidget *place);
     [[nodiscard]] bool hasOpenDialog() const;
     void closeOpenDialogs();
     void fillWindowNumbers();

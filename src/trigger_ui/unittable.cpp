@@ -5,7 +5,9 @@
 
 #include <config/coreconfig.h>
 
+#include <QFocusEvent>
 #include <QHeaderView>
+#include <QItemSelectionModel>
 
 #include <algorithm>
 #include <utility>
@@ -61,6 +63,23 @@ void UnitTable::resizeEvent(QResizeEvent *event)
 {
     QTableView::resizeEvent(event);
     fitValueColumn();
+}
+
+void UnitTable::focusInEvent(QFocusEvent *event)
+{
+    const bool isByKey =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    if (isByKey && !selectionModel()->hasSelection())
+        selectCurrentRow();
+    QTableView::focusInEvent(event);
+}
+
+void UnitTable::selectCurrentRow()
+{
+    const QModelIndex current = currentIndex();
+    const QModelIndex row = current.isValid() ? current : model()->index(0, MatchUnitModel::Unit);
+    selectionModel()->setCurrentIndex(row, QItemSelectionModel::ClearAndSelect |
+                                               QItemSelectionModel::Rows);
 }
 
 void UnitTable::fitValueColumn()

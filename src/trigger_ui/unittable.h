@@ -27,9 +27,12 @@ public:
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
+    /// Reached by the Tab key, a row gets selected that Enter opens.
+    void focusInEvent(QFocusEvent *event) override;
 
 private:
     void fitValueColumn();
+    void selectCurrentRow();
 };
 
 } // namespace KEO

@@ -25,6 +25,8 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
@@ -86,6 +88,7 @@ private Q_SLOTS:
     void endsWithItsStatus();
     void tellsWhatAServerLacks();
     void meetsABusyServer();
+    void tellsOfAnotherUsersServer();
     void runsWithoutStandardStreams();
     void tellsOfAFullDisk_data();
     void tellsOfAFullDisk();
@@ -707,6 +710,32 @@ void tst_CaptureProgram::runsWithoutStandardStreams()
         QCOMPARE(finished(process).status, isPrinted ? 0 : 6);
         QCOMPARE(lines(file("some_core0_window0.csv")), lines(file("all_core0_window0.csv")));
     }
+}
+
+/// Whose servers were there first in a folder that all users share.
+void tst_CaptureProgram::tellsOfAnotherUsersServer()
+{
+    if (geteuid() != 0)
+        QSKIP("only the administrator can be somebody else");
+    board(TestDesign());
+    constexpr uid_t kStranger = 65534;
+    const int stranger = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{AF_UNIX, {}};
+    qstrncpy(address.sun_path, qPrintable(QDir::tempPath() + "/keo1"), sizeof address.sun_path);
+    QLocalServer::removeServer("keo1");
+    QCOMPARE(bind(stranger, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    QCOMPARE(seteuid(kStranger), 0);
+    const int listening = listen(stranger, 9);
+    QCOMPARE(seteuid(0), 0);
+    QCOMPARE(listening, 0);
+    QProcess process;
+    process.setWorkingDirectory(m_directory->path());
+    process.start(kProgram, {"--cable", "Tarno USB Cable(FT2CH)", "design.keo"});
+    const Outcome outcome = finished(process);
+    ::close(stranger);
+    QCOMPARE(outcome.status, 3);
+    QVERIFY2(outcome.errors.contains("another user's"), qPrintable(outcome.errors));
+    QLocalServer::removeServer("keo1");
 }
 
 void tst_CaptureProgram::tellsOfAFullDisk_data()
