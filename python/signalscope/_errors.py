@@ -15,6 +15,10 @@ class SignalScopeError(Exception):
         self.document = document  #: what it had to tell up to then; None if it told nothing
 
 
+class SignalScopeWarning(UserWarning):
+    """A run that reached its result, but says what may be wrong with it."""
+
+
 class ProgramNotFoundError(SignalScopeError):
     """There is no signalscope-capture where it was looked for."""
 

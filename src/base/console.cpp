@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <io.h>
 #else
+#include <fcntl.h>
 #include <unistd.h>
 #endif
 
@@ -21,6 +22,18 @@ bool mayOrder(QChar c)
 }
 
 } // namespace
+
+void holdStandardStreams()
+{
+#ifndef Q_OS_WIN
+    // The lowest number that is free is the one that open() takes. What only writes has no input
+    // to give, and what only reads refuses output, so that a result that goes nowhere is a fault.
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1 && errno == EBADF)
+            static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    }
+#endif
+}
 
 bool isTerminal(std::FILE *stream)
 {

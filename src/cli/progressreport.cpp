@@ -2,6 +2,7 @@
 
 #include <base/console.h>
 
+#include <QCoreApplication>
 #include <QTimer>
 
 namespace KEO {
@@ -77,10 +78,15 @@ void ProgressReport::say(const QString &line)
 {
     if (m_style == Style::Quiet)
         return;
-    m_tick->stop();
-    m_lastTenth = -1;
-    clearLine();
+    finish();
     write(line + u'\n');
+}
+
+void ProgressReport::warn(const QString &line)
+{
+    m_warnings.append(line);
+    finish();
+    write(QCoreApplication::applicationName() + QStringLiteral(": ") + line + u'\n');
 }
 
 void ProgressReport::finish()

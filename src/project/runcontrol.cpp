@@ -3,6 +3,7 @@
 #include "configpage.h"
 #include "programmerlink.h"
 #include "projectboxes.h"
+#include "statusline.h"
 #include "waitingtip.h"
 #include "wavetabs.h"
 
@@ -46,6 +47,9 @@ void RunControl::start(RunKind kind, const QString &cable)
     Q_EMIT wavesGoing();
     keepWaves();
     page.saveSettings();
+    const QString doubt = design.deviceDoubt(design.deviceOfRun(programmer.targetName()));
+    if (!doubt.isEmpty())
+        status.tell(doubt);
     if (kind == RunKind::Auto)
         design.manager().setAutorun(0);
     design.start();

@@ -38,8 +38,8 @@ public:
     /// May what is offered be done now? Holds for offers to come as well.
     void setOfferEnabled(bool isEnabled);
     void showRun(const QString &text);
-    /// With a warning sign if \a isWarning.
-    void showDevice(const QString &text, bool isWarning);
+    /// With a warning sign if \a isWarning; \a why, which may be empty, is told by a tool tip.
+    void showDevice(const QString &text, bool isWarning, const QString &why);
 
 private:
     QPointer<QStatusBar> m_bar;

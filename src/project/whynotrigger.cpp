@@ -136,7 +136,7 @@ void WhyNoTrigger::keepWindows()
 
 void WhyNoTrigger::show()
 {
-    if (!m_window)
+    if (!m_window || (m_panel && m_panel->giveBack()))
         return;
     if (!m_panel) {
         m_panel = new WhyPanel(m_window);
@@ -145,10 +145,8 @@ void WhyNoTrigger::show()
         connect(m_panel, &WhyPanel::settingAsked, this, &WhyNoTrigger::showSetting);
     }
     gather();
-    m_panel->show();
+    m_panel->reach();
     refresh();
-    m_panel->raise();
-    m_panel->activateWindow();
 }
 
 /// The window in front is what the user looks at; without one, it stays with the panel's. But in a

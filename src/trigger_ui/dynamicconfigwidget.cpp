@@ -5,7 +5,7 @@
 #include "muexpressiondialog.h"
 #include "triggercheckstrip.h"
 #include "triggerclipboard.h"
-#include "unitdelegate.h"
+#include "unittable.h"
 
 #include <capture/triggercheck.h>
 #include <config/capturelimits.h>
@@ -20,8 +20,6 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QHeaderView>
-#include <QItemSelectionModel>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -30,7 +28,6 @@
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QSpinBox>
-#include <QTableView>
 
 #include <algorithm>
 #include <limits>
@@ -40,23 +37,11 @@ namespace KEO {
 
 namespace {
 
-constexpr int kValueColumnWidth = 300; // pixels, at least
-constexpr int kSightMargin = 20;       // pixels around what is brought into sight
+constexpr int kSightMargin = 20; // pixels around what is brought into sight
 
 QString itemText(int row, const QString &expression)
 {
     return QStringLiteral("exp%1:  %2").arg(QString::number(row), withUnitNames(expression));
-}
-
-/// In the order of the rows.
-QList<MatchUnit *> selectedUnits(const QTableView &table)
-{
-    QModelIndexList rows = table.selectionModel()->selectedRows();
-    std::ranges::sort(rows, {}, &QModelIndex::row);
-    QList<MatchUnit *> units;
-    for (const QModelIndex &row : std::as_const(rows))
-        units.append(MatchUnitModel::unitOfIndex(row));
-    return units;
 }
 
 /// An entry of \a view's context menu, whose key works in the view alone.
@@ -136,19 +121,8 @@ QGroupBox *DynamicConfigWidget::makeExpressionGroup()
 
 QGroupBox *DynamicConfigWidget::makeUnitGroup()
 {
-    m_tableUnit = named(new QTableView, "tableUnit");
+    m_tableUnit = named(new UnitTable(m_model), "tableUnit");
     m_tableUnit->setAccessibleName(tr("Match Units"));
-    m_tableUnit->setModel(m_model);
-    m_tableUnit->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_tableUnit->setTabKeyNavigation(false); // the page has no use for Tab inside the table
-    m_tableUnit->setWordWrap(false);
-    m_tableUnit->setColumnHidden(MatchUnitModel::Check, true);
-    m_tableUnit->setColumnWidth(MatchUnitModel::Value, kValueColumnWidth);
-    m_tableUnit->horizontalHeader()->setHighlightSections(false);
-    m_tableUnit->verticalHeader()->hide();
-    m_tableUnit->setItemDelegate(new UnitDelegate(m_tableUnit));
-    m_tableUnit->installEventFilter(this);
-    m_tableUnit->viewport()->installEventFilter(this);
     auto *group = new QGroupBox(tr("Match Units"));
     auto *layout = new QVBoxLayout(group);
     layout->addWidget(m_tableUnit);
@@ -161,7 +135,7 @@ void DynamicConfigWidget::connectSlots()
             &DynamicConfigWidget::onWindowNumChanged);
     connect(m_comboBoxAmount, &QComboBox::currentIndexChanged, this,
             &DynamicConfigWidget::onCaptureAmountChanged);
-    connect(m_tableUnit, &QTableView::doubleClicked, this, &DynamicConfigWidget::editMu);
+    connect(m_tableUnit, &UnitTable::doubleClicked, this, &DynamicConfigWidget::editMu);
     connect(m_listExpressions, &QListWidget::itemDoubleClicked, this,
             &DynamicConfigWidget::editExpression);
     connect(m_spinBoxTrPos, &QSpinBox::valueChanged, this, &DynamicConfigWidget::fieldsEdited);
@@ -199,7 +173,7 @@ void DynamicConfigWidget::setCore(CoreConfig *core)
     limitTriggerPosition(core->capture_amount);
     m_spinBoxTrPos->setValue(core->trigger_pos);
     m_model->setUnits(core->enabledUnits());
-    redrawUnits();
+    m_tableUnit->redraw();
     fillExpressions();
     m_fieldsCount = false;
     checkSettings();
@@ -279,7 +253,7 @@ void DynamicConfigWidget::editMu()
     delete dialog;
     if (!page)
         return;
-    redrawUnits();
+    m_tableUnit->redraw();
     scheduleCheck();
 }
 
@@ -313,7 +287,7 @@ TriggerChanges DynamicConfigWidget::setTrigger(const TriggerChanges &changes)
         setExpression(change->row, change->text);
         item->setCheckState(change->isEnabled ? Qt::Checked : Qt::Unchecked);
     }
-    redrawUnits();
+    m_tableUnit->redraw();
     scheduleCheck();
     return before;
 }
@@ -321,7 +295,7 @@ TriggerChanges DynamicConfigWidget::setTrigger(const TriggerChanges &changes)
 void DynamicConfigWidget::addClipboardActions()
 {
     connect(addEntry(m_tableUnit, tr("&Copy"), QKeySequence::Copy), &QAction::triggered, this,
-            [this] { copyValues(selectedUnits(*m_tableUnit)); });
+            [this] { copyValues(m_tableUnit->selectedUnits()); });
     connect(addEntry(m_tableUnit, tr("&Paste"), QKeySequence::Paste), &QAction::triggered, this,
             &DynamicConfigWidget::pasteIntoUnits);
     connect(addEntry(m_listExpressions, tr("&Copy"), QKeySequence::Copy), &QAction::triggered, this,
@@ -337,11 +311,11 @@ void DynamicConfigWidget::pasteIntoUnits()
 {
     if (hasOpenDialog())
         return;
-    if (const auto refusal = pasteValues(selectedUnits(*m_tableUnit))) {
+    if (const auto refusal = pasteValues(m_tableUnit->selectedUnits())) {
         refuse(*refusal);
         return;
     }
-    redrawUnits();
+    m_tableUnit->redraw();
     scheduleCheck();
 }
 
@@ -355,46 +329,6 @@ void DynamicConfigWidget::pasteIntoExpression()
     else
         refuse({TriggerFinding::Subject::Expression, row, TriggerFinding::Weight::Obstacle,
                 expression.error().message});
-}
-
-void DynamicConfigWidget::redrawUnits()
-{
-    for (int column = MatchUnitModel::Unit; column < MatchUnitModel::Value; ++column)
-        m_tableUnit->resizeColumnToContents(column);
-    fitValueColumn();
-    m_tableUnit->viewport()->update();
-}
-
-void DynamicConfigWidget::fitValueColumn()
-{
-    int others = 0;
-    for (int column = MatchUnitModel::Unit; column < MatchUnitModel::Value; ++column)
-        others += m_tableUnit->columnWidth(column);
-    m_tableUnit->setColumnWidth(
-        MatchUnitModel::Value,
-        std::max(kValueColumnWidth, m_tableUnit->viewport()->width() - others));
-}
-
-bool DynamicConfigWidget::eventFilter(QObject *watched, QEvent *event)
-{
-    if (watched == m_tableUnit->viewport() && event->type() == QEvent::Resize)
-        fitValueColumn();
-    if (watched == m_tableUnit && event->type() == QEvent::FocusIn)
-        selectForKeys(static_cast<QFocusEvent *>(event)->reason());
-    return QWidget::eventFilter(watched, event);
-}
-
-/// Reached by the Tab key, the table would have a current row, but none that Enter opens.
-void DynamicConfigWidget::selectForKeys(Qt::FocusReason reason)
-{
-    QItemSelectionModel *selection = m_tableUnit->selectionModel();
-    const bool isByKey = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
-    if (!isByKey || selection->hasSelection())
-        return;
-    const QModelIndex first = m_model->index(0, MatchUnitModel::Unit);
-    const QModelIndex row = selection->currentIndex().isValid() ? selection->currentIndex() : first;
-    selection->setCurrentIndex(row,
-                               QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
 bool DynamicConfigWidget::hasOpenDialog() const
@@ -508,11 +442,7 @@ void DynamicConfigWidget::lead(const TriggerFinding &finding)
     QWidget *place = m_comboBoxAmount;
     if (finding.subject == Subject::Unit) {
         place = m_tableUnit;
-        for (int row = 0; row < m_model->rowCount(); ++row) {
-            if (MatchUnitModel::unitOfIndex(m_model->index(row, MatchUnitModel::Unit))->index ==
-                finding.index)
-                m_tableUnit->selectRow(row);
-        }
+        m_tableUnit->selectUnit(finding.index);
     } else if (finding.subject == Subject::Expression) {
         place = m_listExpressions;
         m_listExpressions->setCurrentRow(finding.index);

@@ -14,13 +14,13 @@ class QLineEdit;
 class QListWidget;
 class QListWidgetItem;
 class QSpinBox;
-class QTableView;
 
 namespace KEO {
 
 struct CoreConfig;
 class MatchUnitModel;
 class TriggerCheckStrip;
+class UnitTable;
 struct TriggerFinding;
 
 /// The page on which the user sets the capture of one standard core: windows, amount, trigger
@@ -64,10 +64,6 @@ Q_SIGNALS:
     /// for all changes of a turn of the event loop.
     void edited();
 
-protected:
-    /// Looks at the size of the table, and at how it gets the focus.
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private Q_SLOTS:
     void editMu();
     void onWindowNumChanged();
@@ -88,9 +84,6 @@ private:
     void bringIntoSight(QWidget *place);
     [[nodiscard]] bool hasOpenDialog() const;
     void closeOpenDialogs();
-    void redrawUnits();
-    void fitValueColumn();
-    void selectForKeys(Qt::FocusReason reason);
     void fillWindowNumbers();
     void fillAmounts();
     void fillExpressions();
@@ -119,7 +112,7 @@ private:
     QComboBox *m_comboBoxAmount = nullptr;
     QSpinBox *m_spinBoxTrPos = nullptr;
     QListWidget *m_listExpressions = nullptr;
-    QTableView *m_tableUnit = nullptr;
+    UnitTable *m_tableUnit = nullptr;
     TriggerCheckStrip *m_strip = nullptr;
     QTimer m_checkTimer; // one check for all edits of a turn of the event loop
     /// What the fields hold counts. Until the user has touched one, the description does: the

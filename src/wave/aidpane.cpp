@@ -38,9 +38,10 @@ QVBoxLayout *columnOf(const QWidget *widget)
 
 } // namespace
 
-AidPane::AidPane(const Panes &panes, quint64 domain, QWidget *viewer)
+AidPane::AidPane(const ViewerPanes &panes, GoTo *goTo, quint64 domain, QWidget *viewer)
     : QObject(viewer),
       m_panes(panes),
+      m_goTo(goTo),
       m_previous(newAction(tr("Previous Hit"), Qt::SHIFT | Qt::Key_F5, "previousHit")),
       m_next(newAction(tr("Next Hit"), Qt::Key_F5, "nextHit"))
 {
@@ -240,7 +241,7 @@ void AidPane::followMarkers()
         return;
     m_tracks->setLines(m_panes.model->triggerPosition(), m_markers);
     m_names->setSample(m_panes.model->contents().shownSample(), m_panes.model->maxDataLength());
-    if (m_current != m_panes.goTo->place())
+    if (m_current != m_goTo->place())
         m_current.reset();
     m_panes.ruler->setAidHits(m_held, m_current);
     tell();
@@ -248,7 +249,7 @@ void AidPane::followMarkers()
 
 void AidPane::go(Direction direction)
 {
-    const int from = m_panes.goTo->place();
+    const int from = m_goTo->place();
     const bool isForth = direction == Direction::Forth;
     std::optional<qsizetype> found =
         isForth ? m_beginnings.next(from) : m_beginnings.previous(from);
@@ -260,7 +261,7 @@ void AidPane::go(Direction direction)
     }
     if (!found)
         return;
-    m_panes.goTo->sample(*found);
+    m_goTo->sample(*found);
     m_current = int(*found);
     followMarkers();
 }
@@ -280,7 +281,7 @@ QString AidPane::hitText() const
     const AidRow &row = *hitRow();
     if (m_hits == 0)
         return tr("%1: no hit").arg(row.name);
-    const int place = m_panes.goTo->place();
+    const int place = m_goTo->place();
     const bool isHit = place >= 0 && aidLevel(row, place) == AidLevel::Holds;
     if (!isHit && m_hits == 1)
         return tr("%1: 1 hit").arg(row.name);

@@ -5,7 +5,9 @@
 #include <support/testmain.h>
 #include <trigger/valuetext.h>
 
+#include <QHash>
 #include <QRegularExpression>
+#include <QSet>
 
 #include <algorithm>
 #include <bit>
@@ -251,17 +253,31 @@ void tst_TriggerDiagnosis::compareExpression(const ExpressionProgram &expression
 {
     qsizetype hits = 0;
     int least = 99;
-    qsizetype nearest = -1;
+    QHash<QByteArray, QList<qsizetype>> alike; // samples by what the expression's units do there
+    QSet<QByteArray> nearestStates;
+    const auto stateAt = [&](qsizetype sample) {
+        QByteArray state;
+        for (size_t slot = 0; slot < evaluation.reports.size(); ++slot) {
+            const ConditionTrack &reports = evaluation.reports[slot];
+            if ((expression.slots >> slot) & 1)
+                state.append(isUnknown(reports, sample)  ? '?'
+                             : is(reports, sample, true) ? '1'
+                                                         : '0');
+        }
+        return state;
+    };
     QList<qsizetype> turnedHits(qsizetype(evaluation.reports.size()));
     for (qsizetype sample = 0; sample < evaluation.samples; ++sample) {
         hits += is(track, sample, true);
         if (!is(track, sample, false))
             continue;
         const ModelSample model(expression, evaluation, sample);
-        if (model.fewest() < least) {
-            least = model.fewest();
-            nearest = sample;
-        }
+        alike[stateAt(sample)].append(sample);
+        if (model.fewest() < least)
+            nearestStates.clear();
+        least = std::min(least, model.fewest());
+        if (model.fewest() == least)
+            nearestStates.insert(stateAt(sample));
         for (int slot = 0; slot < turnedHits.size(); ++slot) {
             if (!isUnknown(evaluation.reports[size_t(slot)], sample))
                 turnedHits[slot] += model.isTrue(quint32(1) << slot);
@@ -274,6 +290,10 @@ void tst_TriggerDiagnosis::compareExpression(const ExpressionProgram &expression
     }
     QCOMPARE(diagnosis.nearest.has_value(), least < 99);
     if (diagnosis.nearest) {
+        std::pair seldom(evaluation.samples + 1, qsizetype(-1)); // how many, the first one
+        for (const QByteArray &state : nearestStates)
+            seldom = std::min(seldom, std::pair(alike[state].size(), alike[state].first()));
+        const qsizetype nearest = seldom.second;
         QCOMPARE(diagnosis.nearest->sample, nearest);
         QCOMPARE(diagnosis.nearest->differing.size(), least);
         quint32 turned = 0;

@@ -83,7 +83,11 @@ void tst_CaptureOptions::refuses_data()
     addRow("rehearse two", "--rehearse a.analyzer_prj --rehearse b.analyzer_prj", "one project");
     addRow("rehearse on a cable", "--rehearse a.analyzer_prj --timeout 3", "--timeout");
     addRow("rehearse and open", "--rehearse a.analyzer_prj --open b.analyzer_prj", "--open");
-    addRow("list with project", "--list-cables --open a.analyzer_prj", "FILE");
+    addRow("open two", "--open a.analyzer_prj --open b.analyzer_prj", "one project");
+    addRow("list with project", "--list-cables --open a.analyzer_prj", "--open");
+    addRow("list with a file", "--list-recovery a.keo", "FILE");
+    addRow("list one cable", "--list-cables --cable LK7", "--cable");
+    addRow("two lists", "--list-recovery --list-cables", "--list-recovery");
 }
 
 void tst_CaptureOptions::refuses()

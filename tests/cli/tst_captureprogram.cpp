@@ -25,6 +25,8 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
@@ -86,6 +88,8 @@ private Q_SLOTS:
     void endsWithItsStatus();
     void tellsWhatAServerLacks();
     void meetsABusyServer();
+    void tellsOfAnotherUsersServer();
+    void runsWithoutStandardStreams();
     void tellsOfAFullDisk_data();
     void tellsOfAFullDisk();
     void keepsOrdersFromTheTerminal();
@@ -147,6 +151,7 @@ void tst_CaptureProgram::writesEveryFormat()
     TestDesign design;
     design.windows = 2;
     board(design);
+    qunsetenv("XDG_RUNTIME_DIR");
     const Outcome outcome = run("--device KR-A --format csv --format vcd --format prn "
                                 "--out new/folder --name run --period 10ns "
                                 "--picture shot.png --size 900x400 design.keo");
@@ -163,8 +168,9 @@ void tst_CaptureProgram::writesEveryFormat()
         QVERIFY2(outcome.output.contains(path + u'\n'), qPrintable(outcome.output));
     QCOMPARE(outcome.output.count(u'\n'), 8);
     QVERIFY(outcome.errors.contains("Waiting for the trigger of core 0"));
-    // Nothing of the platform, which has no windows.
-    QVERIFY2(!outcome.errors.contains("plugin"), qPrintable(outcome.errors));
+    // Nothing of the platform, which has no windows, nor of a session that nobody has opened.
+    for (const char *word : {"plugin", "XDG_RUNTIME_DIR"})
+        QVERIFY2(!outcome.errors.contains(word), qPrintable(outcome.errors));
     QVERIFY(outcome.errors.contains("Reading core 0 window 1"));
 
     QVERIFY(lines(expected.first()).value(design.amount + 5).startsWith("2560, "));
@@ -200,7 +206,7 @@ void tst_CaptureProgram::savesWhatItCanNotExport_data()
     addColumns<QString, QString>({"line", "blocked"});
     addRow("export", "--format vcd --name p", "out/p_core0_window0.vcd");
     addRow("round", "--auto 3 --format vcd --name p", "out/p_2_core0_window0.vcd");
-    addRow("picture", "--picture out/p.png", "out/p_core0_window0.png");
+    addRow("picture", "--picture shots/p.png", "shots/p_core0_window0.png");
 }
 
 // A rare trigger is not lost with a file that nobody can write.
@@ -560,6 +566,10 @@ void tst_CaptureProgram::endsWithItsStatus_data()
     addRow("no folder can be made", "", "--out board.json/x design.keo", 6, "board.json/x");
     addRow("export is a folder", "folder", "design.keo", 6, "design_core0_window0.vcd");
     addRow("picture is a pipe", "pipe", "--picture shot.png design.keo", 6, "shot.png");
+    addRow("picture in no folder", "quiet", "--picture board.json/p.png design.keo", 6, "folder");
+    addRow("picture beside samples", "quiet",
+           "--format csv --out - --picture board.json/p.png design.keo", 6, "folder");
+    addRow("option that is not there", "", "--fast design.keo", 2, "fast");
 }
 
 void tst_CaptureProgram::endsWithItsStatus()
@@ -605,6 +615,13 @@ void tst_CaptureProgram::endsWithItsStatus()
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
     if (change != "lost") // whose other window is exported
         QCOMPARE(outcome.output, QString());
+    if (status != 2)
+        return;
+    // A script has one way to see what was wrong.
+    const QJsonObject document =
+        QJsonDocument::fromJson(run("--json " + line).output.toUtf8()).object();
+    QCOMPARE(document["status"], status);
+    QVERIFY(document["message"].toString().contains(words));
 }
 
 /// A section that is a bit short makes no samples, and no answer at all is told.
@@ -670,6 +687,55 @@ void tst_CaptureProgram::meetsABusyServer()
         QVERIFY2(outcome.errors.contains(isInterrupted ? "Capture Stopped!" : "busy"),
                  qPrintable(outcome.errors));
     }
+}
+
+/// As some services start what they run. What would be printed must not get into a file or to the
+/// server, whose numbers the closed streams had.
+void tst_CaptureProgram::runsWithoutStandardStreams()
+{
+    board(TestDesign());
+    QCOMPARE(run("--device KR-A --format csv --name all design.keo").status, 0);
+    for (int closed = 1; closed < 8; ++closed) {
+        QProcess process;
+        process.setWorkingDirectory(m_directory->path());
+        process.setChildProcessModifier([closed] {
+            for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+                if (closed & (1 << stream))
+                    ::close(stream);
+            }
+        });
+        process.start(kProgram,
+                      {"--device", "KR-A", "--format", "csv", "--name", "some", "design.keo"});
+        const bool isPrinted = !(closed & (1 << STDOUT_FILENO));
+        QCOMPARE(finished(process).status, isPrinted ? 0 : 6);
+        QCOMPARE(lines(file("some_core0_window0.csv")), lines(file("all_core0_window0.csv")));
+    }
+}
+
+/// Whose servers were there first in a folder that all users share.
+void tst_CaptureProgram::tellsOfAnotherUsersServer()
+{
+    if (geteuid() != 0)
+        QSKIP("only the administrator can be somebody else");
+    board(TestDesign());
+    constexpr uid_t kStranger = 65534;
+    const int stranger = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{AF_UNIX, {}};
+    qstrncpy(address.sun_path, qPrintable(QDir::tempPath() + "/keo1"), sizeof address.sun_path);
+    QLocalServer::removeServer("keo1");
+    QCOMPARE(bind(stranger, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    QCOMPARE(seteuid(kStranger), 0);
+    const int listening = listen(stranger, 9);
+    QCOMPARE(seteuid(0), 0);
+    QCOMPARE(listening, 0);
+    QProcess process;
+    process.setWorkingDirectory(m_directory->path());
+    process.start(kProgram, {"--cable", "Tarno USB Cable(FT2CH)", "design.keo"});
+    const Outcome outcome = finished(process);
+    ::close(stranger);
+    QCOMPARE(outcome.status, 3);
+    QVERIFY2(outcome.errors.contains("another user's"), qPrintable(outcome.errors));
+    QLocalServer::removeServer("keo1");
 }
 
 void tst_CaptureProgram::tellsOfAFullDisk_data()
@@ -909,6 +975,9 @@ void tst_CaptureProgram::tellsWhatItWouldSend()
                                   "select         core 1\n"
                                   "read   0x0000  start\n"),
              qPrintable(text.output));
+    QCOMPARE(
+        run("--dry-run --device KR-A --core 1 --format csv --out - design.keo", program).output,
+        text.output);
     QCOMPARE(run("--dry-run --core 2 design.keo", program).status, 2);
 
     QString description = lines(file("design.keo")).join(u'\n');

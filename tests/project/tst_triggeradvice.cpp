@@ -13,6 +13,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
+#include <QSpinBox>
 #include <QTableView>
 #include <QTimer>
 #include <QToolButton>
@@ -82,6 +83,7 @@ private Q_SLOTS:
     void offersItselfWhileARunWaits();
     void tellsWhyOfFewerWindows();
     void tellsWhyOfTheCoreThatWaits();
+    void givesTheKeyboardBack();
     void triggersOnAValue();
     void triggersWhereTheMenuCameUp();
     void liteCoresHaveNone();
@@ -237,6 +239,44 @@ void tst_TriggerAdvice::tellsWhyOfTheCoreThatWaits()
     QCOMPARE(linesOf(*panel).first(), "As it is set now, it triggers at none of 256 samples.");
     QTest::keyClick(panel, Qt::Key_F4);
     QTRY_VERIFY(!d.isBusy());
+}
+
+/// The list has the keyboard when its key was pressed, and the page's field before and afterwards.
+void tst_TriggerAdvice::givesTheKeyboardBack()
+{
+    Desktop d{TestDesign{}};
+    d.open();
+    auto *position = d.find<QSpinBox>("spinBoxTrPos");
+    d.activate();
+    position->setFocus();
+    const auto press = [](int key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), modifiers);
+    };
+    const auto ask = [&] { press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier); };
+    const auto goRound = [&] { press(Qt::Key_F6, Qt::ControlModifier); };
+    const auto inList = [] {
+        const QWidget *focus = QApplication::focusWidget();
+        return focus && focus->objectName() == "whyLines";
+    };
+    ask();
+    QTRY_VERIFY(inList());
+    ask();
+    QTRY_COMPARE(QApplication::focusWidget(), position);
+    goRound();
+    QTRY_VERIFY(inList());
+    goRound();
+    QTRY_COMPARE(QApplication::focusWidget(), position);
+    ask();
+    QTRY_VERIFY(inList());
+    press(Qt::Key_F1); // the window's
+    QTRY_VERIFY_WITH_TIMEOUT(d.tabs()->count() == 2 && d.isIdle(), kCaptureTime);
+    d.tabs()->setCurrentIndex(0);
+    position->setFocus();
+    ask();
+    QTRY_VERIFY(inList());
+    press(Qt::Key_Escape);
+    QTRY_COMPARE(QApplication::focusWidget(), position);
+    QVERIFY(!d.window->findChild<QDialog *>("whyNoTrigger")->isVisible());
 }
 
 /// By keys alone: the selected row at the shown sample, in one of two expressions; then the board
