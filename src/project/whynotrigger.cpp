@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 
 namespace KEO {
 
@@ -121,10 +122,15 @@ void WhyNoTrigger::followWindows()
 
 void WhyNoTrigger::keepWindows()
 {
-    std::vector<Capture> going = shownCaptures();
-    if (going.empty())
+    std::vector<Capture> kept = shownCaptures();
+    if (kept.empty())
         return;
-    m_captures = std::move(going);
+    const auto isShown = [shown = kept](const Capture &before) {
+        return std::ranges::find(shown, before.core, &Capture::core) != shown.end();
+    };
+    std::ranges::remove_copy_if(m_captures, std::back_inserter(kept), isShown);
+    std::ranges::stable_sort(kept, {}, &Capture::core);
+    m_captures = std::move(kept);
     m_current = std::min(m_current, int(m_captures.size()) - 1);
 }
 
@@ -143,16 +149,22 @@ void WhyNoTrigger::show()
     refresh();
 }
 
-/// The window in front is what the user looks at; without one, it stays with the panel's.
+/// The window in front is what the user looks at; without one, it stays with the panel's. But in a
+/// run that waits, what is asked for is a core that has not captured yet.
 void WhyNoTrigger::gather()
 {
     const QString titleBefore =
         m_captures.empty() ? QString() : m_captures[size_t(m_current)].title;
     keepWindows();
     const WaveMonitorWidget *front = m_parts.waves.current();
-    const auto meant = std::ranges::find_if(m_captures, [&](const Capture &capture) {
-        return front ? capture.monitor == front : capture.title == titleBefore;
-    });
+    const bool waits = !m_parts.design.waitingFor().isEmpty();
+    const auto rank = [&](const Capture &capture) {
+        const bool isBefore = capture.title == titleBefore;
+        if (waits && !capture.monitor)
+            return isBefore ? 3 : 2;
+        return (front ? capture.monitor == front : isBefore) ? 1 : 0;
+    };
+    const auto meant = std::ranges::max_element(m_captures, {}, rank); // the first of the best
     m_current = meant == m_captures.end() ? 0 : int(meant - m_captures.begin());
 }
 

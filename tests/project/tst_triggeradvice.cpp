@@ -73,6 +73,7 @@ private Q_SLOTS:
     void tellsWhy();
     void offersItselfWhileARunWaits();
     void tellsWhyOfFewerWindows();
+    void tellsWhyOfTheCoreThatWaits();
     void givesTheKeyboardBack();
     void triggersOnAValue();
     void triggersWhereTheMenuCameUp();
@@ -192,6 +193,40 @@ void tst_TriggerAdvice::tellsWhyOfFewerWindows()
     d.press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
     QCOMPARE(panel->findChild<QComboBox *>("whyCaptures")->count(), 1);
     QVERIFY(linesOf(*panel).first().startsWith("As it is set now, it triggers at 1 of 256"));
+}
+
+/// One of two cores has captured again; what the other one lacks is asked.
+void tst_TriggerAdvice::tellsWhyOfTheCoreThatWaits()
+{
+    TestDesign design;
+    design.cores = 2;
+    Desktop d(design);
+    d.open();
+    auto *cores = d.find<QTreeWidget>("coreTree");
+    cores->topLevelItem(1)->setCheckState(0, Qt::Checked);
+    d.capture();
+    QCOMPARE(d.tabs()->count(), 3);
+    d.tabs()->setCurrentIndex(0);
+    cores->setCurrentItem(cores->topLevelItem(1));
+    auto *units = d.find<QTableView>("tableUnit");
+    QApplication::clipboard()->setText("11111111XXXXXXXX");
+    d.activate();
+    units->setFocus();
+    units->selectRow(0);
+    QTest::keyClick(units, Qt::Key_V, Qt::ControlModifier);
+    d.press(Qt::Key_F1);
+    QTRY_COMPARE_WITH_TIMEOUT(d.tabs()->count(), 2, kCaptureTime);
+    QTRY_VERIFY(
+        d.find<QLabel>("runStatus")->text().startsWith("Waiting for the trigger of core 1"));
+    d.press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    QDialog *panel = dialogOf(d, "whyNoTrigger");
+    QVERIFY(panel);
+    const auto *captures = panel->findChild<QComboBox *>("whyCaptures");
+    QCOMPARE(captures->currentText(), "core 1 window 0 of the last run");
+    QCOMPARE(captures->itemText(0), "core 0 window 0");
+    QCOMPARE(linesOf(*panel).first(), "As it is set now, it triggers at none of 256 samples.");
+    QTest::keyClick(panel, Qt::Key_F4);
+    QTRY_VERIFY(!d.isBusy());
 }
 
 /// The list has the keyboard when its key was pressed, and the page's field before and afterwards.
