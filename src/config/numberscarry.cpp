@@ -63,9 +63,10 @@ std::optional<CaptureNumbers> carryNumbers(const CoreConfig &before, CoreConfig 
         CarryText::tr("The new core has memory for %1 samples.").arg(now.storage_depth);
     if (holdsNone)
         memory = CarryText::tr("%1 It waits for a description with more.").arg(memory);
-    const QString tail = CarryText::tr("%1 A window keeps %2 from the trigger on.")
-                             .arg(memory)
-                             .arg(kMinRowsFromTrigger);
+    const QString tail = holdsNone ? memory
+                                   : CarryText::tr("%1 A window keeps %2 from the trigger on.")
+                                         .arg(memory)
+                                         .arg(kMinRowsFromTrigger);
     tellNumber(account, CarryText::tr("Windows"), standard.window_num, &CaptureNumbers::windows,
                asked, brought, held, memory);
     tellNumber(account, CarryText::tr("Capture amount"), standard.capture_amount,

@@ -218,7 +218,7 @@ bool CaptureProject::openFile(const QString &path)
     const bool isOpened = m_files->open(path);
     if (isOpened && self) {
         if (std::exchange(m_clockedDescription, m_files->description()) != m_files->description())
-            m_waveTabs.clockPeriods().clear(); // cores of another design
+            m_waveTabs.clockPeriods().setAll({}); // cores of another design
         updateActions();
         if (m_files->recovered())
             m_recovery->opened(*m_files->recovered());

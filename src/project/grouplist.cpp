@@ -8,6 +8,7 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QShortcut>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -19,8 +20,10 @@ namespace KEO {
 
 namespace {
 
-constexpr QSize kSize(640, 400);
-constexpr int kLeastWidth = 70; // of the columns but the last, in pixels
+constexpr int kFirstWidth = 105;      // characters
+constexpr double kHeight = 0.6;       // of the width
+constexpr double kScreenShare = 0.95; // at most, in each direction
+constexpr int kLeastWidth = 70;       // of the columns but the last, in pixels
 constexpr int kGreatestWidth = 280;
 constexpr int kLineRole = Qt::UserRole; // what a line is as text
 
@@ -66,7 +69,8 @@ GroupList::GroupList(const QString &name, const QString &title, const QStringLis
     m_layout->addWidget(m_tree);
     m_layout->addWidget(buttons);
     setSizeGripEnabled(true);
-    resize(kSize);
+    m_tree->viewport()->installEventFilter(this);
+    setFirstWidth(kFirstWidth);
 }
 
 void GroupList::setHead(const QString &text)
@@ -93,10 +97,18 @@ void GroupList::setGroups(const QList<Group> &groups)
         m_tree->setCurrentItem(m_tree->topLevelItem(0), 0, QItemSelectionModel::NoUpdate);
 }
 
-void GroupList::resizeEvent(QResizeEvent *event)
+void GroupList::setFirstWidth(int characters)
 {
-    SideWindow::resizeEvent(event);
-    fitColumns();
+    const QSize most = screen()->availableSize() * kScreenShare;
+    const int width = std::min(characters * fontMetrics().averageCharWidth(), most.width());
+    resize(width, std::min(int(width * kHeight), most.height()));
+}
+
+bool GroupList::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_tree->viewport() && event->type() == QEvent::Resize)
+        fitColumns();
+    return SideWindow::eventFilter(watched, event);
 }
 
 /// The last column often says most: it gets half of the room if it needs that, and what is left.

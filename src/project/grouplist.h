@@ -40,8 +40,11 @@ public:
 protected:
     /// A sentence above the list.
     void setHead(const QString &text);
+    /// Opens so wide, in characters of its font, and as high as suits that, within the screen.
+    void setFirstWidth(int characters);
 
-    void resizeEvent(QResizeEvent *event) override;
+    /// Looks at the size of the tree.
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void fitColumns();

@@ -5,6 +5,7 @@
 #include "wavetabs.h"
 
 #include <design/capturedisplay.h>
+#include <design/clockcarry.h>
 #include <design/design.h>
 #include <wave_data/layoutcarry.h>
 
@@ -141,6 +142,7 @@ std::shared_ptr<ProjectSetup> SetupCarrier::take() const
             core->trigger_pos = numbers->position;
         }
     }
+    setup->clocks = m_parts.waves.clockPeriods().all();
     setup->page = m_parts.page.state();
     setup->windows = m_parts.waves.layouts();
     return setup;
@@ -162,7 +164,9 @@ void SetupCarrier::give(const ProjectSetup &setup)
             windows.carry(state);
     }
     m_parts.waves.offerLayouts(windows.states);
-    tell(cores.account + windows.account);
+    const ClockCarry clocks = carryClocks(setup.clocks, setup.cores, now, cores.cores);
+    m_parts.waves.clockPeriods().setAll(clocks.periods);
+    tell(cores.account + clocks.account + windows.account);
 }
 
 void SetupCarrier::tell(const CarriedSettings &account)

@@ -5,8 +5,10 @@
 
 #include <design/coresetup.h>
 #include <wave/windowstate.h>
+#include <wave_data/clockperiod.h>
 
 #include <QHash>
+#include <QMap>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -23,6 +25,7 @@ struct ProjectSetup
 {
     CoreSetup cores;
     PageState page;
+    QMap<int, WaveMonitor::ClockPeriod> clocks;    ///< by core
     bool isRehearsed = false;                      ///< by TriggerRehearsal
     std::vector<WaveMonitor::WindowState> windows; ///< the arrangement of each
 };

@@ -99,6 +99,12 @@ void StatusLine::offer(const QString &text, const QString &button, const std::fu
     connect(m_act, &QToolButton::clicked, this, act);
 }
 
+void StatusLine::setOfferEnabled(bool isEnabled)
+{
+    if (m_widget)
+        m_act->setEnabled(isEnabled);
+}
+
 void StatusLine::showRun(const QString &text)
 {
     if (m_widget)

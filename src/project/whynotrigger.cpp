@@ -150,15 +150,18 @@ void WhyNoTrigger::gather()
         m_captures.empty() ? QString() : m_captures[size_t(m_current)].title;
     keepWindows();
     const WaveMonitorWidget *front = m_parts.waves.current();
-    m_current = 0;
+    const auto meant = std::ranges::find_if(m_captures, [&](const Capture &capture) {
+        return front ? capture.monitor == front : capture.title == titleBefore;
+    });
+    m_current = meant == m_captures.end() ? 0 : int(meant - m_captures.begin());
+}
+
+void WhyNoTrigger::showTitles()
+{
     QStringList titles;
-    for (const Capture &capture : m_captures) {
-        const bool isMeant = front ? capture.monitor == front : capture.title == titleBefore;
-        if (isMeant)
-            m_current = int(titles.size());
+    for (const Capture &capture : m_captures)
         titles.append(capture.monitor ? capture.title
                                       : tr("%1 of the last run").arg(capture.title));
-    }
     if (titles.isEmpty())
         titles.append(tr("none yet"));
     m_panel->setCaptures(titles, m_current);
@@ -174,6 +177,7 @@ void WhyNoTrigger::refresh()
 {
     if (!m_panel || !m_panel->isVisible())
         return;
+    showTitles();
     if (m_captures.empty()) {
         m_panel->tell({{TriggerFinding::Subject::Core,
                         0,

@@ -66,6 +66,7 @@ private:
     [[nodiscard]] std::vector<Capture> shownCaptures() const;
     void show();
     void gather();
+    void showTitles();
     void choose(int capture);
     void refresh();
     void showSample(qsizetype sample);

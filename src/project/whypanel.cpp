@@ -66,8 +66,13 @@ WhyPanel::WhyPanel(QWidget *parent)
 void WhyPanel::setCaptures(const QStringList &titles, int current)
 {
     const QSignalBlocker blocker(m_captures);
-    m_captures->clear();
-    m_captures->addItems(titles);
+    QStringList shown;
+    for (int i = 0; i < m_captures->count(); ++i)
+        shown.append(m_captures->itemText(i));
+    if (shown != titles) { // its list may be open
+        m_captures->clear();
+        m_captures->addItems(titles);
+    }
     m_captures->setCurrentIndex(current);
     m_captures->setEnabled(titles.size() > 1);
 }

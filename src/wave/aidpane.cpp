@@ -159,8 +159,8 @@ void AidPane::fitHeight()
     const int room = m_panes.waves->parentWidget()->height() - kOthers;
     const int most = m_wanted > 0 ? std::min(m_wanted, room - kLeastWaves) : room / kAutomaticShare;
     const int full = m_tracks->fullHeight();
-    const int whole = most / kAidRowHeight * kAidRowHeight;
-    const int height = std::min(full, std::max(whole, kAidRowHeight));
+    const int whole = most / aidRowHeight() * aidRowHeight();
+    const int height = std::min(full, std::max(whole, aidRowHeight()));
     const bool fits = room >= kLeastWaves || !m_panes.waves->isVisible();
     m_tracks->setFixedHeight(height);
     m_names->setFixedHeight(height + kAidBarHeight);
@@ -171,7 +171,7 @@ void AidPane::fitHeight()
 
 void AidPane::dragHeight(int pixels)
 {
-    m_wanted = std::clamp(m_tracks->height() + pixels, kAidRowHeight, m_tracks->fullHeight());
+    m_wanted = std::clamp(m_tracks->height() + pixels, aidRowHeight(), m_tracks->fullHeight());
     fitHeight();
 }
 
@@ -189,7 +189,7 @@ bool AidPane::eventFilter(QObject *watched, QEvent *event)
         if (wheel->modifiers() == Qt::NoModifier && turned != 0) {
             QScrollBar *bar = m_tracks->verticalScrollBar();
             bar->setValue(bar->value() -
-                          turned * kAidRowHeight / QWheelEvent::DefaultDeltasPerStep);
+                          turned * aidRowHeight() / QWheelEvent::DefaultDeltasPerStep);
             return true;
         }
     }

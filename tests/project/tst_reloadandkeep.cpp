@@ -36,6 +36,7 @@ private Q_SLOTS:
     void unusable_data();
     void unusable();
     void staysWhereTheUserIs();
+    void clockGoesWithItsCore();
     void recovered();
 };
 
@@ -514,6 +515,37 @@ void tst_ReloadAndKeep::staysWhereTheUserIs()
     s.rebuild(all + "\n\n");
     s.window->reopen(s.file());
     QCOMPARE(shown(), "Core 0");
+}
+
+void tst_ReloadAndKeep::clockGoesWithItsCore()
+{
+    TestDesign design;
+    design.cores = 2;
+    Session s(design);
+    auto *cores = s.find<QTreeWidget>("coreTree");
+    cores->topLevelItem(0)->setCheckState(0, Qt::Unchecked);
+    cores->topLevelItem(1)->setCheckState(0, Qt::Checked);
+    const auto period = [&s] { return s.wave(1)->findChild<QLineEdit *>("clockPeriod"); };
+    s.capture();
+    s.tabs()->setCurrentIndex(1);
+    period()->setFocus();
+    QTest::keyClicks(period(), "10 ns"); // and no Enter
+    // To a number that the board has no core for, and back.
+    const QByteArray content = contentOf(s.file());
+    s.rebuild(replaced(content, " index=\"1\"", " index=\"4\""));
+    s.reloadAndKeep();
+    QCOMPARE(s.lines("Clock period"), QStringList("Kept\tCore 1: Clock period\t10 ns\t10 ns\t"));
+    s.rebuild(content);
+    s.reloadAndKeep();
+    QCOMPARE(s.lines("Clock period"), QStringList("Kept\tCore 4: Clock period\t10 ns\t10 ns\t"));
+    s.capture();
+    QCOMPARE(period()->text(), "10 ns");
+    s.rebuild(replaced(content, "sample_clock=\"", "sample_clock=\"fast_"));
+    s.reloadAndKeep();
+    QCOMPARE(s.lines("Clock period"), QStringList("Lost\tCore 1: Clock period\t10 ns\t\tThe core "
+                                                  "samples with fast_clk now."));
+    s.capture();
+    QCOMPARE(period()->text(), "");
 }
 
 // A program that ends without a word gives back what was carried along, once it was captured with.

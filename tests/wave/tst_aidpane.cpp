@@ -11,9 +11,11 @@
 #include <wave_data/windowcontents.h>
 
 #include <QDomDocument>
+#include <QFontMetrics>
 #include <QImage>
 #include <QLabel>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QScrollBar>
 
 #include <cmath>
@@ -286,6 +288,14 @@ void tst_AidPane::leavesRoomForTheWaves()
         if (names->isVisible())
             QCOMPARE(top(names) + 20, top(aided.part<AidTracks>()));
     }
+    // A row has room for its text.
+    QFont large = QApplication::font();
+    const QScopeGuard back([usual = large] { QApplication::setFont(usual); });
+    large.setPointSize(15);
+    QApplication::setFont(large);
+    const Aided readable(2);
+    QVERIFY(readable.part<AidTracks>()->fullHeight() >=
+            3 * readable.part<AidNames>()->fontMetrics().height());
 }
 
 KEO_WIDGET_TEST_MAIN(tst_AidPane)
