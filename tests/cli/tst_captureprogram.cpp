@@ -24,6 +24,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -93,6 +94,7 @@ private Q_SLOTS:
     void tellsOfAFullDisk_data();
     void tellsOfAFullDisk();
     void keepsOrdersFromTheTerminal();
+    void fitsItsLineIntoTheTerminal();
     void forcesTheTrigger();
     void startsLiteCoresLater();
     void usesAServerThatRuns();
@@ -800,6 +802,34 @@ void tst_CaptureProgram::keepsOrdersFromTheTerminal()
         QCOMPARE(errors.contains('\x1b') || errors.contains('\a') || errors.contains("\xc2\x9b"),
                  !shown);
     }
+    close(screen);
+    close(terminal);
+}
+
+/// A line that wraps can't be taken back, so that each second would leave one behind.
+void tst_CaptureProgram::fitsItsLineIntoTheTerminal()
+{
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    QVERIFY(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const QString name = QString::fromLatin1(ptsname(terminal));
+    const int screen = open(qPrintable(name), O_RDWR | O_NOCTTY);
+    constexpr int kColumns = 40;
+    const winsize size{24, kColumns, 0, 0};
+    QCOMPARE(ioctl(terminal, TIOCSWINSZ, &size), 0);
+    TestDesign design;
+    design.fires = false;
+    board(design);
+    QProcess process;
+    process.setWorkingDirectory(m_directory->path());
+    process.setStandardErrorFile(name);
+    process.start(kProgram, {"--device", "KR-A", "--timeout", "1.5", "design.keo"});
+    QCOMPARE(finished(process).status, 4);
+    QByteArray shown(4096, 0);
+    shown.resize(std::max<ssize_t>(0, read(terminal, shown.data(), size_t(shown.size()))));
+    const QByteArray progress = shown.left(shown.indexOf("signalscope-capture:"));
+    QVERIFY2(progress.contains("Waiting for") && progress.contains(" s)"), shown);
+    for (const QByteArray &line : progress.split('\r'))
+        QVERIFY2(line.size() < kColumns, line);
     close(screen);
     close(terminal);
 }
