@@ -348,7 +348,7 @@ void tst_CommandRoad::sendsTheSame()
             QVERIFY(QFile::copy(kExamples + "uart_fifo/" + name, path(name)));
     }
     board(path("board.json"));
-    const FreshServer server;
+    const BenchServer server;
     UserWindow user;
     user.window = std::make_unique<Analyzer>(
         nullptr, projectFactories({.sectionPause = pace, .pollInterval = 20}));
