@@ -3,6 +3,7 @@
 # in the desktop program where there is a display, else with a capture from the command line.
 # Arguments, if any, go to signalscope-capture in place of the example's.
 set -euo pipefail
+caller=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")"
 . scripts/packages.sh
 
@@ -46,7 +47,9 @@ fi
 
 build release signalscope-capture "${simulated[@]}"
 if [ $# -gt 0 ]; then
-    "$bin/signalscope-capture" "$@"
+    program=$PWD/$bin/signalscope-capture
+    cd "$caller" # the paths are seen from there
+    "$program" "$@"
     exit
 fi
 echo "Capturing both cores of $example on the simulated board ..."

@@ -43,7 +43,9 @@ Sim::Outcome<Sim::BoardFile> boardFor(const Orders &orders, Sim::Logbook &log)
 
 Sim::Outcome<Sim::Replay> readReplay(const Orders &orders)
 {
-    constexpr qint64 kMaxBytes = 256 * 1024 * 1024;
+    // Programs end theirs at 64 MiB; mail and editors add little. In memory it takes some 30 times
+    // as much at worst.
+    constexpr qint64 kMaxBytes = 80 * 1024 * 1024;
     const auto text = Sim::readWholeFile(orders.transcript, kMaxBytes);
     if (!text)
         return Sim::Failure{text.error()};

@@ -2,10 +2,11 @@
 
 #include "cable.h"
 
+#include <QHash>
+#include <QQueue>
 #include <QtEndian>
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 namespace Sim {
@@ -13,20 +14,6 @@ namespace Sim {
 namespace {
 
 const QStringList kIdKeys = {QStringLiteral("request_id"), QStringLiteral("data_request_id")};
-
-/// Takes the id out of a packet; the key it stood under, or nothing.
-QString takeId(Packet &packet, quint32 &id)
-{
-    for (const QString &key : kIdKeys) {
-        const auto entry = packet.find(key);
-        if (entry == packet.end())
-            continue;
-        id = entry->toUInt();
-        packet.erase(entry);
-        return key;
-    }
-    return {};
-}
 
 QByteArray frameOf(const QByteArray &payload)
 {
@@ -37,52 +24,68 @@ QByteArray frameOf(const QByteArray &payload)
 
 } // namespace
 
-Replay::Replay(const QList<TranscriptLine> &lines, QString name) : m_name(std::move(name))
+/// Requests of one id. A server answers in order: a reply belongs to the first that has none, a
+/// second one to the last that has. What comes without an id goes with the reply before it.
+struct Replay::Owners
 {
-    for (const TranscriptLine &line : lines) {
-        if (line.kind != TranscriptLine::Kind::ToServer) {
-            addReply(line);
-            continue;
-        }
-        Request request{line.number, line.packet, {}, 0, {}};
-        request.idKey = takeId(request.body, request.id);
-        m_requests.append(request);
+    QQueue<int> waiting;
+    int answered = -1;
+
+    int next()
+    {
+        if (!waiting.isEmpty())
+            answered = waiting.dequeue();
+        return answered;
     }
+};
+
+Replay::Id Replay::takeId(Packet &packet)
+{
+    for (const QString &key : kIdKeys) {
+        const auto entry = packet.find(key);
+        if (entry == packet.end())
+            continue;
+        const quint32 number = entry->toUInt();
+        packet.erase(entry);
+        return {key, number};
+    }
+    return {};
 }
 
-/// A server answers in order: a reply belongs to the first request of its id that has none, a
-/// second one to the last that has. What comes without an id goes with the reply before it.
-void Replay::addReply(const TranscriptLine &line)
+Replay::Replay(const QList<TranscriptLine> &lines, QString name) : m_name(std::move(name))
 {
-    Reply reply{line.packet, line.payload, {}};
-    quint32 id = 0;
-    reply.idKey = takeId(reply.packet, id);
-    int owner = reply.idKey.isEmpty() ? m_answered : -1;
-    for (int i = int(m_requests.size()) - 1; i >= 0 && !reply.idKey.isEmpty(); --i) {
-        const Request &request = m_requests.at(i);
-        if (request.idKey != reply.idKey || request.id != id)
+    QHash<Id, Owners> owners;
+    int answered = -1;
+    for (const TranscriptLine &line : lines) {
+        Packet body = line.packet;
+        const Id id = takeId(body);
+        if (line.kind == TranscriptLine::Kind::ToServer) {
+            if (!id.first.isEmpty())
+                owners[id].waiting.enqueue(int(m_requests.size()));
+            m_requests.append({line.number, body, !id.first.isEmpty(), {}});
             continue;
-        if (request.replies.isEmpty() || owner < 0)
-            owner = i;
-        if (!request.replies.isEmpty())
-            break; // all before it are older than an answer
+        }
+        const int owner = id.first.isEmpty() ? answered : owners[id].next();
+        if (owner < 0)
+            continue; // its request came before the transcript
+        answered = owner;
+        const bool isMalformed = line.kind == TranscriptLine::Kind::Malformed;
+        m_requests[owner].replies.append(
+            {body, isMalformed ? frameOf(line.payload) : QByteArray(), id.first});
     }
-    if (owner < 0)
-        return; // its request came before the transcript
-    m_requests[owner].replies.append(reply);
-    m_answered = owner;
 }
 
 Replay::Answer Replay::take(const Packet &packet)
 {
     ++m_asked;
     Packet body = packet;
-    quint32 id = 0;
-    const QString idKey = takeId(body, id);
+    const auto [idKey, id] = takeId(body);
     Answer answer;
     const Request *const request = find(body);
     if (!request) {
-        answer.difference = differenceOf(packet);
+        const bool isBehind = m_next == m_requests.size();
+        if (!std::exchange(m_isBehind, isBehind)) // of what has no counterpart, the first will do
+            answer.told = differenceOf(body);
         m_differs = true;
         m_next = std::min(m_next + 1, int(m_requests.size())); // one stands for the other
     }
@@ -90,9 +93,13 @@ Replay::Answer Replay::take(const Packet &packet)
         answer.isRefused = !idKey.isEmpty();
         return answer;
     }
+    if (request->wantsAnswer && request->replies.isEmpty() &&
+        std::exchange(m_silent, request->line) != request->line)
+        answer.told = QStringLiteral("packet %1 gets no answer: line %2 of %3 got none")
+                          .arg(QString::number(m_asked), QString::number(request->line), m_name);
     for (const Reply &reply : request->replies) {
-        if (!reply.payload.isEmpty()) {
-            answer.frames += frameOf(reply.payload);
+        if (!reply.frame.isEmpty()) {
+            answer.frames += reply.frame;
             continue;
         }
         Packet sent = reply.packet;
@@ -118,11 +125,12 @@ const Replay::Request *Replay::find(const Packet &body)
     if (const Request *again = among(m_latest, body))
         return again;
     // The same capture once more.
-    if (next == m_requests.size() && !m_requests.isEmpty() && m_requests.first().body == body) {
+    if (next == m_requests.size() && !m_requests.isEmpty() &&
+        m_requests.constFirst().body == body) {
         m_latest = {-1, -1};
         note(0);
         m_next = 1;
-        return &m_requests.first();
+        return &m_requests.constFirst();
     }
     return nullptr;
 }
@@ -144,16 +152,13 @@ void Replay::note(int request)
     m_latest[0] = request;
 }
 
-QString Replay::differenceOf(const Packet &packet) const
+QString Replay::differenceOf(const Packet &body) const
 {
     const QString expected = m_next < m_requests.size()
                                  ? QStringLiteral("line %1 of %2 has %3")
                                        .arg(QString::number(m_requests.at(m_next).line), m_name,
                                             describe(m_requests.at(m_next).body))
                                  : QStringLiteral("%1 has nothing more").arg(m_name);
-    Packet body = packet;
-    quint32 id = 0;
-    takeId(body, id);
     return QStringLiteral("packet %1 differs: got %2, but %3")
         .arg(QString::number(m_asked), describe(body), expected);
 }

@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QPair>
 #include <QString>
 
 #include <array>
@@ -18,7 +19,8 @@ namespace Sim {
 ///
 /// What it asks otherwise is a difference, and the samples of the transcript say nothing of it.
 /// Words that want no answer are compared further; the first request behind a difference is
-/// refused.
+/// refused. A request that has no answer in the transcript, where its writing broke off say, gets
+/// none.
 class Replay final
 {
 public:
@@ -28,7 +30,7 @@ public:
     struct Answer
     {
         QByteArray frames;      ///< to send; may be empty
-        QString difference;     ///< a sentence, or empty
+        QString told;           ///< a sentence on a difference or a silence, or empty
         bool isRefused = false; ///< the program is to be cut off
     };
 
@@ -39,25 +41,27 @@ public:
 private:
     struct Reply
     {
-        Packet packet;      ///< without its id
-        QByteArray payload; ///< of a malformed frame, which stands in its place
-        QString idKey;      ///< empty without an id
+        Packet packet;    ///< without its id
+        QByteArray frame; ///< malformed, to send in its place; may be empty
+        QString idKey;    ///< empty without an id
     };
     struct Request
     {
         int line = 0;
         Packet body; ///< without its id
-        QString idKey;
-        quint32 id = 0;
+        bool wantsAnswer = false;
         QList<Reply> replies;
     };
+    struct Owners;
+    using Id = QPair<QString, quint32>; ///< key and number; an empty key without an id
 
-    void addReply(const TranscriptLine &line);
+    /// Takes the id out of a packet.
+    static Id takeId(Packet &packet);
     /// The request that \a body is, with the place moved behind it; null if there is none.
     const Request *find(const Packet &body);
     [[nodiscard]] const Request *among(const std::array<int, 2> &latest, const Packet &body) const;
     void note(int request);
-    [[nodiscard]] QString differenceOf(const Packet &packet) const;
+    [[nodiscard]] QString differenceOf(const Packet &body) const;
 
     QString m_name;
     QList<Request> m_requests;
@@ -65,7 +69,8 @@ private:
     std::array<int, 2> m_latest = {-1, -1}; ///< the last of each of the two latest that differ
     int m_asked = 0;                        ///< packets of the program
     bool m_differs = false;
-    int m_answered = -1; ///< while reading: request that the latest reply belongs to
+    bool m_isBehind = false; ///< a difference was told behind the transcript's end
+    int m_silent = 0;        ///< line of the latest request that was told to have no answer
 };
 
 } // namespace Sim

@@ -213,8 +213,8 @@ void Server::answerFrom(Replay &replay, Connection &connection, const Packet &pa
 {
     notePacket(connection, QStringLiteral(">"), packet);
     const Replay::Answer answer = replay.take(packet);
-    if (!answer.difference.isEmpty())
-        m_log->complain(answer.difference);
+    if (!answer.told.isEmpty())
+        m_log->complain(answer.told);
     if (answer.isRefused)
         return connection.abandon(QStringLiteral("the transcript tells no answer"));
     if (!answer.frames.isEmpty())

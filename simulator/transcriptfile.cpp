@@ -3,6 +3,7 @@
 #include <QBitArray>
 
 #include <algorithm>
+#include <utility>
 
 namespace Sim {
 
@@ -15,11 +16,13 @@ constexpr int kMaxListLevels = 4;
 class LineReader final
 {
 public:
-    explicit LineReader(QByteArrayView line) : m_rest(line) {}
+    explicit LineReader(QByteArrayView line) : m_rest(line), m_size(line.size()) {}
 
     [[nodiscard]] bool isAtEnd() const { return m_rest.isEmpty(); }
     [[nodiscard]] bool isFlawed() const { return m_isFlawed; }
     [[nodiscard]] QByteArrayView rest() const { return m_rest; }
+    /// Where the flaw is, from 1.
+    [[nodiscard]] qsizetype column() const { return m_size - m_flawed + 1; }
 
     bool skip(QByteArrayView text)
     {
@@ -31,6 +34,11 @@ public:
     void expect(QByteArrayView text)
     {
         if (!skip(text))
+            flaw();
+    }
+    void expectEnd()
+    {
+        if (!isAtEnd())
             flaw();
     }
 
@@ -79,22 +87,22 @@ public:
             return {};
         }
         QByteArray raw(bytes, '\0');
-        for (qsizetype i = 0; i < bytes * 2; ++i) {
-            const int digit = hexDigit(m_rest[i]);
+        for (qsizetype i = 0; i < bytes * 2 && !m_isFlawed; ++i) {
+            const int digit = hexDigit(m_rest.front());
             if (digit < 0)
                 flaw();
             else
-                raw[i / 2] = char(raw[i / 2] << 4 | digit);
+                m_rest = m_rest.sliced(1);
+            raw[i / 2] = char(raw[i / 2] << 4 | digit);
         }
-        if (!m_isFlawed)
-            m_rest = m_rest.sliced(bytes * 2);
         return raw;
     }
 
 private:
     void flaw()
     {
-        m_isFlawed = true;
+        if (!std::exchange(m_isFlawed, true))
+            m_flawed = m_rest.size();
         m_rest = {};
     }
 
@@ -196,6 +204,8 @@ private:
     }
 
     QByteArrayView m_rest;
+    qsizetype m_size;       ///< of the line
+    qsizetype m_flawed = 0; ///< bytes from the flaw on
     bool m_isFlawed = false;
 };
 
@@ -206,10 +216,11 @@ std::optional<TranscriptLine> readRest(LineReader &reader)
     TranscriptLine line;
     if (reader.skip(" * "))
         return std::nullopt;
-    if (reader.skip(" ! ")) {
+    if (reader.skip(" !")) {
         line.kind = Kind::Malformed;
+        reader.skip(" "); // an editor may have taken it from a line without bytes
         line.payload = reader.hex(reader.rest().size() / 2);
-        reader.expect("");
+        reader.expectEnd();
         return line;
     }
     line.kind = reader.skip(" >") ? Kind::ToServer : Kind::FromServer;
@@ -225,12 +236,16 @@ Outcome<QList<TranscriptLine>> readTranscript(QByteArrayView text, const QString
 {
     QList<TranscriptLine> lines;
     const Failure other{QStringLiteral("line 1: it is no transcript of Signal Scope")};
+    if (text.startsWith("\xef\xbb\xbf")) // by an editor, as the carriage returns below are by mail
+        text = text.sliced(3);
     int number = 0;
     while (!text.isEmpty()) {
         const qsizetype found = text.indexOf('\n');
         const bool isWhole = found >= 0;
-        const QByteArrayView line = isWhole ? text.first(found) : text;
+        QByteArrayView line = isWhole ? text.first(found) : text;
         text = text.sliced(isWhole ? found + 1 : text.size());
+        if (line.endsWith('\r'))
+            line.chop(1);
         ++number;
         if (number == 1 && line != QByteArrayView(kFirstLine))
             return other;
@@ -246,7 +261,9 @@ Outcome<QList<TranscriptLine>> readTranscript(QByteArrayView text, const QString
         if (reader.isFlawed()) {
             if (!isWhole)
                 break;
-            return Failure{QStringLiteral("line %1: it is no line of a transcript").arg(number)};
+            return Failure{QStringLiteral("line %1, column %2: this is no line of a transcript")
+                               .arg(number)
+                               .arg(reader.column())};
         }
         if (entry) {
             entry->number = number;

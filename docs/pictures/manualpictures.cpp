@@ -304,7 +304,7 @@ void ManualPictures::overrun()
     user.press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
     auto *why = user.find<QDialog>("whyNoTrigger");
     why->resize(700, 230);
-    why->findChild<QListWidget *>("whyLines")->setCurrentRow(3);
+    why->findChild<QListWidget *>("whyLines")->setCurrentRow(1);
     QTest::qWait(kLayoutTime);
     save(why->grab().toImage(), "tour-why");
     why->close();

@@ -14,7 +14,7 @@ library. There are no other dependencies.
 """
 
 from ._errors import (FileError, Interrupted, NoServerError, ProgramError, ProgramNotFoundError,
-                      RefusedError, SignalScopeError, TimedOutError, UsageError)
+                      RefusedError, SignalScopeError, SignalScopeWarning, TimedOutError, UsageError)
 from ._tasks import (Capture, Comparison, Difference, Rehearsal, Trigger, capture, compare, diff,
                      rehearse)
 from ._windows import Bus, DataFileError, Signal, Window, read_windows
@@ -22,6 +22,6 @@ from ._windows import Bus, DataFileError, Signal, Window, read_windows
 __all__ = [
     "Bus", "Capture", "Comparison", "DataFileError", "Difference", "FileError", "Interrupted",
     "NoServerError", "ProgramError", "ProgramNotFoundError", "RefusedError", "Rehearsal", "Signal",
-    "SignalScopeError", "TimedOutError", "Trigger", "UsageError", "Window", "capture", "compare",
-    "diff", "read_windows", "rehearse",
+    "SignalScopeError", "SignalScopeWarning", "TimedOutError", "Trigger", "UsageError", "Window",
+    "capture", "compare", "diff", "read_windows", "rehearse",
 ]

@@ -9,11 +9,12 @@ import shutil
 import signal
 import subprocess
 import threading
+import warnings
 from dataclasses import dataclass
 from types import FrameType
 from typing import Any, Iterator, Optional, Sequence, Union
 
-from ._errors import ProgramError, ProgramNotFoundError, error_of
+from ._errors import ProgramError, ProgramNotFoundError, SignalScopeWarning, error_of
 
 Path = Union[str, "os.PathLike[str]"]
 
@@ -56,6 +57,8 @@ def run(program: Optional[Path], options: Sequence[str], good: Sequence[int] = (
         raise
     document = _document(output)
     if process.returncode in good and document is not None:
+        for line in document.get("warnings") or ():
+            warnings.warn(str(line), SignalScopeWarning, stacklevel=3)
         return Result(process.returncode, document)
     message = (document or {}).get("message") or _message(words)
     raise error_of(process.returncode,

@@ -87,6 +87,7 @@ def capture(description: Path, *, device: Optional[str] = None, trigger: Trigger
     which the trigger is forced. timeout: seconds after which TimedOutError is raised; without it
     the call waits as long as the core does. save: a project to save to, ending in .analyzer_prj.
 
+    Without the device, the first sample of a .keo design may be wrong; a SignalScopeWarning says so.
     A KeyboardInterrupt is raised once the cores are disarmed and the device is closed.
     """
     options = (_given("device", device) + _given("cable", cable) + _given("chain", chain) +

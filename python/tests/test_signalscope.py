@@ -13,6 +13,7 @@ import threading
 import time
 import unittest
 import unittest.mock
+import warnings
 from pathlib import Path
 
 import signalscope
@@ -105,6 +106,13 @@ class CaptureTest(BoardTest):
         self.assertEqual(chr(zero["dut/rx_data"].samples[128]), "E")
         with self.assertRaises(ValueError):
             signalscope.capture(self.keo, trigger=Trigger(), cores=[0, 1])
+
+    def test_a_device_that_is_not_known(self):
+        with self.assertWarnsRegex(signalscope.SignalScopeWarning, "Unknown device"):
+            signalscope.capture(self.keo, timeout=30)
+        with warnings.catch_warnings():
+            warnings.simplefilter("error")
+            signalscope.capture(self.keo, device="KR-C", timeout=30)
 
     def test_saved_captures(self):
         a, b = self.folder / "a.analyzer_prj", self.folder / "b.analyzer_prj"

@@ -8,6 +8,8 @@
 #include <fcntl.h>
 #include <io.h>
 #else
+#include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 #endif
 
@@ -22,6 +24,18 @@ bool mayOrder(QChar c)
 
 } // namespace
 
+void holdStandardStreams()
+{
+#ifndef Q_OS_WIN
+    // The lowest number that is free is the one that open() takes. What only writes has no input
+    // to give, and what only reads refuses output, so that a result that goes nowhere is a fault.
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1 && errno == EBADF)
+            static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    }
+#endif
+}
+
 bool isTerminal(std::FILE *stream)
 {
 #ifdef Q_OS_WIN
@@ -29,6 +43,16 @@ bool isTerminal(std::FILE *stream)
 #else
     return isatty(fileno(stream)) != 0;
 #endif
+}
+
+std::optional<int> terminalWidth([[maybe_unused]] std::FILE *stream)
+{
+#ifndef Q_OS_WIN
+    winsize size{};
+    if (ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        return size.ws_col;
+#endif
+    return {};
 }
 
 void sendRawBytes([[maybe_unused]] std::FILE *stream)

@@ -4,10 +4,19 @@
 #include <QtGlobal>
 
 #include <cstdio>
+#include <optional>
 
 namespace KEO {
 
+/// To be called before anything is opened: a standard stream that the program was started without
+/// would lend its number to the next file or socket, and the text written to the stream would go
+/// there. Afterwards such a stream has an end, or takes nothing.
+void holdStandardStreams();
+
 [[nodiscard]] bool isTerminal(std::FILE *stream);
+
+/// Columns of the terminal behind \a stream; nothing where that can't be told.
+[[nodiscard]] std::optional<int> terminalWidth(std::FILE *stream);
 
 /// From now on \a stream changes no line ends, on systems where it would.
 void sendRawBytes(std::FILE *stream);

@@ -1,5 +1,6 @@
 #include "devicemodels.h"
 
+#include <QCoreApplication>
 #include <QLatin1String>
 
 #include <algorithm>
@@ -21,6 +22,26 @@ constexpr std::array kLateModels = {
 bool writesOneRowLate(const QString &deviceModel)
 {
     return std::ranges::find(kLateModels, deviceModel) != kLateModels.end();
+}
+
+QString lateModelMeant(const QString &deviceModel)
+{
+    if (writesOneRowLate(deviceModel))
+        return {};
+    const QString name = deviceModel.trimmed();
+    for (const QLatin1String model : kLateModels) {
+        const bool isLonger = name.size() > model.size();
+        if (name.startsWith(model, Qt::CaseInsensitive) &&
+            !(isLonger && name.at(model.size()).isLetterOrNumber()))
+            return model;
+    }
+    return {};
+}
+
+QString lateModelsText()
+{
+    return QCoreApplication::translate("KEO::DeviceModels", "%1 to %2")
+        .arg(kLateModels.front(), kLateModels.back());
 }
 
 } // namespace KEO

@@ -254,9 +254,10 @@ QString Teller::wrongBits(const UnitProgram &unit, const NearestMiss &nearest) c
             items.append(
                 (compare ? Text::tr("%1 did not fall") : Text::tr("%1 did not rise")).arg(name));
     }
-    if (nearest.wrongBits.size() > kNamedBits)
-        items.append(
-            Text::tr("%1 more bits were wrong").arg(nearest.wrongBits.size() - kNamedBits));
+    const qsizetype others = nearest.wrongBits.size() - kNamedBits;
+    if (others > 0)
+        items.append(others == 1 ? Text::tr("one more bit was wrong")
+                                 : Text::tr("%1 more bits were wrong").arg(others));
     return listed(items);
 }
 

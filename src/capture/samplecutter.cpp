@@ -190,12 +190,17 @@ QList<QBitArray> cutSamples(const QList<QBitArray> &sections, const CaptureGeome
     return columnSamples(rows, oldestRow(rows, geometry), 1, geometry.columns);
 }
 
+bool dependsOnDevice(const LiteCoreConfig &core, bool isZeo)
+{
+    return core.implemention == 0 && !isZeo;
+}
+
 /// The form 0 of the core writes late in the models that do: the address has wrapped round when the
 /// last row is written, so the newest row stands first. Other forms, and designs of a .zeo file,
 /// make up for it themselves.
 PlainGeometry plainGeometry(const LiteCoreConfig &core, const QString &deviceModel, bool isZeo)
 {
-    const bool isLate = core.implemention == 0 && !isZeo && writesOneRowLate(deviceModel);
+    const bool isLate = dependsOnDevice(core, isZeo) && writesOneRowLate(deviceModel);
     return {signalBits(core.signals), core.capture_amount,
             isLate ? PlainGeometry::FirstRow::Newest : PlainGeometry::FirstRow::Oldest};
 }

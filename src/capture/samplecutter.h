@@ -46,6 +46,8 @@ struct PlainGeometry
     bool operator==(const PlainGeometry &other) const = default;
 };
 
+/// Whether the geometry of \a core depends on the model of the chip.
+bool dependsOnDevice(const LiteCoreConfig &core, bool isZeo);
 /// The geometry that \a core has in a chip of that model, described by a .keo or a .zeo file.
 PlainGeometry plainGeometry(const LiteCoreConfig &core, const QString &deviceModel, bool isZeo);
 

@@ -179,24 +179,38 @@ Answer answerOf(const ExpressionProgram &expression, UnitStates states)
     return differs ? Answer::Unknown : first ? Answer::True : Answer::False;
 }
 
+/// The states of the units in \a slots alone, whatever the others do, in the same order.
+std::vector<SeenStates> statesOfSlots(const std::vector<SeenStates> &states, quint32 slots)
+{
+    std::vector<SeenStates> merged;
+    std::unordered_map<quint32, size_t> places; // in `merged`
+    for (const SeenStates &seen : states) {
+        const UnitStates own{seen.states.input & slots, seen.states.unknown & slots};
+        const auto [place, isNew] =
+            places.try_emplace(own.unknown << 16 | own.input, merged.size());
+        if (isNew)
+            merged.push_back({own, seen.first, 0});
+        merged[place->second].samples += seen.samples;
+    }
+    return merged;
+}
+
 std::optional<ExpressionDiagnosis::Nearest> nearestOf(const ExpressionProgram &expression,
                                                       const std::vector<SeenStates> &misses)
 {
     const TrueDistance distance(expression);
-    int best = TrueDistance::kNever;
+    std::pair best(int(TrueDistance::kNever), qsizetype(0)); // and samples
     ExpressionDiagnosis::Nearest nearest;
-    for (const SeenStates &seen : misses) {
-        const bool isDone = anyInput(seen.states, expression.slots, [&](quint32 input) {
-            if (distance.at(input) < best) {
-                best = distance.at(input);
+    for (const SeenStates &seen : statesOfSlots(misses, expression.slots)) {
+        anyInput(seen.states, expression.slots, [&](quint32 input) {
+            if (const std::pair found(int(distance.at(input)), seen.samples); found < best) {
+                best = found;
                 nearest = {seen.first, distance.way(input)};
             }
-            return best <= 1;
+            return best.first <= 1 && best.second == seen.samples; // of this state, no better one
         });
-        if (isDone)
-            break;
     }
-    if (best == TrueDistance::kNever)
+    if (best.first == TrueDistance::kNever)
         return std::nullopt;
     return nearest;
 }

@@ -66,7 +66,9 @@ struct DeadTerm
 struct ExpressionDiagnosis
 {
     /// The sample, of those at which the expression is known to be false, at which the fewest units
-    /// had to differ; the first of equally near ones.
+    /// had to differ. Of equally near ones, that at which the expression's units stand as they
+    /// seldom do: of `M0&M1` it tells more that M0 was missing when M1 came at last than that M1
+    /// was not there yet in all the time before. Of these the first one.
     struct Nearest
     {
         struct Unit

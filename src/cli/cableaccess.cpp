@@ -3,8 +3,10 @@
 #include "interruption.h"
 
 #include <link/jtagsession.h>
+#include <link/socketowner.h>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QLocalSocket>
 
@@ -15,7 +17,7 @@ namespace {
 constexpr int kConnectTime = 5000; // ms
 constexpr int kWaitSlice = 50;     // ms
 
-enum class Socket { Answers, NobodyListens, TakesNoMore };
+enum class Socket { Answers, NobodyListens, TakesNoMore, IsForeign };
 
 bool isInterrupted()
 {
@@ -34,7 +36,9 @@ Socket probe(const QString &serverName)
            !isInterrupted())
         socket.waitForConnected(kWaitSlice);
     if (socket.state() == QLocalSocket::ConnectedState)
-        return Socket::Answers;
+        return isServedByOwnUser(socket) ? Socket::Answers : Socket::IsForeign;
+    if (socket.error() == QLocalSocket::SocketAccessError)
+        return Socket::IsForeign;
     return socket.state() == QLocalSocket::ConnectingState ? Socket::TakesNoMore
                                                            : Socket::NobodyListens;
 }
@@ -42,7 +46,8 @@ Socket probe(const QString &serverName)
 } // namespace
 
 CableAccess::CableAccess(const CaptureOptions &options)
-    : m_errors(options.quiet ? ServerErrors::Discarded : ServerErrors::Forwarded)
+    : m_errors(options.quiet ? ServerErrors::Discarded : ServerErrors::Forwarded),
+      m_startsServers(!options.usesRunningServers)
 {
 }
 
@@ -62,7 +67,11 @@ CableAccess::Reached CableAccess::connectTo(const ServerRow &row)
     const Socket socket = probe(connection.serverName);
     if (socket == Socket::TakesNoMore || isInterrupted())
         return Reached::Busy;
+    if (socket == Socket::IsForeign)
+        return Reached::Foreign;
     if (socket == Socket::NobodyListens) {
+        if (!m_startsServers)
+            return Reached::No;
         const Interruption::ChildShield shield;
         if (launchServers(m_processes, siblingDirectory(), {row}, m_errors).isEmpty())
             return Reached::No;
@@ -77,6 +86,7 @@ Result<QString> CableAccess::reach(const QString &cable)
 {
     QStringList known;
     QStringList busy;
+    QStringList foreign;
     for (const ServerRow &row : serverTable()) {
         const QString &name = row.connection.name;
         known.append(name);
@@ -87,6 +97,8 @@ Result<QString> CableAccess::reach(const QString &cable)
             return name;
         if (reached == Reached::Busy)
             busy.append(name);
+        else if (reached == Reached::Foreign)
+            foreign.append(name);
     }
     if (!cable.isEmpty() && !known.contains(cable))
         return Error{Error::Usage, QCoreApplication::translate(
@@ -97,6 +109,15 @@ Result<QString> CableAccess::reach(const QString &cable)
                                       "CableAccess", "The cable server of %1 is busy with other "
                                                      "programs and takes no more.")
                                       .arg(busy.join(QStringLiteral(", ")))};
+    if (!foreign.isEmpty())
+        return Error{Error::Link, QCoreApplication::translate(
+                                      "CableAccess", "The cable server of %1 is another user's; "
+                                                     "name a folder of your own in TMPDIR.")
+                                      .arg(foreign.join(QStringLiteral(", ")))};
+    if (!m_startsServers)
+        return Error{Error::Link, QCoreApplication::translate(
+                                      "CableAccess", "No cable server answers in the folder %1.")
+                                      .arg(QDir::tempPath())};
     return Error{Error::Link,
                  QCoreApplication::translate("CableAccess",
                                              "The cable server can not be started or reached.")};

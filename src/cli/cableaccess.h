@@ -13,7 +13,8 @@
 namespace KEO {
 
 /// Gets at the cable servers: reaches one that already runs on its name (the desktop program's,
-/// say), else starts it. Servers that it started end with it at the latest.
+/// say), else starts it, unless the options forbid it. Servers that it started end with it at the
+/// latest.
 class CableAccess final
 {
 public:
@@ -32,11 +33,12 @@ public:
     void endServers(const std::function<bool()> &isGivenUp);
 
 private:
-    enum class Reached { Yes, No, Busy };
+    enum class Reached { Yes, No, Busy, Foreign };
 
     Reached connectTo(const ServerRow &row);
 
     ServerErrors m_errors;
+    bool m_startsServers;
     ServerProcesses m_processes;
 };
 

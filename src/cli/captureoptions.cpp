@@ -85,11 +85,12 @@ Result<QString> savedProject(const QString &name, const QString &path)
 /// The project of --open.
 Result<QString> openedProject(const QCommandLineParser &parser)
 {
-    if (!parser.positionalArguments().isEmpty())
-        return usage(Text::tr("--open takes no FILE."));
-    if (const auto error = refuseOthers(parser, QStringLiteral("open"), Task::ExportSaved))
+    const QString name = QStringLiteral("open");
+    if (const auto error = refuseOthers(parser, name, Task::ExportSaved))
         return *error;
-    return savedProject(QStringLiteral("open"), parser.value("open"));
+    if (parser.values(name).size() != 1 || !parser.positionalArguments().isEmpty())
+        return usage(Text::tr("--open takes one project and no FILE."));
+    return savedProject(name, parser.value(name));
 }
 
 /// The two projects of --compare.
@@ -149,10 +150,9 @@ std::optional<Error> readTask(const QCommandLineParser &parser, CaptureOptions &
         if (!parser.isSet(name))
             continue;
         options.task = task;
-        if (!parser.positionalArguments().isEmpty() || parser.isSet("open") ||
-            parser.isSet("compare") || parser.isSet("diff") || parser.isSet("rehearse"))
+        if (!parser.positionalArguments().isEmpty())
             return usage(Text::tr("--%1 takes no FILE.").arg(QLatin1String(name)));
-        return {};
+        return refuseOthers(parser, QLatin1String(name), task);
     }
     if (parser.isSet("rehearse")) {
         options.task = Task::Rehearse;
@@ -202,8 +202,8 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         "Or exports what was saved as a project before, compares two such projects, tells where a "
         "trigger would come in one, or what differs between two core descriptions.\n\n"
         "Exit status: 0 captured, or equal, or a hit, 1 different, or no hit, 2 usage, 3 no "
-        "server, 4 timed out, 5 the device refused, 6 a file could not be read or written, 130 "
-        "stopped by Ctrl-C, 143 by SIGTERM."));
+        "server, 4 timed out, 5 the device refused, 6 a file could not be read or written, 129 "
+        "stopped by the end of the terminal, 130 by Ctrl-C, 143 by SIGTERM."));
     addOptions(parser);
     CaptureOptions options;
     if (!parser.parse(withTwoDashes(arguments)))
@@ -236,7 +236,7 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
     }
     if (!(bitOf(options.task) & (kCapture | kExport)))
         return options;
-    if (options.directory == QLatin1String("-")) {
+    if (options.directory == QLatin1String("-") && !options.dryRun) {
         options.toStandardOutput = true;
         if (const auto error = checkStandardOutput(options))
             return *error;

@@ -60,7 +60,8 @@ struct CaptureOptions
     bool dryRun = false;          ///< of Capture: tell what would be sent, and stop there
     bool json = false;
     bool quiet = false;
-    QString helpText; ///< set for ShowHelp
+    bool usesRunningServers = false; ///< starts none
+    QString helpText;                ///< set for ShowHelp
 };
 
 /// Reads a command line whose first entry is the program's name. An error's message is one

@@ -7,9 +7,13 @@
 #include "listings.h"
 #include "savedtasks.h"
 
+#include <base/console.h>
 #include <link/jtagsession.h>
 #include <version/version.h>
 
+#include <QJsonArray>
+
+#include <cstdio>
 #include <optional>
 #include <utility>
 
@@ -41,14 +45,11 @@ TaskResult runTask(const CaptureOptions &options, const PictureWriter &drawPictu
     case CaptureOptions::Task::ShowVersion:
         break;
     }
-    if (options.dryRun)
-        return previewRun(options, output, report);
-    if (!options.transcript.isEmpty()) {
-        const auto error = JtagSession::instance()->startTranscript(options.transcript);
-        if (error)
-            return {ExitStatus::FileError, error->message, {}};
-    }
-    return CaptureRun(options, windows, output, report).run();
+    TaskResult result = options.dryRun ? previewRun(options, output, report)
+                                       : CaptureRun(options, windows, output, report).run();
+    if (!report.warnings().isEmpty())
+        result.document.insert("warnings", QJsonArray::fromStringList(report.warnings()));
+    return result;
 }
 
 /// What the program says of itself; nothing for a task that is work.
@@ -82,6 +83,15 @@ ExitStatus runCaptureProgram(const CaptureOptions &options, const PictureWriter 
     JtagSession::instance()->disconnectAll();
     JtagSession::instance()->stopTranscript();
     return output.finish(std::move(result));
+}
+
+ExitStatus refuseArguments(const Error &error, const QStringList &arguments)
+{
+    ResultOutput output(arguments.contains(QLatin1String("--json")) ? ResultStyle::Document
+                                                                    : ResultStyle::Lines);
+    const ExitStatus status = output.finish({ExitStatus::Usage, error.message, {}});
+    static_cast<void>(writeText(stderr, QStringLiteral("Try --help.\n")));
+    return status;
 }
 
 } // namespace KEO

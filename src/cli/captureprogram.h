@@ -12,4 +12,7 @@ namespace KEO {
 [[nodiscard]] ExitStatus runCaptureProgram(const CaptureOptions &options,
                                            const PictureWriter &drawPicture);
 
+/// Tells that a command line is refused, in a JSON document as well where it asks for one.
+[[nodiscard]] ExitStatus refuseArguments(const Error &error, const QStringList &arguments);
+
 } // namespace KEO

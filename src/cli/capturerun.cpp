@@ -89,17 +89,18 @@ TaskResult CaptureRun::run()
 
 std::optional<Error> CaptureRun::prepare()
 {
-    if (const std::optional<Error> error = setUp(*m_design, m_options, m_report))
+    if (const std::optional<Error> error = setUp(*m_design, m_options))
         return error;
-    if (!m_options.formats.isEmpty()) {
-        if (const std::optional<Error> error = m_exports.prepare(m_design->windowCount()))
-            return error;
-    }
+    if (const std::optional<Error> error = m_exports.prepare(m_design->windowCount()))
+        return error;
     if (!m_options.project.isEmpty()) {
         const Result<QString> directory = prepareDirectory(QFileInfo(m_options.project).path());
         if (!directory)
             return directory.error();
     }
+    // Last: it takes the place of an earlier one.
+    if (!m_options.transcript.isEmpty())
+        return m_design->session().startTranscript(m_options.transcript);
     return {};
 }
 
@@ -130,6 +131,7 @@ void CaptureRun::start()
     m_linkTimer->start(kLinkCheckInterval);
     if (m_options.timeout)
         m_timeoutTimer->start(int(*m_options.timeout));
+    warnOfDevice(*m_design, m_options, m_report);
     m_design->start();
     rearmTimers();
 }

@@ -22,7 +22,7 @@ std::unique_ptr<Design> makeDesign(const CaptureOptions &options)
     return Design::make(descriptionKind(options.file), *JtagSession::instance());
 }
 
-std::optional<Error> setUp(Design &design, const CaptureOptions &options, ProgressReport &report)
+std::optional<Error> setUp(Design &design, const CaptureOptions &options)
 {
     if (options.delay && !design.traits().hasDelay)
         return Error{Error::Usage,
@@ -41,10 +41,14 @@ std::optional<Error> setUp(Design &design, const CaptureOptions &options, Progre
         return error;
     if (options.autoRounds && !design.canAuto())
         return Error{Error::Usage, Text::tr("--auto takes one core with one window.")};
-    if (options.device.isEmpty() && options.file.endsWith(".keo"))
-        report.say(Text::tr("No --device given: if the model is one that stores the samples of a "
-                            ".keo design late, they are shown one off."));
     return {};
+}
+
+void warnOfDevice(const Design &design, const CaptureOptions &options, ProgressReport &report)
+{
+    const QString doubt = design.deviceDoubt(design.deviceOfRun(options.device));
+    if (!doubt.isEmpty())
+        report.warn(Text::tr("%1 --device names it.").arg(doubt));
 }
 
 } // namespace KEO

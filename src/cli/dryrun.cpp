@@ -35,9 +35,10 @@ QJsonObject jsonOf(int core, const TriggerFinding &finding)
 TaskResult previewRun(const CaptureOptions &options, ResultOutput &output, ProgressReport &report)
 {
     const std::unique_ptr<Design> design = makeDesign(options);
-    if (const std::optional<Error> error = setUp(*design, options, report))
+    if (const std::optional<Error> error = setUp(*design, options))
         return {statusOf(error->kind), error->message, {{"file", options.file}}};
 
+    warnOfDevice(*design, options, report);
     const QList<QBitArray> words = design->startWords();
     const QList<RegisterPreviewLine> lines = previewOf(words);
     QJsonArray findings;

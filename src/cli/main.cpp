@@ -26,6 +26,8 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool d
     if (!draws)
         return std::make_unique<QCoreApplication>(argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The toolkit misses a user's session here, which machines without a display don't have.
+    KEO::setLogOutput(KEO::LogOutput::Nothing);
     auto application = std::make_unique<QApplication>(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false); // a drawn picture is no end of the run
     return application;
@@ -35,17 +37,15 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool d
 
 int main(int argc, char **argv)
 {
+    KEO::holdStandardStreams();
     qInstallMessageHandler(&KEO::printMessage);
     // Read before the application takes out what it knows itself.
-    const auto options = KEO::parseCaptureOptions(argumentList(argc, argv));
-    if (!options) {
-        static_cast<void>(KEO::writeText(
-            stderr,
-            QStringLiteral("signalscope-capture: %1\nTry --help.\n").arg(options.error().message)));
-        return int(KEO::ExitStatus::Usage);
-    }
-    KEO::setLogOutput(options->quiet ? KEO::LogOutput::Nothing : KEO::LogOutput::Warnings);
+    const QStringList arguments = argumentList(argc, argv);
+    const auto options = KEO::parseCaptureOptions(arguments);
+    if (!options)
+        return int(KEO::refuseArguments(options.error(), arguments));
     const auto application = makeApplication(argc, argv, !options->picture.isEmpty());
+    KEO::setLogOutput(options->quiet ? KEO::LogOutput::Nothing : KEO::LogOutput::Warnings);
     QCoreApplication::setApplicationName(QStringLiteral("signalscope-capture"));
     return int(KEO::runCaptureProgram(*options, KEO::drawPicture));
 }

@@ -229,8 +229,12 @@ int bitOf(CaptureOptions::Task task)
         return kRehearse;
     case Task::Diff:
         return kDiff;
+    case Task::ListCables:
+        return kListCables;
+    case Task::ListRecovery:
+        return kListRecovery;
     default:
-        return kList;
+        return 0; // the program tells of itself
     }
 }
 
@@ -243,7 +247,7 @@ const QList<OptionRow> &optionTable()
          kCapture, takeText<&O::device>},
         {"cable", "NAME",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Cable to use; default the first that answers."),
-         kCapture | kList, takeText<&O::cable>},
+         kCapture, takeText<&O::cable>},
         {"core", "N",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Core to capture, repeatable; default the first."),
@@ -341,7 +345,8 @@ const QList<OptionRow> &optionTable()
                            "capture that the window did not save, recovery:2 the one before."),
          kExport},
         {"list-recovery", nullptr,
-         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the captures that were not saved."), kList},
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the captures that were not saved."),
+         kListRecovery},
         {"compare", "A.analyzer_prj",
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Compare a saved project with another one, the FILE."),
@@ -363,8 +368,12 @@ const QList<OptionRow> &optionTable()
          QT_TRANSLATE_NOOP("KEO::CaptureOptions",
                            "Write every packet to and from the cable server to FILE."),
          kCapture, readTranscript},
+        {"no-server-start", nullptr,
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions",
+                           "Use only a cable server that runs already, as one of another machine."),
+         kCapture | kList, setFlag<&O::usesRunningServers>},
         {"list-cables", nullptr,
-         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the cables that answer."), kList},
+         QT_TRANSLATE_NOOP("KEO::CaptureOptions", "List the cables that answer."), kListCables},
         {"json", nullptr,
          QT_TRANSLATE_NOOP("KEO::CaptureOptions", "Print one JSON document on standard output."),
          kCapture | kExport | kCompare | kDiff | kRehearse | kList, setFlag<&O::json>},

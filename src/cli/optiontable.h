@@ -35,11 +35,13 @@ std::optional<Error> store(Target &target, const Result<Value> &value)
 /// Kinds of task, a bit each.
 enum TaskKind : int {
     kCapture = 1,
-    kExport = 2, ///< of a saved capture
-    kList = 4,
-    kCompare = 8,   ///< of two saved captures
-    kDiff = 16,     ///< of two descriptions
-    kRehearse = 32, ///< of a trigger on a saved capture
+    kExport = 2,    ///< of a saved capture
+    kCompare = 4,   ///< of two saved captures
+    kDiff = 8,      ///< of two descriptions
+    kRehearse = 16, ///< of a trigger on a saved capture
+    kListCables = 32,
+    kListRecovery = 64,
+    kList = kListCables | kListRecovery,
     kTrigger = kCapture | kRehearse
 };
 [[nodiscard]] int bitOf(CaptureOptions::Task task);

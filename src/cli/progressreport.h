@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 class QTimer;
 
@@ -29,6 +30,9 @@ public:
     void readSections(const QString &what, int done, int total);
     /// A line of its own; ends waiting.
     void say(const QString &line);
+    /// A line that is told even if quiet, and kept: what is told on standard output is not all.
+    void warn(const QString &line);
+    [[nodiscard]] const QStringList &warnings() const { return m_warnings; }
     /// Ends waiting and leaves the terminal at the start of a line.
     void finish();
 
@@ -41,6 +45,7 @@ private:
     QTimer *m_tick; // owned by the object tree
     QElapsedTimer m_waiting;
     QString m_what;
+    QStringList m_warnings;
     int m_lineLength = 0; // characters on the terminal's current line
     int m_lastTenth = -1; // plain lines tell every tenth of a read
 };

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonObject>
 
 #include <cerrno>
@@ -34,15 +35,21 @@ std::optional<Error> WindowExport::prepare(qsizetype windows) const
         if (const std::optional<QString> obstacle = exportObstacle(format))
             return Error{Error::Usage, *obstacle};
     }
-    if (m_options.toStandardOutput) {
-        if (windows == 1)
-            return {};
+    if (m_options.toStandardOutput && windows != 1)
         return Error{
             Error::Usage,
             Text::tr("--out - takes one window; there are %1.").arg(QString::number(windows))};
+    QStringList folders;
+    if (!m_options.formats.isEmpty() && !m_options.toStandardOutput)
+        folders.append(m_options.directory);
+    if (!m_options.picture.isEmpty())
+        folders.append(QFileInfo(m_options.picture).path());
+    for (const QString &folder : std::as_const(folders)) {
+        const Result<QString> directory = prepareDirectory(folder);
+        if (!directory)
+            return directory.error();
     }
-    const Result<QString> directory = prepareDirectory(m_options.directory);
-    return directory ? std::optional<Error>() : directory.error();
+    return {};
 }
 
 std::optional<Error> WindowExport::write(const CaptureLabel &label, const ExportCore &core,

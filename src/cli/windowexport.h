@@ -31,8 +31,8 @@ public:
     WindowExport(const CaptureOptions &options, const PictureWriter &drawPicture,
                  ResultOutput &output, ProgressReport &report);
 
-    /// Makes the folder of the files if it is missing. Tells, before anything is done, that so many
-    /// windows can't be written as the options ask.
+    /// Makes the folders of the files if they are missing. Tells, before anything is done, that so
+    /// many windows can't be written as the options ask.
     [[nodiscard]] std::optional<Error> prepare(qsizetype windows) const;
     /// Writes one window, the \a only one or one of several, and prints the paths, or else the
     /// window itself. What was written before an error stays.

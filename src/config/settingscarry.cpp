@@ -1,10 +1,11 @@
 #include "settingscarry.h"
 
-#include "capturelimits.h"
+#include "carryaccount.h"
 #include "litecoreconfig.h"
+#include "numberscarry.h"
 #include "signalmatching.h"
+#include "unitcarry.h"
 
-#include <QCoreApplication>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -14,34 +15,7 @@ namespace KEO {
 
 namespace {
 
-struct Text
-{
-    Q_DECLARE_TR_FUNCTIONS(KEO::SettingsCarry)
-};
-
-/// Takes the entries of one core.
-class Account
-{
-public:
-    explicit Account(const QString &place) : m_place(place) {}
-
-    /// From now on everything is lost for that reason.
-    void lose(const QString &reason) { m_loss = reason; }
-    void add(CarryOutcome outcome, const QString &setting, const QString &before,
-             const QString &after, const QString &reason = {})
-    {
-        if (m_loss.isEmpty())
-            m_entries.append({outcome, m_place, setting, before, after, reason});
-        else
-            m_entries.append({CarryOutcome::Lost, m_place, setting, before, {}, m_loss});
-    }
-    [[nodiscard]] const CarriedSettings &entries() const { return m_entries; }
-
-private:
-    QString m_place;
-    QString m_loss;
-    CarriedSettings m_entries;
-};
+using Text = CarryText;
 
 QString coreText(int index)
 {
@@ -51,248 +25,6 @@ QString coreText(int index)
 QString onOff(bool isOn)
 {
     return isOn ? Text::tr("on") : Text::tr("off");
-}
-
-// Windows, amount and position.
-
-/// What the memory of \a core holds of \a asked; \a brought if it holds nothing.
-CaptureNumbers heldNumbers(const CoreConfig &core, const CaptureNumbers &asked,
-                           const CaptureNumbers &brought)
-{
-    if (asked == brought || !memoryObstacle(core, asked))
-        return asked;
-    CaptureNumbers held = asked;
-    QList<int> amounts = offeredAmounts(core.storage_depth, held.windows);
-    while (amounts.isEmpty() && held.windows > 1)
-        amounts = offeredAmounts(core.storage_depth, --held.windows);
-    if (amounts.isEmpty())
-        return brought;
-    if (memoryObstacle(core, {held.windows, asked.amount, 0})) {
-        const auto above = std::ranges::upper_bound(amounts, asked.amount);
-        held.amount = above == amounts.begin() ? *above : *(above - 1);
-    }
-    held.position = std::clamp(asked.position, 0, std::max(0, held.amount - kMinRowsFromTrigger));
-    return memoryObstacle(core, held) ? brought : held;
-}
-
-void tellNumber(Account &account, const QString &setting, int standard, int CaptureNumbers::*number,
-                const CaptureNumbers &asked, const CaptureNumbers &brought,
-                const CaptureNumbers &held, const QString &memory)
-{
-    if (asked.*number == standard && brought.*number == standard)
-        return;
-    const bool isKept = held.*number == asked.*number;
-    const auto changed = held == brought ? CarryOutcome::Lost : CarryOutcome::Adapted;
-    account.add(isKept ? CarryOutcome::Kept : changed, setting, QString::number(asked.*number),
-                QString::number(held.*number), isKept ? QString() : memory);
-}
-
-void carryNumbers(const CoreConfig &before, CoreConfig &now, Account &account)
-{
-    const CaptureNumbers brought{now.window_num, now.capture_amount, now.trigger_pos};
-    CaptureNumbers asked{before.window_num, before.capture_amount, before.trigger_pos};
-    // A page whose field offers nothing of the kind leaves 0 behind: nothing was chosen.
-    if (asked.windows < 1)
-        asked.windows = brought.windows;
-    if (asked.amount < 1)
-        asked.amount = brought.amount;
-    const CaptureNumbers held = heldNumbers(now, asked, brought);
-    now.window_num = held.windows;
-    now.capture_amount = held.amount;
-    now.trigger_pos = held.position;
-    const CoreConfig standard;
-    const QString memory =
-        Text::tr("The new core has memory for %1 samples.").arg(now.storage_depth);
-    const QString tail =
-        Text::tr("%1 A window keeps %2 from the trigger on.").arg(memory).arg(kMinRowsFromTrigger);
-    tellNumber(account, Text::tr("Windows"), standard.window_num, &CaptureNumbers::windows, asked,
-               brought, held, memory);
-    tellNumber(account, Text::tr("Capture amount"), standard.capture_amount,
-               &CaptureNumbers::amount, asked, brought, held, memory);
-    tellNumber(account, Text::tr("Trigger position"), standard.trigger_pos,
-               &CaptureNumbers::position, asked, brought, held, tail);
-}
-
-// Match units.
-
-QString unitText(const MatchUnit &unit)
-{
-    return QStringLiteral("M%1").arg(unit.index);
-}
-
-QStringList portNames(const MatchUnit &unit)
-{
-    return unit.trigger ? unit.trigger->flatSignalNames() : QStringList();
-}
-
-struct Comparison
-{
-    MatchFunction function = MatchFunction::Equal;
-    QString value0;
-    QString value1; ///< of a range; else empty
-
-    bool operator==(const Comparison &other) const = default;
-};
-
-Comparison comparisonOf(const MatchUnit &unit)
-{
-    return {unit.func, unit.value0, isRangeFunction(unit.func) ? unit.value1 : QString()};
-}
-
-QString comparisonText(const Comparison &comparison)
-{
-    const QString text = matchFunctionText(comparison.function) + u' ' + comparison.value0;
-    return isRangeFunction(comparison.function) ? text + QStringLiteral("..") + comparison.value1
-                                                : text;
-}
-
-bool isStandard(const Comparison &comparison)
-{
-    return comparison.function == MatchFunction::Equal &&
-           std::ranges::all_of(comparison.value0, [](QChar c) { return c == u'X'; });
-}
-
-bool isEdge(QChar letter)
-{
-    return QStringLiteral("RFBN").contains(letter);
-}
-
-/// A comparison on its way into a unit. Without a function there is nothing left of it.
-struct MovedComparison
-{
-    std::optional<Comparison> comparison;
-    QString reason; ///< empty if nothing of its meaning is lost
-};
-
-/// Each bit goes where its signal went.
-MovedComparison moveBits(const MatchUnit &before, const MatchUnit &now)
-{
-    const QStringList oldNames = portNames(before);
-    const QStringList newNames = portNames(now);
-    // A shorter value means its number: that is how the core gets it.
-    const QString bits = before.value0.rightJustified(oldNames.size(), u'0', true);
-    const bool hasLetters = hasEdges(now.match_type) || !hasEdges(before.match_type);
-    const QList<int> places = positionsByName(oldNames, newNames);
-    QString value(newNames.size(), u'X');
-    QStringList gone;
-    QStringList withoutEdges;
-    int compared = 0;
-    for (int bit = 0; bit < bits.size(); ++bit) {
-        if (bits[bit] == u'X')
-            continue;
-        if (places[bit] < 0) {
-            gone.append(oldNames[bit]);
-        } else if (isEdge(bits[bit]) && !hasLetters) {
-            withoutEdges.append(oldNames[bit]);
-        } else {
-            value[places[bit]] = bits[bit];
-            ++compared;
-        }
-    }
-    QStringList reasons;
-    if (!gone.isEmpty())
-        reasons.append(Text::tr("No longer on its port: %1.").arg(gone.join(QStringLiteral(", "))));
-    if (!withoutEdges.isEmpty())
-        reasons.append(
-            Text::tr("The new match type, %1, sees no edges: %2.")
-                .arg(matchTypeText(now.match_type), withoutEdges.join(QStringLiteral(", "))));
-    const QString reason = reasons.join(u' ');
-    if (compared == 0 && !reasons.isEmpty())
-        return {{}, reason};
-    return {Comparison{before.func, value, {}}, reason};
-}
-
-/// \a now is in use, or stands as the old unit did.
-MovedComparison moveComparison(const MatchUnit &before, const MatchUnit &now)
-{
-    const Comparison comparison = comparisonOf(before);
-    if (comparison == comparisonOf(now) && portNames(before) == portNames(now))
-        return {comparison, {}};
-    const bool isSameType = before.match_type == now.match_type;
-    if (!isSameType && !functionsForMatchType(now.match_type).contains(before.func))
-        return {{},
-                Text::tr("The new match type, %1, has no %2.")
-                    .arg(matchTypeText(now.match_type), matchFunctionText(before.func))};
-    const bool isSamePort = portNames(before) == portNames(now);
-    if (isSamePort && (!isEqualityFunction(before.func) || hasEdges(now.match_type) ||
-                       !std::ranges::any_of(comparison.value0, isEdge) || isSameType))
-        return {comparison, {}};
-    if (isEqualityFunction(before.func))
-        return moveBits(before, now);
-    return {{},
-            Text::tr("Its port has other signals, or in another order: the number would mean "
-                     "something else.")};
-}
-
-QString notInUse(const MatchUnit &unit)
-{
-    return Text::tr("The new design does not use match unit %1.").arg(unitText(unit));
-}
-
-void carryComparison(const MatchUnit &before, MatchUnit &now, Account &account)
-{
-    const Comparison old = comparisonOf(before);
-    const Comparison brought = comparisonOf(now);
-    const MovedComparison moved =
-        now.enabled ? moveComparison(before, now) : MovedComparison{{}, notInUse(now)};
-    if (moved.comparison) {
-        now.func = moved.comparison->function;
-        now.value0 = moved.comparison->value0;
-        // One that the function does not use is as good as the port is the same.
-        if (portNames(before) == portNames(now))
-            now.value1 = before.value1;
-    }
-    if (isStandard(old) && (!now.enabled || old == brought))
-        return;
-    const QString setting = Text::tr("%1 comparison").arg(unitText(before));
-    const Comparison is = comparisonOf(now);
-    if (!moved.comparison)
-        account.add(CarryOutcome::Lost, setting, comparisonText(old), comparisonText(is),
-                    moved.reason);
-    else if (is == old && moved.reason.isEmpty())
-        account.add(CarryOutcome::Kept, setting, comparisonText(old), comparisonText(is));
-    else
-        account.add(CarryOutcome::Adapted, setting, comparisonText(old), comparisonText(is),
-                    moved.reason.isEmpty()
-                        ? Text::tr("Each bit went with its signal; new signals are not compared.")
-                        : moved.reason);
-}
-
-QString countText(const MatchUnit &unit)
-{
-    if (!unit.counter_enable)
-        return Text::tr("no counter");
-    return unit.countinuous ? Text::tr("%1 continuous").arg(unit.counter)
-                            : QString::number(unit.counter);
-}
-
-void carryCount(const MatchUnit &before, MatchUnit &now, Account &account)
-{
-    if (!before.counter_enable)
-        return;
-    const MatchUnit standard;
-    const bool isSame = now.counter_enable && now.counter == before.counter &&
-                        now.countinuous == before.countinuous;
-    const bool isStandard =
-        before.counter == standard.counter && before.countinuous == standard.countinuous;
-    const QString setting = Text::tr("%1 count").arg(unitText(before));
-    const auto tell = [&](CarryOutcome outcome, const QString &reason = {}) {
-        if (!isStandard || !isSame)
-            account.add(outcome, setting, countText(before), countText(now), reason);
-    };
-    if (!now.enabled || !now.counter_enable) {
-        if (!isStandard)
-            tell(CarryOutcome::Lost,
-                 now.enabled ? Text::tr("The new match unit has no counter.") : notInUse(now));
-        return;
-    }
-    const int most = greatestCount(now.counter_width);
-    const bool fits = before.counter <= most ||
-                      before.counter > greatestCount(before.counter_width); // not by its user
-    now.counter = fits ? before.counter : most;
-    now.countinuous = before.countinuous;
-    tell(fits ? CarryOutcome::Kept : CarryOutcome::Adapted,
-         fits ? QString() : Text::tr("The new counter counts to %1.").arg(most));
 }
 
 // Expressions.
@@ -336,7 +68,7 @@ QList<bool> flagsOf(const CoreConfig &core)
                : QList<bool>(core.expressions.size(), true);
 }
 
-void carryExpressions(const CoreConfig &before, CoreConfig &now, Account &account)
+void carryExpressions(const CoreConfig &before, CoreConfig &now, CarryAccount &account)
 {
     if (!before.dynamic) // then they are the design's
         return;
@@ -373,7 +105,7 @@ void carryExpressions(const CoreConfig &before, CoreConfig &now, Account &accoun
 
 // Names of captured signals.
 
-void carryNames(const QList<SignalEntry> &before, QList<SignalEntry> &now, Account &account)
+void carryNames(const QList<SignalEntry> &before, QList<SignalEntry> &now, CarryAccount &account)
 {
     const QStringList oldNames = flatSignalNames(before);
     const QStringList oldTexts = flatSignalTexts(before);
@@ -443,20 +175,21 @@ QList<int> matchCores(const CoreList &before, const CoreList &now)
 }
 
 /// \a isFirst: of the old cores, which is in the run unless its user decides otherwise.
-void carryCore(const CoreConfig &before, bool isFirst, CoreConfig &now, Account &account)
+/// Gives the numbers that the new core can't hold, see SettingsCarry.
+std::optional<CaptureNumbers> carryCore(const CoreConfig &before, bool isFirst, CoreConfig &now,
+                                        CarryAccount &account)
 {
     const bool runs = before.active != 0;
     if (runs != isFirst || runs != (now.active != 0))
         account.add(CarryOutcome::Kept, Text::tr("Check mark"), onOff(runs), onOff(runs));
     now.active = runs ? 1 : 0;
-    carryNumbers(before, now, account);
+    const std::optional<CaptureNumbers> unheld = carryNumbers(before, now, account);
     for (const MatchUnit *unit : before.enabledUnits()) {
-        MatchUnit &target = *now.matchUnitByIndex(unit->index);
-        carryComparison(*unit, target, account);
-        carryCount(*unit, target, account);
+        carryUnit(*unit, *now.matchUnitByIndex(unit->index), account);
     }
     carryExpressions(before, now, account);
     carryNames(before.signals, now.signals, account);
+    return unheld;
 }
 
 } // namespace
@@ -478,7 +211,7 @@ SettingsCarry carrySettings(const CoreList &before, const CoreList &now)
     for (size_t old = 0; old < before.size(); ++old) {
         const int place = places[qsizetype(old)];
         const int index = before[old]->index;
-        Account account(coreText(index));
+        CarryAccount account(coreText(index));
         CoreConfig absent(index);
         absent.storage_depth = 0;
         CoreConfig &target = place < 0 ? absent : *now[size_t(place)];
@@ -493,7 +226,9 @@ SettingsCarry carrySettings(const CoreList &before, const CoreList &now)
                         QString::number(target.index),
                         Text::tr("It is found again by its module, %1, and its clock.")
                             .arg(target.module_name));
-        carryCore(*before[old], old == 0, target, account);
+        const auto unheld = carryCore(*before[old], old == 0, target, account);
+        if (unheld && place >= 0)
+            carry.unheld.insert(target.index, *unheld);
         carry.account += account.entries();
     }
     const bool isNew = !now.empty() && !places.contains(0);
@@ -511,7 +246,7 @@ SettingsCarry carrySettings(const CoreList &before, const CoreList &now)
 
 CarriedSettings carrySettings(const LiteCoreConfig &before, LiteCoreConfig &now)
 {
-    Account account(coreText(before.index));
+    CarryAccount account(coreText(before.index));
     carryNames(before.signals, now.signals, account);
     return account.entries();
 }
@@ -523,7 +258,7 @@ CarriedSettings lostSettings(const CoreList &before)
 
 CarriedSettings lostSettings(const LiteCoreConfig &before)
 {
-    Account account(coreText(before.index));
+    CarryAccount account(coreText(before.index));
     account.lose(Text::tr("The new design has no such core."));
     QList<SignalEntry> none;
     carryNames(before.signals, none, account);

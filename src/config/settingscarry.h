@@ -1,5 +1,6 @@
 #pragma once
 
+#include "capturelimits.h"
 #include "coreconfig.h"
 
 #include <base/carriedsetting.h>
@@ -28,6 +29,9 @@ struct SettingsCarry
 {
     CarriedSettings account; ///< core by core in the old order
     QHash<int, int> cores;   ///< from the number of an old core to that of the new one
+    /// What was asked of cores, by their new number, whose memory holds no window at all. Whoever
+    /// carries on from them begins with these.
+    QHash<int, CaptureNumbers> unheld = {};
 };
 
 /// Where each signal of one list of flat names stands in another, or -1. One that was renamed is

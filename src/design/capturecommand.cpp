@@ -48,6 +48,8 @@ QStringList captureArguments(const RunSettings &settings, const CommandPlace &pl
     add(arguments, "cable", place.cable);
     if (place.chain != QList<int>{0})
         add(arguments, "chain", chainText(place.chain));
+    if (place.pace > 0)
+        add(arguments, "pace", place.pace);
     if (settings.delay > 0)
         add(arguments, "delay", settings.delay);
     for (const TriggerOptions &core : settings.cores) {

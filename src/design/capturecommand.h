@@ -15,6 +15,7 @@ struct CommandPlace
     QString description; ///< absolute path
     QString cable;       ///< name; empty: none
     QList<int> chain{0}; ///< instruction codes, 0 for the target
+    int pace = 0;        ///< ms between two sections; 0: as fast as the server answers
 };
 
 /// The command line of signalscope-capture that captures with \a settings whatever those of the

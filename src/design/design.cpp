@@ -3,6 +3,8 @@
 #include "litedesign.h"
 #include "standarddesign.h"
 
+#include <capture/devicemodels.h>
+
 #include <QFileInfo>
 
 #include <utility>
@@ -46,6 +48,20 @@ Result<std::optional<Design::SavedWindows>> Design::openWindows(const QString &p
             windows.push_back({*place, std::move(window.contents)});
     }
     return std::optional(std::move(windows));
+}
+
+QString Design::deviceDoubt(const QString &device) const
+{
+    if (!dependsOnDevice() || writesOneRowLate(device))
+        return {};
+    if (device.isEmpty())
+        return tr("Unknown device: on %1 the first sample is really the newest.")
+            .arg(lateModelsText());
+    const QString meant = lateModelMeant(device);
+    if (meant.isEmpty())
+        return {};
+    return tr("\"%1\" does not count as %2: if it is one, the first sample is really the newest.")
+        .arg(device, meant);
 }
 
 std::optional<Rehearsal> Design::rehearse(int, const WaveMonitor::WindowContents &)

@@ -70,6 +70,11 @@ public:
     /// What would make another run on the same description the same as the next one here. An error
     /// of kind Usage or Format tells why that one can't be. \a deviceModel is as in take.
     [[nodiscard]] virtual Result<RunSettings> runSettings(const QString &deviceModel) const = 0;
+    /// The model of device that a run goes by; empty: not known. \a deviceModel is as in take.
+    [[nodiscard]] virtual QString deviceOfRun(const QString &deviceModel) const = 0;
+    /// Why the samples of a run may be shifted that goes by \a device, a sentence for the user;
+    /// empty: they are not, if that is the device.
+    [[nodiscard]] QString deviceDoubt(const QString &device) const;
     /// Is there anything that a run, or an Auto run, could read?
     [[nodiscard]] virtual bool canStart() const = 0;
     [[nodiscard]] virtual bool canAuto() const = 0;
@@ -137,6 +142,8 @@ protected:
                                     TriggerPosition position) const = 0;
     /// Nothing for a window that is not to be shown.
     [[nodiscard]] virtual std::optional<WindowPlace> placeOf(const LoadedWindow &window) const = 0;
+    /// Do the samples of the cores lie otherwise in some models of device?
+    [[nodiscard]] virtual bool dependsOnDevice() const = 0;
     [[nodiscard]] static Error unknownCore(int number);
 
 private:

@@ -2,6 +2,7 @@
 
 #include "exportcore.h"
 
+#include <capture/samplecutter.h>
 #include <config/capturelimits.h>
 #include <config/liteconfig.h>
 
@@ -72,6 +73,16 @@ SettingsCarry LiteDesign::carry(const CoreSetup &before)
             {{before.lite->index, core->index}}};
 }
 
+QString LiteDesign::deviceOfRun(const QString &deviceModel) const
+{
+    return deviceModel;
+}
+
+bool LiteDesign::dependsOnDevice() const
+{
+    return m_manager.core() && KEO::dependsOnDevice(*m_manager.core(), m_manager.isZeo());
+}
+
 Result<RunSettings> LiteDesign::runSettings(const QString &deviceModel) const
 {
     if (!m_manager.core())
@@ -80,7 +91,7 @@ Result<RunSettings> LiteDesign::runSettings(const QString &deviceModel) const
         return *obstacle;
     RunSettings settings{.cores = {TriggerOptions{.core = m_manager.core()->index}},
                          .delay = std::max(delay(), 0),
-                         .device = deviceModel};
+                         .device = deviceOfRun(deviceModel)};
     if (delay() < 0)
         settings.remarks.append(tr("It captures at once, and not on Force Trigger."));
     return settings;

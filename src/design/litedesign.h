@@ -26,6 +26,7 @@ public:
     [[nodiscard]] CoreSetup setup() const override;
     SettingsCarry carry(const CoreSetup &before) override;
     [[nodiscard]] Result<RunSettings> runSettings(const QString &deviceModel) const override;
+    [[nodiscard]] QString deviceOfRun(const QString &deviceModel) const override;
     [[nodiscard]] bool canStart() const override { return m_manager.core() != nullptr; }
     [[nodiscard]] bool canAuto() const override { return canStart(); }
     [[nodiscard]] int windowCount() const override { return 1; }
@@ -42,6 +43,7 @@ protected:
     bool loadCores(const QString &path, QString &id, QString &reason) override;
     [[nodiscard]] bool fits(const LoadedWindows &windows, TriggerPosition position) const override;
     [[nodiscard]] std::optional<WindowPlace> placeOf(const LoadedWindow &window) const override;
+    [[nodiscard]] bool dependsOnDevice() const override;
 
 private:
     KeoLiteDataManager m_manager;

@@ -80,10 +80,20 @@ SettingsCarry StandardDesign::carry(const CoreSetup &before)
     return before.lite ? lostSetup(before) : carrySettings(before.standard, cores());
 }
 
-Result<RunSettings> StandardDesign::runSettings(const QString &) const
+QString StandardDesign::deviceOfRun(const QString &) const
+{
+    return m_manager.deviceName();
+}
+
+bool StandardDesign::dependsOnDevice() const
+{
+    return !cores().empty() && !m_manager.isZeo();
+}
+
+Result<RunSettings> StandardDesign::runSettings(const QString &deviceModel) const
 {
     RunSettings settings;
-    settings.device = m_manager.deviceName();
+    settings.device = deviceOfRun(deviceModel);
     for (const CoreConfig *core : m_manager.activeCores()) {
         if (const std::optional<Error> obstacle = captureObstacle(*core))
             return *obstacle;

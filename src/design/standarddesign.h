@@ -25,6 +25,7 @@ public:
     [[nodiscard]] CoreSetup setup() const override;
     SettingsCarry carry(const CoreSetup &before) override;
     [[nodiscard]] Result<RunSettings> runSettings(const QString &deviceModel) const override;
+    [[nodiscard]] QString deviceOfRun(const QString &deviceModel) const override;
     [[nodiscard]] bool canStart() const override;
     /// An Auto run reads one window of one core.
     [[nodiscard]] bool canAuto() const override;
@@ -47,6 +48,7 @@ protected:
     bool loadCores(const QString &path, QString &id, QString &reason) override;
     [[nodiscard]] bool fits(const LoadedWindows &windows, TriggerPosition position) const override;
     [[nodiscard]] std::optional<WindowPlace> placeOf(const LoadedWindow &window) const override;
+    [[nodiscard]] bool dependsOnDevice() const override;
 
 private:
     [[nodiscard]] QList<int> chosenPositions() const;

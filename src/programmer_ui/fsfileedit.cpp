@@ -40,6 +40,11 @@ void FsFileEdit::setPath(const QString &path)
     m_edit->setText(path);
 }
 
+bool FsFileEdit::isModified() const
+{
+    return m_edit->isModified();
+}
+
 void FsFileEdit::setReadOnly(bool isReadOnly)
 {
     m_edit->setReadOnly(isReadOnly);

@@ -18,6 +18,8 @@ public:
 
     [[nodiscard]] QString path() const;
     void setPath(const QString &path);
+    /// Whether the user has typed since then.
+    [[nodiscard]] bool isModified() const;
     /// Shows the path and no more.
     void setReadOnly(bool isReadOnly);
 

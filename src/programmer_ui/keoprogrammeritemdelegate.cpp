@@ -15,10 +15,22 @@ namespace {
 
 constexpr int kMaxIrCode = 65535;
 constexpr char kChosen[] = "chosen"; // property of a combo box
+constexpr char kShown[] = "shown";   // of a spin box: the text that it was given
 
 const KeoProgrammerModel *modelOf(const QModelIndex &index)
 {
     return qobject_cast<const KeoProgrammerModel *>(index.model());
+}
+
+bool hasUserInput(const QWidget &editor)
+{
+    if (const auto *edit = qobject_cast<const FsFileEdit *>(&editor))
+        return edit->isModified();
+    if (const auto *spinBox = qobject_cast<const QSpinBox *>(&editor)) {
+        const QVariant shown = spinBox->property(kShown);
+        return shown.isValid() && shown.toString() != spinBox->text();
+    }
+    return editor.property(kChosen).toBool();
 }
 
 } // namespace
@@ -69,14 +81,20 @@ QWidget *KeoProgrammerItemDelegate::createCombo(QWidget *parent, const QStringLi
 
 void KeoProgrammerItemDelegate::setEditorData(QWidget *editor, const QModelIndex &index) const
 {
-    if (auto *combo = qobject_cast<QComboBox *>(editor))
+    // Also when the row changes beside an open editor, as it does when the tool flow writes its
+    // bitstream anew: what the user has done there by then stays.
+    if (hasUserInput(*editor))
+        return;
+    if (auto *combo = qobject_cast<QComboBox *>(editor)) {
         combo->setCurrentIndex(combo->findText(index.data(Qt::EditRole).toString()));
-    else if (auto *spinBox = qobject_cast<QSpinBox *>(editor))
+    } else if (auto *spinBox = qobject_cast<QSpinBox *>(editor)) {
         spinBox->setValue(index.data(Qt::EditRole).toInt());
-    else if (auto *edit = qobject_cast<FsFileEdit *>(editor))
+        spinBox->setProperty(kShown, spinBox->text());
+    } else if (auto *edit = qobject_cast<FsFileEdit *>(editor)) {
         edit->setPath(index.data(Qt::EditRole).toString());
-    else
+    } else {
         QStyledItemDelegate::setEditorData(editor, index);
+    }
 }
 
 void KeoProgrammerItemDelegate::setModelData(QWidget *editor, QAbstractItemModel *model,

@@ -76,6 +76,8 @@ KeoProgrammerWidget::KeoProgrammerWidget(QWidget *parent)
         m_model,
         qOverload<ProgrammerStatus, const QStringList &>(&KeoProgrammerModel::statusChanged), this,
         qOverload<ProgrammerStatus, const QStringList &>(&KeoProgrammerWidget::onStatusChanged));
+    connect(m_model, &KeoProgrammerModel::modelReset, this, &KeoProgrammerWidget::rowsChanged);
+    connect(m_model, &KeoProgrammerModel::dataChanged, this, &KeoProgrammerWidget::rowsChanged);
     connect(m_model, qOverload<ProgrammerStatus>(&KeoProgrammerModel::statusChanged), this,
             qOverload<ProgrammerStatus>(&KeoProgrammerWidget::onStatusChanged));
     connect(m_model, &KeoProgrammerModel::programPrint, this,

@@ -80,6 +80,8 @@ Q_SIGNALS:
     void programStatusChanged(bool succ, const QString &text);
     /// The check box.
     void enableChange(bool status);
+    /// The table has changed, and with it perhaps the target.
+    void rowsChanged();
     /// A run of the tool begins or is over: the time for a waiting tip.
     void toolRunning(bool isRunning);
 

@@ -116,6 +116,7 @@ void CaptureProject::connectProgrammer()
     connect(m_programmer, &ProgrammerLink::enableChange, this,
             &CaptureProject::onProgrammerEnableChange);
     connect(m_programmer, &ProgrammerLink::toolRunning, this, &CaptureProject::updateActions);
+    connect(m_programmer, &ProgrammerLink::rowsChanged, this, &CaptureProject::updateConnections);
     connect(this, &CaptureProject::programCableChanged, m_programmer,
             &ProgrammerLink::cableChanged);
     connect(this, &CaptureProject::programChannelChanged, m_programmer,
@@ -191,7 +192,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     WaitingTip::close();
     m_descriptionWatch->stop();
     m_files->close();
-    m_carrier->closeList();
+    m_carrier->leave();
     if (toolBarGetter)
         m_runToolBar->detach(*toolBarGetter());
     m_waveTabs.clear(WaveTabs::Layouts::Forget);
@@ -218,7 +219,7 @@ bool CaptureProject::openFile(const QString &path)
     const bool isOpened = m_files->open(path);
     if (isOpened && self) {
         if (std::exchange(m_clockedDescription, m_files->description()) != m_files->description())
-            m_waveTabs.clockPeriods().clear(); // cores of another design
+            m_waveTabs.clockPeriods().setAll({}); // cores of another design
         updateActions();
         if (m_files->recovered())
             m_recovery->opened(*m_files->recovered());
@@ -256,12 +257,15 @@ void CaptureProject::setDevice(const QString &family, const QString &device, con
 
 std::shared_ptr<const ProjectSetup> CaptureProject::setup()
 {
-    return m_carrier->take();
+    auto setup = m_carrier->take();
+    setup->isRehearsed = m_rehearsal->isOn();
+    return setup;
 }
 
 void CaptureProject::takeOver(const ProjectSetup &setup)
 {
     m_carrier->give(setup);
+    m_rehearsal->setOn(setup.isRehearsed);
     updateActions();
 }
 
@@ -472,13 +476,18 @@ void CaptureProject::updateConnections()
 {
     const JtagSession &session = m_design->session();
     const QString cable = m_runToolBar->cableName();
-    const QString device = m_design->manager().deviceName();
+    const QString device = m_design->deviceOfRun(m_programmer->targetName());
+    const QString doubt = m_design->deviceDoubt(device);
     m_runToolBar->markCables([&](const QString &name) { return session.isConnected(name); });
     const bool isConnected = session.isConnected(cable);
     QString text = cable.isEmpty() ? tr("no cable") : cable;
     if (!cable.isEmpty() && !isConnected)
         text = tr("%1: server is gone").arg(cable);
-    m_status->showDevice(device.isEmpty() ? text : tr("%1 on %2").arg(device, text), !isConnected);
+    if (!device.isEmpty())
+        text = tr("%1 on %2").arg(device, text);
+    else if (!doubt.isEmpty())
+        text = tr("unknown device on %1").arg(text);
+    m_status->showDevice(text, !isConnected || !doubt.isEmpty(), doubt);
 }
 
 } // namespace KEO

@@ -8,7 +8,7 @@ namespace KEO {
 
 namespace {
 
-constexpr QSize kSize(780, 420); // device-independent pixels; fits a small screen
+constexpr int kFirstWidth = 130; // characters
 
 qsizetype count(const CarriedSettings &account, CarryOutcome outcome)
 {
@@ -63,7 +63,7 @@ CarriedList::CarriedList(const CarriedSettings &account, QWidget *parent)
             groups.append(groupOf(account, outcome, title));
     }
     setGroups(groups);
-    resize(kSize);
+    setFirstWidth(kFirstWidth);
 }
 
 } // namespace KEO

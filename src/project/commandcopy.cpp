@@ -38,6 +38,13 @@ QList<int> numbersOf(const QVariantList &chain)
     return codes;
 }
 
+/// The one that a user has asked for, for the sake of his cable. Otherwise the command goes as fast
+/// as it can.
+int chosenPace(const CapturePace &pace)
+{
+    return pace.sectionPause == CapturePace().sectionPause ? 0 : pace.sectionPause;
+}
+
 } // namespace
 
 CommandCopy::CommandCopy(const ProjectParts &parts, QObject *parent)
@@ -83,7 +90,8 @@ void CommandCopy::copySettings(const QString &description, const QString &cable)
         captureArguments(*settings, {.program = captureProgram(),
                                      .description = description,
                                      .cable = cable,
-                                     .chain = numbersOf(m_parts.programmer.deviceChain())});
+                                     .chain = numbersOf(m_parts.programmer.deviceChain()),
+                                     .pace = chosenPace(m_parts.design.manager().pace())});
     QGuiApplication::clipboard()->setText(shellCommand(arguments));
     m_parts.status.tell((QStringList(tr("Copied the command.")) + settings->remarks).join(u' '));
 }

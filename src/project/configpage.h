@@ -13,6 +13,13 @@ class QWidget;
 
 namespace KEO {
 
+/// What a page shows beside the settings of the design.
+struct PageState
+{
+    int core = -1; ///< number of the one that shows; -1 for none
+    int delay = 0; ///< ms; of a lite core, which may be waiting for Force Trigger instead
+};
+
 /// The tab on which a kind of project shows and takes the settings of its design.
 class ConfigPage : public QObject
 {
@@ -39,6 +46,9 @@ public:
     virtual void showFinding(int, const TriggerFinding &) {}
     /// The design has been loaded.
     virtual void showDesign() = 0;
+    [[nodiscard]] virtual PageState state() const { return {}; }
+    /// Shows that of the design, as far as it has it. Changes no setting. After showDesign.
+    virtual void setState(const PageState &) {}
     /// The design's cores are about to go.
     virtual void leaveDesign() = 0;
 

@@ -127,6 +127,7 @@ void DescriptionWatch::tellChanges(ReloadBanner &banner)
 {
     m_changes.clear();
     const Result<LoadedDescription> now = usableDescription(descriptionBytes(m_keoFilePath));
+    banner.setLoadable(bool(now));
     if (!now) {
         banner.setDetails(tr("It can't be loaded: %1").arg(now.error().message), false);
     } else if (const Result<LoadedDescription> before = usableDescription(m_opened)) {
@@ -139,13 +140,13 @@ void DescriptionWatch::tellChanges(ReloadBanner &banner)
 
 void DescriptionWatch::showChanges()
 {
+    if (m_changeList && m_changeList->giveBack())
+        return;
     if (!m_changeList || !m_changeList->isVisible()) { // closed, and about to go
         m_changeList = new ChangeList(m_page->window());
         m_changeList->setChanges(m_changes);
     }
-    m_changeList->show();
-    m_changeList->raise();
-    m_changeList->activateWindow();
+    m_changeList->reach();
 }
 
 bool DescriptionWatch::isHeldBack()
@@ -196,6 +197,13 @@ void DescriptionWatch::removeBanner(ReloadBanner *banner) const
         markTab(false);
 }
 
+/// The part of the page that has the keyboard, or null.
+QWidget *DescriptionWatch::focusInPage() const
+{
+    QWidget *focus = m_page ? m_page->window()->focusWidget() : nullptr;
+    return focus && m_page->isAncestorOf(focus) ? focus : nullptr;
+}
+
 void DescriptionWatch::onReloadKeoFile()
 {
     reload(&DescriptionWatch::reopenRequested);
@@ -203,6 +211,12 @@ void DescriptionWatch::onReloadKeoFile()
 
 void DescriptionWatch::onReloadAndKeep()
 {
+    // Closed and not opened, the design would be gone with all that was to be kept.
+    if (!m_isBusy() && QFileInfo::exists(m_keoFilePath) &&
+        !usableDescription(descriptionBytes(m_keoFilePath))) {
+        onFileChanged({}); // tells why
+        return;
+    }
     reload(&DescriptionWatch::reopenAndKeepRequested);
 }
 
@@ -216,8 +230,12 @@ void DescriptionWatch::reload(Reopen request)
         return;
     const QPointer<DescriptionWatch> self(this);
     const QString path = m_keoFilePath;
+    const QPointer<QWidget> focus = focusInPage();
     if (QFileInfo::exists(path))
         Q_EMIT(this->*request)(path);
+    // The page has been out of its window meanwhile.
+    if (focus && focus->isVisible())
+        focus->setFocus(Qt::OtherFocusReason);
     if (self)
         Q_EMIT reloaded();
 }

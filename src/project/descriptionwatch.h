@@ -78,6 +78,7 @@ private:
     void markTab(bool isMarked) const;
     /// Is the file perhaps still being written? Then it will be told later.
     [[nodiscard]] bool isHeldBack();
+    [[nodiscard]] QWidget *focusInPage() const;
 
     std::function<bool()> m_isBusy;
     FileWatch m_fileWatcher;

@@ -8,6 +8,7 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QShortcut>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -19,8 +20,10 @@ namespace KEO {
 
 namespace {
 
-constexpr QSize kSize(640, 400);
-constexpr int kLeastWidth = 70; // of the columns but the last, in pixels
+constexpr int kFirstWidth = 105;      // characters
+constexpr double kHeight = 0.6;       // of the width
+constexpr double kScreenShare = 0.95; // at most, in each direction
+constexpr int kLeastWidth = 70;       // of the columns but the last, in pixels
 constexpr int kGreatestWidth = 280;
 constexpr int kLineRole = Qt::UserRole; // what a line is as text
 
@@ -40,10 +43,10 @@ QTreeWidgetItem *itemOf(const GroupList::Line &line)
 
 GroupList::GroupList(const QString &name, const QString &title, const QStringList &columns,
                      QWidget *parent)
-    : QDialog(parent), m_tree(named(new QTreeWidget, "tree")), m_layout(new QVBoxLayout(this))
+    : SideWindow(name, title, parent),
+      m_tree(named(new QTreeWidget, "tree")),
+      m_layout(new QVBoxLayout(this))
 {
-    setObjectName(name);
-    setWindowTitle(title);
     setAttribute(Qt::WA_DeleteOnClose);
     m_tree->setHeaderLabels(columns);
     m_tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -51,6 +54,7 @@ GroupList::GroupList(const QString &name, const QString &title, const QStringLis
     m_tree->setAllColumnsShowFocus(true);
     m_tree->setAlternatingRowColors(true);
     m_tree->setAccessibleName(title);
+    m_tree->setFocus();
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     QPushButton *copyButton =
@@ -59,14 +63,14 @@ GroupList::GroupList(const QString &name, const QString &title, const QStringLis
     copyButton->setAutoDefault(false);
     connect(copyButton, &QPushButton::clicked, this, &GroupList::copy);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    auto *shortcut = new QShortcut(QKeySequence::Copy, m_tree);
-    shortcut->setContext(Qt::WidgetShortcut);
+    auto *shortcut = new QShortcut(QKeySequence::Copy, this);
     connect(shortcut, &QShortcut::activated, this, &GroupList::copy);
 
     m_layout->addWidget(m_tree);
     m_layout->addWidget(buttons);
     setSizeGripEnabled(true);
-    resize(kSize);
+    m_tree->viewport()->installEventFilter(this);
+    setFirstWidth(kFirstWidth);
 }
 
 void GroupList::setHead(const QString &text)
@@ -91,13 +95,20 @@ void GroupList::setGroups(const QList<Group> &groups)
     fitColumns();
     if (m_tree->topLevelItemCount() > 0)
         m_tree->setCurrentItem(m_tree->topLevelItem(0), 0, QItemSelectionModel::NoUpdate);
-    m_tree->setFocus();
 }
 
-void GroupList::resizeEvent(QResizeEvent *event)
+void GroupList::setFirstWidth(int characters)
 {
-    QDialog::resizeEvent(event);
-    fitColumns();
+    const QSize most = screen()->availableSize() * kScreenShare;
+    const int width = std::min(characters * fontMetrics().averageCharWidth(), most.width());
+    resize(width, std::min(int(width * kHeight), most.height()));
+}
+
+bool GroupList::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_tree->viewport() && event->type() == QEvent::Resize)
+        fitColumns();
+    return SideWindow::eventFilter(watched, event);
 }
 
 /// The last column often says most: it gets half of the room if it needs that, and what is left.

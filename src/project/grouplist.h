@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDialog>
+#include "sidewindow.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -10,10 +11,9 @@ class QVBoxLayout;
 
 namespace KEO {
 
-/// A window of its own with lines in groups, for people to read. It does not hold up the window it
-/// belongs to. The user takes selected lines, or all of them, to the clipboard as text. Acts on
-/// nothing, and is deleted when it is closed.
-class GroupList : public QDialog
+/// Lines in groups, for people to read. The user takes selected lines, or all of them, to the
+/// clipboard as text. Acts on nothing, and is deleted when it is closed.
+class GroupList : public SideWindow
 {
     Q_OBJECT
 
@@ -30,7 +30,7 @@ public:
         bool isExpanded = true;
     };
 
-    /// \a name is the window's object name; its tree is called "tree", its button "copy".
+    /// \a name as of a SideWindow; its tree is called "tree", its button "copy".
     GroupList(const QString &name, const QString &title, const QStringList &columns,
               QWidget *parent);
 
@@ -40,8 +40,11 @@ public:
 protected:
     /// A sentence above the list.
     void setHead(const QString &text);
+    /// Opens so wide, in characters of its font, and as high as suits that, within the screen.
+    void setFirstWidth(int characters);
 
-    void resizeEvent(QResizeEvent *event) override;
+    /// Looks at the size of the tree.
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void fitColumns();

@@ -64,6 +64,16 @@ void KeoLiteTriggerOptionWidget::setDelay(int delay)
         m_spinTriggerDelay->setValue(delay);
 }
 
+int KeoLiteTriggerOptionWidget::shownDelay() const
+{
+    return m_spinTriggerDelay->value();
+}
+
+void KeoLiteTriggerOptionWidget::showDelay(int delay)
+{
+    m_spinTriggerDelay->setValue(delay);
+}
+
 void KeoLiteTriggerOptionWidget::checkAutoTrigger()
 {
     m_checkAutoTrigger->setChecked(true);

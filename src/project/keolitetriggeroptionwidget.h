@@ -19,6 +19,9 @@ public:
     /// From Start to the capture, in ms; -1 if the capture waits for Force Trigger.
     [[nodiscard]] int delay() const;
     void setDelay(int delay);
+    /// The delay in the field, in ms, also while it does not count.
+    [[nodiscard]] int shownDelay() const;
+    void showDelay(int delay);
     /// Captures begin by themselves.
     void checkAutoTrigger();
     /// As at first: captures begin by themselves, and at once.

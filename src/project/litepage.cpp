@@ -45,6 +45,17 @@ void LitePage::showDesign()
         m_triggerOptionForm->setDelay(m_design.delay());
 }
 
+PageState LitePage::state() const
+{
+    return {.delay = m_triggerOptionForm ? m_triggerOptionForm->shownDelay() : 0};
+}
+
+void LitePage::setState(const PageState &state)
+{
+    if (m_triggerOptionForm)
+        m_triggerOptionForm->showDelay(state.delay);
+}
+
 void LitePage::leaveDesign()
 {
     m_design.setDelay(0);

@@ -25,6 +25,8 @@ public:
     void saveSettings() override;
     void withSettings(const std::function<void()> &use) override;
     void showDesign() override;
+    [[nodiscard]] PageState state() const override;
+    void setState(const PageState &state) override;
     void leaveDesign() override;
 
 private:

@@ -47,6 +47,7 @@ QWidget *ProgrammerLink::makePage()
     connect(m_page, &KeoProgrammerWidget::programStatusChanged, this,
             &ProgrammerLink::programStatusChanged);
     connect(m_page, &KeoProgrammerWidget::enableChange, this, &ProgrammerLink::enableChange);
+    connect(m_page, &KeoProgrammerWidget::rowsChanged, this, &ProgrammerLink::rowsChanged);
     connect(m_page, &KeoProgrammerWidget::toolRunning, this, [this](bool isRunning) {
         if (isRunning)
             WaitingTip::show(m_page->window());

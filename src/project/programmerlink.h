@@ -66,6 +66,8 @@ Q_SIGNALS:
     // As the page has them.
     void programStatusChanged(bool succ, const QString &text);
     void enableChange(bool status);
+    /// The page's table has changed, and with it perhaps the target.
+    void rowsChanged();
     /// A run of the tool begins or is over.
     void toolRunning(bool isRunning);
 

@@ -129,7 +129,11 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
     texts->addWidget(m_details);
     m_details->hide();
     m_detailButton->hide();
+    m_detailButton->setFocusPolicy(Qt::TabFocus); // its key leaves the focus for the way back
     connect(m_detailButton, &QPushButton::clicked, this, &ReloadBanner::detailsAsked);
+    // A click leaves the keyboard in the field where the user is at work.
+    for (QPushButton *button : {m_detailButton, m_button, m_keep})
+        button->setFocusPolicy(Qt::TabFocus);
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(m_detailButton);
     buttons->addWidget(m_button);
@@ -146,11 +150,25 @@ ReloadBanner::ReloadBanner(int mode, const QString &path, QWidget *parent)
 
 void ReloadBanner::setButtonsEnabled(bool isEnabled)
 {
+    m_isEnabled = isEnabled;
+    updateButtons();
+}
+
+void ReloadBanner::setLoadable(bool isLoadable)
+{
+    m_isLoadable = isLoadable;
+    updateButtons();
+}
+
+void ReloadBanner::updateButtons()
+{
     const QString busy = tr("Not while a capture is running");
-    m_button->setEnabled(isEnabled);
-    m_button->setToolTip(isEnabled ? QString() : busy);
-    m_keep->setEnabled(isEnabled);
-    m_keep->setToolTip(isEnabled ? keepTip() : busy);
+    m_button->setEnabled(m_isEnabled);
+    m_button->setToolTip(m_isEnabled ? QString() : busy);
+    m_keep->setEnabled(m_isEnabled && m_isLoadable);
+    const QString tip =
+        m_isLoadable ? keepTip() : tr("Not before the description can be loaded again");
+    m_keep->setToolTip(m_isEnabled ? tip : busy);
 }
 
 void ReloadBanner::setDetails(const QString &line, bool hasMore)

@@ -24,6 +24,8 @@ public:
     ReloadBanner(int mode, const QString &path, QWidget *parent = nullptr);
 
     void setButtonsEnabled(bool isEnabled);
+    /// Whether the description can be loaded: else settings have nowhere to go. It can at first.
+    void setLoadable(bool isLoadable);
     /// Tells \a line below the message, shortened where there is no room. With \a hasMore there is
     /// a button that asks for more of it.
     void setDetails(const QString &line, bool hasMore);
@@ -48,6 +50,7 @@ private:
     class PathLabel;
 
     void arrange();
+    void updateButtons();
     /// Of all that stands beside texts and buttons.
     [[nodiscard]] int surroundingWidth() const;
     [[nodiscard]] int buttonRowWidth() const;
@@ -60,6 +63,8 @@ private:
     QPushButton *m_detailButton; // child; hidden if there is no more to show
     QPushButton *m_button;       // child
     QPushButton *m_keep;         // child; hidden unless it offers to reload
+    bool m_isEnabled = true;
+    bool m_isLoadable = true;
 };
 
 } // namespace KEO

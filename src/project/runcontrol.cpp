@@ -3,6 +3,7 @@
 #include "configpage.h"
 #include "programmerlink.h"
 #include "projectboxes.h"
+#include "statusline.h"
 #include "waitingtip.h"
 #include "wavetabs.h"
 
@@ -11,6 +12,7 @@
 #include <wave/wavemonitorwidget.h>
 
 #include <QPointer>
+#include <QWidget>
 
 namespace KEO {
 
@@ -39,11 +41,15 @@ void RunControl::start(RunKind kind, const QString &cable)
         boxes.showError(noServerText());
         return;
     }
+    m_focusBefore = boxes.window() ? boxes.window()->focusWidget() : nullptr;
     WaitingTip::show(boxes.window());
     design.manager().openDevice(programmer.deviceChain());
     Q_EMIT wavesGoing();
     keepWaves();
     page.saveSettings();
+    const QString doubt = design.deviceDoubt(design.deviceOfRun(programmer.targetName()));
+    if (!doubt.isEmpty())
+        status.tell(doubt);
     if (kind == RunKind::Auto)
         design.manager().setAutorun(0);
     design.start();
@@ -82,11 +88,24 @@ void RunControl::complete(int resultID)
     const QPointer<RunControl> self(this);
     WaitingTip::close();
     Q_EMIT changed();
+    if (self)
+        giveFocusBack();
     const QString text = self ? deviceErrorText(m_parts.design.traits(), resultID) : QString();
     if (!text.isEmpty())
         m_parts.boxes.showError(text);
     if (self)
         m_parts.programmer.applyPending();
+}
+
+/// The tip gives the focus to the window, and the page is off in a run. Waves that came, or the
+/// user, have moved it since.
+void RunControl::giveFocusBack()
+{
+    const QWidget *window = m_parts.boxes.window();
+    const QWidget *focus = window ? window->focusWidget() : nullptr;
+    if (m_focusBefore && m_focusBefore->isVisible() && (!focus || focus == window))
+        m_focusBefore->setFocus(Qt::OtherFocusReason);
+    m_focusBefore.clear();
 }
 
 void RunControl::stop()

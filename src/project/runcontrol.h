@@ -3,7 +3,10 @@
 #include "projectparts.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QString>
+
+class QWidget;
 
 namespace KEO {
 
@@ -40,8 +43,10 @@ Q_SIGNALS:
 
 private:
     void keepWaves();
+    void giveFocusBack();
 
     const ProjectParts m_parts;
+    QPointer<QWidget> m_focusBefore; ///< what had the keyboard when the run began
 };
 
 } // namespace KEO

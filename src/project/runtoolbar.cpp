@@ -97,7 +97,10 @@ void RunToolBar::markCables(const std::function<bool(const QString &)> &isConnec
         const bool isGone = !isConnected(m_cableCombo->itemText(i));
         m_cableCombo->setItemIcon(i, isGone ? QIcon(QStringLiteral(":/keo/image/warning.png"))
                                             : QIcon());
-        m_cableCombo->setItemData(i, isGone ? tr("The server of this cable is gone") : QVariant(),
+        m_cableCombo->setItemData(i,
+                                  isGone ? tr("The server of this cable is gone. To reach it "
+                                              "again, start the program again.")
+                                         : QVariant(),
                                   Qt::ToolTipRole);
     }
 }

@@ -1,11 +1,11 @@
 #include "setupcarrier.h"
 
 #include "carriedlist.h"
-#include "configpage.h"
 #include "projectboxes.h"
 #include "wavetabs.h"
 
 #include <design/capturedisplay.h>
+#include <design/clockcarry.h>
 #include <design/design.h>
 #include <wave_data/layoutcarry.h>
 
@@ -121,14 +121,29 @@ SetupCarrier::SetupCarrier(const ProjectParts &parts, QObject *parent)
 
 SetupCarrier::~SetupCarrier()
 {
-    closeList();
+    delete m_list;
 }
 
-std::shared_ptr<const ProjectSetup> SetupCarrier::take() const
+void SetupCarrier::leave()
+{
+    delete m_list;
+    m_unheld.clear();
+}
+
+std::shared_ptr<ProjectSetup> SetupCarrier::take() const
 {
     auto setup = std::make_shared<ProjectSetup>();
     keepSignalNames(m_parts);
     m_parts.page.withSettings([&] { setup->cores = m_parts.design.setup(); });
+    for (const auto &core : setup->cores.standard) {
+        if (const auto numbers = m_unheld.constFind(core->index); numbers != m_unheld.constEnd()) {
+            core->window_num = numbers->windows;
+            core->capture_amount = numbers->amount;
+            core->trigger_pos = numbers->position;
+        }
+    }
+    setup->clocks = m_parts.waves.clockPeriods().all();
+    setup->page = m_parts.page.state();
     setup->windows = m_parts.waves.layouts();
     return setup;
 }
@@ -137,7 +152,11 @@ void SetupCarrier::give(const ProjectSetup &setup)
 {
     m_parts.page.leaveDesign();
     const SettingsCarry cores = m_parts.design.carry(setup.cores);
+    m_unheld = cores.unheld;
     m_parts.page.showDesign();
+    PageState page = setup.page;
+    page.core = cores.cores.value(page.core, -1);
+    m_parts.page.setState(page);
     const CoreSetup now = m_parts.design.setup();
     WindowsCarry windows(setup.cores, now, cores.cores);
     for (const WindowState &state : setup.windows) {
@@ -145,12 +164,13 @@ void SetupCarrier::give(const ProjectSetup &setup)
             windows.carry(state);
     }
     m_parts.waves.offerLayouts(windows.states);
-    tell(cores.account + windows.account);
+    const ClockCarry clocks = carryClocks(setup.clocks, setup.cores, now, cores.cores);
+    m_parts.waves.clockPeriods().setAll(clocks.periods);
+    tell(cores.account + clocks.account + windows.account);
 }
 
 void SetupCarrier::tell(const CarriedSettings &account)
 {
-    closeList();
     if (account.isEmpty()) {
         Q_EMIT told(tr("Reloaded; no setting differs from the new description"));
         return;
@@ -161,12 +181,6 @@ void SetupCarrier::tell(const CarriedSettings &account)
         }))
         return;
     m_list = new CarriedList(account, m_parts.boxes.window());
-    m_list->show();
+    m_list->showBeside();
 }
-
-void SetupCarrier::closeList()
-{
-    delete m_list;
-}
-
 } // namespace KEO

@@ -1,10 +1,14 @@
 #pragma once
 
+#include "configpage.h"
 #include "projectparts.h"
 
 #include <design/coresetup.h>
 #include <wave/windowstate.h>
+#include <wave_data/clockperiod.h>
 
+#include <QHash>
+#include <QMap>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -20,6 +24,9 @@ class CarriedList;
 struct ProjectSetup
 {
     CoreSetup cores;
+    PageState page;
+    QMap<int, WaveMonitor::ClockPeriod> clocks;    ///< by core
+    bool isRehearsed = false;                      ///< by TriggerRehearsal
     std::vector<WaveMonitor::WindowState> windows; ///< the arrangement of each
 };
 
@@ -35,11 +42,11 @@ public:
     SetupCarrier(const ProjectParts &parts, QObject *parent);
     ~SetupCarrier() override;
 
-    [[nodiscard]] std::shared_ptr<const ProjectSetup> take() const;
+    [[nodiscard]] std::shared_ptr<ProjectSetup> take() const;
     /// The new build is open, and no wave tab yet.
     void give(const ProjectSetup &setup);
-    /// The list belongs to a project that is closed.
-    void closeList();
+    /// The project is closed: its list goes, and nothing of it is left to take.
+    void leave();
 
 Q_SIGNALS:
     void told(const QString &text);
@@ -48,7 +55,8 @@ private:
     void tell(const CarriedSettings &account);
 
     const ProjectParts m_parts;
-    QPointer<CarriedList> m_list; ///< the window's
+    QPointer<CarriedList> m_list;        ///< the window's
+    QHash<int, CaptureNumbers> m_unheld; ///< of the open design, see SettingsCarry
 };
 
 } // namespace KEO

@@ -33,6 +33,8 @@ public:
     std::optional<TriggerChanges> setTrigger(int core, const TriggerChanges &changes) override;
     void showFinding(int core, const TriggerFinding &finding) override;
     void showDesign() override;
+    [[nodiscard]] PageState state() const override;
+    void setState(const PageState &state) override;
     void leaveDesign() override;
 
 public Q_SLOTS:

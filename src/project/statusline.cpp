@@ -2,6 +2,7 @@
 
 #include <widgets/elidedlabel.h>
 #include <widgets/formwidgets.h>
+#include <widgets/plaintip.h>
 
 #include <QHBoxLayout>
 #include <QIcon>
@@ -98,17 +99,26 @@ void StatusLine::offer(const QString &text, const QString &button, const std::fu
     connect(m_act, &QToolButton::clicked, this, act);
 }
 
+void StatusLine::setOfferEnabled(bool isEnabled)
+{
+    if (m_widget)
+        m_act->setEnabled(isEnabled);
+}
+
 void StatusLine::showRun(const QString &text)
 {
     if (m_widget)
         m_run->setText(text);
 }
 
-void StatusLine::showDevice(const QString &text, bool isWarning)
+void StatusLine::showDevice(const QString &text, bool isWarning, const QString &why)
 {
     if (!m_widget)
         return;
     m_device->setText(text);
+    const QString tip = why.isEmpty() ? QString() : plainTip(text + u'\n' + why);
+    m_device->setToolTip(tip);
+    m_sign->setToolTip(tip);
     m_sign->setVisible(isWarning);
 }
 

@@ -35,9 +35,11 @@ public:
     /// Tells so as well, with a button beside it that does something about it. It goes with the
     /// text.
     void offer(const QString &text, const QString &button, const std::function<void()> &act);
+    /// May what is offered be done now? Holds for offers to come as well.
+    void setOfferEnabled(bool isEnabled);
     void showRun(const QString &text);
-    /// With a warning sign if \a isWarning.
-    void showDevice(const QString &text, bool isWarning);
+    /// With a warning sign if \a isWarning; \a why, which may be empty, is told by a tool tip.
+    void showDevice(const QString &text, bool isWarning, const QString &why);
 
 private:
     QPointer<QStatusBar> m_bar;

@@ -53,6 +53,7 @@ void TriggerFromWaves::leave()
 void TriggerFromWaves::setEnabled(bool isEnabled)
 {
     m_action->setEnabled(isEnabled && m_hasTrigger);
+    m_parts.status.setOfferEnabled(isEnabled); // a running core keeps what it was given
     if (!isEnabled && m_dialog)
         m_dialog->reject();
 }

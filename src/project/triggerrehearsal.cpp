@@ -74,6 +74,17 @@ void TriggerRehearsal::leave()
     m_tabs = nullptr;
 }
 
+bool TriggerRehearsal::isOn() const
+{
+    return m_action->isChecked();
+}
+
+void TriggerRehearsal::setOn(bool isOn)
+{
+    if (m_action->isEnabled())
+        m_action->setChecked(isOn);
+}
+
 void TriggerRehearsal::followWindows()
 {
     std::erase_if(m_windows, [](const Window &window) { return !window.monitor; });

@@ -35,6 +35,9 @@ public:
     void enter(QWidget &page, QWidget *window, QTabWidget *tabs);
     /// Takes it out of the window again, switched off.
     void leave();
+    [[nodiscard]] bool isOn() const;
+    /// Does nothing to a kind of core that has no trigger.
+    void setOn(bool isOn);
 
 public Q_SLOTS:
     /// There are other windows, or other samples in one.

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 
 namespace KEO {
 
@@ -121,16 +122,21 @@ void WhyNoTrigger::followWindows()
 
 void WhyNoTrigger::keepWindows()
 {
-    std::vector<Capture> going = shownCaptures();
-    if (going.empty())
+    std::vector<Capture> kept = shownCaptures();
+    if (kept.empty())
         return;
-    m_captures = std::move(going);
+    const auto isShown = [shown = kept](const Capture &before) {
+        return std::ranges::find(shown, before.core, &Capture::core) != shown.end();
+    };
+    std::ranges::remove_copy_if(m_captures, std::back_inserter(kept), isShown);
+    std::ranges::stable_sort(kept, {}, &Capture::core);
+    m_captures = std::move(kept);
     m_current = std::min(m_current, int(m_captures.size()) - 1);
 }
 
 void WhyNoTrigger::show()
 {
-    if (!m_window)
+    if (!m_window || (m_panel && m_panel->giveBack()))
         return;
     if (!m_panel) {
         m_panel = new WhyPanel(m_window);
@@ -139,28 +145,35 @@ void WhyNoTrigger::show()
         connect(m_panel, &WhyPanel::settingAsked, this, &WhyNoTrigger::showSetting);
     }
     gather();
-    m_panel->show();
+    m_panel->reach();
     refresh();
-    m_panel->raise();
-    m_panel->activateWindow();
 }
 
-/// The window in front is what the user looks at; without one, it stays with the panel's.
+/// The window in front is what the user looks at; without one, it stays with the panel's. But in a
+/// run that waits, what is asked for is a core that has not captured yet.
 void WhyNoTrigger::gather()
 {
     const QString titleBefore =
         m_captures.empty() ? QString() : m_captures[size_t(m_current)].title;
     keepWindows();
     const WaveMonitorWidget *front = m_parts.waves.current();
-    m_current = 0;
+    const bool waits = !m_parts.design.waitingFor().isEmpty();
+    const auto rank = [&](const Capture &capture) {
+        const bool isBefore = capture.title == titleBefore;
+        if (waits && !capture.monitor)
+            return isBefore ? 3 : 2;
+        return (front ? capture.monitor == front : isBefore) ? 1 : 0;
+    };
+    const auto meant = std::ranges::max_element(m_captures, {}, rank); // the first of the best
+    m_current = meant == m_captures.end() ? 0 : int(meant - m_captures.begin());
+}
+
+void WhyNoTrigger::showTitles()
+{
     QStringList titles;
-    for (const Capture &capture : m_captures) {
-        const bool isMeant = front ? capture.monitor == front : capture.title == titleBefore;
-        if (isMeant)
-            m_current = int(titles.size());
+    for (const Capture &capture : m_captures)
         titles.append(capture.monitor ? capture.title
                                       : tr("%1 of the last run").arg(capture.title));
-    }
     if (titles.isEmpty())
         titles.append(tr("none yet"));
     m_panel->setCaptures(titles, m_current);
@@ -176,6 +189,7 @@ void WhyNoTrigger::refresh()
 {
     if (!m_panel || !m_panel->isVisible())
         return;
+    showTitles();
     if (m_captures.empty()) {
         m_panel->tell({{TriggerFinding::Subject::Core,
                         0,

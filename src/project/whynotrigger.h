@@ -27,9 +27,9 @@ class WhyPanel;
 struct TriggerFinding;
 
 /// Why No Trigger: tells in a panel what the trigger of the page lacked in a window that shows, or,
-/// while a run has not captured anything yet, in those of the run before, whose samples it keeps.
-/// When a run waits for long it offers itself below the waiting tip. Follows every edit of the
-/// page.
+/// of a core that has not captured anything yet, in those of the run before, whose samples it
+/// keeps. When a run waits for long it offers itself below the waiting tip. Follows every edit of
+/// the page.
 class WhyNoTrigger final : public QObject
 {
     Q_OBJECT
@@ -66,6 +66,7 @@ private:
     [[nodiscard]] std::vector<Capture> shownCaptures() const;
     void show();
     void gather();
+    void showTitles();
     void choose(int capture);
     void refresh();
     void showSample(qsizetype sample);
@@ -83,7 +84,7 @@ private:
     QPointer<QWidget> m_page;
     QPointer<QWidget> m_window;
     QPointer<QTabWidget> m_tabs;
-    std::vector<Capture> m_captures; ///< of the panel, or of the last run
+    std::vector<Capture> m_captures; ///< of each core the last ones, in the order of the cores
     int m_current = 0;
 };
 

@@ -3,7 +3,6 @@
 #include <widgets/formwidgets.h>
 
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QKeyEvent>
@@ -23,15 +22,13 @@ constexpr QSize kSize(560, 360);
 } // namespace
 
 WhyPanel::WhyPanel(QWidget *parent)
-    : QDialog(parent),
+    : SideWindow(QStringLiteral("whyNoTrigger"), tr("Why No Trigger"), parent),
       m_about(named(new QLabel(tr("&Capture:")), "whyAbout")),
       m_captures(named(new QComboBox, "whyCaptures")),
       m_list(named(new QListWidget, "whyLines")),
       m_sample(named(new QPushButton(tr("Show &Sample")), "whySample")),
       m_setting(named(new QPushButton(tr("Show Se&tting")), "whySetting"))
 {
-    setObjectName(QStringLiteral("whyNoTrigger"));
-    setWindowTitle(tr("Why No Trigger"));
     m_about->setBuddy(m_captures);
     m_list->setAccessibleName(tr("Why the core did not trigger"));
     m_list->setWordWrap(true);
@@ -69,8 +66,13 @@ WhyPanel::WhyPanel(QWidget *parent)
 void WhyPanel::setCaptures(const QStringList &titles, int current)
 {
     const QSignalBlocker blocker(m_captures);
-    m_captures->clear();
-    m_captures->addItems(titles);
+    QStringList shown;
+    for (int i = 0; i < m_captures->count(); ++i)
+        shown.append(m_captures->itemText(i));
+    if (shown != titles) { // its list may be open
+        m_captures->clear();
+        m_captures->addItems(titles);
+    }
     m_captures->setCurrentIndex(current);
     m_captures->setEnabled(titles.size() > 1);
 }
@@ -137,15 +139,11 @@ void WhyPanel::showSetting()
 
 void WhyPanel::keyPressEvent(QKeyEvent *event)
 {
-    if (parent() && (event->key() == Qt::Key_F3 || event->key() == Qt::Key_F4)) {
-        QCoreApplication::sendEvent(parent(), event); // the run that it tells of is the window's
-        return;
-    }
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isEnter && focusWidget() == m_list)
         follow();
     else
-        QDialog::keyPressEvent(event);
+        SideWindow::keyPressEvent(event);
 }
 
 } // namespace KEO

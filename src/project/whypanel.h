@@ -1,8 +1,9 @@
 #pragma once
 
+#include "sidewindow.h"
+
 #include <capture/diagnosistext.h>
 
-#include <QDialog>
 #include <QList>
 #include <QStringList>
 
@@ -14,8 +15,8 @@ class QPushButton;
 namespace KEO {
 
 /// Why a core did not trigger, a line each, beside the window: leads to the sample or the setting
-/// that a line speaks of, by a double click, Enter or its two buttons. Not modal.
-class WhyPanel final : public QDialog
+/// that a line speaks of, by a double click, Enter or its two buttons.
+class WhyPanel final : public SideWindow
 {
     Q_OBJECT
 

@@ -10,6 +10,7 @@
 
 int main(int argc, char **argv)
 {
+    KEO::holdStandardStreams();
     qInstallMessageHandler(&KEO::printMessage);
     KEO::markStartup("program loaded");
     QApplication application(argc, argv);

@@ -5,7 +5,7 @@
 #include "muexpressiondialog.h"
 #include "triggercheckstrip.h"
 #include "triggerclipboard.h"
-#include "unitdelegate.h"
+#include "unittable.h"
 
 #include <capture/triggercheck.h>
 #include <config/capturelimits.h>
@@ -19,7 +19,6 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -28,7 +27,6 @@
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QSpinBox>
-#include <QTableView>
 
 #include <algorithm>
 #include <limits>
@@ -38,22 +36,11 @@ namespace KEO {
 
 namespace {
 
-constexpr int kValueColumnWidth = 300; // pixels, at least
+constexpr int kSightMargin = 20; // pixels around what is brought into sight
 
 QString itemText(int row, const QString &expression)
 {
     return QStringLiteral("exp%1:  %2").arg(QString::number(row), withUnitNames(expression));
-}
-
-/// In the order of the rows.
-QList<MatchUnit *> selectedUnits(const QTableView &table)
-{
-    QModelIndexList rows = table.selectionModel()->selectedRows();
-    std::ranges::sort(rows, {}, &QModelIndex::row);
-    QList<MatchUnit *> units;
-    for (const QModelIndex &row : std::as_const(rows))
-        units.append(MatchUnitModel::unitOfIndex(row));
-    return units;
 }
 
 /// An entry of \a view's context menu, whose key works in the view alone.
@@ -133,18 +120,8 @@ QGroupBox *DynamicConfigWidget::makeExpressionGroup()
 
 QGroupBox *DynamicConfigWidget::makeUnitGroup()
 {
-    m_tableUnit = named(new QTableView, "tableUnit");
+    m_tableUnit = named(new UnitTable(m_model), "tableUnit");
     m_tableUnit->setAccessibleName(tr("Match Units"));
-    m_tableUnit->setModel(m_model);
-    m_tableUnit->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_tableUnit->setTabKeyNavigation(false); // the page has no use for Tab inside the table
-    m_tableUnit->setWordWrap(false);
-    m_tableUnit->setColumnHidden(MatchUnitModel::Check, true);
-    m_tableUnit->setColumnWidth(MatchUnitModel::Value, kValueColumnWidth);
-    m_tableUnit->horizontalHeader()->setHighlightSections(false);
-    m_tableUnit->verticalHeader()->hide();
-    m_tableUnit->setItemDelegate(new UnitDelegate(m_tableUnit));
-    m_tableUnit->viewport()->installEventFilter(this);
     auto *group = new QGroupBox(tr("Match Units"));
     auto *layout = new QVBoxLayout(group);
     layout->addWidget(m_tableUnit);
@@ -157,7 +134,7 @@ void DynamicConfigWidget::connectSlots()
             &DynamicConfigWidget::onWindowNumChanged);
     connect(m_comboBoxAmount, &QComboBox::currentIndexChanged, this,
             &DynamicConfigWidget::onCaptureAmountChanged);
-    connect(m_tableUnit, &QTableView::doubleClicked, this, &DynamicConfigWidget::editMu);
+    connect(m_tableUnit, &UnitTable::doubleClicked, this, &DynamicConfigWidget::editMu);
     connect(m_listExpressions, &QListWidget::itemDoubleClicked, this,
             &DynamicConfigWidget::editExpression);
     connect(m_spinBoxTrPos, &QSpinBox::valueChanged, this, &DynamicConfigWidget::fieldsEdited);
@@ -195,7 +172,7 @@ void DynamicConfigWidget::setCore(CoreConfig *core)
     limitTriggerPosition(core->capture_amount);
     m_spinBoxTrPos->setValue(core->trigger_pos);
     m_model->setUnits(core->enabledUnits());
-    redrawUnits();
+    m_tableUnit->redraw();
     fillExpressions();
     m_fieldsCount = false;
     checkSettings();
@@ -275,7 +252,7 @@ void DynamicConfigWidget::editMu()
     delete dialog;
     if (!page)
         return;
-    redrawUnits();
+    m_tableUnit->redraw();
     scheduleCheck();
 }
 
@@ -309,7 +286,7 @@ TriggerChanges DynamicConfigWidget::setTrigger(const TriggerChanges &changes)
         setExpression(change->row, change->text);
         item->setCheckState(change->isEnabled ? Qt::Checked : Qt::Unchecked);
     }
-    redrawUnits();
+    m_tableUnit->redraw();
     scheduleCheck();
     return before;
 }
@@ -317,7 +294,7 @@ TriggerChanges DynamicConfigWidget::setTrigger(const TriggerChanges &changes)
 void DynamicConfigWidget::addClipboardActions()
 {
     connect(addEntry(m_tableUnit, tr("&Copy"), QKeySequence::Copy), &QAction::triggered, this,
-            [this] { copyValues(selectedUnits(*m_tableUnit)); });
+            [this] { copyValues(m_tableUnit->selectedUnits()); });
     connect(addEntry(m_tableUnit, tr("&Paste"), QKeySequence::Paste), &QAction::triggered, this,
             &DynamicConfigWidget::pasteIntoUnits);
     connect(addEntry(m_listExpressions, tr("&Copy"), QKeySequence::Copy), &QAction::triggered, this,
@@ -333,11 +310,11 @@ void DynamicConfigWidget::pasteIntoUnits()
 {
     if (hasOpenDialog())
         return;
-    if (const auto refusal = pasteValues(selectedUnits(*m_tableUnit))) {
-        m_strip->refuse(*refusal);
+    if (const auto refusal = pasteValues(m_tableUnit->selectedUnits())) {
+        refuse(*refusal);
         return;
     }
-    redrawUnits();
+    m_tableUnit->redraw();
     scheduleCheck();
 }
 
@@ -349,33 +326,8 @@ void DynamicConfigWidget::pasteIntoExpression()
     if (const Result<QString> expression = pastedExpression(*m_core))
         setExpression(row, *expression);
     else
-        m_strip->refuse({TriggerFinding::Subject::Expression, row, TriggerFinding::Weight::Obstacle,
-                         expression.error().message});
-}
-
-void DynamicConfigWidget::redrawUnits()
-{
-    for (int column = MatchUnitModel::Unit; column < MatchUnitModel::Value; ++column)
-        m_tableUnit->resizeColumnToContents(column);
-    fitValueColumn();
-    m_tableUnit->viewport()->update();
-}
-
-void DynamicConfigWidget::fitValueColumn()
-{
-    int others = 0;
-    for (int column = MatchUnitModel::Unit; column < MatchUnitModel::Value; ++column)
-        others += m_tableUnit->columnWidth(column);
-    m_tableUnit->setColumnWidth(
-        MatchUnitModel::Value,
-        std::max(kValueColumnWidth, m_tableUnit->viewport()->width() - others));
-}
-
-bool DynamicConfigWidget::eventFilter(QObject *watched, QEvent *event)
-{
-    if (watched == m_tableUnit->viewport() && event->type() == QEvent::Resize)
-        fitValueColumn();
-    return QWidget::eventFilter(watched, event);
+        refuse({TriggerFinding::Subject::Expression, row, TriggerFinding::Weight::Obstacle,
+                expression.error().message});
 }
 
 bool DynamicConfigWidget::hasOpenDialog() const
@@ -489,11 +441,7 @@ void DynamicConfigWidget::lead(const TriggerFinding &finding)
     QWidget *place = m_comboBoxAmount;
     if (finding.subject == Subject::Unit) {
         place = m_tableUnit;
-        for (int row = 0; row < m_model->rowCount(); ++row) {
-            if (MatchUnitModel::unitOfIndex(m_model->index(row, MatchUnitModel::Unit))->index ==
-                finding.index)
-                m_tableUnit->selectRow(row);
-        }
+        m_tableUnit->selectUnit(finding.index);
     } else if (finding.subject == Subject::Expression) {
         place = m_listExpressions;
         m_listExpressions->setCurrentRow(finding.index);
@@ -501,10 +449,29 @@ void DynamicConfigWidget::lead(const TriggerFinding &finding)
         place = m_listExpressions; // nothing is wrong with the numbers: it is about what triggers
     }
     place->setFocus(Qt::OtherFocusReason);
+    bringIntoSight(place);
+}
+
+void DynamicConfigWidget::bringIntoSight(QWidget *place)
+{
     for (QWidget *ancestor = parentWidget(); ancestor; ancestor = ancestor->parentWidget()) {
-        if (auto *page = qobject_cast<QScrollArea *>(ancestor))
-            page->ensureWidgetVisible(place);
+        auto *page = qobject_cast<QScrollArea *>(ancestor);
+        if (!page)
+            continue;
+        // Its beginning last: where there is no room for all of it, that says most.
+        for (const QPoint corner : {place->rect().bottomLeft(), place->rect().topLeft()}) {
+            const QPoint point = place->mapTo(page->widget(), corner);
+            page->ensureVisible(point.x(), point.y(), kSightMargin, kSightMargin);
+        }
     }
+}
+
+void DynamicConfigWidget::refuse(const TriggerFinding &finding)
+{
+    m_strip->refuse(finding);
+    // On a small screen the strip may be below what shows; it has its place when the layout is
+    // done.
+    QTimer::singleShot(0, m_strip, [this] { bringIntoSight(m_strip); });
 }
 
 } // namespace KEO

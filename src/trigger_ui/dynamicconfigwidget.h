@@ -14,13 +14,13 @@ class QLineEdit;
 class QListWidget;
 class QListWidgetItem;
 class QSpinBox;
-class QTableView;
 
 namespace KEO {
 
 struct CoreConfig;
 class MatchUnitModel;
 class TriggerCheckStrip;
+class UnitTable;
 struct TriggerFinding;
 
 /// The page on which the user sets the capture of one standard core: windows, amount, trigger
@@ -64,10 +64,6 @@ Q_SIGNALS:
     /// for all changes of a turn of the event loop.
     void edited();
 
-protected:
-    /// Looks at the size of the table.
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private Q_SLOTS:
     void editMu();
     void onWindowNumChanged();
@@ -84,10 +80,10 @@ private:
     void pasteIntoExpression();
     /// Puts \a expression, in tokens, into the core's list and the page's.
     void setExpression(int row, const QString &expression);
+    void refuse(const TriggerFinding &finding);
+    void bringIntoSight(QWidget *place);
     [[nodiscard]] bool hasOpenDialog() const;
     void closeOpenDialogs();
-    void redrawUnits();
-    void fitValueColumn();
     void fillWindowNumbers();
     void fillAmounts();
     void fillExpressions();
@@ -116,7 +112,7 @@ private:
     QComboBox *m_comboBoxAmount = nullptr;
     QSpinBox *m_spinBoxTrPos = nullptr;
     QListWidget *m_listExpressions = nullptr;
-    QTableView *m_tableUnit = nullptr;
+    UnitTable *m_tableUnit = nullptr;
     TriggerCheckStrip *m_strip = nullptr;
     QTimer m_checkTimer; // one check for all edits of a turn of the event loop
     /// What the fields hold counts. Until the user has touched one, the description does: the

@@ -1,6 +1,7 @@
 #include "matchunitdialog.h"
 
 #include "valuefield.h"
+#include "valuepaste.h"
 #include "valuereadout.h"
 
 #include <config/coreconfig.h>
@@ -402,61 +403,25 @@ int MatchUnitDialog::shownFields() const
 
 void MatchUnitDialog::paste(int field, const QString &text)
 {
-    const auto *edit = static_cast<ValueField *>(fields()[field]);
-    if (edit->takesWhole() || hasRadixPrefix(text, m_base))
-        pasteWhole(field, text);
-    else
-        pasteDigits(field, text);
-}
-
-void MatchUnitDialog::pasteWhole(int field, const QString &text)
-{
+    auto *edit = static_cast<ValueField *>(fields()[field]);
+    const ValueRules rules{m_base, portWidth(), m_func, m_type};
+    const bool isWhole = edit->takesWhole() || hasRadixPrefix(text, m_base);
+    const int start = edit->hasSelectedText() ? edit->selectionStart() : edit->cursorPosition();
+    const PastedValue pasted = isWhole
+                                   ? pastedWhole(text, rules)
+                                   : pastedDigits(text, edit->displayText().size() - start, rules);
     ValueStory &story = m_stories[field];
-    const QString before = fields()[field]->displayText();
-    const Result<QString> binary = binaryOfText(text, m_base);
-    const QRegularExpression allowed(
-        QRegularExpression::anchoredPattern(valuePattern(2, m_func, m_type)));
-    const int bits = portWidth();
-    const QString value = binary ? fitDigits(*binary, bits) : QString();
-    const QString shown = fieldText(value, m_base);
-    if (!binary || !allowed.match(value).hasMatch() || shown.isEmpty()) {
-        const QString reason = !binary           ? binary.error().message
-                               : shown.isEmpty() ? tr("Letters go with BIN only.")
-                                                 : tr("The function does not take these letters.");
-        story.tell(tr("Not pasted: %1").arg(reason));
-    } else {
-        showValue(fields()[field], shown);
-        story.replaced();
-        if (binary->size() > bits)
-            story.tell(tr("What was pasted has %1 bits, the port %2: the leading ones are cut.")
-                           .arg(QString::number(binary->size()), QString::number(bits)));
-    }
-    updateReadout();
-}
-
-void MatchUnitDialog::pasteDigits(int field, const QString &text)
-{
-    QLineEdit *edit = fields()[field];
-    QString digits = text.toUpper();
-    digits.remove(QRegularExpression(QStringLiteral("[_\\s]")));
-    const qsizetype start =
-        edit->hasSelectedText() ? edit->selectionStart() : edit->cursorPosition();
-    const qsizetype room = edit->displayText().size() - start;
-    QString test = digits;
-    int cursor = 0;
-    ValueStory &story = m_stories[field];
-    if (m_validator->validate(test, cursor) != QValidator::Acceptable) {
-        story.tell(
-            tr("Not pasted: “%1” has characters that do not belong here.").arg(shortened(text)));
-    } else {
+    if (pasted.digits && isWhole) {
+        showValue(edit, *pasted.digits);
+    } else if (pasted.digits) {
         edit->deselect();
-        edit->setCursorPosition(int(start));
-        edit->insert(digits.left(room));
-        story.replaced();
-        if (digits.size() > room)
-            story.tell(tr("There was room for %1 of %2 digits pasted: the rest is cut.")
-                           .arg(QString::number(room), QString::number(digits.size())));
+        edit->setCursorPosition(start);
+        edit->insert(*pasted.digits);
     }
+    if (pasted.digits)
+        story.replaced(pasted.told);
+    else
+        story.tell(pasted.told);
     updateReadout();
 }
 

@@ -73,8 +73,6 @@ private:
     [[nodiscard]] std::array<QLineEdit *, 2> fields() const;
     [[nodiscard]] int shownFields() const;
     void paste(int field, const QString &text);
-    void pasteWhole(int field, const QString &text);
-    void pasteDigits(int field, const QString &text);
     void updateReadout();
     [[nodiscard]] QString counterFault() const;
     /// The signals whose levels the digit at the text cursor holds.

@@ -33,12 +33,15 @@ TriggerCheckStrip::TriggerCheckStrip(QWidget *parent) : QListWidget(parent)
 
 void TriggerCheckStrip::tell(const QList<TriggerFinding> &findings)
 {
+    m_isRefusing = false;
     if (std::exchange(m_findings, findings) != findings)
         fill();
 }
 
 void TriggerCheckStrip::refuse(const TriggerFinding &finding)
 {
+    if (std::exchange(m_isRefusing, true))
+        m_findings.removeFirst();
     m_findings.prepend(finding);
     fill();
     scrollToTop();

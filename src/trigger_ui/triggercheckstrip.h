@@ -18,7 +18,8 @@ public:
 
     /// Keeps the current line current if it is still told.
     void tell(const QList<TriggerFinding> &findings);
-    /// Tells at the top, until the next tell, why something that was asked for was not done.
+    /// Tells at the top, until the next refuse or tell, why something that was asked for was not
+    /// done.
     void refuse(const TriggerFinding &finding);
 
 Q_SIGNALS:
@@ -36,6 +37,7 @@ private:
     void choose(const QListWidgetItem *item);
 
     QList<TriggerFinding> m_findings;
+    bool m_isRefusing = false; ///< the first of them is a refusal
 };
 
 } // namespace KEO

@@ -38,9 +38,10 @@ QVBoxLayout *columnOf(const QWidget *widget)
 
 } // namespace
 
-AidPane::AidPane(const Panes &panes, quint64 domain, QWidget *viewer)
+AidPane::AidPane(const ViewerPanes &panes, GoTo *goTo, quint64 domain, QWidget *viewer)
     : QObject(viewer),
       m_panes(panes),
+      m_goTo(goTo),
       m_previous(newAction(tr("Previous Hit"), Qt::SHIFT | Qt::Key_F5, "previousHit")),
       m_next(newAction(tr("Next Hit"), Qt::Key_F5, "nextHit"))
 {
@@ -158,8 +159,8 @@ void AidPane::fitHeight()
     const int room = m_panes.waves->parentWidget()->height() - kOthers;
     const int most = m_wanted > 0 ? std::min(m_wanted, room - kLeastWaves) : room / kAutomaticShare;
     const int full = m_tracks->fullHeight();
-    const int whole = most / kAidRowHeight * kAidRowHeight;
-    const int height = std::min(full, std::max(whole, kAidRowHeight));
+    const int whole = most / aidRowHeight() * aidRowHeight();
+    const int height = std::min(full, std::max(whole, aidRowHeight()));
     const bool fits = room >= kLeastWaves || !m_panes.waves->isVisible();
     m_tracks->setFixedHeight(height);
     m_names->setFixedHeight(height + kAidBarHeight);
@@ -170,7 +171,7 @@ void AidPane::fitHeight()
 
 void AidPane::dragHeight(int pixels)
 {
-    m_wanted = std::clamp(m_tracks->height() + pixels, kAidRowHeight, m_tracks->fullHeight());
+    m_wanted = std::clamp(m_tracks->height() + pixels, aidRowHeight(), m_tracks->fullHeight());
     fitHeight();
 }
 
@@ -188,7 +189,7 @@ bool AidPane::eventFilter(QObject *watched, QEvent *event)
         if (wheel->modifiers() == Qt::NoModifier && turned != 0) {
             QScrollBar *bar = m_tracks->verticalScrollBar();
             bar->setValue(bar->value() -
-                          turned * kAidRowHeight / QWheelEvent::DefaultDeltasPerStep);
+                          turned * aidRowHeight() / QWheelEvent::DefaultDeltasPerStep);
             return true;
         }
     }
@@ -240,7 +241,7 @@ void AidPane::followMarkers()
         return;
     m_tracks->setLines(m_panes.model->triggerPosition(), m_markers);
     m_names->setSample(m_panes.model->contents().shownSample(), m_panes.model->maxDataLength());
-    if (m_current != m_panes.goTo->place())
+    if (m_current != m_goTo->place())
         m_current.reset();
     m_panes.ruler->setAidHits(m_held, m_current);
     tell();
@@ -248,7 +249,7 @@ void AidPane::followMarkers()
 
 void AidPane::go(Direction direction)
 {
-    const int from = m_panes.goTo->place();
+    const int from = m_goTo->place();
     const bool isForth = direction == Direction::Forth;
     std::optional<qsizetype> found =
         isForth ? m_beginnings.next(from) : m_beginnings.previous(from);
@@ -260,7 +261,7 @@ void AidPane::go(Direction direction)
     }
     if (!found)
         return;
-    m_panes.goTo->sample(*found);
+    m_goTo->sample(*found);
     m_current = int(*found);
     followMarkers();
 }
@@ -280,7 +281,7 @@ QString AidPane::hitText() const
     const AidRow &row = *hitRow();
     if (m_hits == 0)
         return tr("%1: no hit").arg(row.name);
-    const int place = m_panes.goTo->place();
+    const int place = m_goTo->place();
     const bool isHit = place >= 0 && aidLevel(row, place) == AidLevel::Holds;
     if (!isHit && m_hits == 1)
         return tr("%1: 1 hit").arg(row.name);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "viewerpanes.h"
+
 #include <wave/common/localized.h>
 #include <wave/common/notificationcenter.h>
 #include <wave_data/aidrow.h>
@@ -18,10 +20,6 @@ class AidBar;
 class AidNames;
 class AidTracks;
 class GoTo;
-class RulerView;
-class SignalTreeModel;
-class SignalTreeView;
-class WaveView;
 
 /// Rows that somebody lays beside those of the window, above them: brings names, traces and the bar
 /// into the panes of a viewer as long as there are such rows, keeps them in line with tree and
@@ -32,18 +30,9 @@ class AidPane final : public QObject, public Localized
     Q_PROPERTY(quint64 domain READ domain)
 
 public:
-    struct Panes
-    {
-        SignalTreeModel *model;
-        SignalTreeView *tree;
-        WaveView *waves;
-        RulerView *ruler;
-        GoTo *goTo;
-    };
-
     /// All are borrowed and outlive this object; tree and waves are each the last in a column of
     /// widgets.
-    AidPane(const Panes &panes, quint64 domain, QWidget *viewer);
+    AidPane(const ViewerPanes &panes, GoTo *goTo, quint64 domain, QWidget *viewer);
     ~AidPane() override;
 
     void show(const AidRows &rows);
@@ -69,7 +58,8 @@ private:
     void tell();
     [[nodiscard]] QString hitText() const;
 
-    const Panes m_panes;
+    const ViewerPanes m_panes;
+    GoTo *m_goTo;
     QAction *m_previous; ///< child
     QAction *m_next;     ///< child
     // Children of the panes' columns, null until there are rows for the first time.

@@ -58,26 +58,27 @@ bool beginsLikeNumber(const QString &text)
 
 } // namespace
 
-Finder::Finder(const Panes &panes, QObject *parent) : QObject(parent), m_panes(panes)
+Finder::Finder(const ViewerPanes &panes, GoTo *goTo, FindBar *bar, QObject *parent)
+    : QObject(parent), m_panes(panes), m_goTo(goTo), m_bar(bar)
 {
-    connect(panes.bar, &FindBar::changed, this, [this] {
+    connect(bar, &FindBar::changed, this, [this] {
         m_round.clear();
         search();
     });
-    connect(panes.bar, &FindBar::closed, this, &Finder::stop);
-    connect(panes.bar, &FindBar::next, this, [this] { go(Direction::Forth); });
-    connect(panes.bar, &FindBar::previous, this, [this] { go(Direction::Back); });
+    connect(bar, &FindBar::closed, this, &Finder::stop);
+    connect(bar, &FindBar::next, this, [this] { go(Direction::Forth); });
+    connect(bar, &FindBar::previous, this, [this] { go(Direction::Back); });
 }
 
 void Finder::refresh()
 {
-    if (!m_panes.bar->isHidden())
+    if (!m_bar->isHidden())
         search();
 }
 
 bool Finder::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() != QEvent::KeyPress || m_panes.bar->isHidden())
+    if (event->type() != QEvent::KeyPress || m_bar->isHidden())
         return QObject::eventFilter(watched, event);
     const auto *press = static_cast<QKeyEvent *>(event);
     const bool isPlain = press->modifiers() == Qt::NoModifier;
@@ -106,10 +107,10 @@ void Finder::search()
     m_kind = Kind::Nothing;
     m_hits = {};
     m_rows.clear();
-    const QString text = m_panes.bar->text();
-    FindBar::Kind kind = m_panes.bar->kind();
+    const QString text = m_bar->text();
+    FindBar::Kind kind = m_bar->kind();
     if (text.isEmpty() && kind != FindBar::Edge) {
-        m_panes.bar->tell({}, FindBar::Outcome::Found);
+        m_bar->tell({}, FindBar::Outcome::Found);
         m_panes.ruler->setHits({}, {});
         return;
     }
@@ -220,7 +221,7 @@ void Finder::goToRow(Direction direction)
 
 void Finder::goToSample(Direction direction)
 {
-    const int from = m_panes.goTo->place();
+    const int from = m_goTo->place();
     const bool isForth = direction == Direction::Forth;
     std::optional<qsizetype> found = isForth ? m_hits.next(from) : m_hits.previous(from);
     m_round.clear();
@@ -230,7 +231,7 @@ void Finder::goToSample(Direction direction)
     }
     if (!found)
         return;
-    m_panes.goTo->sample(*found);
+    m_goTo->sample(*found);
     tellSample();
 }
 
@@ -241,12 +242,12 @@ void Finder::tellRow()
                           : tr("Name: %1 of %2").arg(at + 1).arg(m_rows.size());
     if (at >= 0 && m_rows.size() > 1)
         text += m_round;
-    m_panes.bar->tell(text, FindBar::Outcome::Found);
+    m_bar->tell(text, FindBar::Outcome::Found);
 }
 
 void Finder::tellSample()
 {
-    const int place = m_panes.goTo->place();
+    const int place = m_goTo->place();
     const bool isHit = m_hits.next(place - 1) == place;
     const qsizetype count = m_hits.count();
     QString text =
@@ -255,13 +256,13 @@ void Finder::tellSample()
               : tr("%1: %2 found").arg(m_what, QString::number(count));
     if (isHit && count > 1)
         text += m_round;
-    m_panes.bar->tell(text, FindBar::Outcome::Found);
+    m_bar->tell(text, FindBar::Outcome::Found);
     m_panes.ruler->setHits(m_hits, isHit ? std::optional(place) : std::nullopt);
 }
 
 void Finder::fail(const QString &text)
 {
-    m_panes.bar->tell(text, FindBar::Outcome::Failed);
+    m_bar->tell(text, FindBar::Outcome::Failed);
     m_panes.ruler->setHits({}, {});
 }
 

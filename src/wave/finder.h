@@ -1,5 +1,7 @@
 #pragma once
 
+#include "viewerpanes.h"
+
 #include <wave_data/samplesearch.h>
 
 #include <QModelIndex>
@@ -12,9 +14,6 @@ namespace WaveMonitor {
 
 class FindBar;
 class GoTo;
-class RulerView;
-class SignalTreeModel;
-class SignalTreeView;
 
 /// Finds what the bar asks for: rows by name, and samples of the first selected row by value, order
 /// or edge. The hits stand as ticks on the ruler while the bar is open.
@@ -23,17 +22,8 @@ class Finder final : public QObject
     Q_OBJECT
 
 public:
-    struct Panes
-    {
-        SignalTreeModel *model;
-        SignalTreeView *tree;
-        RulerView *ruler;
-        GoTo *goTo;
-        FindBar *bar;
-    };
-
     /// All are borrowed and outlive this object.
-    Finder(const Panes &panes, QObject *parent);
+    Finder(const ViewerPanes &panes, GoTo *goTo, FindBar *bar, QObject *parent);
 
     /// Rows, their selection or radix, or samples have changed. Searches again if the bar is open.
     void refresh();
@@ -57,7 +47,9 @@ private:
     [[nodiscard]] QModelIndex selectedRow() const;
     [[nodiscard]] QModelIndexList rowsNamed(const QString &text) const;
 
-    const Panes m_panes;
+    const ViewerPanes m_panes;
+    GoTo *m_goTo;
+    FindBar *m_bar;
     Kind m_kind = Kind::Nothing;
     QList<QPersistentModelIndex> m_rows; ///< found by name, in row order
     SampleHits m_hits;

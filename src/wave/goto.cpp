@@ -15,7 +15,8 @@
 
 namespace WaveMonitor {
 
-GoTo::GoTo(const Panes &panes, QWidget *viewer) : QObject(viewer), m_panes(panes), m_viewer(viewer)
+GoTo::GoTo(const ViewerPanes &panes, QWidget *viewer)
+    : QObject(viewer), m_panes(panes), m_viewer(viewer)
 {
     auto *separator = new QAction(this);
     separator->setSeparator(true);

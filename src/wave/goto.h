@@ -1,5 +1,7 @@
 #pragma once
 
+#include "viewerpanes.h"
+
 #include <QList>
 #include <QObject>
 
@@ -11,11 +13,6 @@ class QWidget;
 
 namespace WaveMonitor {
 
-class RulerView;
-class SignalTreeModel;
-class SignalTreeView;
-class WaveView;
-
 /// The ways to the trigger, the ends, the edges of the selected rows and the markers: keys, entries
 /// of the menu over the waves, and what they do. What is gone to stands in the middle of the view,
 /// and the active marker moves there.
@@ -24,17 +21,9 @@ class GoTo final : public QObject
     Q_OBJECT
 
 public:
-    struct Panes
-    {
-        SignalTreeModel *model;
-        SignalTreeView *tree;
-        WaveView *waves;
-        RulerView *ruler;
-    };
-
     /// All are borrowed and outlive this object, a child of \a viewer. Keys without Ctrl work in
     /// the waves, since letters are typed ahead in the tree.
-    GoTo(const Panes &panes, QWidget *viewer);
+    GoTo(const ViewerPanes &panes, QWidget *viewer);
 
     /// Bounded to the samples.
     void sample(qsizetype sample);
@@ -61,7 +50,7 @@ private:
     void edge(Direction direction);
     void marker(Direction direction);
 
-    const Panes m_panes;
+    const ViewerPanes m_panes;
     QWidget *m_viewer;
     std::optional<int> m_last; ///< where the last way led to
 };

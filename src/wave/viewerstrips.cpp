@@ -35,15 +35,15 @@ constexpr int kLeastViewer = 200; // pixels of height; a lower one is left to ro
 
 } // namespace
 
-ViewerStrips::ViewerStrips(const Panes &panes, quint64 domain, ClockPeriods *periods,
-                           QWidget *viewer)
+ViewerStrips::ViewerStrips(const ViewerPanes &panes, GoTo *goTo, quint64 domain,
+                           ClockPeriods *periods, QWidget *viewer)
     : QWidget(viewer),
       m_panes(panes),
       m_overview(new OverviewStrip),
       m_measure(new MeasureLine),
       m_findBar(new FindBar),
       m_find(new QAction(tr("Find..."), this)),
-      m_finder(new Finder({panes.model, panes.tree, panes.ruler, panes.goTo, m_findBar}, this)),
+      m_finder(new Finder(panes, goTo, m_findBar, this)),
       m_periods(periods),
       m_viewer(viewer)
 {
@@ -65,6 +65,7 @@ ViewerStrips::ViewerStrips(const Panes &panes, quint64 domain, ClockPeriods *per
     m_panes.waves->addAction(m_find);
 
     connectPanes();
+    connect(goTo, &GoTo::said, m_measure, &MeasureLine::tell);
     NotificationCenter::instance()->subscribe(
         this,
         {EvFormatChanged, EvAfterMarkerCreate, EvAfterMarkerChange, EvAfterMarkerRemove,
@@ -80,7 +81,6 @@ ViewerStrips::~ViewerStrips()
 void ViewerStrips::connectPanes()
 {
     connect(m_overview, &OverviewStrip::asked, m_panes.waves, &WaveView::centreOn);
-    connect(m_panes.goTo, &GoTo::said, m_measure, &MeasureLine::tell);
     connect(m_measure, &MeasureLine::periodEntered, this,
             [this](const std::optional<ClockPeriod> &period) {
                 if (m_periods)

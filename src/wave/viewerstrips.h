@@ -1,5 +1,7 @@
 #pragma once
 
+#include "viewerpanes.h"
+
 #include <wave/common/clockperiods.h>
 #include <wave/common/localized.h>
 #include <wave/common/notificationcenter.h>
@@ -20,10 +22,6 @@ class Finder;
 class GoTo;
 class MeasureLine;
 class OverviewStrip;
-class RulerView;
-class SignalTreeModel;
-class SignalTreeView;
-class WaveView;
 
 /// What stands below the panes of a viewer: the overview, the line of measurements and the find
 /// bar. Brings to each what it shows, and tells the values below the pointer in a tool tip.
@@ -33,17 +31,9 @@ class ViewerStrips final : public QWidget, public Localized
     Q_PROPERTY(quint64 domain READ domain)
 
 public:
-    struct Panes
-    {
-        SignalTreeModel *model;
-        SignalTreeView *tree;
-        WaveView *waves;
-        RulerView *ruler;
-        GoTo *goTo;
-    };
-
-    /// The panes are borrowed and outlive the strips; \a periods may go before.
-    ViewerStrips(const Panes &panes, quint64 domain, ClockPeriods *periods, QWidget *viewer);
+    /// Panes and \a goTo are borrowed and outlive the strips; \a periods may go before.
+    ViewerStrips(const ViewerPanes &panes, GoTo *goTo, quint64 domain, ClockPeriods *periods,
+                 QWidget *viewer);
     ~ViewerStrips() override;
 
     /// Whose clock period counts; -1 means none.
@@ -65,7 +55,7 @@ private:
     void showValue(const QHelpEvent &event);
     [[nodiscard]] std::optional<int> sampleAt(const QPoint &position) const;
 
-    const Panes m_panes;
+    const ViewerPanes m_panes;
     OverviewStrip *m_overview; ///< child
     MeasureLine *m_measure;    ///< child
     FindBar *m_findBar;        ///< child

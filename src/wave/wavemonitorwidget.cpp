@@ -88,8 +88,9 @@ WaveMonitorWidget::WaveMonitorWidget(quint64 domain, QWidget *parent, const Wind
     addActions(m_markerActions->actions());
     addAction(m_zoomHistory->action());
     m_waveView->addActions({m_markerActions->zoomAction(), m_zoomHistory->action()});
-    m_goTo = new GoTo({m_model, m_treeView, m_waveView, m_rulerView}, this);
-    m_aidPane = new AidPane({m_model, m_treeView, m_waveView, m_rulerView, m_goTo}, domain, this);
+    const ViewerPanes panes{m_model, m_treeView, m_waveView, m_rulerView};
+    m_goTo = new GoTo(panes, this);
+    m_aidPane = new AidPane(panes, m_goTo, domain, this);
     m_waveView->setFocus(); // when the viewer gets the focus for the first time
 }
 
@@ -148,7 +149,7 @@ void WaveMonitorWidget::showStrips(ClockPeriods *periods)
 {
     if (m_strips)
         return;
-    m_strips = new ViewerStrips({m_model, m_treeView, m_waveView, m_rulerView, m_goTo}, domain(),
+    m_strips = new ViewerStrips({m_model, m_treeView, m_waveView, m_rulerView}, m_goTo, domain(),
                                 periods, this);
     m_strips->setCore(m_core);
     layout()->itemAt(0)->layout()->addWidget(m_strips);

@@ -37,7 +37,8 @@ void ElidedLabel::paintEvent(QPaintEvent *)
 
 bool ElidedLabel::event(QEvent *event)
 {
-    if (event->type() != QEvent::ToolTip || fontMetrics().horizontalAdvance(text()) <= width())
+    if (event->type() != QEvent::ToolTip || !toolTip().isEmpty() ||
+        fontMetrics().horizontalAdvance(text()) <= width())
         return QLabel::event(event);
     const auto *help = static_cast<QHelpEvent *>(event);
     QToolTip::showText(help->globalPos(), plainTip(text()), this);

@@ -5,7 +5,7 @@
 namespace KEO {
 
 /// One line of plain text that gives way: where there is no room for it all, it ends in dots, and
-/// the tool tip has the whole. What text() returns is whole as well.
+/// the tool tip has the whole, unless one is set. What text() returns is whole as well.
 class ElidedLabel final : public QLabel
 {
     Q_OBJECT

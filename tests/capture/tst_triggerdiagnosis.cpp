@@ -5,7 +5,9 @@
 #include <support/testmain.h>
 #include <trigger/valuetext.h>
 
+#include <QHash>
 #include <QRegularExpression>
+#include <QSet>
 
 #include <algorithm>
 #include <bit>
@@ -251,17 +253,31 @@ void tst_TriggerDiagnosis::compareExpression(const ExpressionProgram &expression
 {
     qsizetype hits = 0;
     int least = 99;
-    qsizetype nearest = -1;
+    QHash<QByteArray, QList<qsizetype>> alike; // samples by what the expression's units do there
+    QSet<QByteArray> nearestStates;
+    const auto stateAt = [&](qsizetype sample) {
+        QByteArray state;
+        for (size_t slot = 0; slot < evaluation.reports.size(); ++slot) {
+            const ConditionTrack &reports = evaluation.reports[slot];
+            if ((expression.slots >> slot) & 1)
+                state.append(isUnknown(reports, sample)  ? '?'
+                             : is(reports, sample, true) ? '1'
+                                                         : '0');
+        }
+        return state;
+    };
     QList<qsizetype> turnedHits(qsizetype(evaluation.reports.size()));
     for (qsizetype sample = 0; sample < evaluation.samples; ++sample) {
         hits += is(track, sample, true);
         if (!is(track, sample, false))
             continue;
         const ModelSample model(expression, evaluation, sample);
-        if (model.fewest() < least) {
-            least = model.fewest();
-            nearest = sample;
-        }
+        alike[stateAt(sample)].append(sample);
+        if (model.fewest() < least)
+            nearestStates.clear();
+        least = std::min(least, model.fewest());
+        if (model.fewest() == least)
+            nearestStates.insert(stateAt(sample));
         for (int slot = 0; slot < turnedHits.size(); ++slot) {
             if (!isUnknown(evaluation.reports[size_t(slot)], sample))
                 turnedHits[slot] += model.isTrue(quint32(1) << slot);
@@ -274,6 +290,10 @@ void tst_TriggerDiagnosis::compareExpression(const ExpressionProgram &expression
     }
     QCOMPARE(diagnosis.nearest.has_value(), least < 99);
     if (diagnosis.nearest) {
+        std::pair seldom(evaluation.samples + 1, qsizetype(-1)); // how many, the first one
+        for (const QByteArray &state : nearestStates)
+            seldom = std::min(seldom, std::pair(alike[state].size(), alike[state].first()));
+        const qsizetype nearest = seldom.second;
         QCOMPARE(diagnosis.nearest->sample, nearest);
         QCOMPARE(diagnosis.nearest->differing.size(), least);
         quint32 turned = 0;
@@ -399,6 +419,8 @@ void tst_TriggerDiagnosis::tells()
     const auto entry = [](const char *name) { return SignalEntry{QLatin1String(name), {}, {}}; };
     core.triggers[0]->signals = {entry("a"), entry("b"), entry("c"), entry("d")};
     core.triggers[1]->signals = {entry("a"), entry("e")};
+    core.triggers[2]->signals =
+        QList<SignalEntry>(5, entry("a")) + QList<SignalEntry>(6, entry("b"));
     core.signals = core.triggers[0]->signals;
     core.signals[1].text = QStringLiteral("enable");
     core.triggers[0]->signals[1].text = QStringLiteral("enable");
@@ -420,7 +442,8 @@ void tst_TriggerDiagnosis::tells()
     counting->counter = 4;
     use(4, 1, MatchFunction::Equal, "F1");
     use(5, 0, MatchFunction::Less, "0000");
-    core.expressions = QStringList{"M0&!M2&!M6", "M1&M3", "M2&M4", "M5"};
+    use(7, 2, MatchFunction::Equal, "11111000000");
+    core.expressions = QStringList{"M0&!M2&!M6", "M1&M3", "M2&M4", "M5", "M7"};
     core.expressionEnabled.fill(true, core.expressions.size());
     const PortSamples ports(
         core, {bitsOf("000100"), bitsOf("000100"), bitsOf("001000"), bitsOf("001101")});
@@ -440,6 +463,8 @@ void tst_TriggerDiagnosis::tells()
         "first at 2. [2]",
         "exp3 fails by M5 alone, which never reports: otherwise it would be true at 6 samples, "
         "first at 0. [0]",
+        "exp4 fails by M7 alone, which never reports: otherwise it would be true at 6 samples, "
+        "first at 0. [0]",
         "M0 reports at one sample, 2. [2]",
         "M1 never matched. Nearest was sample 2 with 0011, which is 1 from 0100. [2]",
         "M2 reports at 3 samples, first at 2, at most 2 in a row. [2]",
@@ -447,6 +472,8 @@ void tst_TriggerDiagnosis::tells()
         "M4 never matched. Nearest was sample 1: a did not fall. [1]",
         "What M4 does is not known at 2 of 6 samples.",
         "M6 reports at one sample, 2. [2]",
+        "M7 never matched. Nearest was sample 0: a was 0, a was 0, a was 0, a was 0 and one more "
+        "bit was wrong. [0]",
     };
     QCOMPARE(lines.join(u'\n'), expected.join(u'\n'));
 }

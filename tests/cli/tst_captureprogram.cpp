@@ -24,7 +24,10 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
@@ -86,9 +89,12 @@ private Q_SLOTS:
     void endsWithItsStatus();
     void tellsWhatAServerLacks();
     void meetsABusyServer();
+    void tellsOfAnotherUsersServer();
+    void runsWithoutStandardStreams();
     void tellsOfAFullDisk_data();
     void tellsOfAFullDisk();
     void keepsOrdersFromTheTerminal();
+    void fitsItsLineIntoTheTerminal();
     void forcesTheTrigger();
     void startsLiteCoresLater();
     void usesAServerThatRuns();
@@ -147,6 +153,7 @@ void tst_CaptureProgram::writesEveryFormat()
     TestDesign design;
     design.windows = 2;
     board(design);
+    qunsetenv("XDG_RUNTIME_DIR");
     const Outcome outcome = run("--device KR-A --format csv --format vcd --format prn "
                                 "--out new/folder --name run --period 10ns "
                                 "--picture shot.png --size 900x400 design.keo");
@@ -163,8 +170,9 @@ void tst_CaptureProgram::writesEveryFormat()
         QVERIFY2(outcome.output.contains(path + u'\n'), qPrintable(outcome.output));
     QCOMPARE(outcome.output.count(u'\n'), 8);
     QVERIFY(outcome.errors.contains("Waiting for the trigger of core 0"));
-    // Nothing of the platform, which has no windows.
-    QVERIFY2(!outcome.errors.contains("plugin"), qPrintable(outcome.errors));
+    // Nothing of the platform, which has no windows, nor of a session that nobody has opened.
+    for (const char *word : {"plugin", "XDG_RUNTIME_DIR"})
+        QVERIFY2(!outcome.errors.contains(word), qPrintable(outcome.errors));
     QVERIFY(outcome.errors.contains("Reading core 0 window 1"));
 
     QVERIFY(lines(expected.first()).value(design.amount + 5).startsWith("2560, "));
@@ -200,7 +208,7 @@ void tst_CaptureProgram::savesWhatItCanNotExport_data()
     addColumns<QString, QString>({"line", "blocked"});
     addRow("export", "--format vcd --name p", "out/p_core0_window0.vcd");
     addRow("round", "--auto 3 --format vcd --name p", "out/p_2_core0_window0.vcd");
-    addRow("picture", "--picture out/p.png", "out/p_core0_window0.png");
+    addRow("picture", "--picture shots/p.png", "shots/p_core0_window0.png");
 }
 
 // A rare trigger is not lost with a file that nobody can write.
@@ -560,6 +568,10 @@ void tst_CaptureProgram::endsWithItsStatus_data()
     addRow("no folder can be made", "", "--out board.json/x design.keo", 6, "board.json/x");
     addRow("export is a folder", "folder", "design.keo", 6, "design_core0_window0.vcd");
     addRow("picture is a pipe", "pipe", "--picture shot.png design.keo", 6, "shot.png");
+    addRow("picture in no folder", "quiet", "--picture board.json/p.png design.keo", 6, "folder");
+    addRow("picture beside samples", "quiet",
+           "--format csv --out - --picture board.json/p.png design.keo", 6, "folder");
+    addRow("option that is not there", "", "--fast design.keo", 2, "fast");
 }
 
 void tst_CaptureProgram::endsWithItsStatus()
@@ -605,6 +617,13 @@ void tst_CaptureProgram::endsWithItsStatus()
     QVERIFY2(outcome.errors.contains(words), qPrintable(outcome.errors));
     if (change != "lost") // whose other window is exported
         QCOMPARE(outcome.output, QString());
+    if (status != 2)
+        return;
+    // A script has one way to see what was wrong.
+    const QJsonObject document =
+        QJsonDocument::fromJson(run("--json " + line).output.toUtf8()).object();
+    QCOMPARE(document["status"], status);
+    QVERIFY(document["message"].toString().contains(words));
 }
 
 /// A section that is a bit short makes no samples, and no answer at all is told.
@@ -670,6 +689,55 @@ void tst_CaptureProgram::meetsABusyServer()
         QVERIFY2(outcome.errors.contains(isInterrupted ? "Capture Stopped!" : "busy"),
                  qPrintable(outcome.errors));
     }
+}
+
+/// As some services start what they run. What would be printed must not get into a file or to the
+/// server, whose numbers the closed streams had.
+void tst_CaptureProgram::runsWithoutStandardStreams()
+{
+    board(TestDesign());
+    QCOMPARE(run("--device KR-A --format csv --name all design.keo").status, 0);
+    for (int closed = 1; closed < 8; ++closed) {
+        QProcess process;
+        process.setWorkingDirectory(m_directory->path());
+        process.setChildProcessModifier([closed] {
+            for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+                if (closed & (1 << stream))
+                    ::close(stream);
+            }
+        });
+        process.start(kProgram,
+                      {"--device", "KR-A", "--format", "csv", "--name", "some", "design.keo"});
+        const bool isPrinted = !(closed & (1 << STDOUT_FILENO));
+        QCOMPARE(finished(process).status, isPrinted ? 0 : 6);
+        QCOMPARE(lines(file("some_core0_window0.csv")), lines(file("all_core0_window0.csv")));
+    }
+}
+
+/// Whose servers were there first in a folder that all users share.
+void tst_CaptureProgram::tellsOfAnotherUsersServer()
+{
+    if (geteuid() != 0)
+        QSKIP("only the administrator can be somebody else");
+    board(TestDesign());
+    constexpr uid_t kStranger = 65534;
+    const int stranger = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{AF_UNIX, {}};
+    qstrncpy(address.sun_path, qPrintable(QDir::tempPath() + "/keo1"), sizeof address.sun_path);
+    QLocalServer::removeServer("keo1");
+    QCOMPARE(bind(stranger, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    QCOMPARE(seteuid(kStranger), 0);
+    const int listening = listen(stranger, 9);
+    QCOMPARE(seteuid(0), 0);
+    QCOMPARE(listening, 0);
+    QProcess process;
+    process.setWorkingDirectory(m_directory->path());
+    process.start(kProgram, {"--cable", "Tarno USB Cable(FT2CH)", "design.keo"});
+    const Outcome outcome = finished(process);
+    ::close(stranger);
+    QCOMPARE(outcome.status, 3);
+    QVERIFY2(outcome.errors.contains("another user's"), qPrintable(outcome.errors));
+    QLocalServer::removeServer("keo1");
 }
 
 void tst_CaptureProgram::tellsOfAFullDisk_data()
@@ -738,6 +806,34 @@ void tst_CaptureProgram::keepsOrdersFromTheTerminal()
     close(terminal);
 }
 
+/// A line that wraps can't be taken back, so that each second would leave one behind.
+void tst_CaptureProgram::fitsItsLineIntoTheTerminal()
+{
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    QVERIFY(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const QString name = QString::fromLatin1(ptsname(terminal));
+    const int screen = open(qPrintable(name), O_RDWR | O_NOCTTY);
+    constexpr int kColumns = 40;
+    const winsize size{24, kColumns, 0, 0};
+    QCOMPARE(ioctl(terminal, TIOCSWINSZ, &size), 0);
+    TestDesign design;
+    design.fires = false;
+    board(design);
+    QProcess process;
+    process.setWorkingDirectory(m_directory->path());
+    process.setStandardErrorFile(name);
+    process.start(kProgram, {"--device", "KR-A", "--timeout", "1.5", "design.keo"});
+    QCOMPARE(finished(process).status, 4);
+    QByteArray shown(4096, 0);
+    shown.resize(std::max<ssize_t>(0, read(terminal, shown.data(), size_t(shown.size()))));
+    const QByteArray progress = shown.left(shown.indexOf("signalscope-capture:"));
+    QVERIFY2(progress.contains("Waiting for") && progress.contains(" s)"), shown);
+    for (const QByteArray &line : progress.split('\r'))
+        QVERIFY2(line.size() < kColumns, line);
+    close(screen);
+    close(terminal);
+}
+
 void tst_CaptureProgram::forcesTheTrigger()
 {
     TestDesign design;
@@ -792,24 +888,33 @@ void tst_CaptureProgram::usesAServerThatRuns()
 
 void tst_CaptureProgram::stopsOnASignal_data()
 {
-    addColumns<int, int>({"signal", "status"});
-    addRow("Ctrl-C", SIGINT, 130);
-    addRow("end of the session", SIGTERM, 143);
+    addColumns<int, int, bool>({"signal", "status", "nohup"});
+    addRow("Ctrl-C", SIGINT, 130, false);
+    addRow("end of the session", SIGTERM, 143, false);
+    addRow("end of the terminal", SIGHUP, 129, false);
+    addRow("end of the session behind nohup(1)", SIGTERM, 143, true);
 }
 
 void tst_CaptureProgram::stopsOnASignal()
 {
     QFETCH(int, signal);
+    QFETCH(const bool, nohup);
     TestDesign design;
     design.fires = false;
     board(design);
     QProcess process;
     process.setWorkingDirectory(m_directory->path());
+    if (nohup)
+        process.setChildProcessModifier([] { ::signal(SIGHUP, SIG_IGN); });
     process.start(kProgram, {"--device", "KR-A", "design.keo"});
     QVERIFY(process.waitForStarted());
     QString errors;
     QTRY_VERIFY((errors += process.readAllStandardError()).contains("Waiting for the trigger"));
     QVERIFY(isListening("keo1"));
+    if (nohup) {
+        ::kill(pid_t(process.processId()), SIGHUP);
+        QVERIFY(!process.waitForFinished(300));
+    }
     ::kill(pid_t(process.processId()), signal);
     const Outcome outcome = finished(process);
     QTEST(outcome.status, "status");
@@ -824,6 +929,7 @@ void tst_CaptureProgram::leavesItsServerInOrder_data()
     addRow("time-out", "--timeout 0.1", 4);
     addRow("Ctrl-C", "wait", 130);
     addRow("ended by timeout(1)", "wait", 143);
+    addRow("end of the terminal", "wait", 129);
     addRow("Ctrl-C twice, and the server hangs", "hang", 130);
 }
 
@@ -909,6 +1015,9 @@ void tst_CaptureProgram::tellsWhatItWouldSend()
                                   "select         core 1\n"
                                   "read   0x0000  start\n"),
              qPrintable(text.output));
+    QCOMPARE(
+        run("--dry-run --device KR-A --core 1 --format csv --out - design.keo", program).output,
+        text.output);
     QCOMPARE(run("--dry-run --core 2 design.keo", program).status, 2);
 
     QString description = lines(file("design.keo")).join(u'\n');

@@ -213,12 +213,12 @@ void tst_Transcript::foldsPolls()
     const CmdPack ready{{"data_request_id", 77u}, {"DATA", QBitArray(16)}};
     int asked = 0;
     do {
-        QVERIFY(replay.take(select).difference.isEmpty());
+        QVERIFY(replay.take(select).told.isEmpty());
     } while (answered(poll) != ready && ++asked < 100);
     QVERIFY(asked > 10 && asked < 100);
     for (int i = 0; i < 100; ++i)
         QCOMPARE(answered(poll), ready);
-    QVERIFY(replay.take({{"CMD", "CLOSE"}}).difference.isEmpty());
+    QVERIFY(replay.take({{"CMD", "CLOSE"}}).told.isEmpty());
 }
 
 void tst_Transcript::endsAtItsLimit()

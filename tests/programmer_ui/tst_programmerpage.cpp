@@ -356,8 +356,8 @@ void tst_ProgrammerPage::editsBySelectorsAndFields()
 // However the field is left, the tool gets what stands in it; only Escape takes it back.
 void tst_ProgrammerPage::takesWhatIsTyped()
 {
-    enum Way { Run, Move, Tab, Log, Start, Escape };
-    for (const Way way : {Run, Move, Tab, Log, Start, Escape}) {
+    enum Way { Run, Move, Tab, Log, Start, Escape, Rewrite };
+    for (const Way way : {Run, Move, Tab, Log, Start, Escape, Rewrite}) {
         Page page;
         page.setTool("echo $4"); // the file
         const QString old = page.writeFile("old.fs", "//CheckSum: 1\n");
@@ -378,13 +378,29 @@ void tst_ProgrammerPage::takesWhatIsTyped()
             QVERIFY(page.widget.validate());
         else if (way == Escape)
             QTest::keyClick(editor, Qt::Key_Escape);
+        if (way == Rewrite) { // the tool flow, meanwhile
+            page.writeFile("old.fs", "//CheckSum: 3\n");
+            QTRY_COMPARE(page.row(0).section(u'|', 4, 4), "3");
+            QCOMPARE(editor->text(), typed);
+            page.click("moveUp");
+        }
         const QString file = way == Escape ? old : typed;
         if (way != Run)
             QCOMPARE(page.row(0).section(u'|', 3, 4), file + (way == Escape ? "|1" : "|2"));
         page.click("downLoad");
-        QTRY_COMPARE(page.log(), QStringList("Info: " + file));
+        QTRY_COMPARE(page.log().value(way == Rewrite), "Info: " + file);
         QCOMPARE(page.row(0).section(u'|', 3, 3), file);
     }
+    // So does a choice.
+    Page page;
+    page.widget.setDevice("KR", "KR-C", page.writeFile("a.fs", "//CheckSum: 1\n"));
+    auto *combo = page.edit<QComboBox>(0, Column::Device);
+    QVERIFY(combo);
+    QTest::keyClick(combo, Qt::Key_Up);
+    page.writeFile("a.fs", "//CheckSum: 3\n");
+    QTRY_COMPARE(page.row(0).section(u'|', 4, 4), "3");
+    QVERIFY(page.widget.validate());
+    QVERIFY2(page.row(0).startsWith("KR|KR-A|"), qPrintable(page.row(0)));
 }
 
 // What stands beside a file is the file's own, and what the tool gets has been checked.

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QSpinBox>
 
 #include <algorithm>
 
@@ -155,10 +156,11 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
     QCOMPARE(s.details(), QString("core 0: signals: 32 added, memory 4096 \u2192 8192; "
                                   "settings in the file: 1 changed"));
     QCOMPARE(s.window->size(), QSize(800, 600));
+    auto *field = s.find<QSpinBox>("spinBoxTrPos");
+    field->setFocus();
     const auto ask = [&s] {
-        auto *button = s.banners().first()->findChild<QPushButton *>("buttonDetails");
-        button->setFocus();
-        QTest::keyClick(button, Qt::Key_Space);
+        s.press(Qt::Key_W, Qt::AltModifier);
+        QTRY_VERIFY(s.changeList() && s.changeList()->isActiveWindow());
     };
     ask();
     QVERIFY(s.changeList() && !s.changeList()->isModal());
@@ -180,6 +182,7 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
     QCOMPARE(QGuiApplication::clipboard()->text(), "Core 0: signal added: noise_8");
     QTest::keyClick(tree, Qt::Key_Escape);
     QVERIFY(!s.changeList());
+    QTRY_COMPARE(QApplication::focusWidget(), field);
     QCOMPARE(s.words(), QStringList(kChanged));
     ask();
     QVERIFY(s.changeList());

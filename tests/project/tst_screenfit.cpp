@@ -10,6 +10,7 @@
 #include <trigger_ui/muexpressiondialog.h>
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
@@ -18,6 +19,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSpinBox>
+#include <QTableView>
 #include <QWheelEvent>
 
 using namespace KEO;
@@ -103,6 +105,20 @@ void tst_ScreenFit::windows()
         QVERIFY2(fits(window.size()), text(window.size()));
     };
     settle();
+    if (!lite) { // what is refused is said in sight
+        auto *units = d.find<QTableView>("tableUnit");
+        QApplication::clipboard()->setText("nothing");
+        units->selectRow(0);
+        d.activate();
+        units->setFocus();
+        QTest::keyClick(units, Qt::Key_V, Qt::ControlModifier);
+        const auto *strip = d.find<QListWidget>("triggerCheck");
+        QTest::qWait(10);
+        QVERIFY(strip->item(0)->text().startsWith("Not pasted"));
+        const QRect line = strip->visualItemRect(strip->item(0));
+        const QRegion seen = strip->viewport()->visibleRegion();
+        QVERIFY(seen.contains(line.topLeft()) && seen.contains(line.bottomLeft()));
+    }
     auto *inUse = d.find<QWidget>("programmerWidget")->findChild<QCheckBox *>();
     for (const bool on : {true, false}) {
         inUse->setChecked(on);

@@ -218,6 +218,9 @@ void tst_StandardProject::keysReachAWaitingRun()
     for (const Qt::Key key : {Qt::Key_F4, Qt::Key_F3}) {
         const bool isStop = key == Qt::Key_F4;
         for (const Way way : {Way::Key, Way::Button, Way::KeyOnTip}) {
+            d.tabs()->setCurrentIndex(0);
+            auto *place = d.find<QWidget>(lite ? "checkAutoTrigger" : "spinBoxTrPos");
+            place->setFocus();
             d.press(Qt::Key_F1);
             QTest::qWait(lite ? 100 : 600); // past the first poll
             QCOMPARE(d.enabled(), "---XF---");
@@ -243,6 +246,7 @@ void tst_StandardProject::keysReachAWaitingRun()
             QTRY_VERIFY_WITH_TIMEOUT(d.isIdle(), isStop ? 1 : kCaptureTime);
             QVERIFY(d.enabled().startsWith("OSA--"));
             QCOMPARE(d.tabs()->count(), isStop ? 1 : 2);
+            QCOMPARE(d.window->focusWidget() == place, isStop); // else the waves have it
             captured += isStop ? 0 : 1;
             boxes += isStop == lite ? 0 : 1;
             QCOMPARE(d.boxes.seen, QStringList(boxes, told));

@@ -1,19 +1,19 @@
 // Why a core did not trigger, and a trigger made of what the waves show, as the user sees them.
 
-#include <support/desktop.h>
+#include "unittableuser.h"
+
 #include <wave/common/viewergeometry.h>
 #include <wave/tree/signaltreeview.h>
 #include <wave/view/waveview.h>
 #include <wave_data/windowcontents.h>
 
-#include <QClipboard>
 #include <QComboBox>
 #include <QDialog>
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
-#include <QTableView>
+#include <QSpinBox>
 #include <QTimer>
 #include <QToolButton>
 
@@ -58,14 +58,6 @@ void waitForOffer(const Desktop &d)
     QTRY_VERIFY_WITH_TIMEOUT(d.window->findChild<QPushButton *>("whyOffer"), kCaptureTime);
 }
 
-/// The value of a unit as the page shows it.
-QString unitText(const Desktop &d, int unit)
-{
-    const auto *table = d.find<QTableView>("tableUnit");
-    const QAbstractItemModel *model = table->model();
-    return model->index(unit, model->columnCount() - 1).data().toString();
-}
-
 QString bits(int value)
 {
     return QStringLiteral("%1").arg(value, 16, 2, QLatin1Char('0'));
@@ -81,9 +73,10 @@ private Q_SLOTS:
     void tellsWhy();
     void offersItselfWhileARunWaits();
     void tellsWhyOfFewerWindows();
+    void tellsWhyOfTheCoreThatWaits();
+    void givesTheKeyboardBack();
     void triggersOnAValue();
     void triggersWhereTheMenuCameUp();
-    void liteCoresHaveNone();
 };
 
 /// M0 wants a high byte of 0xFF, which the board never has.
@@ -124,9 +117,7 @@ void tst_TriggerAdvice::tellsWhy()
     auto *units = d.find<QTableView>("tableUnit");
     QCOMPARE(units->selectionModel()->selectedRows().size(), 1);
     QCOMPARE(units->selectionModel()->selectedRows().first().row(), 0);
-    QApplication::clipboard()->setText(bits(countAt(wave, 100)));
-    units->setFocus();
-    QTest::keyClick(units, Qt::Key_V, Qt::ControlModifier);
+    pasteIntoUnit(d, 0, bits(countAt(wave, 100)));
     QTRY_COMPARE(linesOf(*panel).first(),
                  "As it is set now, it triggers at 1 of 256 samples, first at 100.");
     QTest::keyClick(panel, Qt::Key_Escape);
@@ -141,9 +132,17 @@ void tst_TriggerAdvice::offersItselfWhileARunWaits()
     Desktop d(design);
     d.open();
     d.window->findChild<QTimer *>("whyPatience")->setInterval(50);
-    for (int run = 0; run < 2; ++run) {
+    const auto startFromWindow = [&] {
+        d.window->activateWindow();
+        QTRY_COMPARE(QApplication::activeWindow(), d.window.get()); // and not the list left open
         d.press(Qt::Key_F1);
+    };
+    for (int run = 0; run < 2; ++run) {
+        startFromWindow();
         waitForOffer(d);
+        if (run > 0)
+            QCOMPARE(d.find<QComboBox>("whyCaptures")->currentText(),
+                     "core 0 window 0 of the last run");
         auto *offer = d.find<QPushButton>("whyOffer");
         QVERIFY(offer->isVisible() && waitingTip());
         const QRect tip(d.window->mapFromGlobal(waitingTip()->geometry().topLeft()),
@@ -155,8 +154,6 @@ void tst_TriggerAdvice::offersItselfWhileARunWaits()
         if (run == 0) {
             QVERIFY(linesOf(*panel).first().startsWith("There is no capture to look at yet."));
         } else {
-            QCOMPARE(panel->findChild<QComboBox *>("whyCaptures")->currentText(),
-                     "core 0 window 0 of the last run");
             goToLine(*panel, "Nearest was sample");
             QVERIFY(!panel->findChild<QPushButton *>("whySample")->isEnabled()); // no waves
             QVERIFY(panel->findChild<QPushButton *>("whySetting")->isEnabled());
@@ -166,9 +163,9 @@ void tst_TriggerAdvice::offersItselfWhileARunWaits()
         QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), kCaptureTime);
         QTRY_VERIFY(!d.window->findChild<QPushButton *>("whyOffer"));
         QCOMPARE(linesOf(*panel).first(), "As it is set now, it triggers at none of 256 samples.");
-        panel->close();
+        QCOMPARE(panel->findChild<QComboBox *>("whyCaptures")->currentText(), "core 0 window 0");
     }
-    d.press(Qt::Key_F1);
+    startFromWindow();
     waitForOffer(d);
     d.press(Qt::Key_F4);
     QTRY_VERIFY(!d.window->findChild<QPushButton *>("whyOffer"));
@@ -196,6 +193,78 @@ void tst_TriggerAdvice::tellsWhyOfFewerWindows()
     d.press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
     QCOMPARE(panel->findChild<QComboBox *>("whyCaptures")->count(), 1);
     QVERIFY(linesOf(*panel).first().startsWith("As it is set now, it triggers at 1 of 256"));
+}
+
+/// One of two cores has captured again; what the other one lacks is asked.
+void tst_TriggerAdvice::tellsWhyOfTheCoreThatWaits()
+{
+    TestDesign design;
+    design.cores = 2;
+    Desktop d(design);
+    d.open();
+    auto *cores = d.find<QTreeWidget>("coreTree");
+    cores->topLevelItem(1)->setCheckState(0, Qt::Checked);
+    d.capture();
+    QCOMPARE(d.tabs()->count(), 3);
+    d.tabs()->setCurrentIndex(0);
+    cores->setCurrentItem(cores->topLevelItem(1));
+    auto *units = d.find<QTableView>("tableUnit");
+    QApplication::clipboard()->setText("11111111XXXXXXXX");
+    d.activate();
+    units->setFocus();
+    units->selectRow(0);
+    QTest::keyClick(units, Qt::Key_V, Qt::ControlModifier);
+    d.press(Qt::Key_F1);
+    QTRY_COMPARE_WITH_TIMEOUT(d.tabs()->count(), 2, kCaptureTime);
+    QTRY_VERIFY(
+        d.find<QLabel>("runStatus")->text().startsWith("Waiting for the trigger of core 1"));
+    d.press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    QDialog *panel = dialogOf(d, "whyNoTrigger");
+    QVERIFY(panel);
+    const auto *captures = panel->findChild<QComboBox *>("whyCaptures");
+    QCOMPARE(captures->currentText(), "core 1 window 0 of the last run");
+    QCOMPARE(captures->itemText(0), "core 0 window 0");
+    QCOMPARE(linesOf(*panel).first(), "As it is set now, it triggers at none of 256 samples.");
+    QTest::keyClick(panel, Qt::Key_F4);
+    QTRY_VERIFY(!d.isBusy());
+}
+
+/// The list has the keyboard when its key was pressed, and the page's field before and afterwards.
+void tst_TriggerAdvice::givesTheKeyboardBack()
+{
+    Desktop d{TestDesign{}};
+    d.open();
+    auto *position = d.find<QSpinBox>("spinBoxTrPos");
+    d.activate();
+    position->setFocus();
+    const auto press = [](int key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), modifiers);
+    };
+    const auto ask = [&] { press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier); };
+    const auto goRound = [&] { press(Qt::Key_F6, Qt::ControlModifier); };
+    const auto inList = [] {
+        const QWidget *focus = QApplication::focusWidget();
+        return focus && focus->objectName() == "whyLines";
+    };
+    ask();
+    QTRY_VERIFY(inList());
+    ask();
+    QTRY_COMPARE(QApplication::focusWidget(), position);
+    goRound();
+    QTRY_VERIFY(inList());
+    goRound();
+    QTRY_COMPARE(QApplication::focusWidget(), position);
+    ask();
+    QTRY_VERIFY(inList());
+    press(Qt::Key_F1); // the window's
+    QTRY_VERIFY_WITH_TIMEOUT(d.tabs()->count() == 2 && d.isIdle(), kCaptureTime);
+    d.tabs()->setCurrentIndex(0);
+    position->setFocus();
+    ask();
+    QTRY_VERIFY(inList());
+    press(Qt::Key_Escape);
+    QTRY_COMPARE(QApplication::focusWidget(), position);
+    QVERIFY(!d.window->findChild<QDialog *>("whyNoTrigger")->isVisible());
 }
 
 /// By keys alone: the selected row at the shown sample, in one of two expressions; then the board
@@ -240,6 +309,9 @@ void tst_TriggerAdvice::triggersOnAValue()
     QVERIFY(!dialogOf(d, "proposalDialog")->findChild<QRadioButton *>("rbtnEdge")->isEnabled());
     QTest::keyClick(dialogOf(d, "proposalDialog"), Qt::Key_Return);
     QVERIFY(unitText(d, 0) != bits(value));
+    d.press(Qt::Key_F1);
+    QVERIFY(d.isBusy() && !d.find<QToolButton>("toldAction")->isEnabled());
+    QTRY_VERIFY_WITH_TIMEOUT(!d.isBusy(), kCaptureTime);
     QTest::mouseClick(d.find<QToolButton>("toldAction"), Qt::LeftButton);
     QCOMPARE(unitText(d, 0), bits(value));
     QVERIFY(!d.find<QToolButton>("toldAction")->isVisible());
@@ -287,19 +359,6 @@ void tst_TriggerAdvice::triggersWhereTheMenuCameUp()
                 .contains("No trigger port has noise_2."));
     QTest::keyClick(dialog, Qt::Key_Escape);
     QVERIFY(d.boxes.seen.isEmpty());
-}
-
-void tst_TriggerAdvice::liteCoresHaveNone()
-{
-    TestDesign design;
-    design.lite = true;
-    design.amount = 32;
-    Desktop d(design);
-    d.open();
-    d.capture();
-    d.press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
-    d.press(Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
-    QVERIFY(!dialogOf(d, "whyNoTrigger") && !dialogOf(d, "proposalDialog"));
 }
 
 KEO_WIDGET_TEST_MAIN(tst_TriggerAdvice)

@@ -1,4 +1,4 @@
-#include <support/files.h>
+#include <support/exportedsamples.h>
 #include <support/testdesign.h>
 #include <support/testmain.h>
 
@@ -15,9 +15,6 @@ class tst_CaptureRoad : public QuietTest
 private Q_SLOTS:
     void samplesAreTheStimulus_data();
     void samplesAreTheStimulus();
-
-private:
-    static void compare(const QString &path, const TestDesign &design, qint64 first);
 };
 
 void tst_CaptureRoad::samplesAreTheStimulus_data()
@@ -109,30 +106,8 @@ void tst_CaptureRoad::samplesAreTheStimulus()
         const qint64 first =
             design.lite ? earliest
                         : design.firstTrigger(earliest + design.position) - design.position;
-        compare(file, design, first);
+        compareExport(file, design, first);
         earliest = first + design.amount;
-    }
-}
-
-/// Does a CSV file hold the samples from \a first on, each signal behind the bus?
-void tst_CaptureRoad::compare(const QString &path, const TestDesign &design, qint64 first)
-{
-    const QByteArray text = contentOf(path);
-    const QByteArrayList lines = text.mid(text.indexOf("\nData:\n")).trimmed().split('\n').mid(1);
-    QCOMPARE(lines.size(), 2 + design.amount); // names, and a row before the first sample
-    const QByteArrayList names = lines.first().split(',');
-    for (int signal = 0; signal < design.signalCount(); ++signal)
-        QCOMPARE(QString::fromUtf8(names.at(2 + signal).trimmed()), design.name(signal));
-    for (int sample = 0; sample < design.amount; ++sample) {
-        const QByteArrayList cells = lines.at(2 + sample).split(',');
-        QCOMPARE(cells.at(1).trimmed().toInt(nullptr, 16),
-                 int((first + sample) % TestDesign::kLength));
-        for (int signal = 0; signal < design.signalCount(); ++signal) {
-            const char level = design.level(signal, first + sample) ? '1' : '0';
-            QVERIFY2(cells.at(2 + signal).trimmed() == QByteArray(1, level),
-                     qPrintable(QStringLiteral("%1, %2, sample %3")
-                                    .arg(path, design.name(signal), QString::number(sample))));
-        }
     }
 }
 

@@ -26,6 +26,8 @@ private Q_SLOTS:
     void init();
     void standardCores_data();
     void standardCores();
+    void sendsTheSame_data();
+    void sendsTheSame();
     void liteCore();
     void tellsWhatItCanNotCopy();
 
@@ -43,18 +45,6 @@ private:
 namespace {
 
 const QString kExamples = QStringLiteral(KEO_SOURCE_DIR "/examples/");
-
-/// A server that begins its stimulus anew.
-struct FreshServer
-{
-    FreshServer() { startBenchServer(servers); }
-    ~FreshServer()
-    {
-        JtagSession::instance()->disconnectAll();
-        killServers(servers);
-    }
-    ServerProcesses servers;
-};
 
 /// Whatever a user may set, by the widgets of the page.
 class RandomUser final
@@ -177,6 +167,39 @@ private:
     QRandomGenerator m_random;
 };
 
+/// Calls \a act with each check mark that no file keeps: of the cores and of their expressions.
+template <typename Act>
+void forEachCheck(const UserWindow &user, const Act &act)
+{
+    auto *tree = user.find<QTreeWidget>("coreTree");
+    for (int core = 0; core < tree->topLevelItemCount(); ++core) {
+        QTreeWidgetItem *item = tree->topLevelItem(core);
+        tree->setCurrentItem(item);
+        act([item] { return item->checkState(0); },
+            [item](Qt::CheckState state) { item->setCheckState(0, state); });
+        auto *list = user.find<QListWidget>("listExpressions");
+        for (int row = 0; row < list->count(); ++row)
+            act([list, row] { return list->item(row)->checkState(); },
+                [list, row](Qt::CheckState state) { list->item(row)->setCheckState(state); });
+    }
+}
+
+QList<Qt::CheckState> checksOf(const UserWindow &user)
+{
+    QList<Qt::CheckState> checks;
+    forEachCheck(user, [&](const auto &get, const auto &) { checks.append(get()); });
+    return checks;
+}
+
+void setChecks(const UserWindow &user, QList<Qt::CheckState> checks)
+{
+    forEachCheck(user, [&](const auto &get, const auto &set) {
+        const Qt::CheckState check = checks.takeFirst();
+        if (check != get())
+            set(check);
+    });
+}
+
 /// Exports all windows of each core by the dialog, as CSV and as VCD, beside the description.
 void exportAll(const UserWindow &user, int cores)
 {
@@ -203,18 +226,38 @@ QString copied(const UserWindow &user)
 }
 
 /// Runs it as a user would who has the program in the path; gives what it says on errors.
-QString runInShell(const QString &command, const QString &folder)
+QString runInShell(const QString &command, const QString &folder, const QString &more = {})
 {
     QProcess shell;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("PATH", QStringLiteral(KEO_BIN_DIR ":") + environment.value("PATH"));
     shell.setProcessEnvironment(environment);
     shell.setWorkingDirectory(folder);
-    shell.start("sh", {"-c", command + " --quiet --timeout 20 --name w --format csv --format vcd"});
+    shell.start(
+        "sh", {"-c", command + " --quiet --timeout 20 --name w --format csv --format vcd" + more});
     if (!shell.waitForFinished(60000))
         shell.kill();
     const QString errors = QString::fromUtf8(shell.readAllStandardError());
     return shell.exitCode() == 0 ? QString() : "failed: " + errors;
+}
+
+/// The orders in each run that a server's log tells of, from the chain to the first poll.
+QList<QByteArrayList> ordersIn(const QByteArray &log)
+{
+    QList<QByteArrayList> runs;
+    bool isArming = false;
+    for (const QByteArray &line : log.split('\n')) {
+        const qsizetype mark = line.indexOf(" > ");
+        const QByteArray order = mark < 0 ? QByteArray() : line.mid(mark + 3);
+        if (order.startsWith("OPEN")) {
+            runs.emplaceBack();
+            isArming = true;
+        }
+        isArming = isArming && !order.contains("for reading");
+        if (isArming && !order.isEmpty())
+            runs.last().append(order.left(order.indexOf(" request_id")));
+    }
+    return runs;
 }
 
 } // namespace
@@ -260,7 +303,7 @@ void tst_CommandRoad::standardCores()
     QVERIFY(QFile::copy(kExamples + "uart_fifo/uart_fifo.keo", description));
     QString command;
     {
-        const FreshServer server;
+        const BenchServer server;
         const UserWindow user;
         user.window->openFile(description, {}, "KR-C", {});
         RandomUser(user, seed).setEverything();
@@ -271,6 +314,75 @@ void tst_CommandRoad::standardCores()
         exportAll(user, 2);
     }
     compareWith(command, 2);
+}
+
+void tst_CommandRoad::sendsTheSame_data()
+{
+    addColumns<uint>({"seed"});
+    const int seeds = qEnvironmentVariableIntValue("SIGNALSCOPE_COMMAND_SEEDS");
+    for (uint seed = 1; seed <= uint(seeds > 0 ? seeds : 12); ++seed)
+        addRow(qPrintable(QString::number(seed)), seed);
+}
+
+/// Whether the trigger comes or not: a first run, a second one, the copied command and the saved
+/// project send the same orders.
+void tst_CommandRoad::sendsTheSame()
+{
+    QFETCH(const uint, seed);
+    QRandomGenerator random(seed);
+    const auto any = [&random](int count) { return random.bounded(count); };
+    const QString device = QStringList{"KR-C", "KX-1", ""}[any(3)];
+    const int pace = QList<int>{CapturePace().sectionPause, 0, 7}[any(3)];
+    TestDesign design{.extension = QStringList{"keo", "zeo"}[any(2)],
+                      .storageDepth = 512,
+                      .cores = 2,
+                      .logs = true};
+    design.write(m_directory->path());
+    QString description = path("design." + design.extension);
+    if (any(3) > 0) { // dynamic cores
+        putFile(path("board.json"),
+                contentOf(kExamples + "uart_fifo/board.json")
+                    .replace("\"version\": 1,", "\"version\": 1, \"log\": \"packets.log\","));
+        description = path("uart_fifo.keo");
+        for (const char *name : {"uart_fifo.keo", "uart_fifo.vcd"})
+            QVERIFY(QFile::copy(kExamples + "uart_fifo/" + name, path(name)));
+    }
+    board(path("board.json"));
+    const FreshServer server;
+    UserWindow user;
+    user.window = std::make_unique<Analyzer>(
+        nullptr, projectFactories({.sectionPause = pace, .pollInterval = 20}));
+    user.window->show();
+    user.window->openFile(description, {}, device, {});
+    const auto polls = [this] { return contentOf(path("packets.log")).count("for reading"); };
+    const auto capture = [&] {
+        const qsizetype before = polls();
+        user.press(Qt::Key_F1);
+        QTRY_VERIFY(polls() > before);
+        for (int second = 0; user.isBusy() && second < 20 * 10; ++second) {
+            user.click("Force Trigger"); // does nothing while a window is read
+            QTest::qWait(100);
+        }
+        QVERIFY(user.isIdle());
+    };
+    RandomUser(user, seed).setEverything();
+    const QString command = copied(user);
+    QCOMPARE(command.contains(" --pace 7 "), pace == 7);
+    const QList<Qt::CheckState> checks = checksOf(user);
+    capture();
+    capture();
+    QCOMPARE(runInShell(command, path("command"), " --force-after 0.05"), QString());
+    user.saveAs(path("run"));
+    user.window->openFile(path("run.analyzer_prj"), {}, device, {});
+    setChecks(user, checks);
+    capture();
+
+    const QList<QByteArrayList> runs = ordersIn(contentOf(path("packets.log")));
+    QCOMPARE(runs.size(), 4);
+    QVERIFY(runs.first().size() > 6);
+    QCOMPARE(runs[1], runs[0]);
+    QVERIFY2(runs[2] == runs[0], qPrintable(command));
+    QCOMPARE(runs[3], runs[0]);
 }
 
 void tst_CommandRoad::compareWith(const QString &command, int leastFiles) const
@@ -290,7 +402,7 @@ void tst_CommandRoad::liteCore()
     QVERIFY(QFile::copy(kExamples + "spi_adc/spi_adc.keo", description));
     QString command;
     {
-        const FreshServer server;
+        const BenchServer server;
         const UserWindow user;
         user.window->openFile(description, {}, "KR-H", {});
         user.find<QSpinBox>("spinTriggerDelay")->setValue(40);
@@ -310,7 +422,7 @@ void tst_CommandRoad::tellsWhatItCanNotCopy()
     const QString description =
         putFile(path("odd.keo"), contentOf(kExamples + "uart_fifo/uart_fifo.keo")
                                      .replace("value0=\"01001000\"", "value0=\"0100100x\""));
-    const FreshServer server;
+    const BenchServer server;
     const UserWindow user;
     user.window->openFile(description, {}, {}, {});
     const auto told = [&user] { return user.find<QLabel>("toldStatus")->text(); };

@@ -99,6 +99,11 @@ struct UserWindow
     {
         window->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        // A window counts as active while a dialog of its own is; behind a menu none is told.
+        const auto isOther = [this](const QWidget *active) {
+            return active && active != window.get();
+        };
+        QTRY_VERIFY(!isOther(QApplication::activeWindow()));
     }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const
     {

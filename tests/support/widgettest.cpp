@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QContextMenuEvent>
 #include <QFileDialog>
+#include <QImage>
 #include <QMenu>
 #include <QPointer>
 #include <QTextDocumentFragment>
@@ -49,6 +50,20 @@ void BoxWatcher::look()
         QTest::keyClick(wanted, Qt::Key_Space);
     else
         QTest::keyClick(box, Qt::Key_Return);
+}
+
+QImage pixelsOf(QWidget *widget)
+{
+    const QImage grabbed = widget->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    const qreal ratio = grabbed.devicePixelRatio();
+    QImage pixels(widget->size(), QImage::Format_RGB32);
+    for (int y = 0; y < pixels.height(); ++y) {
+        const auto *from = reinterpret_cast<const QRgb *>(grabbed.constScanLine(int(y * ratio)));
+        auto *to = reinterpret_cast<QRgb *>(pixels.scanLine(y));
+        for (int x = 0; x < pixels.width(); ++x)
+            to[x] = from[int(x * ratio)];
+    }
+    return pixels;
 }
 
 QString shownTip(const QString &tip)

@@ -12,6 +12,7 @@
 
 class QAbstractItemView;
 class QComboBox;
+class QImage;
 class QModelIndex;
 
 /// Base of the tests with windows. Fails on warnings, but for what the toolkit says when there is
@@ -73,6 +74,10 @@ private:
 
     QTimer m_timer;
 };
+
+/// What a widget shows, an upper left device pixel for each of its pixels: so a test reads colours
+/// at the places that it clicks, whatever the screen.
+[[nodiscard]] QImage pixelsOf(QWidget *widget);
 
 /// What a tool tip with the text \a tip shows.
 [[nodiscard]] QString shownTip(const QString &tip);

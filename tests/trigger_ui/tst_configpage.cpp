@@ -340,6 +340,9 @@ void tst_ConfigPage::unitIsEdited()
     QVERIFY(page.units->isColumnHidden(0));
     QCOMPARE(page.units->model()->rowCount(), 3);
     Page::pressReturn(page.units); // nothing is selected: would hang in a dialog
+    page.units->clearFocus();
+    page.units->setFocus(Qt::TabFocusReason);
+    QCOMPARE(page.units->selectionModel()->selectedRows(), {page.units->model()->index(0, 0)});
     const OnModal<MatchUnitDialog> accept([](MatchUnitDialog *dialog) {
         QVERIFY(!dialog->findChild<QComboBox *>("comboBoxType")->isEnabled());
         QTest::keyClicks(dialog->focusWidget(), "10X1"); // the value has the focus
@@ -460,6 +463,7 @@ void tst_ConfigPage::valuesAreCopied()
         press(QKeySequence::Paste);
         QCOMPARE(values(), "10X1 0010X1 0001:0100");
         QVERIFY2(page.strip->item(0)->text().contains(reason), qPrintable(page.told()));
+        QCOMPARE(page.told().count("Not pasted"), 1); // the last one alone
     }
     clipboard->setText("4'hC\n6'd33\n0b1 : 0xF\n");
     select(0, 2);

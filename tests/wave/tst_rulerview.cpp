@@ -88,7 +88,7 @@ void tst_RulerView::ticks()
     viewer.waves->horizontalScrollBar()->setValue(137);
     viewer.settle();
     const int scroll = viewer.ruler->horizontalScrollBar()->value();
-    const QImage picture = viewer.ruler->viewport()->grab().toImage();
+    const QImage picture = pixelsOf(viewer.ruler->viewport());
     const auto verify = [&](int y, const auto &isTick) {
         QSet<int> wanted;
         for (int i = 0; i < 6000; ++i) {
@@ -122,7 +122,7 @@ void tst_RulerView::numbersStandApart()
             viewer.waves->horizontalScrollBar()->setValue(halvings < 4 ? 10'000'000 : 100'000);
             viewer.settle();
             const int scroll = viewer.ruler->horizontalScrollBar()->value();
-            const QImage picture = viewer.ruler->viewport()->grab().toImage();
+            const QImage picture = pixelsOf(viewer.ruler->viewport());
             const auto lightRows = [&](int x) {
                 int light = 0;
                 for (int y = kTop + 2; y < kTop + 15; ++y)

@@ -137,7 +137,7 @@ struct UsedTree final : Tree
         return event.isAccepted() ? event.dropAction() : Qt::IgnoreAction;
     }
     Qt::DropAction hover(const QPoint &position) { return send<QDragMoveEvent>(position); }
-    QImage picture() const { return view->viewport()->grab().toImage(); }
+    QImage picture() const { return pixelsOf(view->viewport()); }
 
     /// Types into the name editor of the selected row.
     void typeName(const QString &typed, Qt::Key end)

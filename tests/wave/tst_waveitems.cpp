@@ -6,6 +6,8 @@
 
 #include <QGraphicsScene>
 #include <QGraphicsView>
+#include <QImage>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyleOptionGraphicsItem>
@@ -59,17 +61,32 @@ QPen tracePen(const QColor &color, Qt::PenJoinStyle join)
 }
 
 /// Draws lines as wide as a pixel of the widget: once for each pixel of the device that it covers.
-void drawWide(QPainter &painter, const std::function<void()> &lines)
+/// On a ground of their own with room around, since the toolkit cuts lines off at the border of
+/// what it draws on and then slants land a pixel off.
+void drawWide(QPainter &painter, const std::function<void(QPainter &)> &lines)
 {
-    const qreal ratio = painter.device()->devicePixelRatioF();
-    const QTransform transform = painter.transform();
-    for (int x = 0; x < int(ratio); ++x) {
-        for (int y = 0; y < int(ratio); ++y) {
-            painter.setTransform(transform * QTransform::fromTranslate(x / ratio, y / ratio));
-            lines();
+    constexpr int kRoom = 64;
+    constexpr qreal kError = 1e-6; // what misses a border by less is on it
+    const QPaintDevice &device = *painter.paintEngine()->paintDevice();
+    const int width = int(device.devicePixelRatioF());
+    QImage ground(device.width() + 2 * kRoom, device.height() + 2 * kRoom,
+                  QImage::Format_ARGB32_Premultiplied);
+    ground.fill(Qt::transparent);
+    QPainter pen(&ground);
+    pen.setPen(painter.pen());
+    for (int x = kRoom; x < kRoom + width; ++x) {
+        for (int y = kRoom; y < kRoom + width; ++y) {
+            pen.setTransform(painter.deviceTransform() *
+                             QTransform::fromTranslate(x + kError, y + kError));
+            lines(pen);
         }
     }
-    painter.setTransform(transform);
+    pen.end();
+    painter.save();
+    painter.resetTransform();
+    painter.setTransform(painter.deviceTransform().inverted());
+    painter.drawImage(-kRoom, -kRoom, ground);
+    painter.restore();
 }
 
 struct Look
@@ -87,12 +104,12 @@ void paintSignal(QPainter &painter, const QRectF &exposed, const QBitArray &data
     painter.setPen(tracePen(look.color, Qt::MiterJoin));
     const int first = std::max(0, int(std::floor(exposed.x() / 50)));
     const int end = std::min(int(data.size()), int(std::ceil(exposed.right() / 50)));
-    drawWide(painter, [&] {
+    drawWide(painter, [&](QPainter &pen) {
         for (int i = first; i < end; ++i) {
             const int y = data[i] ? 6 : 24;
-            painter.drawLine(50 * i, y, 50 * (i + 1), y);
+            pen.drawLine(50 * i, y, 50 * (i + 1), y);
             if (i >= 1 && data[i - 1] != data[i])
-                painter.drawLine(50 * i, 6, 50 * i, 24);
+                pen.drawLine(50 * i, 6, 50 * i, 24);
         }
     });
     painter.restore();
@@ -131,7 +148,7 @@ void paintBus(QPainter &painter, const QRectF &exposed, const QList<QBitArray> &
     const int count = int(samples.size());
     const int start = std::max(0, int(std::floor(exposed.x() / 50 - 3)));
     const int end = std::min(count, int(std::ceil(exposed.right() / 50 + 3)));
-    drawWide(painter, [&] {
+    drawWide(painter, [&](QPainter &pen) {
         for (int i = start; i < end; ++i) {
             const qreal x0 = 50 * i;
             const qreal x1 = 50 * (i + 1);
@@ -139,11 +156,11 @@ void paintBus(QPainter &painter, const QRectF &exposed, const QList<QBitArray> &
             const bool right = i == count - 1 || samples[i + 1] != samples[i];
             for (const int y : {6, 24}) {
                 if (left)
-                    painter.drawLine(QPointF(x0, 15), QPointF(x0 + slant, y));
+                    pen.drawLine(QPointF(x0, 15), QPointF(x0 + slant, y));
                 if (right)
-                    painter.drawLine(QPointF(x1, 15), QPointF(x1 - slant, y));
-                painter.drawLine(QPointF(left ? x0 + slant : x0, y),
-                                 QPointF(right ? x1 - slant : x1, y));
+                    pen.drawLine(QPointF(x1, 15), QPointF(x1 - slant, y));
+                pen.drawLine(QPointF(left ? x0 + slant : x0, y),
+                             QPointF(right ? x1 - slant : x1, y));
             }
         }
     });

@@ -20,7 +20,7 @@ struct WaveUser final : Viewer
     explicit WaveUser(int rows) : Viewer(QString("a ").repeated(rows), 400) {}
 
     QWidget *viewport() const { return waves->viewport(); }
-    QImage picture() const { return viewport()->grab().toImage(); }
+    QImage picture() const { return pixelsOf(viewport()); }
     int row() const { return waves->verticalScrollBar()->value(); }
     int column() const { return waves->horizontalScrollBar()->value(); }
     void scrollTo(int column, int row) const

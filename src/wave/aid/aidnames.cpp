@@ -72,9 +72,10 @@ void AidNames::paintEvent(QPaintEvent *)
     QPainter painter(this);
     const QRect heading(0, 0, width(), kAidBarHeight);
     const QRect body(0, kAidBarHeight, width(), height() - kAidBarHeight);
+    const int rowHeight = aidRowHeight();
     painter.setClipRect(body);
-    for (qsizetype row = m_top / kAidRowHeight; row < m_rows.rows.size(); ++row) {
-        const int y = kAidBarHeight + int(row) * kAidRowHeight - m_top;
+    for (qsizetype row = m_top / rowHeight; row < m_rows.rows.size(); ++row) {
+        const int y = kAidBarHeight + int(row) * rowHeight - m_top;
         if (y >= height())
             break;
         const AidRow &shown = m_rows.rows[row];
@@ -83,14 +84,12 @@ void AidNames::paintEvent(QPaintEvent *)
         painter.setFont(rowFont);
         painter.setPen(palette().color(QPalette::Text));
         const int nameWidth = m_columns.value - m_columns.name - 2 * kMargin;
-        painter.drawText(QRect(m_columns.name + kMargin, y, nameWidth, kAidRowHeight),
-                         Qt::AlignVCenter,
+        painter.drawText(QRect(m_columns.name + kMargin, y, nameWidth, rowHeight), Qt::AlignVCenter,
                          painter.fontMetrics().elidedText(shown.name, Qt::ElideRight, nameWidth));
-        painter.drawText(
-            QRect(m_columns.value + kMargin, y, width() - m_columns.value, kAidRowHeight),
-            Qt::AlignVCenter, valueOf(shown));
+        painter.drawText(QRect(m_columns.value + kMargin, y, width() - m_columns.value, rowHeight),
+                         Qt::AlignVCenter, valueOf(shown));
         painter.setPen(palette().color(QPalette::Midlight));
-        painter.drawLine(0, y + kAidRowHeight - 1, width(), y + kAidRowHeight - 1);
+        painter.drawLine(0, y + rowHeight - 1, width(), y + rowHeight - 1);
     }
     painter.setClipping(false);
     painter.setFont(font());
@@ -109,7 +108,7 @@ bool AidNames::event(QEvent *event)
         return QWidget::event(event);
     const auto *help = static_cast<QHelpEvent *>(event);
     const int y = help->pos().y() - kAidBarHeight;
-    const int row = (y + m_top) / kAidRowHeight;
+    const int row = (y + m_top) / aidRowHeight();
     if (y < 0 || row >= m_rows.rows.size()) {
         QToolTip::showText(help->globalPos(), KEO::plainTip(m_rows.title), this);
         return true;
@@ -118,7 +117,7 @@ bool AidNames::event(QEvent *event)
     const QString text = shown.toolTip.isEmpty() ? shown.name : shown.name + u'\n' + shown.toolTip;
     QToolTip::showText(
         help->globalPos(), KEO::plainTip(text), this,
-        QRect(0, kAidBarHeight + row * kAidRowHeight - m_top, width(), kAidRowHeight));
+        QRect(0, kAidBarHeight + row * aidRowHeight() - m_top, width(), aidRowHeight()));
     return true;
 }
 

@@ -17,7 +17,7 @@ namespace WaveMonitor {
 
 namespace {
 
-constexpr int kHighTop = 4;  // of a trace in its row, pixels
+constexpr int kHighTop = 4;  // of a trace in a row of the least height, pixels
 constexpr int kLowTop = 14;  // the same
 constexpr int kWholeTop = 2; // of a hit that fills its row
 constexpr int kWholeHeight = 15;
@@ -77,7 +77,7 @@ AidTracks::AidTracks(QWidget *parent) : QAbstractScrollArea(parent)
     // The vertical bar's place stays, so that the traces are as wide as the waves below.
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-    verticalScrollBar()->setSingleStep(kAidRowHeight);
+    verticalScrollBar()->setSingleStep(aidRowHeight());
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
@@ -113,7 +113,7 @@ void AidTracks::setLines(int trigger, const QList<int> &markers)
 
 int AidTracks::fullHeight() const
 {
-    return int(m_rows.rows.size()) * kAidRowHeight;
+    return int(m_rows.rows.size()) * aidRowHeight();
 }
 
 bool AidTracks::scrolls() const
@@ -152,15 +152,17 @@ void AidTracks::drawTraces()
     m_picture.fill(Qt::black);
     QPainter painter(&m_picture);
     const int top = verticalScrollBar()->value();
-    for (qsizetype row = top / kAidRowHeight; row < m_rows.rows.size(); ++row) {
-        const int y = qRound((qreal(row) * kAidRowHeight - top) * ratio);
+    const int rowHeight = aidRowHeight();
+    const int middle = (rowHeight - kAidLeastRowHeight) / 2; // where a trace is, in a higher row
+    for (qsizetype row = top / rowHeight; row < m_rows.rows.size(); ++row) {
+        const int y = qRound((qreal(row) * rowHeight - top) * ratio);
         if (y >= m_picture.height())
             break;
         drawTrace(painter,
                   aidColumns(m_rows.rows[row], m_samples, m_span.left * ratio, m_span.pitch * ratio,
                              m_picture.width()),
-                  y, ratio, m_rows.hitRow == row);
-        painter.fillRect(0, y + qRound(kAidRowHeight * ratio) - 1, m_picture.width(), 1,
+                  y + qRound(middle * ratio), ratio, m_rows.hitRow == row);
+        painter.fillRect(0, y + qRound(rowHeight * ratio) - 1, m_picture.width(), 1,
                          kSeparatorColor);
     }
     painter.end();
@@ -194,7 +196,7 @@ bool AidTracks::viewportEvent(QEvent *event)
 
 void AidTracks::showTip(const QHelpEvent &event)
 {
-    const int row = (event.pos().y() + verticalScrollBar()->value()) / kAidRowHeight;
+    const int row = (event.pos().y() + verticalScrollBar()->value()) / aidRowHeight();
     const auto sample = qsizetype(std::floor((event.pos().x() - m_span.left) / m_span.pitch));
     if (row >= m_rows.rows.size() || sample < 0 || sample >= m_samples) {
         QToolTip::hideText();

@@ -19,11 +19,11 @@ void ClockPeriods::set(int core, const std::optional<ClockPeriod> &period)
     Q_EMIT changed();
 }
 
-void ClockPeriods::clear()
+void ClockPeriods::setAll(const QMap<int, ClockPeriod> &periods)
 {
-    if (m_periods.isEmpty())
+    if (m_periods == periods)
         return;
-    m_periods.clear();
+    m_periods = periods;
     Q_EMIT changed();
 }
 

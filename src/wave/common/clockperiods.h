@@ -21,7 +21,9 @@ public:
     /// Core -1 stands for none, as in a viewer.
     [[nodiscard]] std::optional<ClockPeriod> ofCore(int core) const;
     void set(int core, const std::optional<ClockPeriod> &period);
-    void clear();
+    [[nodiscard]] const QMap<int, ClockPeriod> &all() const { return m_periods; }
+    /// In place of all others.
+    void setAll(const QMap<int, ClockPeriod> &periods);
 
 Q_SIGNALS:
     void changed();

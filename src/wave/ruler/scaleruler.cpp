@@ -6,6 +6,8 @@
 #include <QFontMetrics>
 #include <QLineF>
 #include <QList>
+#include <QPaintDevice>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QPen>
 #include <QStyleOptionGraphicsItem>
@@ -37,6 +39,15 @@ constexpr HitLook kAidLook{0.0, 6.0, kAidHitColor, kAidHitColor};
 
 constexpr qreal kLabelGap = 3.0; // pixels between a tick and its number
 
+/// A pen as wide as that many pixels of the widget, whatever the zoom and the screen.
+QPen pixelPen(const QPainter &painter, const QColor &color, int width)
+{
+    const qreal ratio = painter.paintEngine()->paintDevice()->devicePixelRatioF();
+    QPen pen(color, width * std::max(1, int(ratio)));
+    pen.setCosmetic(true);
+    return pen;
+}
+
 /// Draws the numbers of every \a spacing-th tick among samples \a first to \a last (not included)
 /// in pixels of their own, so that the zoom does not stretch them. Leaves the painter's transform
 /// changed.
@@ -66,15 +77,11 @@ void drawHits(QPainter *painter, const QRectF &dirty, const SampleHits &hits,
     for (auto hit = hits.next(from - 1); hit && qreal(*hit) <= to;
          hit = hits.next(std::max(*hit, qsizetype(std::ceil(qreal(*hit) + pixel)) - 1)))
         lines.append({*hit * CLOCK_PITCH, look.top, *hit * CLOCK_PITCH, look.bottom});
-    QPen pen(look.color);
-    pen.setCosmetic(true);
-    pen.setWidth(2);
-    painter->setPen(pen);
+    painter->setPen(pixelPen(*painter, look.color, 2));
     painter->drawLines(lines);
     if (!current)
         return;
-    pen.setColor(look.currentColor);
-    painter->setPen(pen);
+    painter->setPen(pixelPen(*painter, look.currentColor, 2));
     const qreal x = *current * CLOCK_PITCH;
     painter->drawLine(QLineF(x, 0.0, x, kScaleHeight));
 }
@@ -159,7 +166,7 @@ void ScaleRuler::paint(QPainter *painter, const QStyleOptionGraphicsItem *option
     }
 
     painter->fillRect(QRectF(left, 0.0, right - left, kScaleHeight), QColor(0x555555));
-    painter->setPen(QPen(Qt::white, 0));
+    painter->setPen(pixelPen(*painter, Qt::white, 1));
     painter->drawLines(lines);
     painter->save();
     drawLabels(painter, first, last, spacing);

@@ -17,8 +17,8 @@ namespace WaveMonitor {
 
 namespace {
 
-// The raster engine walks cosmetic lines in 26.6 fixed point numbers, cut off towards zero, and
-// steps them in 16.16 ones.
+// The raster engine walks cosmetic lines in 26.6 fixed point numbers, rounded down where they are
+// positive, and steps them in 16.16 ones.
 constexpr int kFixedBits = 6;
 constexpr int kFixedOne = 1 << kFixedBits;
 constexpr int kStepBits = 16;
@@ -33,9 +33,12 @@ int stampColumns(qreal width)
     return int(std::ceil(width)) + 3;
 }
 
+/// Rounded down on either side of zero, and what misses a border by an error of rounding is on it:
+/// so a trace stays the same as it scrolls.
 int toFixed(qreal value)
 {
-    return int(value * kFixedOne);
+    constexpr qreal kError = 1e-6;
+    return int(std::floor((value + kError) * kFixedOne));
 }
 
 struct FixedPoint
@@ -43,24 +46,6 @@ struct FixedPoint
     int x = 0;
     int y = 0;
 };
-
-/// Cuts the part of a line off that lies outside \a low to \a high on the axis of \a a, first at
-/// the line's beginning and then at its end. False when nothing is left.
-bool clipAxis(qreal &a1, qreal &b1, qreal &a2, qreal &b2, qreal low, qreal high)
-{
-    if ((a1 < low && a2 <= low) || (a1 > high && a2 >= high))
-        return false;
-    const auto cut = [&](qreal &a, qreal &b) {
-        const qreal bound = std::clamp(a, low, high);
-        if (bound == a)
-            return;
-        b += (b2 - b1) / (a2 - a1) * (bound - a);
-        a = bound;
-    };
-    cut(a1, b1);
-    cut(a2, b2);
-    return true;
-}
 
 /// The pixels of a line that is steeper than 45 degrees, with half a pixel more at both ends.
 template <typename Plot>
@@ -126,20 +111,16 @@ private:
     void plot(int column, int row);
     void flushFlats();
     void widen();
-    void clippedSlant(qreal tip, qreal width, qreal y);
     /// Index of the tip's column in the stamp of a slant that goes \a width to the right.
     [[nodiscard]] int tipColumn(qreal width) const { return width < 0 ? m_stampColumns - 2 : 1; }
     const Stamp &stamp(int phase, int width);
 
     const PixelGrid &m_grid;
     TraceColumns m_columns;
-    // The stroker cuts lines off a little outside the clip, which moves their fixed ends.
+    int m_stampColumns;
+    // As far outside the clip as a slant reaches: what ends beyond is not seen.
     qreal m_xMin;
     qreal m_xMax;
-    qreal m_yMin;
-    qreal m_yMax;
-    int m_stampColumns;
-    bool m_rowsClipped; ///< the slants of this row are cut off above or below
     quint64 m_highBit;
     quint64 m_lowBit;
     int m_flatFrom = 0; ///< columns of upper and lower line that aren't filled in yet
@@ -150,13 +131,10 @@ private:
 
 Raster::Raster(const PixelGrid &grid, SampleRange range)
     : m_grid(grid),
-      m_xMin(grid.clip.left() - grid.pen),
-      m_xMax(grid.clip.right() + 2),
-      m_yMin(grid.clip.top() - grid.pen),
-      m_yMax(grid.clip.bottom() + 2)
+      m_stampColumns(stampColumns(grid.slantWidth())),
+      m_xMin(grid.clip.left() - grid.pen - m_stampColumns),
+      m_xMax(grid.clip.right() + 1 + m_stampColumns)
 {
-    m_stampColumns = stampColumns(grid.slantWidth());
-    m_rowsClipped = deviceY(kHighY) < m_yMin || deviceY(kLowY) > m_yMax;
     m_columns.top = toFixed(deviceY(kHighY)) >> kFixedBits;
     // One row to spare, for single pixels are rounded to a row.
     m_columns.rows = (toFixed(deviceY(kLowY)) >> kFixedBits) - m_columns.top + 2;
@@ -259,31 +237,14 @@ void Raster::slants(qreal tip, qreal width)
     const qreal from = deviceX(tip);
     const qreal to = deviceX(tip + width);
     const auto inside = [this](qreal x) { return x >= m_xMin && x <= m_xMax; };
-    if (m_rowsClipped || !inside(from) || !inside(to)) {
-        clippedSlant(tip, width, kHighY);
-        clippedSlant(tip, width, kLowY);
+    if (!inside(from) || !inside(to))
         return;
-    }
     const int fixed = toFixed(from);
     const Stamp &made = stamp(fixed & (kFixedOne - 1), toFixed(to) - fixed);
     const int first = (fixed >> kFixedBits) - tipColumn(width);
     quint64 *masks = &m_columns.masks[size_t(first - m_columns.left)];
     for (size_t i = 0; i < size_t(m_stampColumns); ++i)
         masks[i] |= made.masks[i];
-}
-
-void Raster::clippedSlant(qreal tip, qreal width, qreal y)
-{
-    qreal x1 = deviceX(tip);
-    qreal y1 = deviceY(kMiddleY);
-    qreal x2 = deviceX(tip + width);
-    qreal y2 = deviceY(y);
-    if (!clipAxis(x1, y1, x2, y2, m_xMin, m_xMax) || !clipAxis(y1, x1, y2, x2, m_yMin, m_yMax))
-        return;
-    const FixedPoint from{toFixed(x1), toFixed(y1)};
-    const FixedPoint to{toFixed(x2), toFixed(y2)};
-    if (from.y != to.y)
-        walkSteepLine(from, to, [this](int column, int row) { plot(column, row); });
 }
 
 const Raster::Stamp &Raster::stamp(int phase, int width)

@@ -34,8 +34,9 @@ struct SampleRange
 SampleRange exposedSamples(const QRectF &exposed, qsizetype count, int spare);
 
 /// Where lines land in device pixels. Traces drawn with a pen of width 0 and square caps, without
-/// antialiasing, through such a mapping come out as the functions below give them, to the pixel; a
-/// wider pen draws each of those pixels as a square that goes on to the right and down.
+/// antialiasing, through such a mapping come out as the functions below give them, to the pixel,
+/// where nothing cuts their lines off; a wider pen draws each of those pixels as a square that goes
+/// on to the right and down.
 struct PixelGrid
 {
     QTransform toDevice; ///< scene units to device pixels, both axes scaled by more than 0, no more

@@ -42,7 +42,8 @@ std::optional<PixelGrid> pixelGrid(QPainter &painter, const QColor &color)
         painter.testRenderHint(QPainter::Antialiasing) ||
         painter.compositionMode() != QPainter::CompositionMode_SourceOver)
         return std::nullopt;
-    const int pen = std::max(1, int(painter.device()->devicePixelRatioF()));
+    // Of what is drawn on: painter.device() is the widget even where a picture of it is taken.
+    const int pen = std::max(1, int(engine->paintDevice()->devicePixelRatioF()));
     const PixelGrid grid{painter.deviceTransform(), drawnPixels(*engine), painter.transform().m11(),
                          pen};
     if (grid.clip.isEmpty() || grid.toDevice.type() > QTransform::TxScale ||
