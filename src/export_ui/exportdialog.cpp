@@ -262,6 +262,7 @@ void ExportDialog::updateTypeForPRN()
 void ExportDialog::updateFormulas()
 {
     m_checkFormulas->setVisible(settings().format == ExportFormat::CsvPlain);
+    fixSize();
 }
 
 bool ExportDialog::asksForBuses() const
@@ -282,7 +283,15 @@ void ExportDialog::updateViewList()
         for (int i = 0; i < m_listWidgetForBus->count(); ++i)
             m_listWidgetForBus->item(i)->setCheckState(Qt::Checked);
     }
-    setFixedSize((isAsked ? kSizeWithBuses : kPlainSize).expandedTo(minimumSizeHint()));
+    fixSize();
+}
+
+/// To what shows now; the heading takes more lines of a larger font.
+void ExportDialog::fixSize()
+{
+    QSize size = (asksForBuses() ? kSizeWithBuses : kPlainSize).expandedTo(minimumSizeHint());
+    size.setHeight(std::max(size.height(), layout()->minimumHeightForWidth(size.width())));
+    setFixedSize(size);
 }
 
 int ExportDialog::selectedCore() const

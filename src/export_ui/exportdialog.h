@@ -64,6 +64,7 @@ private:
     void showKnownPeriod();
     void updateTypeForPRN();
     void updateFormulas();
+    void fixSize();
     /// Fills the list of buses where it is asked for. A change of the core alone leaves the list.
     void updateViewList();
 

@@ -9,4 +9,10 @@ QColor mixed(const QColor &base, const QColor &added, qreal share)
                             part(base.blueF(), added.blueF()));
 }
 
+QColor faultColor(const QColor &background)
+{
+    constexpr int kMiddle = 128;
+    return qGray(background.rgb()) < kMiddle ? QColor(0xFF8080) : QColor(0xC00000);
+}
+
 } // namespace KEO

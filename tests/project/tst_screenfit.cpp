@@ -11,6 +11,7 @@
 
 #include <QCheckBox>
 #include <QClipboard>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QDockWidget>
@@ -232,6 +233,14 @@ void tst_ScreenFit::dialogs()
         dialog->show();
         QVERIFY2(fits(dialog->size()), text(dialog->size()));
         QVERIFY2(fits(dialog->minimumSizeHint()), text(dialog->minimumSizeHint()));
+        // Nothing is squeezed whatever shows.
+        auto *format = dialog->findChild<QComboBox *>("comBoxFormat");
+        for (int i = format ? format->count() - 1 : -1; i >= 0; --i) {
+            format->setCurrentIndex(i);
+            for (const QComboBox *box : dialog->findChildren<QComboBox *>())
+                QTRY_VERIFY(!box->isVisible() || box->height() >= box->sizeHint().height());
+            QVERIFY2(fits(dialog->size()), text(dialog->size()));
+        }
     }
 }
 

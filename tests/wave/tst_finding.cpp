@@ -113,6 +113,7 @@ private Q_SLOTS:
     void readsClockPeriods();
     void tellsValuesAtThePointer();
     void overviewMovesTheWaves();
+    void faultsReadUnderAnyPalette();
 };
 
 void tst_Finding::goesToPlaces()
@@ -478,6 +479,26 @@ void tst_Finding::overviewMovesTheWaves()
     QVERIFY(greens > changing.size() / 2); // outside the part that shows
     const QColor trigger = picture.pixelColor(int(1000 * width * ratio / kSamples), int(2 * ratio));
     QVERIFY(trigger.red() > 150 && trigger.green() > 150 && trigger.blue() < 100);
+}
+
+void tst_Finding::faultsReadUnderAnyPalette()
+{
+    for (const QColor &ground : {QColor(0x202020), QColor(0xFAFAFA)}) {
+        Finder user;
+        const QColor ink = ground.lightness() < 128 ? Qt::white : Qt::black;
+        user.widget->setPalette(QPalette(ink, ground, ground, ground, ground, ink, ground));
+        const auto isLegible = [&](const QWidget *widget, QPalette::ColorRole role) {
+            const QColor color = widget->palette().color(role);
+            return color != ink && std::abs(qGray(color.rgb()) - qGray(ground.rgb())) > 100;
+        };
+        user.find("no such row");
+        user.press(Qt::Key_Return);
+        QVERIFY(isLegible(user.part<QLabel>("findOutcome"), QPalette::WindowText));
+        auto *period = user.part<QLineEdit>("clockPeriod");
+        QTest::keyClicks(period, "bad");
+        QTest::keyClick(period, Qt::Key_Return);
+        QVERIFY(isLegible(period, QPalette::Text));
+    }
 }
 
 KEO_WIDGET_TEST_MAIN(tst_Finding)

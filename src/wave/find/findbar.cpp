@@ -1,5 +1,7 @@
 #include "findbar.h"
 
+#include <widgets/colormix.h>
+
 #include <QApplication>
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -116,7 +118,7 @@ void FindBar::tell(const QString &text, Outcome outcome)
     m_outcome->setAccessibleDescription(text);
     QPalette colors;
     if (outcome == Outcome::Failed)
-        colors.setColor(QPalette::WindowText, QColor(0xC00000));
+        colors.setColor(QPalette::WindowText, KEO::faultColor(palette().color(QPalette::Window)));
     m_outcome->setPalette(colors);
 }
 

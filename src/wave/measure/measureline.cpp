@@ -1,5 +1,7 @@
 #include "measureline.h"
 
+#include <widgets/colormix.h>
+
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -91,7 +93,7 @@ void MeasureLine::enterPeriod()
     const std::optional<ClockPeriod> period = readClockPeriod(text);
     if (!text.isEmpty() && !period) {
         QPalette colors;
-        colors.setColor(QPalette::Text, QColor(0xC00000));
+        colors.setColor(QPalette::Text, KEO::faultColor(palette().color(QPalette::Base)));
         m_period->setPalette(colors);
         tell(tr(
             "A clock period is a number and ps, ns, us, ms, s, kHz, MHz or GHz, such as 10 ns."));
