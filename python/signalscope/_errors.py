@@ -48,11 +48,11 @@ class FileError(SignalScopeError, OSError):
 
 
 class Interrupted(SignalScopeError):
-    """Status 130 or 143: somebody else told the program to end."""
+    """Status 129, 130 or 143: somebody else told the program to end."""
 
 
 _BY_STATUS = {2: UsageError, 3: NoServerError, 4: TimedOutError, 5: RefusedError, 6: FileError,
-              130: Interrupted, 143: Interrupted}
+              129: Interrupted, 130: Interrupted, 143: Interrupted}
 
 
 def error_of(status: int, message: str,

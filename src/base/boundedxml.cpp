@@ -81,8 +81,10 @@ QByteArray claimedXmlEncoding(const QByteArray &bytes)
 
 Error XmlFault::toError() const
 {
+    // Some of the parser's messages are sentences, and this one goes on.
+    const QString text = message.endsWith(u'.') ? message.chopped(1) : message;
     return {kind,
-            Text::tr("%1 at %2:%3").arg(message, QString::number(line), QString::number(column))};
+            Text::tr("%1 at %2:%3").arg(text, QString::number(line), QString::number(column))};
 }
 
 BoundedXmlReader::BoundedXmlReader(const QByteArray &bytes, const XmlLimits &limits,

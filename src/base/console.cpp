@@ -9,6 +9,7 @@
 #include <io.h>
 #else
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 #endif
 
@@ -42,6 +43,16 @@ bool isTerminal(std::FILE *stream)
 #else
     return isatty(fileno(stream)) != 0;
 #endif
+}
+
+std::optional<int> terminalWidth([[maybe_unused]] std::FILE *stream)
+{
+#ifndef Q_OS_WIN
+    winsize size{};
+    if (ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        return size.ws_col;
+#endif
+    return {};
 }
 
 void sendRawBytes([[maybe_unused]] std::FILE *stream)

@@ -4,6 +4,7 @@
 #include <QtGlobal>
 
 #include <cstdio>
+#include <optional>
 
 namespace KEO {
 
@@ -13,6 +14,9 @@ namespace KEO {
 void holdStandardStreams();
 
 [[nodiscard]] bool isTerminal(std::FILE *stream);
+
+/// Columns of the terminal behind \a stream; nothing where that can't be told.
+[[nodiscard]] std::optional<int> terminalWidth(std::FILE *stream);
 
 /// From now on \a stream changes no line ends, on systems where it would.
 void sendRawBytes(std::FILE *stream);

@@ -202,8 +202,8 @@ Result<CaptureOptions> parseCaptureOptions(const QStringList &arguments)
         "Or exports what was saved as a project before, compares two such projects, tells where a "
         "trigger would come in one, or what differs between two core descriptions.\n\n"
         "Exit status: 0 captured, or equal, or a hit, 1 different, or no hit, 2 usage, 3 no "
-        "server, 4 timed out, 5 the device refused, 6 a file could not be read or written, 130 "
-        "stopped by Ctrl-C, 143 by SIGTERM."));
+        "server, 4 timed out, 5 the device refused, 6 a file could not be read or written, 129 "
+        "stopped by the end of the terminal, 130 by Ctrl-C, 143 by SIGTERM."));
     addOptions(parser);
     CaptureOptions options;
     if (!parser.parse(withTwoDashes(arguments)))

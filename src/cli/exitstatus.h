@@ -12,6 +12,7 @@ enum class ExitStatus {
     TimedOut = 4,      ///< --timeout ran out
     Refused = 5,       ///< the server could not open the device
     FileError = 6,     ///< a file could not be read or written
+    HungUp = 129,      ///< SIGHUP
     Interrupted = 130, ///< SIGINT
     Terminated = 143   ///< SIGTERM
 };

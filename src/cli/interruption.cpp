@@ -2,8 +2,6 @@
 
 #include <QTimer>
 
-#include <csignal>
-
 namespace KEO {
 
 namespace {
@@ -24,22 +22,26 @@ constexpr int kPollInterval = 50;
 
 /// What is ignored stays ignored in a new process; a handler does not stay.
 Interruption::ChildShield::ChildShield()
-    : m_onInterrupt(std::signal(SIGINT, SIG_IGN)), m_onTerminate(std::signal(SIGTERM, SIG_IGN))
 {
+    for (size_t i = 0; i < kSignals.size(); ++i)
+        m_before[i] = std::signal(kSignals[i], SIG_IGN);
 }
 
 Interruption::ChildShield::~ChildShield()
 {
-    std::signal(SIGINT, m_onInterrupt);
-    std::signal(SIGTERM, m_onTerminate);
+    for (size_t i = 0; i < kSignals.size(); ++i)
+        std::signal(kSignals[i], m_before[i]);
 }
 
 Interruption::Interruption(QObject *parent) : QObject(parent), m_poll(new QTimer(this))
 {
     received = 0;
     signalCount = 0;
-    std::signal(SIGINT, remember);
-    std::signal(SIGTERM, remember);
+    for (const int number : kSignals) {
+        // nohup(1) has it ignored, for a run that goes on when the terminal is gone.
+        if (std::signal(number, remember) == SIG_IGN && number == SIGHUP)
+            std::signal(number, SIG_IGN);
+    }
     // A signal handler may only set a flag; the event loop looks at it.
     connect(m_poll, &QTimer::timeout, this, [this] {
         if (received == 0)
@@ -54,14 +56,18 @@ Interruption::~Interruption()
 {
     if (received != 0)
         return; // the program is on its way out with a status that tells why; let it come out
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
+    for (const int number : kSignals) {
+        if (std::signal(number, SIG_DFL) == SIG_IGN)
+            std::signal(number, SIG_IGN);
+    }
 }
 
 std::optional<ExitStatus> Interruption::pending()
 {
     if (received == 0)
         return std::nullopt;
+    if (received == SIGHUP)
+        return ExitStatus::HungUp;
     return received == SIGTERM ? ExitStatus::Terminated : ExitStatus::Interrupted;
 }
 

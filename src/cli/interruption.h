@@ -4,19 +4,23 @@
 
 #include <QObject>
 
+#include <array>
+#include <csignal>
 #include <optional>
 
 class QTimer;
 
 namespace KEO {
 
-/// Turns Ctrl-C (and a polite kill) into a Qt signal, so that a capture can be ended in good order.
-/// One instance at a time.
+/// Turns Ctrl-C, a polite kill and the end of the terminal into a Qt signal, so that a capture can
+/// be ended in good order. One instance at a time.
 class Interruption final : public QObject
 {
     Q_OBJECT
 
 public:
+    static constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
+
     /// Shields the child processes that are started while it lives: a terminal sends Ctrl-C to all
     /// of them, timeout(1) its signal, and a server that ends first could not be told to close the
     /// device.
@@ -29,8 +33,7 @@ public:
         ~ChildShield();
 
     private:
-        void (*m_onInterrupt)(int); ///< what stood before
-        void (*m_onTerminate)(int);
+        std::array<void (*)(int), kSignals.size()> m_before; ///< by the place in kSignals
     };
 
     explicit Interruption(QObject *parent = nullptr);

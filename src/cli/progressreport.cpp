@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QTimer>
 
+#include <limits>
+
 namespace KEO {
 
 namespace {
@@ -12,10 +14,28 @@ namespace {
 constexpr int kTerminalTick = 1000;
 constexpr int kPlainTick = 10000;
 constexpr int kBarWidth = 30;
+constexpr int kLineEnd = 12; // characters that show even if the terminal is narrow
 
 void write(const QString &text)
 {
     static_cast<void>(writeText(stderr, text)); // nobody else could be told
+}
+
+/// What a line may hold that a return can take back: one that wraps stays where it is.
+int lineRoom()
+{
+    return terminalWidth(stderr).value_or(std::numeric_limits<int>::max()) - 1;
+}
+
+/// With the end, which counts, and dots for what there is no room for.
+QString fitted(const QString &text)
+{
+    const int room = lineRoom();
+    if (text.size() <= room)
+        return text;
+    const QString dots = QStringLiteral("...");
+    const int end = qBound(0, room - int(dots.size()), kLineEnd);
+    return text.left(qMax(0, room - int(dots.size()) - end)) + dots.left(room) + text.right(end);
 }
 
 } // namespace
@@ -102,16 +122,17 @@ void ProgressReport::drawLine(const QString &text)
         write(text + u'\n');
         return;
     }
+    const QString line = fitted(text);
     // Blanks cover what a longer line before left behind.
-    write(u'\r' + text.leftJustified(m_lineLength));
-    m_lineLength = int(text.size());
+    write(u'\r' + line.leftJustified(qMin(m_lineLength, lineRoom())));
+    m_lineLength = int(line.size());
 }
 
 void ProgressReport::clearLine()
 {
     if (m_lineLength == 0)
         return;
-    write(u'\r' + QString(m_lineLength, u' ') + u'\r');
+    write(u'\r' + QString(qMin(m_lineLength, lineRoom()), u' ') + u'\r');
     m_lineLength = 0;
 }
 

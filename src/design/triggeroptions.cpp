@@ -39,7 +39,7 @@ std::optional<Error> applyWindows(int windows, CoreConfig &core)
     const QList<int> offered = offeredAmounts(core.storage_depth, windows);
     if (offered.isEmpty())
         return refusal(core,
-                       Text::tr("its memory of %1 samples is too small for %2 windows.")
+                       Text::tr("its memory of %1 samples is too small for --windows %2.")
                            .arg(QString::number(core.storage_depth), QString::number(windows)));
     core.window_num = windows;
     if (!offered.contains(core.capture_amount)) {
@@ -56,12 +56,12 @@ std::optional<Error> applyAmount(int amount, CoreConfig &core)
         QStringList texts;
         for (const int other : offered)
             texts.append(QString::number(other));
-        return refusal(core, Text::tr("--amount %1 is none of the amounts for %2 windows in a "
-                                      "memory of %3 samples: %4.")
-                                 .arg(QString::number(amount), QString::number(core.window_num),
-                                      QString::number(core.storage_depth),
-                                      texts.isEmpty() ? Text::tr("there is none")
-                                                      : texts.join(QStringLiteral(", "))));
+        return refusal(
+            core, Text::tr("--amount takes %1 with a memory of %2 samples and --windows "
+                           "%3, not %4.")
+                      .arg(texts.isEmpty() ? Text::tr("nothing") : texts.join(QStringLiteral(", ")),
+                           QString::number(core.storage_depth), QString::number(core.window_num),
+                           QString::number(amount)));
     }
     core.capture_amount = amount;
     core.trigger_pos = std::min(core.trigger_pos, greatestPosition(amount));
@@ -128,6 +128,9 @@ std::optional<Error> applyExpressions(const QStringList &texts, CoreConfig &core
         core.expressionEnabled.fill(false, core.expressions.size());
         return {};
     }
+    if (texts.contains(kNone))
+        return refusal(core, Text::tr("--expression none puts no expression in force, so it stands "
+                                      "alone."));
     if (texts.size() > core.expressions.size())
         return refusal(core, Text::tr("it has room for %1 expressions, and %2 are given.")
                                  .arg(QString::number(core.expressions.size()),

@@ -181,6 +181,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     if (self && !m_programmer->mayEndRun(parent))
         return false;
     if (self) {
+        m_waveTabs.finishEditing();
         m_recovery->finish();
         m_page->leaveDesign();
         m_design->leave();

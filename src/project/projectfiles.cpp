@@ -12,6 +12,7 @@
 #include <wave/wavemonitorwidget.h>
 #include <widgets/messagebox.h>
 
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QPointer>
@@ -23,6 +24,13 @@ namespace KEO {
 namespace {
 
 const QString kSuffix = QStringLiteral(".analyzer_prj");
+
+/// The toolkit takes all files that do not exist for the same.
+bool isSameFile(const QString &a, const QString &b)
+{
+    return QFileInfo(a).absoluteFilePath() == QFileInfo(b).absoluteFilePath() ||
+           (QFileInfo::exists(a) && QFileInfo(a) == QFileInfo(b));
+}
 
 } // namespace
 
@@ -147,7 +155,9 @@ void ProjectFiles::refuse(const QString &reason)
 void ProjectFiles::save(const QObject *window)
 {
     const QPointer<ProjectFiles> self(this);
-    if (m_projectFilePath.isEmpty()) {
+    m_parts.waves.finishEditing();
+    const bool isFirst = m_projectFilePath.isEmpty();
+    if (isFirst) {
         const QString path =
             askPath(window && !m_recovered ? window->property("startDir").toString() : QString());
         if (!self || m_keoFilePath.isEmpty()) // closed while the dialog showed
@@ -158,10 +168,18 @@ void ProjectFiles::save(const QObject *window)
         return;
     if (m_dataFilePath.isEmpty())
         m_dataFilePath = dataFileBeside(m_projectFilePath);
-    if (std::exchange(m_recovered, {}))
+    const auto [origin, recovered] = std::pair(m_keoFilePath, std::exchange(m_recovered, {}));
+    if (recovered)
         m_keoFilePath = placeOfRecovered();
     m_parts.page.saveSettings();
-    writeFiles(m_projectFilePath, {m_keoFilePath, m_dataFilePath});
+    const Outcome outcome = writeFiles(m_projectFilePath, {m_keoFilePath, m_dataFilePath});
+    if (isFirst && !outcome.isSessionSaved) { // else nothing could be saved there or elsewhere
+        m_refusedPath = std::exchange(m_projectFilePath, {});
+        m_dataFilePath.clear();
+        m_keoFilePath = origin;
+        m_recovered = recovered;
+    }
+    tell(outcome);
 }
 
 /// The description goes back to where it came from, but not over what is there now: the tools may
@@ -174,7 +192,7 @@ QString ProjectFiles::placeOfRecovered() const
     const QString base = project.absolutePath() + u'/' + project.completeBaseName();
     const QString suffix = u'.' + QFileInfo(m_keoFilePath).suffix();
     QString place = base + suffix;
-    for (int number = 1; QFileInfo::exists(place); ++number)
+    for (int number = 1; QFileInfo::exists(place) || place == m_projectFilePath; ++number)
         place = base + QStringLiteral(".recovered-%1").arg(number) + suffix;
     return place;
 }
@@ -187,17 +205,18 @@ const QString &ProjectFiles::projectFile() const
 }
 
 /// A file that can't be written does not keep the others from being saved.
-void ProjectFiles::writeFiles(const QString &projectFile, const ProjectFile &paths)
+ProjectFiles::Outcome ProjectFiles::writeFiles(const QString &projectFile, const ProjectFile &paths)
 {
     FileSet files;
     QStringList reasons;
     bool isDescribed = true;
+    bool isSessionSaved = true;
     const auto note = [&](const std::optional<Error> &error) {
         if (error)
             reasons.append(error->message);
         return !error;
     };
-    note(addDataFile(files, paths.dataFile, windowsToSave(m_parts), m_openedFile));
+    isSessionSaved = note(addDataFile(files, paths.dataFile, windowsToSave(m_parts), m_openedFile));
     const QByteArray description = m_parts.design.descriptionText();
     const Result<QString> kept = m_description.keepNews(files, paths.keoFile, description);
     if (!kept)
@@ -206,10 +225,12 @@ void ProjectFiles::writeFiles(const QString &projectFile, const ProjectFile &pat
         isDescribed = false;
     else
         isDescribed = note(files.add(paths.keoFile, description, LineEnds::Native));
-    note(addProjectFile(files, projectFile, paths));
+    isSessionSaved = note(addProjectFile(files, projectFile, paths)) && isSessionSaved;
     for (const FileSet::Fault &fault : files.commit()) {
         note(fault.error);
         isDescribed = isDescribed && fault.path != paths.keoFile;
+        isSessionSaved =
+            isSessionSaved && fault.path != paths.dataFile && fault.path != projectFile;
     }
     if (isDescribed)
         m_description.wrote(description);
@@ -221,11 +242,31 @@ void ProjectFiles::writeFiles(const QString &projectFile, const ProjectFile &pat
                            .arg(paths.keoFile, *kept));
     for (const QString &reason : std::as_const(reasons))
         qCDebug(lcProject).noquote() << "save:" << reason;
-    Q_EMIT told(reasons.join(QStringLiteral("; ")));
-    if (isSaved)
+    return {isSessionSaved, isSaved, reasons.join(QStringLiteral("; ")),
+            isDescribed ? QString() : tr("Can not save to %1").arg(paths.keoFile)};
+}
+
+void ProjectFiles::tell(const Outcome &outcome)
+{
+    Q_EMIT told(outcome.text);
+    if (outcome.isSaved)
         Q_EMIT saved();
-    if (!isDescribed)
-        m_parts.boxes.showError(tr("Can not save to %1").arg(paths.keoFile));
+    if (!outcome.error.isEmpty())
+        m_parts.boxes.showError(outcome.error);
+}
+
+/// Why \a path is no place for a project file: another of its files would stand there.
+std::optional<QString> ProjectFiles::obstacleOf(const QString &path) const
+{
+    if (isSameFile(path, m_keoFilePath))
+        return tr("%1 is the core description, which Save writes too. Choose another name for the "
+                  "project.")
+            .arg(path);
+    if (isSameFile(path, dataFileBeside(path)))
+        return tr("Save writes the samples to %1. Choose another name for the project, such as one "
+                  "that ends in %2.")
+            .arg(path, kSuffix);
+    return std::nullopt;
 }
 
 QString ProjectFiles::askPath(const QString &lastFile) const
@@ -233,7 +274,9 @@ QString ProjectFiles::askPath(const QString &lastFile) const
     const QPointer<const ProjectFiles> self(this);
     const QString origin =
         m_recovered && !m_recovered->savedAs.isEmpty() ? m_recovered->savedAs : m_keoFilePath;
-    const QFileInfo last(lastFile.isEmpty() ? origin : lastFile);
+    const QFileInfo refused(m_refusedPath);
+    const bool tellsPlace = !m_refusedPath.isEmpty() && refused.dir().exists();
+    const QFileInfo last(tellsPlace ? m_refusedPath : lastFile.isEmpty() ? origin : lastFile);
     QString suggestion = last.path() + u'/' + last.baseName();
     for (;;) {
         QString path =
@@ -241,6 +284,12 @@ QString ProjectFiles::askPath(const QString &lastFile) const
                                          tr("KEO Analyzer Project File (*%1)").arg(kSuffix));
         if (path.isEmpty() || !self)
             return {};
+        if (const std::optional<QString> obstacle = obstacleOf(path)) {
+            m_parts.boxes.showWarning(*obstacle);
+            if (!self)
+                return {};
+            continue;
+        }
         if (!QFileInfo(path).suffix().isEmpty()) // the dialog has asked
             return path;
         suggestion = path;
@@ -263,6 +312,7 @@ void ProjectFiles::close()
     m_projectFilePath.clear();
     m_dataFilePath.clear();
     m_openedFile.clear();
+    m_refusedPath.clear();
     m_recovered.reset();
 }
 

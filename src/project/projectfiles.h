@@ -29,9 +29,9 @@ public:
     /// Why the last file did not open, or opened without its waves; else empty.
     [[nodiscard]] const QString &fault() const { return m_fault; }
     /// Writes data file, description and project file, which take their places together. A
-    /// description that another program has written meanwhile is kept beside. The first time it
-    /// asks where to, beginning beside the file that \a window, which holds the project, has in its
-    /// property `startDir`, or beside the description.
+    /// description that another program has written meanwhile is kept beside. Until a project has
+    /// been saved it asks where to, beginning beside the file that \a window, which holds the
+    /// project, has in its property `startDir`, or beside the description.
     void save(const QObject *window);
     void close();
     /// Path of the open description; empty while the project is closed.
@@ -67,7 +67,17 @@ private:
     void refuse(const QString &reason);
     /// Asks for the path of a project file; empty when the user gave up.
     [[nodiscard]] QString askPath(const QString &lastFile) const;
-    void writeFiles(const QString &projectFile, const ProjectFile &paths);
+    [[nodiscard]] std::optional<QString> obstacleOf(const QString &path) const;
+    /// What became of a save.
+    struct Outcome
+    {
+        bool isSessionSaved = false; ///< project and data file
+        bool isSaved = false;        ///< all files
+        QString text;                ///< for the status line
+        QString error;               ///< for a box, if any
+    };
+    [[nodiscard]] Outcome writeFiles(const QString &projectFile, const ProjectFile &paths);
+    void tell(const Outcome &outcome);
     [[nodiscard]] QString placeOfRecovered() const;
 
     const ProjectParts m_parts;
@@ -77,6 +87,7 @@ private:
     QString m_dataFilePath;    ///< samples and arrangement, empty until saved
     OwnedFile m_description;   ///< its state on disk
     QString m_openedFile;      ///< the project file that the user opened
+    QString m_refusedPath;     ///< chosen last, but it could not be written
     std::optional<Recovery> m_recovered;
     QString m_fault;
 };

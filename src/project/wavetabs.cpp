@@ -47,6 +47,12 @@ QList<WaveMonitorWidget *> WaveTabs::monitors() const
     return living;
 }
 
+void WaveTabs::finishEditing() const
+{
+    for (WaveMonitorWidget *monitor : monitors())
+        monitor->finishEditing();
+}
+
 WaveMonitorWidget *WaveTabs::current() const
 {
     if (!m_tabs || !m_tabs->currentWidget())

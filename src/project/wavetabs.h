@@ -40,6 +40,8 @@ public:
     /// In the order of creation. Borrowed.
     [[nodiscard]] QList<WaveMonitor::WaveMonitorWidget *> monitors() const;
 
+    /// Takes over what is being typed in a viewer: before it goes or is saved.
+    void finishEditing() const;
     /// The wave tab in front, or null.
     [[nodiscard]] WaveMonitor::WaveMonitorWidget *current() const;
 

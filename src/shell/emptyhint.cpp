@@ -156,6 +156,7 @@ void EmptyHint::offerExample(const QString &folder)
                           "stands in %1.")
                            .arg(QDir::toNativeSeparators(folder)));
     m_example->show();
+    m_try->setFocus(); // else the bar without tabs has it, and Enter does nothing
 }
 
 ChoiceList *EmptyHint::addList(QVBoxLayout *layout, const QString &title, const char *name)
@@ -254,9 +255,12 @@ void EmptyHint::mute()
 
 void EmptyHint::follow()
 {
+    const bool hadFocus = window()->focusWidget() && isAncestorOf(window()->focusWidget());
     setGeometry(m_tabs->rect());
     setVisible(m_tabs->count() == 0);
     raise();
+    if (isHidden() && hadFocus)
+        m_tabs->setFocus();
 }
 
 } // namespace KEO

@@ -170,7 +170,7 @@ Result<std::optional<UnitChange::Comparison>> readComparison(const MatchUnit &un
                                                              const QString &text)
 {
     using Read = std::optional<UnitChange::Comparison>;
-    static const QRegularExpression single(QStringLiteral("^(==|!=|>=|<=|>|<)\\s*(\\w+)$"));
+    static const QRegularExpression single(QStringLiteral("^(==|!=|>=|<=|>|<)\\s*(\\w*)$"));
     static const QRegularExpression range(
         QStringLiteral("^(not\\s+in|in)\\s+(\\w+)\\s*\\.\\.\\s*(\\w+)$"));
     const auto inRange = range.match(text);

@@ -16,7 +16,6 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDialog>
-#include <QFocusEvent>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>

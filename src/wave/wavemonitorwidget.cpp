@@ -13,11 +13,14 @@
 #include <wave/view/waveview.h>
 #include <wave_data/rowtext.h>
 
+#include <QApplication>
 #include <QDomDocument>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
 #include <QScrollBar>
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -155,6 +158,18 @@ void WaveMonitorWidget::showStrips(ClockPeriods *periods)
 void WaveMonitorWidget::focusWaves()
 {
     m_waveView->setFocus(Qt::OtherFocusReason);
+}
+
+void WaveMonitorWidget::finishEditing()
+{
+    const QPointer<QWidget> field = QApplication::focusWidget();
+    if (!qobject_cast<QLineEdit *>(field) || !isAncestorOf(field))
+        return;
+    field->clearFocus(); // upon which it hands over its text
+    if (field && field->isVisible())
+        field->setFocus();
+    else
+        m_treeView->setFocus(); // a name's editor is closed
 }
 
 QAction *WaveMonitorWidget::findAction() const

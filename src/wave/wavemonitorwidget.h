@@ -64,6 +64,8 @@ public:
     void showStrips(ClockPeriods *periods);
     /// The keyboard goes to the waves.
     void focusWaves();
+    /// Takes over what is being typed here, a name or a clock period, as leaving the field would.
+    void finishEditing();
     /// Opens the find bar; null without one. Borrowed.
     [[nodiscard]] QAction *findAction() const;
 

@@ -291,9 +291,9 @@ void tst_CaptureOptions::triggerRules_data()
     addRow("all three", TriggerOptions{.windows = 8, .amount = 32, .position = 23},
            "8 32 23 M0 M2");
     addRow("windows", TriggerOptions{.windows = 9}, "1 to 8");
-    addRow("amount", TriggerOptions{.amount = 100}, "32, 64, 128, 256, 512.");
+    addRow("amount", TriggerOptions{.amount = 100}, "takes 32, 64, 128, 256, 512 with");
     addRow("amount for the windows", TriggerOptions{.windows = 4, .amount = 512},
-           "32, 64, 128, 256.");
+           "32, 64, 128, 256 with a memory of 1024 samples and --windows 4, not 512.");
     addRow("position", TriggerOptions{.amount = 32, .position = 24}, "0 to 23");
     addRow("one expression", TriggerOptions{.expressions = {" m0 & ! M2 "}}, "2 512 400 M0&!M2");
     addRow("as a description has it", TriggerOptions{.expressions = {"match[0]&!match[2]"}},
@@ -301,7 +301,7 @@ void tst_CaptureOptions::triggerRules_data()
     addRow("in its own place", TriggerOptions{.expressions = {"M2"}}, "2 512 400 M2");
     addRow("none", TriggerOptions{.expressions = {"none"}}, "2 512 400");
     addRow("too many", TriggerOptions{.expressions = {"M0", "M2", "M0"}}, "room for 2");
-    addRow("none and another", TriggerOptions{.expressions = {"none", "M0"}}, "\"none\"");
+    addRow("none and another", TriggerOptions{.expressions = {"none", "M0"}}, "alone");
     addRow("no expression", TriggerOptions{.expressions = {"M0 M2"}}, "\"M0 M2\"");
     addRow("another character", TriggerOptions{.expressions = {"M0+M2"}}, "\"M0+M2\"");
     addRow("unit that is off", TriggerOptions{.expressions = {"M0|M12"}}, "M12");

@@ -24,6 +24,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -93,6 +94,7 @@ private Q_SLOTS:
     void tellsOfAFullDisk_data();
     void tellsOfAFullDisk();
     void keepsOrdersFromTheTerminal();
+    void fitsItsLineIntoTheTerminal();
     void forcesTheTrigger();
     void startsLiteCoresLater();
     void usesAServerThatRuns();
@@ -804,6 +806,34 @@ void tst_CaptureProgram::keepsOrdersFromTheTerminal()
     close(terminal);
 }
 
+/// A line that wraps can't be taken back, so that each second would leave one behind.
+void tst_CaptureProgram::fitsItsLineIntoTheTerminal()
+{
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    QVERIFY(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const QString name = QString::fromLatin1(ptsname(terminal));
+    const int screen = open(qPrintable(name), O_RDWR | O_NOCTTY);
+    constexpr int kColumns = 40;
+    const winsize size{24, kColumns, 0, 0};
+    QCOMPARE(ioctl(terminal, TIOCSWINSZ, &size), 0);
+    TestDesign design;
+    design.fires = false;
+    board(design);
+    QProcess process;
+    process.setWorkingDirectory(m_directory->path());
+    process.setStandardErrorFile(name);
+    process.start(kProgram, {"--device", "KR-A", "--timeout", "1.5", "design.keo"});
+    QCOMPARE(finished(process).status, 4);
+    QByteArray shown(4096, 0);
+    shown.resize(std::max<ssize_t>(0, read(terminal, shown.data(), size_t(shown.size()))));
+    const QByteArray progress = shown.left(shown.indexOf("signalscope-capture:"));
+    QVERIFY2(progress.contains("Waiting for") && progress.contains(" s)"), shown);
+    for (const QByteArray &line : progress.split('\r'))
+        QVERIFY2(line.size() < kColumns, line);
+    close(screen);
+    close(terminal);
+}
+
 void tst_CaptureProgram::forcesTheTrigger()
 {
     TestDesign design;
@@ -858,24 +888,33 @@ void tst_CaptureProgram::usesAServerThatRuns()
 
 void tst_CaptureProgram::stopsOnASignal_data()
 {
-    addColumns<int, int>({"signal", "status"});
-    addRow("Ctrl-C", SIGINT, 130);
-    addRow("end of the session", SIGTERM, 143);
+    addColumns<int, int, bool>({"signal", "status", "nohup"});
+    addRow("Ctrl-C", SIGINT, 130, false);
+    addRow("end of the session", SIGTERM, 143, false);
+    addRow("end of the terminal", SIGHUP, 129, false);
+    addRow("end of the session behind nohup(1)", SIGTERM, 143, true);
 }
 
 void tst_CaptureProgram::stopsOnASignal()
 {
     QFETCH(int, signal);
+    QFETCH(const bool, nohup);
     TestDesign design;
     design.fires = false;
     board(design);
     QProcess process;
     process.setWorkingDirectory(m_directory->path());
+    if (nohup)
+        process.setChildProcessModifier([] { ::signal(SIGHUP, SIG_IGN); });
     process.start(kProgram, {"--device", "KR-A", "design.keo"});
     QVERIFY(process.waitForStarted());
     QString errors;
     QTRY_VERIFY((errors += process.readAllStandardError()).contains("Waiting for the trigger"));
     QVERIFY(isListening("keo1"));
+    if (nohup) {
+        ::kill(pid_t(process.processId()), SIGHUP);
+        QVERIFY(!process.waitForFinished(300));
+    }
     ::kill(pid_t(process.processId()), signal);
     const Outcome outcome = finished(process);
     QTEST(outcome.status, "status");
@@ -890,6 +929,7 @@ void tst_CaptureProgram::leavesItsServerInOrder_data()
     addRow("time-out", "--timeout 0.1", 4);
     addRow("Ctrl-C", "wait", 130);
     addRow("ended by timeout(1)", "wait", 143);
+    addRow("end of the terminal", "wait", 129);
     addRow("Ctrl-C twice, and the server hangs", "hang", 130);
 }
 

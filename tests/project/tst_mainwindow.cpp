@@ -191,8 +191,8 @@ void tst_MainWindow::tellsOfAServerThatIsGone()
             QTRY_VERIFY(s.status().startsWith("Waiting"));
         }
         QVERIFY(s.cables()->itemIcon(0).isNull());
-        killServers(s.servers);
-        s.servers.clear();
+        killServers(s.server->servers);
+        s.server->servers.clear();
         QTRY_VERIFY2(s.status("deviceStatus").endsWith(": server is gone"),
                      qPrintable(s.status("deviceStatus")));
         QVERIFY(!s.cables()->itemIcon(0).isNull());

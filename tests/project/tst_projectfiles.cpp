@@ -2,10 +2,14 @@
 
 #include "savedproject.h"
 
+#include <design/recoverystore.h>
 #include <support/fulldisk.h>
+#include <wave/tree/signaltreeview.h>
 
 #include <QComboBox>
 #include <QDir>
+
+#include <optional>
 
 using namespace KEO;
 
@@ -17,6 +21,9 @@ private Q_SLOTS:
     void captureComesBack();
     void asksWhere_data();
     void asksWhere();
+    void asksForAnotherPlace_data();
+    void asksForAnotherPlace();
+    void savesWhatIsBeingTyped();
     void opensWhatItCan_data();
     void opensWhatItCan();
     void writesWhatItCan();
@@ -125,6 +132,87 @@ void tst_ProjectFiles::asksWhere()
     d.press(Qt::Key_S, Qt::ControlModifier); // from now on it asks nothing
     QCOMPARE(folder.entryList(QDir::Files, QDir::Name), files);
     QVERIFY(d.boxes.seen.isEmpty());
+}
+
+void tst_ProjectFiles::asksForAnotherPlace_data()
+{
+    addColumns<QString, QString>({"name", "box"});
+    addRow("the description", "design.keo", "Warning: %1 is the core description");
+    addRow("its own data file", "run.xml", "Warning: Save writes the samples to %1.");
+    addRow("no such folder", "none/run", "");
+    addRow("a data file that is none", "foreign", "");
+}
+
+// Where a session can't stand it is not saved, and the next Save is not bound to that place.
+void tst_ProjectFiles::asksForAnotherPlace()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, box);
+    TestDesign design;
+    design.amount = 32;
+    Desktop d(design);
+    const QDir folder(d.directory.path());
+    putFile(folder.filePath("foreign.xml"), "<other/>");
+    d.open();
+    d.capture();
+    std::optional<OnModal<QFileDialog>> again;
+    const OnModal<QFileDialog> dialog([&](QFileDialog *files) {
+        again.emplace([](QFileDialog *second) { QTest::keyClick(second, Qt::Key_Escape); });
+        files->findChild<QLineEdit *>()->setText(folder.filePath(name));
+        QTest::keyClick(files, Qt::Key_Return);
+    });
+    d.press(Qt::Key_S, Qt::ControlModifier);
+    QVERIFY(dialog.seen());
+    QCOMPARE(again->seen(), !box.isEmpty());
+    again.reset();
+    QVERIFY(box.isEmpty() ? d.boxes.seen.isEmpty()
+                          : d.boxes.seen.last().startsWith(box.arg(folder.filePath(name))));
+    QVERIFY(d.window->windowTitle().startsWith("design.keo"));
+    QVERIFY(contentOf(d.file()).startsWith("<?xml"));
+    d.saveAs(folder.filePath("good"));
+    QVERIFY(d.window->windowTitle().startsWith("good.analyzer_prj"));
+    QVERIFY(contentOf(d.file()).startsWith("<?xml"));
+    QVERIFY(contentOf(folder.filePath("good.xml")).contains("<WaveData"));
+    QCOMPARE(contentOf(folder.filePath("foreign.xml")), "<other/>");
+}
+
+// A shortcut takes the keyboard from no field, and some of them save or take the waves away.
+void tst_ProjectFiles::savesWhatIsBeingTyped()
+{
+    TestDesign design;
+    design.amount = 32;
+    Desktop d(design);
+    d.open();
+    d.capture();
+    const QString project = d.directory.filePath("run");
+    d.saveAs(project);
+    const auto tree = [&] { return d.wave(1)->findChild<WaveMonitor::SignalTreeView *>(); };
+    const auto typeName = [&](const QString &name) {
+        tree()->setFocus();
+        tree()->pickOnly(tree()->model()->index(0, 0));
+        d.activate(); // the menu would leave the window inactive
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // the editor before
+        QMetaObject::invokeMethod(tree(), "onRename");
+        auto *editor = tree()->findChild<QLineEdit *>("editName");
+        QTRY_VERIFY(editor->hasFocus());
+        editor->selectAll();
+        QTest::keyClicks(editor, name);
+    };
+    typeName("first");
+    d.press(Qt::Key_S, Qt::ControlModifier);
+    QVERIFY(contentOf(project + ".xml").contains("\"first\""));
+    typeName("second");
+    d.capture();
+    QCOMPARE(tree()->model()->index(0, 0).data(), "second");
+    const auto period = [&] { return d.wave(1)->findChild<QLineEdit *>("clockPeriod"); };
+    period()->setFocus();
+    QTest::keyClicks(period(), "7 ns");
+    d.capture();
+    QCOMPARE(period()->text(), "7 ns");
+    typeName("third");
+    d.window->close();
+    const auto kept = readProjectFile(RecoveryStore().entries().first().project);
+    QVERIFY(contentOf(kept->dataFile).contains("\"third\""));
 }
 
 void tst_ProjectFiles::opensWhatItCan_data()

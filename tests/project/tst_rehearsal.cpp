@@ -1,7 +1,8 @@
 // The trigger of the page over the waves, as the user sees it.
 
+#include "unittableuser.h"
+
 #include <export_ui/exportdialog.h>
-#include <support/desktop.h>
 #include <wave/common/viewergeometry.h>
 #include <wave/ruler/rulerview.h>
 #include <wave/view/waveview.h>
@@ -9,7 +10,6 @@
 
 #include <QFile>
 #include <QRadioButton>
-#include <QTableView>
 
 using namespace WaveMonitor;
 using KEO::ExportDialog;
@@ -46,10 +46,7 @@ QString expected(const WaveMonitorWidget &wave, int mask, int value, int place)
 void setUnit(const Desktop &d, const QString &value)
 {
     d.tabs()->setCurrentIndex(0);
-    d.activate();
-    auto *units = d.find<QTableView>("tableUnit");
-    units->setFocus();
-    units->selectRow(0);
+    QTableView *units = goToUnit(d, 0);
     const OnModal<QDialog> dialog([&](QDialog *box) {
         clickMark(box->findChild<QRadioButton *>("rbtnBin"));
         auto *field = box->findChild<QLineEdit *>("lineEditValue0");
@@ -74,11 +71,10 @@ QAction *rehearseAction(const Desktop &d)
 bool hasTick(const WaveMonitorWidget &wave, int sample)
 {
     const auto *ruler = wave.findChild<RulerView *>();
-    const QImage image = ruler->viewport()->grab().toImage();
+    const QImage image = pixelsOf(ruler->viewport());
     const int x = ruler->mapFromScene(sample * CLOCK_PITCH, 0).x();
     for (const int column : {x - 1, x}) {
-        const QColor color = image.pixelColor(QPoint(column, 32) * int(image.devicePixelRatioF()));
-        if (color == QColor(0x50, 0xE0, 0x70))
+        if (image.pixelColor(column, 32) == QColor(0x50, 0xE0, 0x70))
             return true;
     }
     return false;
@@ -232,6 +228,10 @@ void tst_Rehearsal::liteCoresHaveNone()
     QVERIFY(action->toolTip().contains("lite core"));
     d.press(Qt::Key_R, Qt::ControlModifier);
     QCOMPARE(said(d.wave(1)), QString());
+    // Nor a reason why there was none, and none to propose.
+    d.press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    d.press(Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
+    QVERIFY(d.window->findChildren<QDialog *>().isEmpty());
 }
 
 KEO_WIDGET_TEST_MAIN(tst_Rehearsal)

@@ -1,8 +1,9 @@
 // A design that is built anew while its project is open, and a user who goes on as before.
 
+#include "unittableuser.h"
+
 #include <base/userfolder.h>
 #include <design/recoverystore.h>
-#include <support/desktop.h>
 #include <support/files.h>
 
 #include <QCheckBox>
@@ -138,14 +139,9 @@ void tst_ReloadAndKeep::triggerAndWaves()
     auto *windows = s.find<QComboBox>("comboBoxWindow");
     auto *amount = s.find<QComboBox>("comboBoxAmount");
     auto *position = s.find<QSpinBox>("spinBoxTrPos");
-    auto *units = s.find<QTableView>("tableUnit");
     windows->setCurrentText("2");
     position->setValue(30);
-    QGuiApplication::clipboard()->setText("XXXXXXXX01010XXX");
-    units->selectRow(0);
-    s.activate();
-    units->setFocus();
-    QTest::keySequence(units, QKeySequence::Paste);
+    pasteIntoUnit(s, 0, "XXXXXXXX01010XXX");
     s.capture();
     QCOMPARE(s.tabs()->count(), 3);
     const QStringList plain = s.rows(1);
@@ -168,7 +164,7 @@ void tst_ReloadAndKeep::triggerAndWaves()
     QCOMPARE(windows->currentText(), "2");
     QCOMPARE(amount->currentText(), "32");
     QCOMPARE(position->value(), 23);
-    QCOMPARE(units->model()->index(0, 6).data().toString(), "XXXXXXXX01010XXX");
+    QCOMPARE(unitText(s, 0), "XXXXXXXX01010XXX");
 
     QVERIFY(s.list() && !s.list()->isModal());
     QCoreApplication::processEvents();
@@ -370,16 +366,11 @@ void tst_ReloadAndKeep::openEditors_data()
             s.rebuildSame();
             QTest::keyClick(box, Qt::Key_Return);
         });
-        auto *units = s.find<QTableView>("tableUnit");
-        units->selectRow(0);
-        s.activate();
-        units->setFocus();
-        QTest::keyClick(units, Qt::Key_Return);
+        QTest::keyClick(goToUnit(s, 0), Qt::Key_Return);
         QVERIFY(dialog.seen());
     };
     QTest::newRow("a match unit") << Step(unit) << Step([](Session &s) {
-        const auto *units = s.find<QTableView>("tableUnit");
-        QCOMPARE(units->model()->index(0, 6).data().toString(), "0101XXXX10101010");
+        QCOMPARE(unitText(s, 0), "0101XXXX10101010");
     });
 }
 
@@ -391,6 +382,7 @@ void tst_ReloadAndKeep::openEditors()
     for (const bool byMouse : {false, true}) {
         Session s({});
         edit(s);
+        QTRY_VERIFY(s.keepButton());
         if (byMouse)
             QTest::mouseClick(s.keepButton(), Qt::LeftButton);
         else
@@ -572,6 +564,17 @@ void tst_ReloadAndKeep::recovered()
                                   : QStringList({"count[15:0]", "valid", "noise_1"}));
         QCOMPARE(s.find<QSpinBox>("spinBoxTrPos")->value(), isNew ? 40 : design.position);
     }
+    // The older one is now a project with a description of its own, which is built anew as well.
+    s.saveAs(s.directory.filePath("kept"));
+    s.tabs()->setCurrentIndex(0);
+    s.find<QSpinBox>("spinBoxTrPos")->setValue(50);
+    const QString own = s.directory.filePath("kept.keo");
+    putFile(own, contentOf(own) + '\n');
+    QTRY_VERIFY(s.keepButton());
+    s.reloadAndKeep();
+    QCOMPARE(s.find<QSpinBox>("spinBoxTrPos")->value(), 50);
+    s.capture();
+    QCOMPARE(s.rows(1), QStringList({"count[15:0]", "valid", "noise_1"}));
 }
 
 KEO_WIDGET_TEST_MAIN(tst_ReloadAndKeep)

@@ -1,12 +1,12 @@
 // Why a core did not trigger, and a trigger made of what the waves show, as the user sees them.
 
-#include <support/desktop.h>
+#include "unittableuser.h"
+
 #include <wave/common/viewergeometry.h>
 #include <wave/tree/signaltreeview.h>
 #include <wave/view/waveview.h>
 #include <wave_data/windowcontents.h>
 
-#include <QClipboard>
 #include <QComboBox>
 #include <QDialog>
 #include <QListWidget>
@@ -14,7 +14,6 @@
 #include <QRadioButton>
 #include <QRegularExpression>
 #include <QSpinBox>
-#include <QTableView>
 #include <QTimer>
 #include <QToolButton>
 
@@ -59,14 +58,6 @@ void waitForOffer(const Desktop &d)
     QTRY_VERIFY_WITH_TIMEOUT(d.window->findChild<QPushButton *>("whyOffer"), kCaptureTime);
 }
 
-/// The value of a unit as the page shows it.
-QString unitText(const Desktop &d, int unit)
-{
-    const auto *table = d.find<QTableView>("tableUnit");
-    const QAbstractItemModel *model = table->model();
-    return model->index(unit, model->columnCount() - 1).data().toString();
-}
-
 QString bits(int value)
 {
     return QStringLiteral("%1").arg(value, 16, 2, QLatin1Char('0'));
@@ -86,7 +77,6 @@ private Q_SLOTS:
     void givesTheKeyboardBack();
     void triggersOnAValue();
     void triggersWhereTheMenuCameUp();
-    void liteCoresHaveNone();
 };
 
 /// M0 wants a high byte of 0xFF, which the board never has.
@@ -127,9 +117,7 @@ void tst_TriggerAdvice::tellsWhy()
     auto *units = d.find<QTableView>("tableUnit");
     QCOMPARE(units->selectionModel()->selectedRows().size(), 1);
     QCOMPARE(units->selectionModel()->selectedRows().first().row(), 0);
-    QApplication::clipboard()->setText(bits(countAt(wave, 100)));
-    units->setFocus();
-    QTest::keyClick(units, Qt::Key_V, Qt::ControlModifier);
+    pasteIntoUnit(d, 0, bits(countAt(wave, 100)));
     QTRY_COMPARE(linesOf(*panel).first(),
                  "As it is set now, it triggers at 1 of 256 samples, first at 100.");
     QTest::keyClick(panel, Qt::Key_Escape);
@@ -371,19 +359,6 @@ void tst_TriggerAdvice::triggersWhereTheMenuCameUp()
                 .contains("No trigger port has noise_2."));
     QTest::keyClick(dialog, Qt::Key_Escape);
     QVERIFY(d.boxes.seen.isEmpty());
-}
-
-void tst_TriggerAdvice::liteCoresHaveNone()
-{
-    TestDesign design;
-    design.lite = true;
-    design.amount = 32;
-    Desktop d(design);
-    d.open();
-    d.capture();
-    d.press(Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
-    d.press(Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
-    QVERIFY(!dialogOf(d, "whyNoTrigger") && !dialogOf(d, "proposalDialog"));
 }
 
 KEO_WIDGET_TEST_MAIN(tst_TriggerAdvice)

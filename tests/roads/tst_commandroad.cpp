@@ -46,18 +46,6 @@ namespace {
 
 const QString kExamples = QStringLiteral(KEO_SOURCE_DIR "/examples/");
 
-/// A server that begins its stimulus anew.
-struct FreshServer
-{
-    FreshServer() { startBenchServer(servers); }
-    ~FreshServer()
-    {
-        JtagSession::instance()->disconnectAll();
-        killServers(servers);
-    }
-    ServerProcesses servers;
-};
-
 /// Whatever a user may set, by the widgets of the page.
 class RandomUser final
 {
@@ -315,7 +303,7 @@ void tst_CommandRoad::standardCores()
     QVERIFY(QFile::copy(kExamples + "uart_fifo/uart_fifo.keo", description));
     QString command;
     {
-        const FreshServer server;
+        const BenchServer server;
         const UserWindow user;
         user.window->openFile(description, {}, "KR-C", {});
         RandomUser(user, seed).setEverything();
@@ -414,7 +402,7 @@ void tst_CommandRoad::liteCore()
     QVERIFY(QFile::copy(kExamples + "spi_adc/spi_adc.keo", description));
     QString command;
     {
-        const FreshServer server;
+        const BenchServer server;
         const UserWindow user;
         user.window->openFile(description, {}, "KR-H", {});
         user.find<QSpinBox>("spinTriggerDelay")->setValue(40);
@@ -434,7 +422,7 @@ void tst_CommandRoad::tellsWhatItCanNotCopy()
     const QString description =
         putFile(path("odd.keo"), contentOf(kExamples + "uart_fifo/uart_fifo.keo")
                                      .replace("value0=\"01001000\"", "value0=\"0100100x\""));
-    const FreshServer server;
+    const BenchServer server;
     const UserWindow user;
     user.window->openFile(description, {}, {}, {});
     const auto told = [&user] { return user.find<QLabel>("toldStatus")->text(); };

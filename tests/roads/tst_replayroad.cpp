@@ -53,17 +53,6 @@ private:
 
 namespace {
 
-struct FreshServer
-{
-    FreshServer() { startBenchServer(servers); }
-    ~FreshServer()
-    {
-        JtagSession::instance()->disconnectAll();
-        killServers(servers);
-    }
-    ServerProcesses servers;
-};
-
 /// A server in one socket folder, the program in another, and a forwarder between them, as between
 /// two machines.
 struct Lab
@@ -194,7 +183,7 @@ void tst_ReplayRoad::replaysToTheWindow()
         qputenv("SIGNALSCOPE_REPLAY", path(transcript).toLocal8Bit());
         if (transcript == "transcript")
             QVERIFY(!JtagSession::instance()->startTranscript(path("window's")));
-        const FreshServer server;
+        const BenchServer server;
         const UserWindow user;
         user.window->openFile(path("design.keo"), {}, {}, {});
         for (int round = 0; round < 2; ++round) {
@@ -347,7 +336,7 @@ void tst_ReplayRoad::remoteLabInTheWindow()
     qputenv("TMPDIR", lab.desk.path().toLocal8Bit());
     for (const bool isReading : {false, true}) {
         lab.forward();
-        const FreshServer leavesTheName;
+        const BenchServer leavesTheName;
         const UserWindow user;
         const auto status = [&user](const char *name) { return user.find<QLabel>(name)->text(); };
         const auto force = [&] {

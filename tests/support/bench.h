@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <optional>
 
 constexpr int kCaptureTime = 20000; // ms, many times what a capture here takes
 
@@ -22,12 +23,7 @@ struct Bench
         design.logs = true;
         design.write(directory.path());
         qputenv("SIGNALSCOPE_BOARD", directory.filePath("board.json").toLocal8Bit());
-        startBenchServer(servers);
-    }
-    ~Bench()
-    {
-        KEO::JtagSession::instance()->disconnectAll();
-        KEO::killServers(servers);
+        server.emplace();
     }
 
     QString file() const { return directory.filePath("design." + design.extension); }
@@ -42,7 +38,7 @@ struct Bench
 
     TestDesign design;
     QTemporaryDir directory;
-    KEO::ServerProcesses servers;
+    std::optional<BenchServer> server;
 };
 
 /// The tip that shows, or null.

@@ -15,3 +15,15 @@ inline void startBenchServer(KEO::ServerProcesses &processes)
     if (!rows.isEmpty())
         qFatal("the server does not answer");
 }
+
+/// A server that runs as long as this lives, and begins its stimulus anew.
+struct BenchServer
+{
+    BenchServer() { startBenchServer(servers); }
+    ~BenchServer()
+    {
+        KEO::JtagSession::instance()->disconnectAll();
+        KEO::killServers(servers);
+    }
+    KEO::ServerProcesses servers;
+};

@@ -121,7 +121,8 @@ void tst_UnitSetting::refuses_data()
     addRow("unit beyond the last", "M16===1", "no match unit M16");
     addRow("unit without port", "M2===1", "M2 of core 1");
     addRow("nothing", "M3=", "\"\" is no comparison");
-    addRow("no value", "M3=>", "\">\"");
+    addRow("no value", "M3=>", "> takes a binary value");
+    addRow("no value of an equality", "M3===", "== takes a binary value");
     addRow("unknown function", "M3=~1", "\"~1\"");
     addRow("two comparisons", "M3=>1,<0", "\"<0\"");
     addRow("letter of a number", "M3=>1X", "0 1)");

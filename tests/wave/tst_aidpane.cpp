@@ -88,9 +88,8 @@ struct Aided final : Viewer
 /// What a pixel of a trace is in the middle of a sample's columns, as the text has it.
 QChar shownAt(const QImage &image, int row, qreal x)
 {
-    const qreal ratio = image.devicePixelRatioF();
-    const auto at = [&](qreal y) {
-        return image.pixelColor(int(x * ratio), int((row * 20 + y) * ratio)) != QColor(Qt::black);
+    const auto at = [&](int y) {
+        return image.pixelColor(int(x), row * 20 + y) != QColor(Qt::black);
     };
     if (at(4) && !at(14))
         return u'1';
@@ -166,12 +165,12 @@ void tst_AidPane::followsTheWaves()
         Viewer::settle();
         const auto *tracks = aided.part<AidTracks>();
         QCOMPARE(tracks->viewport()->width(), aided.waves->viewport()->width());
-        const QImage image = tracks->viewport()->grab().toImage();
+        const QImage image = pixelsOf(tracks->viewport());
         int seen = 0;
         for (int k = 0; k < kSamples; ++k) {
             const int left = aided.waves->mapFromScene(k * CLOCK_PITCH, 0).x();
             const qreal middle = left + CLOCK_PITCH * zoom / 2 + 0.5;
-            if (left < 0 || middle + 3 >= image.width() / image.devicePixelRatioF())
+            if (left < 0 || middle + 3 >= image.width())
                 continue;
             ++seen;
             for (int row = 1; row < aided.texts.size(); ++row) {
@@ -183,7 +182,7 @@ void tst_AidPane::followsTheWaves()
     }
     aided.rows.rows[1] = rowOf(QString(kSamples, u'1'));
     aided.widget->showAidRows(aided.rows);
-    const QImage image = aided.part<AidTracks>()->viewport()->grab().toImage();
+    const QImage image = pixelsOf(aided.part<AidTracks>()->viewport());
     QCOMPARE(shownAt(image, 1, 300), u'1');
 }
 
@@ -211,14 +210,12 @@ void tst_AidPane::goesFromHitToHit()
     // A hit is as long as it holds, and its samples are ticks. The find bar's stand below.
     aided.ruler->setHits(SampleHits(aidBeginnings(aided.rows.rows.first())), {});
     Viewer::settle();
-    const QImage ruler = aided.ruler->viewport()->grab().toImage();
-    const qreal ratio = ruler.devicePixelRatioF();
+    const QImage ruler = pixelsOf(aided.ruler->viewport());
     const int last = hits.last();
     for (int k = last - 3; k < last + 3; ++k) {
-        const int x = int(aided.ruler->mapFromScene(k * CLOCK_PITCH, 0).x() * ratio);
+        const int x = aided.ruler->mapFromScene(k * CLOCK_PITCH, 0).x();
         const auto has = [&](const QColor &color, int y) {
-            return ruler.pixelColor(x, int(y * ratio)) == color ||
-                   ruler.pixelColor(x - 1, int(y * ratio)) == color;
+            return ruler.pixelColor(x, y) == color || ruler.pixelColor(x - 1, y) == color;
         };
         QCOMPARE(has(QColor(0x50, 0xE0, 0x70), 33), text[k] == u'1');
         if (k != last) // which is the current one, from top to foot
@@ -261,8 +258,8 @@ void tst_AidPane::worksInAComparedPage()
     const int zero = aided->waves->mapFromScene(0, 0).x();
     QVERIFY(zero > 100);
     const auto *tracks = page.upper()->findChild<AidTracks *>();
-    const QImage image = tracks->viewport()->grab().toImage();
-    QCOMPARE(image.pixel(int((zero - 60) * image.devicePixelRatioF()), 4), qRgb(0, 0, 0));
+    const QImage image = pixelsOf(tracks->viewport());
+    QCOMPARE(image.pixel(zero - 60, 4), qRgb(0, 0, 0));
     if (aided->texts[1][0] != u'?')
         QCOMPARE(shownAt(image, 1, zero + 20), aided->texts[1][0]);
     // The key works below as well.

@@ -91,10 +91,9 @@ QString valueOf(const WaveMonitorWidget *viewer, int row)
 bool isMarked(WaveMonitorWidget *viewer, int row, qreal sample)
 {
     QWidget *viewport = viewer->findChild<WaveView *>()->viewport();
-    const QImage image = viewport->grab().toImage();
     const qreal x = (sample + 0.5 - viewer->firstShownSample()) * CLOCK_PITCH * viewer->zoomRate();
     const QPointF place(x, (row + 1) * ROW_HEIGHT - 2.0); // the bar below the row
-    return image.pixel((place * image.devicePixelRatio()).toPoint()) == kMark;
+    return pixelsOf(viewport).pixel(place.toPoint()) == kMark;
 }
 
 QIcon signOf(const WaveMonitorWidget *viewer, int row)

@@ -213,9 +213,8 @@ void tst_WaveMonitorWidget::autorunSwapsSamplesAlone()
     viewer.settle();
     QCOMPARE(viewer.widget->findChild<QLabel *>()->text(), "    Autorun Counter: 7");
     QCOMPARE(sample(viewer) + value(viewer, kBus), "0105");
-    const QImage picture = viewer.waves->viewport()->grab().toImage();
-    const qreal ratio = picture.devicePixelRatio();
-    QCOMPARE(picture.pixelColor(int(190 * ratio), int(24 * ratio)), QColor(Qt::green)); // row 0
+    const QImage picture = pixelsOf(viewer.waves->viewport());
+    QCOMPARE(picture.pixelColor(190, 24), QColor(Qt::green)); // row 0
     QVERIFY(state() == before);
     viewer.widget->updateData({QBitArray(kSamples)}); // not as many as there are signals
     QCOMPARE(sample(viewer), "010");
