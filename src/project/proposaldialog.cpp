@@ -20,6 +20,7 @@ namespace {
 
 constexpr qsizetype kNamedRows = 6;
 constexpr QSize kSize(520, 300);
+constexpr int kTextMargin = 6; // pixels, to the frame
 
 /// A paragraph with its lines under it; nothing without lines.
 QString paragraph(const QString &heading, const QStringList &lines)
@@ -72,6 +73,7 @@ ProposalDialog::ProposalDialog(const Subject &subject,
     auto *scroll = named(new QScrollArea, "proposalScroll");
     scroll->setWidgetResizable(true);
     scroll->setWidget(m_text);
+    m_text->setMargin(kTextMargin);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     m_apply->setObjectName(QStringLiteral("btnApply"));
     m_apply->setDefault(true);
