@@ -157,6 +157,7 @@ void CaptureProject::setupProject(QWidget *mainWindow)
     if (!m_tab)
         m_tab = m_page->build(m_programmer->makePage());
     m_command->enter(*m_tab, mainWindow);
+    m_deviceChooser->enter(*m_tab, mainWindow);
     m_programmer->reset();
     m_page->reset();
     if (toolBarGetter) {
@@ -169,7 +170,6 @@ void CaptureProject::setupProject(QWidget *mainWindow)
     m_waveTabs.enterWindow(mainWindow, tabs, m_tab);
     m_rehearsal->enter(*m_tab, mainWindow, tabs);
     m_fromWaves->enter(mainWindow);
-    m_deviceChooser->enter(*m_tab, mainWindow);
     m_why->enter(m_tab, mainWindow, tabs);
     m_status->enter(mainWindow ? mainWindow->findChild<QStatusBar *>() : nullptr);
     m_runStatus->clear();
