@@ -209,10 +209,12 @@ Result<UnitValues> valuesFor(const MatchUnit &unit, const QString &text)
     const auto refused = [&unit](const QString &reason) {
         return refusal(Text::tr("M%1: %2").arg(QString::number(unit.index), reason));
     };
-    if (bits == 0)
-        return refused(Text::tr("the unit has no port."));
     const QStringList parts = text.split(u':');
     const bool isRange = isRangeFunction(unit.func);
+    if (parts.size() == (isRange ? 2 : 1) && parts.join(QString()).trimmed().isEmpty())
+        return UnitValues{{}, isRange ? QString() : unit.value1};
+    if (bits == 0)
+        return refused(Text::tr("the unit has no port."));
     if (isRange && parts.size() != 2)
         return refused(Text::tr("the function needs a minimum and a maximum, as in “01 : 10”."));
     if (!isRange && parts.size() != 1)

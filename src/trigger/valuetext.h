@@ -38,7 +38,7 @@ struct UnitValues
 };
 /// What \a text, as valueText writes it, would set in \a unit by the rules of its port, type and
 /// function; or why it can't. Each value may be written as for binaryOfText; a short one gets zeros
-/// in front.
+/// in front. The text of a unit that has no value sets none.
 [[nodiscard]] Result<UnitValues> valuesFor(const MatchUnit &unit, const QString &text);
 
 /// What the core makes of a stored value: zeros in front of a short one, the first characters of a

@@ -1,5 +1,6 @@
 #include "dynamicconfigwidget.h"
 
+#include "expressionlist.h"
 #include "matchunitdialog.h"
 #include "matchunitmodel.h"
 #include "muexpressiondialog.h"
@@ -109,7 +110,7 @@ QGroupBox *DynamicConfigWidget::makeCaptureGroup()
 
 QGroupBox *DynamicConfigWidget::makeExpressionGroup()
 {
-    m_listExpressions = named(new QListWidget, "listExpressions");
+    m_listExpressions = named(new ExpressionList, "listExpressions");
     m_listExpressions->setAccessibleName(tr("Trigger Expressions"));
     m_listExpressions->setUniformItemSizes(true);
     auto *group = new QGroupBox(tr("Trigger Expressions"));

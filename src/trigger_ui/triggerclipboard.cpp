@@ -17,6 +17,21 @@ struct Text
     Q_DECLARE_TR_FUNCTIONS(KEO::TriggerClipboard)
 };
 
+/// The values in a text for so many units. Empty lines stand for units without a value if they are
+/// what makes a line for each.
+QStringList valueLines(QString text, qsizetype units)
+{
+    if (text.endsWith(u'\n'))
+        text.chop(1);
+    const QStringList all = text.split(u'\n');
+    QStringList values;
+    for (const QString &line : all) {
+        if (!line.trimmed().isEmpty())
+            values.append(line);
+    }
+    return all.size() == units && !values.isEmpty() ? all : values;
+}
+
 } // namespace
 
 void copyValues(const QList<MatchUnit *> &units)
@@ -24,13 +39,16 @@ void copyValues(const QList<MatchUnit *> &units)
     QStringList lines;
     for (const MatchUnit *unit : units)
         lines.append(valueText(*unit));
-    if (!lines.isEmpty())
-        QGuiApplication::clipboard()->setText(lines.join(u'\n'));
+    if (lines.isEmpty())
+        return;
+    if (lines.last().isEmpty())
+        lines.append(QString()); // a last line that is empty shows by its end alone
+    QGuiApplication::clipboard()->setText(lines.join(u'\n'));
 }
 
 std::optional<TriggerFinding> pasteValues(const QList<MatchUnit *> &units)
 {
-    const QStringList lines = QGuiApplication::clipboard()->text().split(u'\n', Qt::SkipEmptyParts);
+    const QStringList lines = valueLines(QGuiApplication::clipboard()->text(), units.size());
     const auto refusal = [](const MatchUnit &unit, const QString &reason) {
         return TriggerFinding{TriggerFinding::Subject::Unit, unit.index,
                               TriggerFinding::Weight::Obstacle,

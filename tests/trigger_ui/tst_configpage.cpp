@@ -89,6 +89,7 @@ private Q_SLOTS:
     void showingACoreIsNoChange();
     void expressionsOfAStaticCore();
     void expressionIsEdited();
+    void quickClicksOnACheckBox();
     void typedExpressions();
     void unitIsEdited();
     void findingsLeadToTheirPlaces();
@@ -278,6 +279,28 @@ void tst_ConfigPage::expressionIsEdited()
 }
 
 // Random texts, typed or pasted, against the grammar as text replacement says it.
+void tst_ConfigPage::quickClicksOnACheckBox()
+{
+    Page page;
+    page.show();
+    bool opened = false;
+    const OnModal<MuExpressionDialog> edit([&](MuExpressionDialog *dialog) {
+        opened = true;
+        dialog->reject();
+    });
+    QWidget *viewport = page.expressions->viewport();
+    const QRect row = page.expressions->visualItemRect(page.expressions->item(0));
+    const QPoint mark(row.left() + row.height() / 2, row.center().y());
+    QTest::mouseClick(viewport, Qt::LeftButton, {}, mark);
+    QCOMPARE(page.expressions->item(0)->checkState(), Qt::Unchecked);
+    QTest::mouseDClick(viewport, Qt::LeftButton, {}, mark);
+    QTest::mouseRelease(viewport, Qt::LeftButton, {}, mark);
+    QCOMPARE(page.expressions->item(0)->checkState(), Qt::Checked);
+    QVERIFY(!opened);
+    QTest::mouseDClick(viewport, Qt::LeftButton, {}, row.center());
+    QVERIFY(opened);
+}
+
 void tst_ConfigPage::typedExpressions()
 {
     QList<bool> flags(16);
@@ -472,6 +495,22 @@ void tst_ConfigPage::valuesAreCopied()
     QCOMPARE(entries.mid(0, 2), (QStringList{"&Copy", "&Paste"}));
     QCOMPARE(values(), "1100 100001 0001:1111");
     QTRY_VERIFY2(!page.told().contains("Not pasted"), qPrintable(page.told()));
+
+    // Units without a value, wherever they stand.
+    const std::tuple<int, QString, QString> unset[] = {
+        {2, "", "000011"}, {1, "1010", ""}, {2, "1010", ""}, {2, "", ""}};
+    for (const auto &[last, first, second] : unset) {
+        m0.value0 = first;
+        m1.value0 = second;
+        m10.value0 = m10.value1 = QString();
+        const QString before = values();
+        select(0, last);
+        press(QKeySequence::Copy);
+        m0.value0 = m10.value0 = m10.value1 = "0111";
+        m1.value0 = "011100";
+        press(QKeySequence::Paste);
+        QCOMPARE(values(), last == 2 ? before : QString(before).replace(" :", " 0111:0111"));
+    }
 }
 
 void tst_ConfigPage::expressionsAreCopied()
