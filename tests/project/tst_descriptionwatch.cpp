@@ -170,8 +170,7 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
     };
     QCOMPARE(copied().size(), 34);
     QCOMPARE(copied().first(), QString("Core 0: memory 4096 \u2192 8192"));
-    QCOMPARE(copied().last(),
-             QString("Core 0, settings in the file: trigger position 16 \u2192 20"));
+    QCOMPARE(copied().last(), QString("Core 0, setting: trigger position 16 \u2192 20"));
 
     built.noise = 9; // and once more, while the list is open and one of its lines is selected
     s.write(built);
