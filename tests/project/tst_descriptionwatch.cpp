@@ -172,11 +172,15 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
     QCOMPARE(copied().first(), QString("Core 0: memory 4096 \u2192 8192"));
     QCOMPARE(copied().last(), QString("Core 0, setting: trigger position 16 \u2192 20"));
 
-    built.noise = 9; // and once more, while the list is open and one of its lines is selected
-    s.write(built);
+    built.noise = 9; // and once more, while the list is open and the user is in it
     auto *tree = s.changeList()->findChild<QTreeWidget *>("tree");
+    tree->setCurrentItem(tree->topLevelItem(0)->child(1));
+    tree->topLevelItem(1)->setExpanded(false);
+    s.write(built);
     QTRY_COMPARE(tree->topLevelItem(0)->childCount(), 2);
-    tree->topLevelItem(0)->child(1)->setSelected(true);
+    QCOMPARE(tree->selectedItems(), QList({tree->topLevelItem(0)->child(1)}));
+    QCOMPARE(tree->currentItem(), tree->topLevelItem(0)->child(1));
+    QVERIFY(tree->topLevelItem(0)->isExpanded() && !tree->topLevelItem(1)->isExpanded());
     QTest::keyClick(tree, Qt::Key_C, Qt::ControlModifier);
     QCOMPARE(QGuiApplication::clipboard()->text(), "Core 0: signal added: noise_8");
     QTest::keyClick(tree, Qt::Key_Escape);
