@@ -48,6 +48,11 @@ DescriptionWatch::DescriptionWatch(std::function<bool()> isBusy, QObject *parent
         m_heldSince.invalidate(); // somebody is at work
         onFileChanged(path);
     });
+    connect(&m_fileWatcher, &FileWatch::attributesChanged, this, [this](const QString &path) {
+        const Result<QByteArray> bytes = descriptionBytes(path);
+        if (m_reloadBanner || (bytes && *bytes != m_opened))
+            onFileChanged(path);
+    });
 }
 
 void DescriptionWatch::start(const QString &keoFilePath, QWidget *page)

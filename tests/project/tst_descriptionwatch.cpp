@@ -22,6 +22,7 @@ class tst_DescriptionWatch : public WidgetTest
 private Q_SLOTS:
     void reload();
     void tellsWhatHasChanged();
+    void timePutBack();
     void removal();
     void buttonsWaitForTheRun();
     void changeDuringCapture_data();
@@ -198,6 +199,32 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
     QVERIFY(!s.banners().first()->findChild<QPushButton *>("buttonDetails")->isVisible());
     putFile(s.file(), "<KEO_CONFIG><Version>9</Version><KoCore/></KEO_CONFIG>");
     QTRY_COMPARE(s.details(), "It can't be loaded: The version of Keo config file is too high.");
+}
+
+// By their size and time, some tools' files are all the same. An attribute is no news.
+void tst_DescriptionWatch::timePutBack()
+{
+    TestDesign design;
+    Session s(design);
+    const QDateTime longAgo = QDateTime::currentDateTime().addDays(-1);
+    const auto write = [&](const QByteArray &content) {
+        QFile file(s.file());
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QCOMPARE(file.write(content), file.size());
+        QVERIFY(file.flush() && file.setFileTime(longAgo, QFileDevice::FileModificationTime));
+    };
+    const QByteArray content = contentOf(s.file());
+    write(content);
+    s.window->reopen(s.file());
+    QVERIFY(QFile::setPermissions(s.file(), QFile::ReadOwner | QFile::WriteOwner));
+    QTest::qWait(kQuiet);
+    QCOMPARE(s.words(), QStringList());
+    QByteArray built = content;
+    write(built.replace("noise_0<", "fresh_0<"));
+    QTRY_COMPARE(s.words(), QStringList(kChanged));
+    QCOMPARE(s.details(), "core 0: signals: 1 renamed");
+    write(content);
+    QTRY_COMPARE(s.details(), "The design is the same");
 }
 
 void tst_DescriptionWatch::removal()
