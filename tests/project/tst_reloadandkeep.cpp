@@ -159,7 +159,12 @@ void tst_ReloadAndKeep::triggerAndWaves()
     built = replaced(built, "noise_2</Signal>", "fresh</Signal>");
     built = replaced(built, "storage_depth=\"4096\"", "storage_depth=\"64\"");
     s.rebuild(built);
-    s.reloadAndKeep();
+    s.press(Qt::Key_W, Qt::AltModifier);
+    QDialog *changes = nullptr;
+    QTRY_VERIFY(changes = s.window->findChild<QDialog *>("changeList"));
+    QTRY_VERIFY(changes->isActiveWindow());
+    QTest::keyClick(changes, Qt::Key_K, Qt::AltModifier); // the keys of the window work there too
+    QTRY_VERIFY(!s.keepButton());
     QCOMPARE(s.tabs()->count(), 1);
     QCOMPARE(windows->currentText(), "2");
     QCOMPARE(amount->currentText(), "32");
