@@ -5,6 +5,7 @@
 
 #include <config/descriptiondiff.h>
 #include <config/descriptionkind.h>
+#include <widgets/scrollpage.h>
 
 #include <QBoxLayout>
 #include <QFileInfo>
@@ -235,12 +236,16 @@ void DescriptionWatch::reload(Reopen request)
         return;
     const QPointer<DescriptionWatch> self(this);
     const QString path = m_keoFilePath;
+    const QPointer<QWidget> page = m_page;
+    const int place = page ? scrollPlaceOf(*page) : 0;
     const QPointer<QWidget> focus = focusInPage();
     if (QFileInfo::exists(path))
         Q_EMIT(this->*request)(path);
     // The page has been out of its window meanwhile.
     if (focus && focus->isVisible())
         focus->setFocus(Qt::OtherFocusReason);
+    if (page)
+        setScrollPlace(*page, place);
     if (self)
         Q_EMIT reloaded();
 }
