@@ -104,6 +104,8 @@ void DescriptionWatch::onFileChanged(const QString &path)
     const QString shownPath = path.isEmpty() ? m_keoFilePath : path;
     if (!QFileInfo::exists(m_keoFilePath)) {
         // An older banner stays below: what it tells has happened too.
+        if (m_reloadBanner)
+            m_reloadBanner->setLoadable(false);
         addBanner(ReloadBanner::Removed, shownPath);
         return;
     }
@@ -128,7 +130,7 @@ void DescriptionWatch::addBanner(int mode, const QString &path)
     markTab(true);
 }
 
-/// Also in the list, if that is open.
+/// Also in the list, if that is open. With nothing in it, it goes: no button would lead there.
 void DescriptionWatch::tellChanges(ReloadBanner &banner)
 {
     m_changes.clear();
@@ -140,7 +142,9 @@ void DescriptionWatch::tellChanges(ReloadBanner &banner)
         m_changes = descriptionChanges(*before, *now);
         banner.setDetails(summaryOf(m_changes), !m_changes.isEmpty());
     }
-    if (m_changeList)
+    if (m_changeList && m_changes.isEmpty())
+        m_changeList->close();
+    else if (m_changeList)
         m_changeList->setChanges(m_changes);
 }
 

@@ -197,8 +197,14 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
     QTRY_COMPARE(s.words(), QStringList(kChanged));
     QCOMPARE(s.details(), "The design is the same");
     QVERIFY(!s.banners().first()->findChild<QPushButton *>("buttonDetails")->isVisible());
+    built.noise = 10;
+    s.write(built);
+    QTRY_COMPARE(s.details(), "core 0: signals: 1 added");
+    ask();
     putFile(s.file(), "<KEO_CONFIG><Version>9</Version><KoCore/></KEO_CONFIG>");
     QTRY_COMPARE(s.details(), "It can't be loaded: The version of Keo config file is too high.");
+    QVERIFY(!s.changeList()); // it has nothing to tell, and no button leads there
+    QTRY_VERIFY(s.window->isActiveWindow());
 }
 
 // By their size and time, some tools' files are all the same. An attribute is no news.
@@ -239,6 +245,7 @@ void tst_DescriptionWatch::removal()
         QTRY_COMPARE(s.words(), QStringList(kChanged));
         QVERIFY(QFile::rename(s.file(), away));
         QTRY_COMPARE(s.words(), (QStringList{kRemoved, kChanged}));
+        QVERIFY(!s.banners().last()->findChild<QPushButton *>("btnKeep")->isEnabled());
     }
     // Close takes the topmost away, and the project with it.
     const auto page = s.banners().first()->parentWidget();
