@@ -56,15 +56,24 @@ DescriptionWatch::DescriptionWatch(std::function<bool()> isBusy, QObject *parent
     });
 }
 
-void DescriptionWatch::start(const QString &keoFilePath, QWidget *page)
+void DescriptionWatch::prepare(const QString &keoFilePath)
 {
     stop();
-    m_page = page;
-    removeBanners();
+    m_isPrepared = true;
     m_keoFilePath = keoFilePath;
     m_fileWatcher.watch(keoFilePath);
     const Result<QByteArray> bytes = descriptionBytes(keoFilePath);
     m_opened = bytes ? *bytes : QByteArray();
+}
+
+void DescriptionWatch::start(const QString &keoFilePath, QWidget *page)
+{
+    if (!m_isPrepared || m_keoFilePath != keoFilePath)
+        prepare(keoFilePath);
+    m_isPrepared = false;
+    m_page = page;
+    removeBanners();
+    tellPending();
 }
 
 void DescriptionWatch::stop()
@@ -79,6 +88,7 @@ void DescriptionWatch::stop()
     removeBanners();
     m_keoFilePath.clear();
     m_reloadPending = false;
+    m_isPrepared = false;
 }
 
 void DescriptionWatch::tellPending()
@@ -97,7 +107,7 @@ void DescriptionWatch::setButtonsEnabled(bool isEnabled) const
 
 void DescriptionWatch::onFileChanged(const QString &path)
 {
-    if (m_isBusy()) {
+    if (m_isBusy() || m_isPrepared) {
         m_reloadPending = true;
         return;
     }

@@ -22,6 +22,7 @@ class tst_DescriptionWatch : public WidgetTest
 private Q_SLOTS:
     void reload();
     void tellsWhatHasChanged();
+    void changeWhileABoxShows();
     void timePutBack();
     void removal();
     void buttonsWaitForTheRun();
@@ -205,6 +206,22 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
     QTRY_COMPARE(s.details(), "It can't be loaded: The version of Keo config file is too high.");
     QVERIFY(!s.changeList()); // it has nothing to tell, and no button leads there
     QTRY_VERIFY(s.window->isActiveWindow());
+}
+
+// A project asks first, and the tools go on meanwhile.
+void tst_DescriptionWatch::changeWhileABoxShows()
+{
+    Session s({});
+    s.capture();
+    s.saveAs(s.directory.filePath("run"));
+    QVERIFY(QFile::remove(s.directory.filePath("run.xml")));
+    TestDesign built = s.design;
+    built.storageDepth = 8192;
+    s.boxes.whileOpen = [&](const QMessageBox &) { s.write(built); };
+    s.open(s.directory.filePath("run.analyzer_prj"));
+    QCOMPARE(s.boxes.seen.size(), 1);
+    QTRY_COMPARE(s.words(), QStringList(kChanged));
+    QVERIFY2(s.details().startsWith("core 0: memory 4096"), qPrintable(s.details()));
 }
 
 // By their size and time, some tools' files are all the same. An attribute is no news.
