@@ -139,6 +139,8 @@ void CaptureProject::connectDescriptionWatch()
             });
     connect(m_descriptionWatch, &DescriptionWatch::closeRequested, this,
             [this] { QMetaObject::invokeMethod(parent(), "closeCurrentProject"); });
+    connect(m_files, &ProjectFiles::readingDescription, m_descriptionWatch,
+            &DescriptionWatch::prepare);
     // What was downloaded belongs to the description of before.
     connect(m_descriptionWatch, &DescriptionWatch::reloaded, m_programmer,
             &ProgrammerLink::switchOff);
