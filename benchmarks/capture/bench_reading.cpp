@@ -150,6 +150,32 @@ BENCHMARK(managerReads)
     ->UseManualTime()
     ->Iterations(1);
 
+/// The argument says whether a transcript is written.
+void readsWithTranscript(benchmark::State &state)
+{
+    const QTemporaryDir directory;
+    JtagSession &session = *JtagSession::instance();
+    if (state.range(0) != 0 && session.startTranscript(directory.filePath("transcript")))
+        return state.SkipWithError("no transcript");
+    {
+        Board board;
+        for (auto _ : state) {
+            const qint64 taken = board.capture(kEagerPace);
+            if (taken == 0)
+                return state.SkipWithError("no samples");
+            state.SetIterationTime(double(taken) / 1e9);
+        }
+    }
+    session.stopTranscript();
+}
+BENCHMARK(readsWithTranscript)
+    ->ArgName("transcript")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(20); // so that the transcript stays below its limit
+
 /// range(0): ms between polls. The trigger is forced at no particular time.
 void triggerSeen(benchmark::State &state)
 {

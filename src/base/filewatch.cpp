@@ -4,6 +4,7 @@
 #include <QFileInfo>
 
 #include <chrono>
+#include <utility>
 
 #ifdef Q_OS_UNIX
 #include <sys/stat.h>
@@ -93,6 +94,7 @@ FileWatch::Stamp FileWatch::stampOfFile() const
         stamp.size = info.size();
         stamp.written = info.lastModified().toUTC();
         stamp.created = info.birthTime().toUTC();
+        stamp.touched = info.metadataChangeTime().toUTC();
     }
 #ifdef Q_OS_UNIX
     struct stat file = {};
@@ -123,15 +125,18 @@ void FileWatch::look()
         if (m_looksInVain < kPatience)
             return;
     }
-    if (m_known.surelyEquals(present))
+    const QString path = m_path; // a listener may end this watch
+    if (m_known.surelyEquals(present)) {
+        if (std::exchange(m_known.touched, present.touched) != present.touched)
+            Q_EMIT attributesChanged(path);
         return;
+    }
     if (present.exists && !m_seen.looksLike(present)) {
         m_seen = present; // perhaps still being written
         m_timer.start(kSettleTime);
         return;
     }
     m_known = present;
-    const QString path = m_path; // a listener may end this watch
     Q_EMIT fileChanged(path);
 }
 

@@ -37,6 +37,9 @@ public:
 Q_SIGNALS:
     /// The file was written, was removed, or is back. Several events in a row are told once.
     void fileChanged(const QString &path);
+    /// The file has its size and its time, but something of it was written: its attributes, or a
+    /// content after which a tool has put the time back. Whoever knows the content may compare.
+    void attributesChanged(const QString &path);
 
 private:
     /// By which a file is told from its former self.
@@ -46,6 +49,7 @@ private:
         qint64 size = 0;    ///< bytes
         QDateTime written;  ///< UTC
         QDateTime created;  ///< UTC, invalid where the system does not know
+        QDateTime touched;  ///< UTC, the same; of the attributes, too
         quint64 device = 0; ///< with the next one the file itself; 0 where the system has no such
         quint64 inode = 0;
         QDateTime lookedAt; ///< UTC

@@ -38,6 +38,11 @@ QString lateModelMeant(const QString &deviceModel)
     return {};
 }
 
+QStringList lateModels()
+{
+    return {kLateModels.begin(), kLateModels.end()};
+}
+
 QString lateModelsText()
 {
     return QCoreApplication::translate("KEO::DeviceModels", "%1 to %2")

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace KEO {
 
@@ -13,6 +14,9 @@ bool writesOneRowLate(const QString &deviceModel);
 /// letters, blanks, or what follows the model in a part number: one that writes late although the
 /// text does not name it. Else empty.
 QString lateModelMeant(const QString &deviceModel);
+
+/// The models that write late, in their order.
+[[nodiscard]] QStringList lateModels();
 
 /// All models that write late, for a user: "KR-A to KR-R".
 QString lateModelsText();

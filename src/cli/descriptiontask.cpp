@@ -50,13 +50,6 @@ bool isSetting(const DescriptionChange &change)
     return change.origin == DescriptionChange::Origin::Saved;
 }
 
-QString outputLine(const DescriptionChange &change)
-{
-    const QString place =
-        isSetting(change) ? Text::tr("%1, setting").arg(placeOf(change)) : placeOf(change);
-    return place + QLatin1String(": ") + lineOf(change);
-}
-
 QJsonObject jsonOf(const DescriptionChange &change)
 {
     QJsonObject object{{"subject", nameOf(change.subject)},
@@ -86,7 +79,7 @@ TaskResult diffDescriptions(const CaptureOptions &options, ResultOutput &output)
     QJsonArray told;
     if (const Result<QList<DescriptionChange>> changes = changesIn(options)) {
         for (const DescriptionChange &change : *changes) {
-            output.line(outputLine(change));
+            output.line(wholeLineOf(change));
             told.append(jsonOf(change));
         }
         if (changes->isEmpty())

@@ -238,6 +238,14 @@ QString placeOf(const DescriptionChange &change)
                : Text::tr("Core %1").arg(change.core);
 }
 
+QString wholeLineOf(const DescriptionChange &change)
+{
+    const bool isSetting = change.origin == DescriptionChange::Origin::Saved;
+    const QString place =
+        isSetting ? Text::tr("%1, setting").arg(placeOf(change)) : placeOf(change);
+    return place + QLatin1String(": ") + lineOf(change);
+}
+
 QString summaryOf(const QList<DescriptionChange> &changes)
 {
     QMap<int, QList<DescriptionChange>> byCore;

@@ -86,6 +86,9 @@ struct DescriptionChange
 /// "Core 1", or "Design" of what concerns the whole, such as a core that was added.
 [[nodiscard]] QString placeOf(const DescriptionChange &change);
 
+/// The same with the place before it, such as "Core 1, setting: trigger position 16 → 20".
+[[nodiscard]] QString wholeLineOf(const DescriptionChange &change);
+
 /// All in a line, the design's changes first and core by core; signals and settings are counted,
 /// and so is what makes it long.
 [[nodiscard]] QString summaryOf(const QList<DescriptionChange> &changes);

@@ -72,6 +72,8 @@ public:
     [[nodiscard]] virtual Result<RunSettings> runSettings(const QString &deviceModel) const = 0;
     /// The model of device that a run goes by; empty: not known. \a deviceModel is as in take.
     [[nodiscard]] virtual QString deviceOfRun(const QString &deviceModel) const = 0;
+    /// Is that the programmer's target, and not the name that the manager has?
+    [[nodiscard]] virtual bool goesByTarget() const = 0;
     /// Why the samples of a run may be shifted that goes by \a device, a sentence for the user;
     /// empty: they are not, if that is the device.
     [[nodiscard]] QString deviceDoubt(const QString &device) const;

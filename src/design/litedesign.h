@@ -27,6 +27,7 @@ public:
     SettingsCarry carry(const CoreSetup &before) override;
     [[nodiscard]] Result<RunSettings> runSettings(const QString &deviceModel) const override;
     [[nodiscard]] QString deviceOfRun(const QString &deviceModel) const override;
+    [[nodiscard]] bool goesByTarget() const override { return true; }
     [[nodiscard]] bool canStart() const override { return m_manager.core() != nullptr; }
     [[nodiscard]] bool canAuto() const override { return canStart(); }
     [[nodiscard]] int windowCount() const override { return 1; }

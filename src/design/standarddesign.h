@@ -26,6 +26,7 @@ public:
     SettingsCarry carry(const CoreSetup &before) override;
     [[nodiscard]] Result<RunSettings> runSettings(const QString &deviceModel) const override;
     [[nodiscard]] QString deviceOfRun(const QString &deviceModel) const override;
+    [[nodiscard]] bool goesByTarget() const override { return false; }
     [[nodiscard]] bool canStart() const override;
     /// An Auto run reads one window of one core.
     [[nodiscard]] bool canAuto() const override;

@@ -28,7 +28,8 @@ inline constexpr qint64 kTranscriptLimit = 64 * 1024 * 1024;
 /// Every packet that passes the clients, with its time, as lines of text in a file;
 /// docs/link-protocol.md has the form. Taking a packet costs its thread next to nothing: lines are
 /// made and written on another one, as soon as a packet comes, and while they come without a pause
-/// every two milliseconds. So much is lost at most when the program crashes.
+/// every two milliseconds. Little more is lost when the program crashes, but for the numbers of
+/// polls, which are told once a second.
 ///
 /// A file that can't take any more, a full disk say, is told once and left alone from then on.
 class Transcript final

@@ -37,6 +37,10 @@ public:
     /// Another database. Drops all rows, which point into the one before.
     void setDatabase(std::shared_ptr<const DeviceDatabase> database);
     [[nodiscard]] const DeviceDatabase &database() const { return *m_database; }
+    [[nodiscard]] std::shared_ptr<const DeviceDatabase> sharedDatabase() const
+    {
+        return m_database;
+    }
     [[nodiscard]] const DeviceChain &rows() const { return m_rows; }
     /// \a operation is of the database, or null for bypass.
     void setOperation(int row, const DeviceOperation *operation);

@@ -193,6 +193,24 @@ void KeoProgrammerWidget::setDevice(const QString &family, const QString &device
     m_model->setDevice(family, device, fsFile);
 }
 
+void KeoProgrammerWidget::nameDevice(const QString &family, const QString &device)
+{
+    if (isTableKept())
+        return;
+    const DeviceRow *target = m_model->targetRow();
+    setDevice(family, device, target ? target->fsFile : QString());
+}
+
+bool KeoProgrammerWidget::isTableKept() const
+{
+    return rows().size() > 1 || (isEnabledByUser() && !rows().isEmpty());
+}
+
+std::shared_ptr<const DeviceDatabase> KeoProgrammerWidget::database() const
+{
+    return m_model->sharedDatabase();
+}
+
 void KeoProgrammerWidget::setDesignId(const QString &id)
 {
     m_model->setDesignId(id);

@@ -5,12 +5,15 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <memory>
+
 class QCheckBox;
 class QTableView;
 class QToolButton;
 
 namespace KEO {
 
+class DeviceDatabase;
 class KeoProgrammerModel;
 class ProgrammerLog;
 
@@ -33,6 +36,14 @@ public:
 
     /// The device that the command line named; texts may be empty.
     void setDevice(const QString &family, const QString &device, const QString &fsFile);
+    /// The device that the user named later. The table gets it as from the command line and keeps
+    /// the target's bitstream; unless isTableKept().
+    void nameDevice(const QString &family, const QString &device);
+    /// The user has filled the table, and would lose that if it were set anew: it is in use, or has
+    /// several rows.
+    [[nodiscard]] bool isTableKept() const;
+    /// What the page knows of devices; never null.
+    [[nodiscard]] std::shared_ptr<const DeviceDatabase> database() const;
     /// The check value of the open core description, which fs files have to agree with.
     void setDesignId(const QString &id);
     /// The check box is checked.

@@ -3,6 +3,7 @@
 #include "commandcopy.h"
 #include "configpage.h"
 #include "descriptionwatch.h"
+#include "devicechooser.h"
 #include "programmerlink.h"
 #include "projectboxes.h"
 #include "projectfiles.h"
@@ -60,6 +61,8 @@ CaptureProject::CaptureProject(Kind kind, QObject *parent)
     m_rehearsal = new TriggerRehearsal(parts, this);
     m_why = new WhyNoTrigger(parts, this);
     m_fromWaves = new TriggerFromWaves(parts, this);
+    m_deviceChooser = new DeviceChooser(parts, this);
+    connect(m_deviceChooser, &DeviceChooser::chosen, this, &CaptureProject::chooseDevice);
     connect(m_files, &ProjectFiles::told, this, &CaptureProject::told);
     connect(m_files, &ProjectFiles::saved, m_recovery, &RecoveryKeeper::saved);
     connect(m_recovery, &RecoveryKeeper::told, this, &CaptureProject::told);
@@ -136,6 +139,8 @@ void CaptureProject::connectDescriptionWatch()
             });
     connect(m_descriptionWatch, &DescriptionWatch::closeRequested, this,
             [this] { QMetaObject::invokeMethod(parent(), "closeCurrentProject"); });
+    connect(m_files, &ProjectFiles::readingDescription, m_descriptionWatch,
+            &DescriptionWatch::prepare);
     // What was downloaded belongs to the description of before.
     connect(m_descriptionWatch, &DescriptionWatch::reloaded, m_programmer,
             &ProgrammerLink::switchOff);
@@ -154,6 +159,7 @@ void CaptureProject::setupProject(QWidget *mainWindow)
     if (!m_tab)
         m_tab = m_page->build(m_programmer->makePage());
     m_command->enter(*m_tab, mainWindow);
+    m_deviceChooser->enter(*m_tab, mainWindow);
     m_programmer->reset();
     m_page->reset();
     if (toolBarGetter) {
@@ -204,6 +210,7 @@ bool CaptureProject::closeProject(QWidget *parent, const std::function<bool()> &
     m_command->leave();
     m_rehearsal->leave();
     m_fromWaves->leave();
+    m_deviceChooser->leave();
     m_why->leave();
     tabWidgetGetter = nullptr;
     toolBarGetter = nullptr;
@@ -448,6 +455,23 @@ void CaptureProject::onProgrammerEnableChange(bool status)
     updateActions();
 }
 
+/// What the programmer's table holds of the user's is worth more than the name in it.
+void CaptureProject::chooseDevice(const QString &family, const QString &device)
+{
+    if (isBusy() || m_programmer->isRunning())
+        return;
+    QMetaObject::invokeMethod(parent(), "keepDevice", Q_ARG(QString, family),
+                              Q_ARG(QString, device));
+    m_design->manager().setDeviceName(device);
+    m_programmer->nameDevice(family, device);
+    updateConnections();
+    const QString doubt = m_design->deviceDoubt(device);
+    const QString text = device.isEmpty()
+                             ? tr("The device counts as not known from the next capture on.")
+                             : tr("The device is %1 from the next capture on.").arg(device);
+    m_status->tell(doubt.isEmpty() ? text : text + u' ' + doubt);
+}
+
 void CaptureProject::updateActions()
 {
     const bool isIdle = !isBusy();
@@ -467,6 +491,7 @@ void CaptureProject::updateActions()
     m_descriptionWatch->setButtonsEnabled(isIdle);
     m_page->setEnabled(isIdle);
     m_fromWaves->setEnabled(isIdle);
+    m_deviceChooser->setEnabled(isIdle && !m_programmer->isRunning());
     m_programmer->setEnabled(isIdle);
     if (isIdle)
         m_descriptionWatch->tellPending();

@@ -16,6 +16,7 @@ class CommandCopy;
 class ConfigPage;
 class Design;
 class DescriptionWatch;
+class DeviceChooser;
 class JtagSession;
 class ProgrammerLink;
 class ProjectBoxes;
@@ -84,6 +85,8 @@ public Q_SLOTS:
     void cabelChanged(int index);
     void onProgrammerChanged(bool succ, const QString &text);
     void onProgrammerEnableChange(bool status);
+    /// Takes over the device that the user named, for the runs to come, and for a reload as well.
+    void chooseDevice(const QString &family, const QString &device);
 
 Q_SIGNALS:
     /// Number of the cable for the programmer tool.
@@ -142,6 +145,7 @@ private:
     TriggerRehearsal *m_rehearsal;        // child
     WhyNoTrigger *m_why;                  // child
     TriggerFromWaves *m_fromWaves;        // child
+    DeviceChooser *m_deviceChooser;       // child
     StatusLine *m_status;                 // child
     RunStatus *m_runStatus;               // child
 };

@@ -20,8 +20,7 @@ QString capitalized(const QString &text)
 
 GroupList::Line listLineOf(const DescriptionChange &change)
 {
-    return {{capitalized(titleOf(change)), change.before, change.after},
-            groupOf(change) + QLatin1String(": ") + lineOf(change)};
+    return {{capitalized(titleOf(change)), change.before, change.after}, wholeLineOf(change)};
 }
 
 } // namespace

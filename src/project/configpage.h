@@ -2,6 +2,7 @@
 
 #include <capture/triggercheck.h>
 #include <capture/triggerproposal.h>
+#include <trigger_ui/dynamicconfigwidget.h>
 
 #include <QObject>
 #include <QString>
@@ -16,7 +17,8 @@ namespace KEO {
 /// What a page shows beside the settings of the design.
 struct PageState
 {
-    int core = -1; ///< number of the one that shows; -1 for none
+    int core = -1;                       ///< number of the one that shows; -1 for none
+    DynamicConfigWidget::Rows rows = {}; ///< of that core
     int delay = 0; ///< ms; of a lite core, which may be waiting for Force Trigger instead
 };
 

@@ -5,6 +5,7 @@
 
 #include <config/descriptiondiff.h>
 #include <config/descriptionkind.h>
+#include <widgets/scrollpage.h>
 
 #include <QBoxLayout>
 #include <QFileInfo>
@@ -48,17 +49,31 @@ DescriptionWatch::DescriptionWatch(std::function<bool()> isBusy, QObject *parent
         m_heldSince.invalidate(); // somebody is at work
         onFileChanged(path);
     });
+    connect(&m_fileWatcher, &FileWatch::attributesChanged, this, [this](const QString &path) {
+        const Result<QByteArray> bytes = descriptionBytes(path);
+        if (m_reloadBanner || (bytes && *bytes != m_opened))
+            onFileChanged(path);
+    });
 }
 
-void DescriptionWatch::start(const QString &keoFilePath, QWidget *page)
+void DescriptionWatch::prepare(const QString &keoFilePath)
 {
     stop();
-    m_page = page;
-    removeBanners();
+    m_isPrepared = true;
     m_keoFilePath = keoFilePath;
     m_fileWatcher.watch(keoFilePath);
     const Result<QByteArray> bytes = descriptionBytes(keoFilePath);
     m_opened = bytes ? *bytes : QByteArray();
+}
+
+void DescriptionWatch::start(const QString &keoFilePath, QWidget *page)
+{
+    if (!m_isPrepared || m_keoFilePath != keoFilePath)
+        prepare(keoFilePath);
+    m_isPrepared = false;
+    m_page = page;
+    removeBanners();
+    tellPending();
 }
 
 void DescriptionWatch::stop()
@@ -73,6 +88,7 @@ void DescriptionWatch::stop()
     removeBanners();
     m_keoFilePath.clear();
     m_reloadPending = false;
+    m_isPrepared = false;
 }
 
 void DescriptionWatch::tellPending()
@@ -91,13 +107,15 @@ void DescriptionWatch::setButtonsEnabled(bool isEnabled) const
 
 void DescriptionWatch::onFileChanged(const QString &path)
 {
-    if (m_isBusy()) {
+    if (m_isBusy() || m_isPrepared) {
         m_reloadPending = true;
         return;
     }
     const QString shownPath = path.isEmpty() ? m_keoFilePath : path;
     if (!QFileInfo::exists(m_keoFilePath)) {
         // An older banner stays below: what it tells has happened too.
+        if (m_reloadBanner)
+            m_reloadBanner->setLoadable(false);
         addBanner(ReloadBanner::Removed, shownPath);
         return;
     }
@@ -122,7 +140,7 @@ void DescriptionWatch::addBanner(int mode, const QString &path)
     markTab(true);
 }
 
-/// Also in the list, if that is open.
+/// Also in the list, if that is open. With nothing in it, it goes: no button would lead there.
 void DescriptionWatch::tellChanges(ReloadBanner &banner)
 {
     m_changes.clear();
@@ -134,7 +152,9 @@ void DescriptionWatch::tellChanges(ReloadBanner &banner)
         m_changes = descriptionChanges(*before, *now);
         banner.setDetails(summaryOf(m_changes), !m_changes.isEmpty());
     }
-    if (m_changeList)
+    if (m_changeList && m_changes.isEmpty())
+        m_changeList->close();
+    else if (m_changeList)
         m_changeList->setChanges(m_changes);
 }
 
@@ -230,12 +250,16 @@ void DescriptionWatch::reload(Reopen request)
         return;
     const QPointer<DescriptionWatch> self(this);
     const QString path = m_keoFilePath;
+    const QPointer<QWidget> page = m_page;
+    const int place = page ? scrollPlaceOf(*page) : 0;
     const QPointer<QWidget> focus = focusInPage();
     if (QFileInfo::exists(path))
         Q_EMIT(this->*request)(path);
     // The page has been out of its window meanwhile.
     if (focus && focus->isVisible())
         focus->setFocus(Qt::OtherFocusReason);
+    if (page)
+        setScrollPlace(*page, place);
     if (self)
         Q_EMIT reloaded();
 }

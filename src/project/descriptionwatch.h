@@ -34,8 +34,12 @@ public:
     /// \a isBusy says whether a capture is going on.
     explicit DescriptionWatch(std::function<bool()> isBusy, QObject *parent = nullptr);
 
-    /// A description has been opened: watches \a keoFilePath in place of another one. Banners
-    /// come to the top of the vertical layout of \a page, which is borrowed.
+    /// A description is about to be read: watches \a keoFilePath in place of another one. What is
+    /// written until start, such as while the user is told in a box what its project lacks, is told
+    /// then.
+    void prepare(const QString &keoFilePath);
+    /// The description has been opened. Banners come to the top of the vertical layout of \a page,
+    /// which is borrowed.
     void start(const QString &keoFilePath, QWidget *page);
     /// The project is closed: nothing is watched or told any more, and what was told goes.
     void stop();
@@ -89,6 +93,7 @@ private:
     QList<DescriptionChange> m_changes;    ///< since then, as the banner tells them
     QPointer<ChangeList> m_changeList;     ///< null when it is not open
     bool m_reloadPending = false;
+    bool m_isPrepared = false; ///< and not yet started
     QTimer m_holdTimer;        ///< runs while a file is held back
     QElapsedTimer m_heldSince; ///< invalid while none is
 };

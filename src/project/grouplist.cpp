@@ -9,8 +9,10 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
+#include <QSet>
 #include <QShortcut>
 #include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -37,6 +39,15 @@ QTreeWidgetItem *itemOf(const GroupList::Line &line)
     for (int column = 0; column < cells.size(); ++column)
         item->setToolTip(column, plainTip(cells[column]));
     return item;
+}
+
+/// By which the user knows it again in the list of another time.
+QString keyOf(const QTreeWidgetItem *item)
+{
+    if (!item)
+        return {};
+    const QString line = item->data(0, kLineRole).toString();
+    return line.isEmpty() ? item->text(0) : line;
 }
 
 } // namespace
@@ -83,6 +94,15 @@ void GroupList::setHead(const QString &text)
 
 void GroupList::setGroups(const QList<Group> &groups)
 {
+    const QString current = keyOf(m_tree->currentItem());
+    QSet<QString> selected;
+    for (const QTreeWidgetItem *item : m_tree->selectedItems())
+        selected.insert(keyOf(item));
+    QSet<QString> closed;
+    for (int i = 0; i < m_tree->topLevelItemCount(); ++i) {
+        if (!m_tree->topLevelItem(i)->isExpanded())
+            closed.insert(keyOf(m_tree->topLevelItem(i)));
+    }
     m_tree->clear();
     for (const Group &group : groups) {
         auto *item = new QTreeWidgetItem(m_tree, {group.title});
@@ -91,10 +111,17 @@ void GroupList::setGroups(const QList<Group> &groups)
             item->addChild(itemOf(line));
     }
     for (int i = 0; i < groups.size(); ++i)
-        m_tree->topLevelItem(i)->setExpanded(groups[i].isExpanded);
+        m_tree->topLevelItem(i)->setExpanded(groups[i].isExpanded &&
+                                             !closed.contains(keyOf(m_tree->topLevelItem(i))));
     fitColumns();
-    if (m_tree->topLevelItemCount() > 0)
-        m_tree->setCurrentItem(m_tree->topLevelItem(0), 0, QItemSelectionModel::NoUpdate);
+    QTreeWidgetItem *place = m_tree->topLevelItem(0);
+    for (QTreeWidgetItemIterator item(m_tree); *item; ++item) {
+        (*item)->setSelected(selected.contains(keyOf(*item)));
+        if (keyOf(*item) == current)
+            place = *item;
+    }
+    if (place)
+        m_tree->setCurrentItem(place, 0, QItemSelectionModel::NoUpdate);
 }
 
 void GroupList::setFirstWidth(int characters)

@@ -98,6 +98,22 @@ void ProgrammerLink::setDevice(const QString &family, const QString &device, con
         m_page->setDevice(family, device, fsFile);
 }
 
+void ProgrammerLink::nameDevice(const QString &family, const QString &device)
+{
+    if (m_page)
+        m_page->nameDevice(family, device);
+}
+
+bool ProgrammerLink::isTableKept() const
+{
+    return m_page && m_page->isTableKept();
+}
+
+std::shared_ptr<const DeviceDatabase> ProgrammerLink::database() const
+{
+    return m_page ? m_page->database() : nullptr;
+}
+
 void ProgrammerLink::setDesignId(const QString &id)
 {
     if (m_page)

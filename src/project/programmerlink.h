@@ -5,12 +5,15 @@
 #include <QString>
 #include <QVariant>
 
+#include <memory>
+
 class QLabel;
 class QWidget;
 class QWidgetAction;
 
 namespace KEO {
 
+class DeviceDatabase;
 class KeoProgrammerWidget;
 
 /// All that a project has to do with the programmer: the page on the project's tab, its status in
@@ -38,6 +41,11 @@ public:
     void switchOff();
     /// The device that the command line named; texts may be empty.
     void setDevice(const QString &family, const QString &device, const QString &fsFile);
+    /// The device that the user named later. See KeoProgrammerWidget::nameDevice.
+    void nameDevice(const QString &family, const QString &device);
+    [[nodiscard]] bool isTableKept() const;
+    /// Null without a page.
+    [[nodiscard]] std::shared_ptr<const DeviceDatabase> database() const;
     /// The check value of the open description.
     void setDesignId(const QString &id);
     /// A capture is over: takes up the status that came meanwhile.

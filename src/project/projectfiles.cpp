@@ -106,7 +106,10 @@ bool ProjectFiles::loadDesign(const QString &path)
     if (!QFileInfo::exists(path)) // leaves the cores as they are
         return false;
     m_parts.page.leaveDesign();
-    m_description.know(path); // before it is read: what is written in between counts as news
+    // Before it is read: what is written in between counts as news.
+    m_description.know(path);
+    if (!m_recovered)
+        Q_EMIT readingDescription(path);
     const Result<QString> id = m_parts.design.load(path);
     if (!id) {
         refuse(id.error().message);

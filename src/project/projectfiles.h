@@ -50,6 +50,8 @@ public:
     [[nodiscard]] const std::optional<Recovery> &recovered() const { return m_recovered; }
 
 Q_SIGNALS:
+    /// The description at \a path is about to be read, to be opened from there.
+    void readingDescription(const QString &path);
     /// What became of the files, in words for the user: also what no box tells.
     void told(const QString &text);
     /// All three files have been written.

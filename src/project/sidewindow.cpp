@@ -1,5 +1,6 @@
 #include "sidewindow.h"
 
+#include <QGuiApplication>
 #include <QList>
 #include <QShortcut>
 
@@ -34,10 +35,11 @@ void SideWindow::reach()
 void SideWindow::showBeside()
 {
     QWidget *window = parentWidget();
-    const bool hasKeyboard = window && window->isActiveWindow();
+    // The window may not have it yet, where another one beside it has gone just now.
+    const bool isInUse = QGuiApplication::applicationState() == Qt::ApplicationActive;
     setAttribute(Qt::WA_ShowWithoutActivating);
     show();
-    if (hasKeyboard)
+    if (window && isInUse)
         window->activateWindow(); // not every window system cares for the attribute
 }
 

@@ -155,18 +155,20 @@ void StandardPage::showDesign()
 PageState StandardPage::state() const
 {
     const CoreConfig *core = m_dynamicConfigWidget ? m_dynamicConfigWidget->core() : nullptr;
-    return core ? PageState{.core = core->index} : PageState();
+    return core ? PageState{.core = core->index, .rows = m_dynamicConfigWidget->rows()}
+                : PageState();
 }
 
 /// Not as a click would: what the fields could take of another core must not reach it.
 void StandardPage::setState(const PageState &state)
 {
     for (int position = 0; const CoreConfig *core = coreAt(position); ++position) {
-        if (core->index != state.core || !m_coreTree)
+        if (core->index != state.core || !m_coreTree || !m_dynamicConfigWidget)
             continue;
         const QSignalBlocker blocker(m_coreTree);
         m_coreTree->setCurrentItem(m_coreTree->topLevelItem(position));
         showCore(position);
+        m_dynamicConfigWidget->setRows(state.rows);
         return;
     }
 }

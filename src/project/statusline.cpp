@@ -1,13 +1,13 @@
 #include "statusline.h"
 
+#include "devicefield.h"
+
 #include <widgets/elidedlabel.h>
 #include <widgets/formwidgets.h>
-#include <widgets/plaintip.h>
 
 #include <QHBoxLayout>
-#include <QIcon>
+#include <QPoint>
 #include <QStatusBar>
-#include <QStyle>
 #include <QTime>
 #include <QToolButton>
 
@@ -25,19 +25,11 @@ StatusLine::StatusLine(QObject *parent)
       m_run(named(new ElidedLabel, "runStatus")),
       m_told(named(new ElidedLabel, "toldStatus")),
       m_act(named(new QToolButton, "toldAction")),
-      m_sign(new QLabel),
-      m_device(named(new ElidedLabel, "deviceStatus"))
+      m_device(new DeviceField)
 {
-    const int size = m_widget->style()->pixelMetric(QStyle::PM_SmallIconSize);
-    m_sign->setPixmap(QIcon(QStringLiteral(":/keo/image/warning.png")).pixmap(size));
-    m_sign->hide();
     m_act->setAutoRaise(true);
     m_act->setFocusPolicy(Qt::TabFocus);
     m_act->hide();
-    auto *device = new QHBoxLayout;
-    device->setSpacing(4);
-    device->addWidget(m_sign);
-    device->addWidget(m_device);
     auto *layout = new QHBoxLayout(m_widget);
     layout->setContentsMargins(4, 0, 4, 0);
     layout->setSpacing(kGap);
@@ -48,7 +40,7 @@ StatusLine::StatusLine(QObject *parent)
     told->addWidget(m_act);
     layout->addLayout(told);
     layout->addStretch(1);
-    layout->addLayout(device);
+    layout->addWidget(m_device);
 }
 
 StatusLine::~StatusLine()
@@ -115,11 +107,18 @@ void StatusLine::showDevice(const QString &text, bool isWarning, const QString &
 {
     if (!m_widget)
         return;
-    m_device->setText(text);
-    const QString tip = why.isEmpty() ? QString() : plainTip(text + u'\n' + why);
-    m_device->setToolTip(tip);
-    m_sign->setToolTip(tip);
-    m_sign->setVisible(isWarning);
+    m_device->showState(text, isWarning, why);
+}
+
+void StatusLine::setDeviceAction(QAction *action)
+{
+    if (m_widget)
+        m_device->setClickAction(action);
+}
+
+QPoint StatusLine::deviceCorner() const
+{
+    return m_widget ? m_device->mapToGlobal(m_device->rect().topRight()) : QPoint();
 }
 
 } // namespace KEO

@@ -6,13 +6,15 @@
 
 #include <functional>
 
-class QLabel;
+class QAction;
+class QPoint;
 class QStatusBar;
 class QToolButton;
 class QWidget;
 
 namespace KEO {
 
+class DeviceField;
 class ElidedLabel;
 
 /// What goes on in a project, in the status bar of its window: what the run does, what was done
@@ -40,6 +42,10 @@ public:
     void showRun(const QString &text);
     /// With a warning sign if \a isWarning; \a why, which may be empty, is told by a tool tip.
     void showDevice(const QString &text, bool isWarning, const QString &why);
+    /// What a click on the device does. Borrowed; outlives this.
+    void setDeviceAction(QAction *action);
+    /// The lower right corner of a menu over the device, on the screen.
+    [[nodiscard]] QPoint deviceCorner() const;
 
 private:
     QPointer<QStatusBar> m_bar;
@@ -47,8 +53,7 @@ private:
     ElidedLabel *m_run;
     ElidedLabel *m_told;
     QToolButton *m_act;
-    QLabel *m_sign;
-    ElidedLabel *m_device;
+    DeviceField *m_device;
 };
 
 } // namespace KEO

@@ -182,6 +182,12 @@ void Analyzer::reopenAndKeep(const QString &file)
     m_d->open(file, ProjectManager::Settings::Keep);
 }
 
+void Analyzer::keepDevice(const QString &family, const QString &device)
+{
+    m_d->family = family;
+    m_d->device = device;
+}
+
 bool Analyzer::closeCurrentProject()
 {
     return m_d->projectManager->closeCurrent(this, {});

@@ -48,6 +48,8 @@ public:
     Q_INVOKABLE void reopen(const QString &file);
     /// The same, with what the user has set and arranged in the project that is open.
     Q_INVOKABLE void reopenAndKeep(const QString &file);
+    /// Keeps the device that the user named for the open file, for reopen.
+    Q_INVOKABLE void keepDevice(const QString &family, const QString &device);
     /// Closes the open project without a question; false if a capture is running.
     Q_INVOKABLE bool closeCurrentProject();
 

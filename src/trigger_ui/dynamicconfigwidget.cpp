@@ -436,6 +436,21 @@ void DynamicConfigWidget::checkSettings()
     m_strip->tell(findings);
 }
 
+DynamicConfigWidget::Rows DynamicConfigWidget::rows() const
+{
+    Rows rows{.unit = m_tableUnit->currentUnit(), .expression = m_listExpressions->currentRow()};
+    for (const MatchUnit *unit : m_tableUnit->selectedUnits())
+        rows.selectedUnits.append(unit->index);
+    return rows;
+}
+
+void DynamicConfigWidget::setRows(const Rows &rows)
+{
+    m_tableUnit->restoreRows(rows.unit, rows.selectedUnits);
+    if (rows.expression < m_listExpressions->count())
+        m_listExpressions->setCurrentRow(rows.expression);
+}
+
 void DynamicConfigWidget::lead(const TriggerFinding &finding)
 {
     using Subject = TriggerFinding::Subject;

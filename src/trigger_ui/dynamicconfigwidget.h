@@ -52,6 +52,16 @@ public:
     /// Sets units and an expression of the core shown, as the dialogs and the list do. Gives the
     /// changes that take it back.
     TriggerChanges setTrigger(const TriggerChanges &changes);
+    /// Where the user is in the table and in the list.
+    struct Rows
+    {
+        int unit = -1;                 ///< index of the current one; -1 for none
+        QList<int> selectedUnits = {}; ///< indexes
+        int expression = -1;           ///< row of the current one; -1 for none
+    };
+    [[nodiscard]] Rows rows() const;
+    /// Goes there, as far as the core shown has it.
+    void setRows(const Rows &rows);
     /// Selects what \a finding speaks of.
     void lead(const TriggerFinding &finding);
     /// Shows no core.

@@ -51,6 +51,26 @@ void UnitTable::selectUnit(int index)
     }
 }
 
+int UnitTable::currentUnit() const
+{
+    const MatchUnit *unit = MatchUnitModel::unitOfIndex(currentIndex());
+    return unit ? unit->index : -1;
+}
+
+void UnitTable::restoreRows(int current, const QList<int> &selected)
+{
+    selectionModel()->clear();
+    for (int row = 0; row < model()->rowCount(); ++row) {
+        const QModelIndex index = model()->index(row, MatchUnitModel::Unit);
+        const int unit = MatchUnitModel::unitOfIndex(index)->index;
+        if (unit == current)
+            selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+        if (selected.contains(unit))
+            selectionModel()->select(index,
+                                     QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+}
+
 void UnitTable::redraw()
 {
     for (int column = MatchUnitModel::Unit; column < MatchUnitModel::Value; ++column)

@@ -22,6 +22,11 @@ public:
     [[nodiscard]] QList<MatchUnit *> selectedUnits() const;
     /// Selects the row of the unit with that index.
     void selectUnit(int index);
+    /// The index of the unit in the current row, or -1.
+    [[nodiscard]] int currentUnit() const;
+    /// Selects the rows of these units and makes that of \a current the current one, as far as the
+    /// table has them.
+    void restoreRows(int current, const QList<int> &selected);
     /// The units have changed, or are others.
     void redraw();
 

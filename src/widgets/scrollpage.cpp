@@ -4,6 +4,8 @@
 #include <QComboBox>
 #include <QEvent>
 #include <QScrollArea>
+#include <QScrollBar>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace KEO {
@@ -51,6 +53,18 @@ QWidget *makeScrollPage(QWidget *content)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(area);
     return page;
+}
+
+int scrollPlaceOf(const QWidget &page)
+{
+    const auto *area = page.findChild<QScrollArea *>();
+    return area ? area->verticalScrollBar()->value() : 0;
+}
+
+void setScrollPlace(const QWidget &page, int place)
+{
+    if (auto *area = page.findChild<QScrollArea *>())
+        QTimer::singleShot(0, area, [area, place] { area->verticalScrollBar()->setValue(place); });
 }
 
 } // namespace KEO

@@ -10,4 +10,9 @@ namespace KEO {
 /// choice only where the user has put the focus.
 [[nodiscard]] QWidget *makeScrollPage(QWidget *content);
 
+/// Pixels above what such a page shows.
+[[nodiscard]] int scrollPlaceOf(const QWidget &page);
+/// Goes there, once the page has its layout.
+void setScrollPlace(const QWidget &page, int place);
+
 } // namespace KEO

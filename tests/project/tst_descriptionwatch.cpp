@@ -22,6 +22,8 @@ class tst_DescriptionWatch : public WidgetTest
 private Q_SLOTS:
     void reload();
     void tellsWhatHasChanged();
+    void changeWhileABoxShows();
+    void timePutBack();
     void removal();
     void buttonsWaitForTheRun();
     void changeDuringCapture_data();
@@ -170,14 +172,17 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
     };
     QCOMPARE(copied().size(), 34);
     QCOMPARE(copied().first(), QString("Core 0: memory 4096 \u2192 8192"));
-    QCOMPARE(copied().last(),
-             QString("Core 0, settings in the file: trigger position 16 \u2192 20"));
+    QCOMPARE(copied().last(), QString("Core 0, setting: trigger position 16 \u2192 20"));
 
-    built.noise = 9; // and once more, while the list is open and one of its lines is selected
-    s.write(built);
+    built.noise = 9; // and once more, while the list is open and the user is in it
     auto *tree = s.changeList()->findChild<QTreeWidget *>("tree");
+    tree->setCurrentItem(tree->topLevelItem(0)->child(1));
+    tree->topLevelItem(1)->setExpanded(false);
+    s.write(built);
     QTRY_COMPARE(tree->topLevelItem(0)->childCount(), 2);
-    tree->topLevelItem(0)->child(1)->setSelected(true);
+    QCOMPARE(tree->selectedItems(), QList({tree->topLevelItem(0)->child(1)}));
+    QCOMPARE(tree->currentItem(), tree->topLevelItem(0)->child(1));
+    QVERIFY(tree->topLevelItem(0)->isExpanded() && !tree->topLevelItem(1)->isExpanded());
     QTest::keyClick(tree, Qt::Key_C, Qt::ControlModifier);
     QCOMPARE(QGuiApplication::clipboard()->text(), "Core 0: signal added: noise_8");
     QTest::keyClick(tree, Qt::Key_Escape);
@@ -193,8 +198,56 @@ void tst_DescriptionWatch::tellsWhatHasChanged()
     QTRY_COMPARE(s.words(), QStringList(kChanged));
     QCOMPARE(s.details(), "The design is the same");
     QVERIFY(!s.banners().first()->findChild<QPushButton *>("buttonDetails")->isVisible());
+    built.noise = 10;
+    s.write(built);
+    QTRY_COMPARE(s.details(), "core 0: signals: 1 added");
+    ask();
     putFile(s.file(), "<KEO_CONFIG><Version>9</Version><KoCore/></KEO_CONFIG>");
     QTRY_COMPARE(s.details(), "It can't be loaded: The version of Keo config file is too high.");
+    QVERIFY(!s.changeList()); // it has nothing to tell, and no button leads there
+    QTRY_VERIFY(s.window->isActiveWindow());
+}
+
+// A project asks first, and the tools go on meanwhile.
+void tst_DescriptionWatch::changeWhileABoxShows()
+{
+    Session s({});
+    s.capture();
+    s.saveAs(s.directory.filePath("run"));
+    QVERIFY(QFile::remove(s.directory.filePath("run.xml")));
+    TestDesign built = s.design;
+    built.storageDepth = 8192;
+    s.boxes.whileOpen = [&](const QMessageBox &) { s.write(built); };
+    s.open(s.directory.filePath("run.analyzer_prj"));
+    QCOMPARE(s.boxes.seen.size(), 1);
+    QTRY_COMPARE(s.words(), QStringList(kChanged));
+    QVERIFY2(s.details().startsWith("core 0: memory 4096"), qPrintable(s.details()));
+}
+
+// By their size and time, some tools' files are all the same. An attribute is no news.
+void tst_DescriptionWatch::timePutBack()
+{
+    TestDesign design;
+    Session s(design);
+    const QDateTime longAgo = QDateTime::currentDateTime().addDays(-1);
+    const auto write = [&](const QByteArray &content) {
+        QFile file(s.file());
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QCOMPARE(file.write(content), file.size());
+        QVERIFY(file.flush() && file.setFileTime(longAgo, QFileDevice::FileModificationTime));
+    };
+    const QByteArray content = contentOf(s.file());
+    write(content);
+    s.window->reopen(s.file());
+    QVERIFY(QFile::setPermissions(s.file(), QFile::ReadOwner | QFile::WriteOwner));
+    QTest::qWait(kQuiet);
+    QCOMPARE(s.words(), QStringList());
+    QByteArray built = content;
+    write(built.replace("noise_0<", "fresh_0<"));
+    QTRY_COMPARE(s.words(), QStringList(kChanged));
+    QCOMPARE(s.details(), "core 0: signals: 1 renamed");
+    write(content);
+    QTRY_COMPARE(s.details(), "The design is the same");
 }
 
 void tst_DescriptionWatch::removal()
@@ -209,6 +262,7 @@ void tst_DescriptionWatch::removal()
         QTRY_COMPARE(s.words(), QStringList(kChanged));
         QVERIFY(QFile::rename(s.file(), away));
         QTRY_COMPARE(s.words(), (QStringList{kRemoved, kChanged}));
+        QVERIFY(!s.banners().last()->findChild<QPushButton *>("btnKeep")->isEnabled());
     }
     // Close takes the topmost away, and the project with it.
     const auto page = s.banners().first()->parentWidget();

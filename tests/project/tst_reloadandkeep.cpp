@@ -10,8 +10,11 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
+#include <QListWidget>
 #include <QPointer>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QTableView>
 #include <QTreeView>
@@ -159,7 +162,12 @@ void tst_ReloadAndKeep::triggerAndWaves()
     built = replaced(built, "noise_2</Signal>", "fresh</Signal>");
     built = replaced(built, "storage_depth=\"4096\"", "storage_depth=\"64\"");
     s.rebuild(built);
-    s.reloadAndKeep();
+    s.press(Qt::Key_W, Qt::AltModifier);
+    QDialog *changes = nullptr;
+    QTRY_VERIFY(changes = s.window->findChild<QDialog *>("changeList"));
+    QTRY_VERIFY(changes->isActiveWindow());
+    QTest::keyClick(changes, Qt::Key_K, Qt::AltModifier); // the keys of the window work there too
+    QTRY_VERIFY(!s.keepButton());
     QCOMPARE(s.tabs()->count(), 1);
     QCOMPARE(windows->currentText(), "2");
     QCOMPARE(amount->currentText(), "32");
@@ -488,11 +496,17 @@ void tst_ReloadAndKeep::staysWhereTheUserIs()
 {
     TestDesign design;
     design.cores = 3;
+    design.dynamic = true;
     Session s(design);
+    s.window->resize(800, 400);
     auto *cores = s.find<QTreeWidget>("coreTree");
     const auto shown = [&] { return cores->currentItem()->text(0); };
     cores->setCurrentItem(cores->topLevelItem(2));
-    s.find<QTableView>("tableUnit")->setFocus();
+    const QTableView *units = goToUnit(s, 1);
+    s.find<QListWidget>("listExpressions")->setCurrentRow(0);
+    auto *bar = s.tabs()->widget(0)->findChild<QScrollArea *>()->verticalScrollBar();
+    bar->setValue(60);
+    QCOMPARE(bar->value(), 60);
     const QByteArray all = contentOf(s.file());
     for (int time = 0; time < 2; ++time) {
         s.rebuild(all + QByteArray(time, '\n'));
@@ -500,6 +514,10 @@ void tst_ReloadAndKeep::staysWhereTheUserIs()
         QCOMPARE(shown(), "Core 2");
         QVERIFY(s.find<QTableView>("tableUnit")->hasFocus());
         QVERIFY2(!s.list(), qPrintable(s.told()));
+        QCOMPARE(units->currentIndex().row(), 1);
+        QCOMPARE(units->selectionModel()->selectedRows().size(), 1);
+        QCOMPARE(s.find<QListWidget>("listExpressions")->currentRow(), 0);
+        QTRY_COMPARE(bar->value(), 60);
     }
     s.rebuild(replaced(all, " index=\"2\"", " index=\"5\""));
     s.reloadAndKeep();

@@ -184,6 +184,13 @@ void tst_ProgramRoad::fromEmptyDeviceToWaves()
     QCOMPARE(desk.cell(target, Column::Checksum), "0x5F47");
     QCOMPARE(desk.cell(target, Column::UserCode), "0x0000F1F0");
 
+    // Another device by hand counts until the download; the table stays.
+    desk.press(Qt::Key_D, Qt::ControlModifier | Qt::ShiftModifier);
+    for (const Qt::Key key : {Qt::Key_Up, Qt::Key_Up, Qt::Key_Right, Qt::Key_Return})
+        QTest::keyClick(QApplication::activePopupWidget(), key);
+    QVERIFY(desk.find<QLabel>("deviceStatus")->text().startsWith("KR-B on "));
+    QCOMPARE(desk.cell(target, Column::Checksum), "0x5F47");
+
     if (failsFirst) {
         QVERIFY(desk.run("downLoad"));
         QVERIFY(desk.log().contains("Error: the device did not take row 412."));
@@ -193,6 +200,7 @@ void tst_ProgramRoad::fromEmptyDeviceToWaves()
     }
     QVERIFY(desk.run("downLoad"));
     QCOMPARE(desk.status()->text(), " Ready to acquire ");
+    QVERIFY(desk.find<QLabel>("deviceStatus")->text().startsWith("KR-C on "));
     QVERIFY(desk.status()->styleSheet().contains("background-color:rgb(0,205,102)"));
     QVERIFY(desk.log().contains("Info: Finished.") && !desk.log().contains("[#"));
     QVERIFY(desk.isEnabled("Start") && desk.isEnabled("Auto"));
