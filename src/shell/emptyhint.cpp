@@ -18,8 +18,12 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSignalBlocker>
 #include <QTabWidget>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
 
 namespace KEO {
 
@@ -147,6 +151,8 @@ void EmptyHint::setRefused(const QString &file, const QString &reason)
         return;
     const QString path = QDir::toNativeSeparators(QFileInfo(file).absoluteFilePath());
     m_refused->setText(tr("%1 was not opened.\n%2").arg(path, reason));
+    if (isVisible())
+        fillLists(); // what is gone is offered no longer
     m_area->verticalScrollBar()->setValue(0);
 }
 
@@ -185,6 +191,9 @@ void EmptyHint::showCurrent(const ChoiceList *list)
 
 void EmptyHint::fillLists()
 {
+    const QSignalBlocker recoveriesBlocker(m_recoveries); // the page stays where it is scrolled to
+    const QSignalBlocker recentBlocker(m_recent);
+    const auto [recovery, recent] = std::pair(m_recoveries->currentRow(), m_recent->currentRow());
     m_recoveries->clear();
     for (const Recovery &entry : RecoveryStore().entries()) {
         const QString text =
@@ -202,6 +211,8 @@ void EmptyHint::fillLists()
         m_recent->addChoice(tr("%1   %2").arg(file.fileName(), folder), path,
                             QDir::toNativeSeparators(path), file.isFile());
     }
+    m_recoveries->setCurrentRow(std::min(recovery, m_recoveries->count() - 1));
+    m_recent->setCurrentRow(std::min(recent, m_recent->count() - 1));
     for (ChoiceList *list : {m_recoveries, m_recent}) {
         list->setVisible(list->count() > 0);
         findChild<QLabel *>(list->objectName() + QStringLiteral("Title"))

@@ -508,6 +508,16 @@ void tst_Recovery::recentFiles()
     QVERIFY(!recent->isVisible());
     QVERIFY(later.window->closeCurrentProject());
     QCOMPARE(recent->item(0)->text(), "design.keo" + folder);
+
+    // What was there when the page came up, and is gone.
+    QVERIFY(QFile::remove(d.file()));
+    later.activate();
+    recent->setFocus();
+    recent->setCurrentRow(0);
+    QTest::keyClick(recent, Qt::Key_Return);
+    QTRY_VERIFY(!(recent->item(0)->flags() & Qt::ItemIsEnabled));
+    QCOMPARE(recent->currentRow(), 0);
+    QVERIFY(recent->hasFocus());
 }
 
 static int testOrWriteForEver(int argc, char **argv)

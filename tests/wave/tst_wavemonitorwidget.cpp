@@ -97,6 +97,7 @@ void tst_WaveMonitorWidget::partsStandSideBySide()
         const int rows = viewer.model->rowCount();
         const QModelIndex any = viewer.model->index(random.bounded(rows), 0);
         const int operation = random.bounded(12);
+        bool isLeft = false;
         if (operation == 0)
             viewer.tree->setExpanded(any, !viewer.tree->isExpanded(any));
         else if (operation == 1)
@@ -115,11 +116,20 @@ void tst_WaveMonitorWidget::partsStandSideBySide()
             viewer.widget->resize(random.bounded(800, 1900), random.bounded(130, 600));
         else if (operation == 8)
             QTest::keyClick(viewer.tree, random.bounded(2) ? Qt::Key_End : Qt::Key_Home);
+        else if (operation == 9)
+            isLeft = true;     // for another tab
         if (random.bounded(2)) // before or after the others have heard
             viewer.settle();
         QScrollBar *bar = bars[random.bounded(3)];
         bar->setValue(random.bounded(2) ? bar->maximum() : random.bounded(bar->maximum() + 1));
         viewer.settle();
+        if (isLeft) {
+            const int left = bars[2]->value();
+            viewer.widget->hide();
+            viewer.widget->show();
+            viewer.settle();
+            QCOMPARE(bars[2]->value(), left);
+        }
 
         const QList<qreal> tops = treeRows(viewer);
         QVERIFY(tops.size() >= viewer.model->rowCount());

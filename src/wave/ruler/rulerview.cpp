@@ -99,8 +99,10 @@ RulerView::RulerView(QWidget *parent)
     setAccessibleDescription(tr("Sample numbers and markers"));
     setAlignment(Qt::AlignLeft | Qt::AlignBottom);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    // An arrow key would scroll the ruler away from the wave view.
+    // An arrow key would scroll the ruler away from the wave view, and so would the toolkit, a
+    // pixel at a time, when it brings back the middle of what shows again.
     setFocusPolicy(Qt::NoFocus);
+    setTransformationAnchor(NoAnchor);
     // The vertical bar's place stays, so that the ruler is as wide as the wave view below it.
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);

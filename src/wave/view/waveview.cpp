@@ -49,6 +49,25 @@ void drawMask(QPainter *painter, const QRect &mask, const QLine &edge)
 
 } // namespace
 
+/// Keeps the toolkit from bringing back the place that it holds for the last one. It knows a middle
+/// only after the first scrolling, and to the pixel only: with each zooming, and whenever the view
+/// shows again, waves and rows would creep.
+class WaveView::AnchorOff final
+{
+public:
+    explicit AnchorOff(WaveView &view) : m_view(view), m_anchor(view.transformationAnchor())
+    {
+        m_view.setTransformationAnchor(NoAnchor);
+    }
+    AnchorOff(const AnchorOff &) = delete;
+    AnchorOff &operator=(const AnchorOff &) = delete;
+    ~AnchorOff() { m_view.setTransformationAnchor(m_anchor); }
+
+private:
+    WaveView &m_view;
+    const ViewportAnchor m_anchor;
+};
+
 WaveView::WaveView(QWidget *parent)
     : QGraphicsView(parent), m_contextMenu(std::make_unique<ContextMenuDelegate>(this))
 {
@@ -122,12 +141,10 @@ void WaveView::zoomAbout(Anchor anchor, qreal rate)
     const qreal middleAfter = middleBefore + offset / m_zoomRate - offset / rate;
     m_zoomRate = rate;
     const int topRow = verticalScrollBar()->value();
-    // The toolkit knows a middle only after the first scrolling, and to the pixel only, so that
-    // repeated zooming and the rows would creep.
-    const ViewportAnchor toolkits = transformationAnchor();
-    setTransformationAnchor(NoAnchor);
-    setTransform(QTransform::fromScale(rate, 1.0));
-    setTransformationAnchor(toolkits);
+    {
+        const AnchorOff staysHere(*this);
+        setTransform(QTransform::fromScale(rate, 1.0));
+    }
     verticalScrollBar()->setValue(topRow);
     placeMiddle(middleAfter);
     m_isCentred = isCentred;
@@ -170,6 +187,12 @@ bool WaveView::isInView(int sample) const
 {
     const int x = mapFromScene(lineX(sample), 0).x();
     return x >= 0 && x < viewport()->width();
+}
+
+void WaveView::showEvent(QShowEvent *event)
+{
+    const AnchorOff staysHere(*this);
+    QGraphicsView::showEvent(event);
 }
 
 void WaveView::resizeEvent(QResizeEvent *event)

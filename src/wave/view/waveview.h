@@ -88,6 +88,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void showEvent(QShowEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private Q_SLOTS:
@@ -99,6 +100,8 @@ private Q_SLOTS:
 private:
     /// How far the scene has caught up with the rows.
     enum class Fresh { Nothing, Layout, Items };
+
+    class AnchorOff;
 
     /// What keeps its place in a zoom: a point (viewport pixels) or the middle.
     using Anchor = std::optional<int>;
