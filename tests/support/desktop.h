@@ -14,6 +14,7 @@
 #include <QTabWidget>
 #include <QToolBar>
 #include <QTreeWidget>
+#include <QWindow>
 
 #include <initializer_list>
 #include <memory>
@@ -97,13 +98,13 @@ struct UserWindow
     /// After a box the offscreen window system activates nothing; a real one gives the focus back.
     void activate() const
     {
-        window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(window.get()));
-        // A window counts as active while a dialog of its own is; behind a menu none is told.
-        const auto isOther = [this](const QWidget *active) {
-            return active && active != window.get();
+        const auto isActive = [this] {
+            window->activateWindow(); // again, since a box may have come meanwhile
+            // It counts as active while a dialog of its own is; behind a menu none is told.
+            const QWidget *active = QApplication::activeWindow();
+            return window->windowHandle()->isActive() && (!active || active == window.get());
         };
-        QTRY_VERIFY(!isOther(QApplication::activeWindow()));
+        QTRY_VERIFY(isActive());
     }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const
     {
